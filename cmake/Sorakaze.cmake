@@ -1,0 +1,81 @@
+# SPDX-FileCopyrightText: The Sorakaze developers
+# SPDX-License-Identifier: GPL-3.0-or-later
+# The flags that every target shares, and the few helpers that the folders' CMakeLists.txt use.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+# sorakaze_pkg(NAME MODULE...): an imported target PkgConfig::NAME, or an error that says what to do.
+macro(sorakaze_pkg name)
+    if(NOT TARGET PkgConfig::${name})
+        pkg_check_modules(${name} QUIET IMPORTED_TARGET ${ARGN})
+        if(NOT ${name}_FOUND)
+            message(FATAL_ERROR "missing: ${ARGN}. Run scripts/setup to install what Sorakaze builds with.")
+        endif()
+    endif()
+endmacro()
+
+add_library(sorakaze_flags INTERFACE)
+target_include_directories(sorakaze_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(sorakaze_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+if(SORAKAZE_SANITIZE)
+    target_compile_options(sorakaze_flags INTERFACE
+        -fsanitize=${SORAKAZE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    target_link_options(sorakaze_flags INTERFACE -fsanitize=${SORAKAZE_SANITIZE})
+endif()
+if(SORAKAZE_FUZZ)
+    target_compile_options(sorakaze_flags INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(sorakaze_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# Where a built station stands: the portable folder that a user has. Only the release build fills build/Sorakaze/;
+# every other preset has a folder of its own, so that two builds never mix.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT SORAKAZE_SANITIZE)
+    set(SORAKAZE_STATION_DIR ${PROJECT_SOURCE_DIR}/build/Sorakaze)
+else()
+    set(SORAKAZE_STATION_DIR ${CMAKE_BINARY_DIR}/Sorakaze)
+endif()
+set(SORAKAZE_PROGRAMS_DIR ${SORAKAZE_STATION_DIR}/Sorakaze.app/Contents/Linux)
+set(SORAKAZE_RESOURCES_DIR ${SORAKAZE_STATION_DIR}/Sorakaze.app/Contents/Resources)
+
+# sorakaze_library(NAME SOURCES... [LINK LIBS...])
+function(sorakaze_library name)
+    cmake_parse_arguments(A "" "" "LINK" ${ARGN})
+    add_library(${name} STATIC ${A_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PUBLIC sorakaze_flags ${A_LINK})
+endfunction()
+
+# sorakaze_program(NAME DIRECTORY SOURCES... [LINK LIBS...]): an executable that stands in DIRECTORY of the station.
+function(sorakaze_program name directory)
+    cmake_parse_arguments(A "" "" "LINK" ${ARGN})
+    add_executable(${name} ${A_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE sorakaze_flags ${A_LINK})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${directory})
+endfunction()
+
+# sorakaze_test(NAME SOURCES... [LINK LIBS...] [LABELS ...]): a GoogleTest program, one ctest entry.
+function(sorakaze_test name)
+    cmake_parse_arguments(A "" "" "LINK;LABELS" ${ARGN})
+    if(SORAKAZE_FUZZ)
+        return()
+    endif()
+    find_package(GTest REQUIRED)
+    add_executable(${name} ${A_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE sorakaze_flags ${A_LINK} GTest::gmock GTest::gtest_main)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES LABELS "${A_LABELS}" TIMEOUT 600)
+endfunction()
+
+# sorakaze_fuzz(NAME CORPUS_FOLDER SOURCES... [LINK LIBS...]): a libFuzzer target. scripts/fuzz runs them all.
+function(sorakaze_fuzz name corpus)
+    cmake_parse_arguments(A "" "" "LINK" ${ARGN})
+    if(NOT SORAKAZE_FUZZ)
+        return()
+    endif()
+    add_executable(${name} ${A_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE sorakaze_flags ${A_LINK})
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${corpus} ${CMAKE_BINARY_DIR}/fuzz/${name}.corpus SYMBOLIC)
+endfunction()

@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. It stands behind
+// the player scripts, is called by whoever holds the runtime's baton, and knows nothing of the show.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/runtime/sound/MixingEngine.h"
+
+namespace sorakaze::player {
+
+class MusicLibrary;
+
+/// A track of the player as an onlooker is told of it.
+struct TrackEvent {
+    enum class What { Started, FadeBegun, Ended };
+    What what = What::Started;
+    std::string playlist;
+    int number = 0;  ///< 1-based
+    std::string title;
+    std::filesystem::path path;
+    double position = 0;  ///< seconds played
+};
+
+class LocalPlayer {
+  public:
+    LocalPlayer(sound::MixingEngine& engine, std::unique_ptr<MusicLibrary> library);
+    ~LocalPlayer();
+
+    /// Called on the caller's thread for each event. Unset: nobody is told.
+    std::function<void(const TrackEvent&)> onTrack;
+
+    /// The names of all playlists joined by ", ", `Library` first.
+    std::string Playlists();
+    /// The number of tracks in decimal; "0" for an unknown playlist.
+    std::string CountSongs(const std::string& playlist);
+    /// Six fields separated by tabs: title, artist, album and their sort spellings. Empty outside the playlist.
+    std::string SongInfo(const std::string& playlist, int number);
+
+    /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as stopped.
+    std::string State();
+    /// Seconds played of the current track, in decimal with a point; "0" when stopped.
+    std::string Position();
+
+    /// Starts a track from its beginning in place of the current one and returns at once. Outside the playlist, or where
+    /// the file can't be played, the player is stopped afterwards.
+    void Play(const std::string& playlist, int number);
+    void Stop();
+
+    /// The fade-out in three steps, for a caller that has to wait cooperatively: BeginFade starts it (about 4 seconds,
+    /// sample by sample), IsFading holds until silence or the track's end, EndFade ends the track and restores the level.
+    void BeginFade();
+    bool IsFading() const;
+    void EndFade();
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sorakaze::player
