@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/say/AiffFile.h"
+
+#include <fcntl.h>
+#include <sndfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+namespace sorakaze::speech {
+namespace {
+
+/// What a signal's handler has to remove; null when there is nothing. Written by the one AiffFile.
+std::atomic<const char*> unfinishedName{nullptr};
+
+void RemoveAndDie(int signalNumber) {
+    if (const char* name = unfinishedName.load()) unlink(name);
+    signal(signalNumber, SIG_DFL);
+    raise(signalNumber);
+}
+
+void RemoveWhenEnded(const char* name) {
+    unfinishedName = name;
+    for (const int number : std::array{SIGHUP, SIGINT, SIGTERM, SIGXCPU, SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) {
+        signal(number, name ? RemoveAndDie : SIG_DFL);
+    }
+    // A limit on file sizes is then an error of the write, not the end of the program.
+    signal(SIGXFSZ, SIG_IGN);
+}
+
+[[noreturn]] void Fail(const std::filesystem::path& file, const std::string& why) {
+    throw std::runtime_error("can't write " + file.string() + ": " + why);
+}
+
+mode_t ReadUmask() {
+    const mode_t mask = umask(022);
+    umask(mask);
+    return mask;
+}
+
+}  // namespace
+
+AiffFile::AiffFile(std::filesystem::path file, int sampleRate) : file_(std::move(file)) {
+    if (!file_.has_filename()) Fail(file_, "no file is named");
+    unfinished_ = (file_.parent_path() / ".say-XXXXXX").string();
+    const int descriptor = mkostemp(unfinished_.data(), O_CLOEXEC);
+    if (descriptor < 0) Fail(file_, std::strerror(errno));
+    RemoveWhenEnded(unfinished_.c_str());
+    fchmod(descriptor, 0666 & ~ReadUmask());
+
+    SF_INFO info{};
+    info.samplerate = sampleRate;
+    info.channels = 1;
+    info.format = SF_FORMAT_AIFF | SF_FORMAT_PCM_16;
+    sound_ = sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE);
+    if (!sound_) {
+        close(descriptor);
+        unlink(unfinished_.c_str());
+        RemoveWhenEnded(nullptr);
+        Fail(file_, sf_strerror(nullptr));
+    }
+}
+
+AiffFile::~AiffFile() {
+    if (sound_) sf_close(sound_);
+    if (!unfinished_.empty()) unlink(unfinished_.c_str());
+    RemoveWhenEnded(nullptr);
+}
+
+void AiffFile::Write(std::span<const std::int16_t> samples) {
+    errno = 0;
+    const auto count = static_cast<sf_count_t>(samples.size());
+    if (sf_write_short(sound_, samples.data(), count) != count) {
+        Fail(file_, errno ? std::strerror(errno) : sf_strerror(sound_));
+    }
+}
+
+void AiffFile::Finish() {
+    errno = 0;
+    const int failed = sf_close(sound_);
+    sound_ = nullptr;
+    if (failed) Fail(file_, errno ? std::strerror(errno) : sf_error_number(failed));
+    if (rename(unfinished_.c_str(), file_.c_str()) != 0) Fail(file_, std::strerror(errno));
+    unfinished_.clear();
+}
+
+}  // namespace sorakaze::speech

@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/say/Engine.h"
+
+#include <espeak-ng/espeak_ng.h>
+
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+
+namespace sorakaze::speech {
+namespace {
+
+constexpr int kBufferMilliseconds = 200;
+/// Some variants run into the engine's own full scale at its usual 100; the leveller makes up for what is
+/// taken off.
+constexpr int kVolume = 55;
+constexpr const char* kDefaultLanguage = "gmw/en-US";
+
+/// The one speech under way. The engine hands out samples through a plain function.
+struct Speech {
+    const Engine::Sink* sink;
+    std::exception_ptr failure;
+};
+
+int TakeSamples(short* samples, int count, espeak_EVENT* events) {
+    auto* speech = static_cast<Speech*>(events->user_data);
+    if (!samples || !speech || count <= 0) return 0;
+    try {
+        (*speech->sink)({samples, static_cast<std::size_t>(count)});
+        return 0;
+    } catch (...) {
+        speech->failure = std::current_exception();
+        return 1;
+    }
+}
+
+/// The engine's own voice that goes by this name: its title, one of its language codes, or its file.
+std::optional<std::string> FindEngineVoice(const std::string& folded) {
+    for (const espeak_VOICE** voice = espeak_ListVoices(nullptr); *voice; ++voice) {
+        const std::string file = (*voice)->identifier;
+        const auto matches = [&](const std::string& text) { return FoldName(text) == folded; };
+        if (matches((*voice)->name) || matches(file) || matches(file.substr(file.rfind('/') + 1)))
+            return file;
+        // Pairs of a priority byte and a code that ends with a zero byte; a zero priority ends the list.
+        for (const char* language = (*voice)->languages; *language;) {
+            const std::string code = language + 1;
+            if (matches(code)) return file;
+            language += code.size() + 2;
+        }
+    }
+    return {};
+}
+
+/// The engine's file of a variant, in the spelling that the engine wants.
+std::optional<std::string> FindVariant(const std::string& folded) {
+    const char* data = nullptr;
+    espeak_Info(&data);
+    std::error_code ignored;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(std::filesystem::path(data) / "voices" / "!v", ignored)) {
+        std::string name = entry.path().filename().string();
+        if (FoldName(name) == folded) return name;
+    }
+    return {};
+}
+
+std::optional<VoiceLook> FindBase(const std::string& folded) {
+    if (const auto look = FindFirstName(folded)) return look;
+    if (const auto file = FindEngineVoice(folded)) return VoiceLook{*file, "", 50, 50, kUsualRate};
+    return {};
+}
+
+std::optional<VoiceLook> FindVoice(const std::string& name) {
+    const std::string folded = FoldName(name);
+    if (const auto base = FindBase(folded)) return base;
+    if (const auto variant = FindVariant(folded)) {
+        return VoiceLook{kDefaultLanguage, *variant, 50, 50, kUsualRate};
+    }
+    const auto plus = folded.rfind('+');
+    if (plus == std::string::npos) return {};
+    auto base = FindBase(folded.substr(0, plus));
+    const auto variant = FindVariant(folded.substr(plus + 1));
+    if (!base || !variant) return {};
+    base->variant = *variant;
+    return base;
+}
+
+}  // namespace
+
+Engine::Engine() {
+    espeak_ng_InitializePath(nullptr);
+    espeak_ng_ERROR_CONTEXT context = nullptr;
+    const bool started =
+        espeak_ng_Initialize(&context) == ENS_OK &&
+        espeak_ng_InitializeOutput(ENOUTPUT_MODE_SYNCHRONOUS, kBufferMilliseconds, nullptr) == ENS_OK;
+    espeak_ng_ClearErrorContext(&context);
+    if (!started) throw std::runtime_error("the speech engine's data is missing; install espeak-ng-data");
+    espeak_SetSynthCallback(TakeSamples);
+}
+
+Engine::~Engine() {
+    espeak_Terminate();
+}
+
+int Engine::SampleRate() const {
+    return espeak_ng_GetSampleRate();
+}
+
+void Engine::Choose(const std::string& name) {
+    const auto look = FindVoice(name);
+    if (!look) {
+        throw std::runtime_error("no voice is called \"" + name +
+                                 "\"; try Alex, Samantha, Daniel, Moira, Kyoko, en-gb or en-us+f3");
+    }
+    const std::string voice = look->variant.empty() ? look->voice : look->voice + "+" + look->variant;
+    if (espeak_ng_SetVoiceByName(voice.c_str()) != ENS_OK) {
+        throw std::runtime_error("the voice \"" + name + "\" isn't installed; install espeak-ng-data");
+    }
+    espeak_SetParameter(espeakVOLUME, kVolume, 0);
+    espeak_SetParameter(espeakRATE, look->rate, 0);
+    espeak_SetParameter(espeakPITCH, look->pitch, 0);
+    espeak_SetParameter(espeakRANGE, look->range, 0);
+}
+
+void Engine::Speak(const std::string& text, const Sink& sink) {
+    Speech speech{&sink, nullptr};
+    // Neither markup nor phoneme codes: a text is read as it stands.
+    const auto status = espeak_ng_Synthesize(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0,
+                                             espeakCHARS_UTF8, nullptr, &speech);
+    if (speech.failure) std::rethrow_exception(speech.failure);
+    if (status != ENS_OK) throw std::runtime_error("the speech engine couldn't read the text");
+}
+
+}  // namespace sorakaze::speech
