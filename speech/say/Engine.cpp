@@ -9,6 +9,15 @@
 #include <optional>
 #include <stdexcept>
 
+// The engine makes a connection to a sound device at its start, even where it only hands out samples. It asks
+// this function for one, and the program's own stands before the sound library's: there is no device, no
+// connection to a sound server and no shared memory for one.
+struct audio_object;
+extern "C" audio_object* create_audio_device_object(const char* /*device*/, const char* /*application*/,
+                                                    const char* /*description*/) {
+    return nullptr;
+}
+
 namespace sorakaze::speech {
 namespace {
 
