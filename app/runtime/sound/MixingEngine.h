@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The one mixing engine for all that is heard: jingles, speech and the player's tracks are voices of it. The
-// logic's threads open, start, stop and fade voices; one mixing thread (a device's callback, or the studio's clock)
-// calls Mix. Files are decoded ahead on worker threads. The mixing side takes no lock, allocates nothing and opens
-// no file.
+// logic's threads open, start, stop and fade voices; one mixing thread (a device's callback, or the studio's
+// clock) calls Mix. Files are decoded ahead on worker threads. The mixing side takes no lock, allocates
+// nothing and opens no file.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@ namespace sorakaze::sound {
 
 class MixingEngine;
 
-/// One sound of the engine: a decoder, its ring of decoded frames and a gain. Made by MixingEngine::Open; silent
-/// until Start. All methods may be called from any thread but the mixing one. Dropping the last reference stops the
-/// voice the way Stop does.
+/// One sound of the engine: a decoder, its ring of decoded frames and a gain. Made by MixingEngine::Open;
+/// silent until Start. All methods may be called from any thread but the mixing one. Dropping the last
+/// reference stops the voice the way Stop does.
 class Voice {
   public:
     virtual ~Voice() = default;
@@ -28,15 +28,16 @@ class Voice {
     /// Starts from the file's beginning. Only the first call has an effect.
     virtual void Start() = 0;
 
-    /// Ends the voice for good: IsPlaying is false from here on; what is still heard is a ramp of a few milliseconds
-    /// down to silence.
+    /// Ends the voice for good: IsPlaying is false from here on; what is still heard is a ramp of a few
+    /// milliseconds down to silence.
     virtual void Stop() = 0;
 
     /// True from Start until Stop or until the file's last frame has been mixed.
     virtual bool IsPlaying() const = 0;
 
-    /// Moves the linear gain (0 to 1) towards `gain`, sample by sample, over `ramp` frames; shorter ramps than the
-    /// engine's shortest (5 ms) are lengthened to it, so that no change clicks. Before Start the gain is simply set.
+    /// Moves the linear gain (0 to 1) towards `gain`, sample by sample, over `ramp` frames; shorter ramps
+    /// than the engine's shortest (5 ms) are lengthened to it, so that no change clicks. Before Start the
+    /// gain is simply set.
     virtual void SetGain(float gain, Frames ramp = {}) = 0;
 
     /// Frames of the file mixed so far.
@@ -59,13 +60,14 @@ class MixingEngine {
     MixingEngine(const MixingEngine&) = delete;
     MixingEngine& operator=(const MixingEngine&) = delete;
 
-    /// Opens a file of any format that the decoding libraries know. Empty when the file can't be read or holds no
-    /// sound that can be decoded (the first frame is decoded here to be sure). Blocks for file I/O; never throws for
-    /// bad files. Any thread but the mixing one.
+    /// Opens a file of any format that the decoding libraries know. Empty when the file can't be read or
+    /// holds no sound that can be decoded (the first frame is decoded here to be sure). Blocks for file I/O;
+    /// never throws for bad files. Any thread but the mixing one.
     std::shared_ptr<Voice> Open(const std::filesystem::path& file);
 
-    /// Mixes the next frames of every started voice into `interleaved` (kChannels samples a frame, overwritten), with
-    /// the limiter behind the sum: no sample leaves the range -1 to 1. Called from one thread at a time.
+    /// Mixes the next frames of every started voice into `interleaved` (kChannels samples a frame,
+    /// overwritten), with the limiter behind the sum: no sample leaves the range -1 to 1. Called from one
+    /// thread at a time.
     void Mix(std::span<float> interleaved);
 
     /// Frames mixed since the engine was made.

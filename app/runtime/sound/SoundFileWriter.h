@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Writes sound to a file in the format that the file's ending names. Used by the studio for whole shows and by the
-// demo library's maker. Encoding and writing run on a thread of the writer's own, behind a bounded queue.
+// Writes sound to a file in the format that the file's ending names. Used by the studio for whole shows and
+// by the demo library's maker. Encoding and writing run on a thread of the writer's own, behind a bounded
+// queue.
 #pragma once
 
 #include <filesystem>
@@ -23,19 +24,20 @@ class SoundFileError : public std::runtime_error {
 
 class SoundFileWriter {
   public:
-    /// The endings that Create knows, lower case with the point: ".wav", ".flac", ".opus", ".ogg" (Ogg Opus), ".mp3",
-    /// and ".m4a", ".aiff", ".oga" (Ogg Vorbis) for the demo library.
+    /// The endings that Create knows, lower case with the point: ".wav", ".flac", ".opus", ".ogg" (Ogg Opus),
+    /// ".mp3", and ".m4a", ".aiff", ".oga" (Ogg Vorbis) for the demo library.
     static std::vector<std::string> Endings();
 
-    /// Begins `file`. What stood there before stays untouched until Finish: the sound goes to a file beside it, which
-    /// then takes its place. Throws SoundFileError for an unknown ending or a place that can't be written.
+    /// Begins `file`. What stood there before stays untouched until Finish: the sound goes to a file beside
+    /// it, which then takes its place. Throws SoundFileError for an unknown ending or a place that can't be
+    /// written.
     static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file);
 
     /// Without Finish, removes what was written.
     virtual ~SoundFileWriter() = default;
 
-    /// Queues interleaved frames at kSampleRate. May wait for the encoder. Throws SoundFileError when an earlier block
-    /// could not be written (a full disk, say).
+    /// Queues interleaved frames at kSampleRate. May wait for the encoder. Throws SoundFileError when an
+    /// earlier block could not be written (a full disk, say).
     virtual void Write(std::span<const float> interleaved) = 0;
 
     /// Writes what is left and puts the file in its place. Throws SoundFileError.

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The format's side of a sound file writer: takes all frames in order on one thread and leaves a whole file.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace sorakaze::sound {
+
+class SoundSink {
+  public:
+    virtual ~SoundSink() = default;
+    /// Interleaved frames, any number. Throws SoundFileError.
+    virtual void Write(std::span<const float> interleaved) = 0;
+    /// Writes what is left and puts the file in its place. Throws SoundFileError.
+    virtual void Finish() = 0;
+};
+
+/// 16-bit WAV; files that outgrow the format's 4 GB become RF64.
+std::unique_ptr<SoundSink> MakeWavSink(const std::filesystem::path& file);
+
+/// A format of the encoding libraries. Their names: of the container, of the encoder; the bit rate is 0 for
+/// lossless ones.
+struct Encoding {
+    std::string_view ending;
+    const char* container;
+    const char* encoder;
+    int bitRate;
+};
+std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding);
+
+}  // namespace sorakaze::sound

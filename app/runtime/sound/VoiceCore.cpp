@@ -1,0 +1,192 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/sound/VoiceCore.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+namespace sorakaze::sound {
+namespace {
+
+constexpr std::uint32_t kShortestRamp = kSampleRate / 200;  // 5 ms
+constexpr std::uint32_t kStartRamp = kSampleRate / 500;     // 2 ms
+constexpr std::uint32_t kStopRamp = kShortestRamp;
+
+/// Frames that a worker decodes before it hands them over, and before it looks for needier voices.
+constexpr std::size_t kHandOver = 32768;
+/// Frames that a voice has when Open returns, so that a voice started at once doesn't begin with a gap.
+constexpr std::size_t kFirstFrames = 8192;
+
+float Sane(float gain) {
+    return gain >= 0.0f ? std::min(gain, 1.0f) : 0.0f;  // also catches what is no number
+}
+
+std::uint32_t RampFrames(Frames ramp) {
+    constexpr std::int64_t kLongest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(ramp.count, kShortestRamp, kLongest));
+}
+
+}  // namespace
+
+VoiceCore::VoiceCore(std::unique_ptr<Decoder> decoder)
+    : length_(decoder->Length()), decoder_(std::move(decoder)), ring_(std::make_unique<FrameRing>()) {
+    ring_->Commit(decoder_->Read(ring_->Writable().first(kFirstFrames * kChannels)));
+}
+
+VoiceCore::Change VoiceCore::Start() {
+    const std::lock_guard lock(control_);
+    if (state_.load() != State::Opened) return Change::None;
+    inMixing_.store(true);
+    state_.store(State::Playing);
+    return Change::Began;
+}
+
+VoiceCore::Change VoiceCore::Stop() {
+    const std::lock_guard lock(control_);
+    State expected = State::Playing;
+    if (state_.compare_exchange_strong(expected, State::Stopped)) return Change::Ceased;
+    if (expected == State::Opened) state_.store(State::Stopped);
+    return Change::None;
+}
+
+void VoiceCore::SetGain(float gain, Frames ramp) {
+    const float target = Sane(gain);
+    if (state_.load() == State::Opened) {
+        initialGain_.store(target);
+        // Where Start came in between, the mixing thread may have looked already: then the command follows.
+        if (state_.load() == State::Opened) return;
+    }
+    command_.store(std::uint64_t{std::bit_cast<std::uint32_t>(target)} << 32 | RampFrames(ramp));
+}
+
+void VoiceCore::ObeyCommands() {
+    if (!begun_) {
+        begun_ = true;
+        gain_.Jump(initialGain_.load());
+        edge_.MoveTo(1.0f, kStartRamp);
+    }
+    if (command_.load(std::memory_order_relaxed) != kNoCommand) {
+        const std::uint64_t command = command_.exchange(kNoCommand, std::memory_order_acq_rel);
+        gain_.MoveTo(std::bit_cast<float>(static_cast<std::uint32_t>(command >> 32)),
+                     static_cast<std::uint32_t>(command));
+    }
+    if (!stopping_ && state_.load(std::memory_order_acquire) == State::Stopped) {
+        stopping_ = true;
+        edge_.MoveTo(0.0f, edge_.Now() > 0.0f ? kStopRamp : 0);
+    }
+}
+
+VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
+    ObeyCommands();
+    MixResult result;
+    while (!sum.empty()) {
+        if (stopping_ && !edge_.IsMoving()) {
+            result.mixing = Mixing::IsOver;
+            return result;
+        }
+        const auto frames = ring_->Readable();
+        if (!frames.empty()) {
+            starving_ = false;
+            std::size_t samples = std::min(sum.size(), frames.size());
+            if (stopping_) samples = std::min(samples, edge_.Remaining() * kChannels);
+            AddFrames(sum.first(samples), frames.first(samples));
+            ring_->Consume(samples / kChannels);
+            sum = sum.subspan(samples);
+        } else if (ring_->IsFinished()) {
+            if (ring_->Drained()) return End();
+        } else if (reading == Reading::Offline) {
+            ring_->WaitForFrames();
+        } else {
+            result.underrun = !starving_;
+            starving_ = true;
+            PassSilence(sum.size() / kChannels);
+            return result;
+        }
+    }
+    // Offline the end must not depend on when the decoder notices it.
+    if (reading == Reading::Offline && ring_->Readable().empty()) ring_->WaitForFrames();
+    return ring_->Drained() ? End() : result;
+}
+
+VoiceCore::MixResult VoiceCore::End() {
+    State expected = State::Playing;
+    const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
+    return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false};
+}
+
+void VoiceCore::PassSilence(std::size_t frames) {
+    gain_.Pass(frames);
+    if (stopping_) {
+        edge_.Pass(frames);
+    } else {
+        edge_.Jump(0.0f);
+        edge_.MoveTo(1.0f, kStartRamp);
+    }
+}
+
+void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
+    position_.store(
+        position_.load(std::memory_order_relaxed) + static_cast<std::int64_t>(frames.size() / kChannels),
+        std::memory_order_release);
+    while (!sum.empty()) {
+        std::size_t count = sum.size() / kChannels;
+        if (gain_.IsMoving()) count = std::min(count, gain_.Remaining());
+        if (edge_.IsMoving()) count = std::min(count, edge_.Remaining());
+        float* const to = sum.data();
+        const float* const from = frames.data();
+        const std::size_t samples = count * kChannels;
+        if (gain_.IsMoving() || edge_.IsMoving()) {
+            const Ramp gain = gain_;
+            const Ramp edge = edge_;
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const float factor = gain.At(i + 1) * edge.At(i + 1);
+                to[2 * i] += from[2 * i] * factor;
+                to[2 * i + 1] += from[2 * i + 1] * factor;
+            }
+            gain_.Pass(count);
+            edge_.Pass(count);
+        } else {
+            const float factor = gain_.Target() * edge_.Target();
+            if (factor == 1.0f) {
+                for (std::size_t i = 0; i < samples; ++i) to[i] += from[i];
+            } else if (factor != 0.0f) {
+                for (std::size_t i = 0; i < samples; ++i) to[i] += from[i] * factor;
+            }
+        }
+        sum = sum.subspan(samples);
+        frames = frames.subspan(samples);
+    }
+}
+
+bool VoiceCore::AsksForFrames() {
+    return !ring_->IsFinished() && ring_->Free() >= FrameRing::kCapacity / 2 &&
+           !asked_.exchange(true, std::memory_order_acq_rel);
+}
+
+bool VoiceCore::WantsFrames() {
+    // Cleared before the look at the ring: whoever asks after this look finds the flag down and tells a
+    // worker.
+    asked_.exchange(false, std::memory_order_acq_rel);
+    return !ring_->IsFinished() && ring_->Free() >= FrameRing::kCapacity / 2;
+}
+
+void VoiceCore::Fill() {
+    const auto room = ring_->Writable();
+    const auto batch = room.first(std::min(room.size(), kHandOver * kChannels));
+    const std::size_t frames = decoder_->Read(batch);
+    if (frames > 0) ring_->Commit(frames);
+    if (frames < batch.size() / kChannels) ring_->Finish();
+}
+
+bool VoiceCore::IsOver() const {
+    const State state = state_.load(std::memory_order_acquire);
+    return (state == State::Stopped || state == State::Ended) && !IsMixed();
+}
+
+void VoiceCore::FreeResources() {
+    decoder_.reset();
+    ring_.reset();
+}
+
+}  // namespace sorakaze::sound

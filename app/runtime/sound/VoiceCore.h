@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One voice of the engine, seen from its three sides: the logic's threads command it, a worker thread decodes
+// into its ring, the mixing thread adds it to the sum. The sides meet in atomics only; the mixing side takes
+// no lock.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "app/runtime/sound/Decoder.h"
+#include "app/runtime/sound/FrameRing.h"
+#include "app/runtime/sound/Frames.h"
+#include "app/runtime/sound/MixingEngine.h"
+#include "app/runtime/sound/Ramp.h"
+
+namespace sorakaze::sound {
+
+class VoiceCore {
+  public:
+    enum class Mixing {
+        GoesOn,
+        IsOver,  ///< the voice gives no more sound: the mixing thread forgets it
+    };
+    enum class Change { None, Began, Ceased };
+
+    explicit VoiceCore(std::unique_ptr<Decoder> decoder);
+
+    // --- the logic's threads ---
+
+    /// Began when this call makes the voice a playing one: then the caller hands it to the mixing thread.
+    Change Start();
+    /// Ceased when the voice was playing until now.
+    Change Stop();
+    void SetGain(float gain, Frames ramp);
+    bool IsPlaying() const { return state_.load(std::memory_order_acquire) == State::Playing; }
+    Frames Position() const { return {position_.load(std::memory_order_acquire)}; }
+    std::optional<Frames> Length() const { return length_; }
+
+    // --- the mixing thread ---
+
+    struct MixResult {
+        Mixing mixing = Mixing::GoesOn;
+        bool ended = false;     ///< the file's last frame was mixed now, in a voice that was playing
+        bool underrun = false;  ///< the ring began to lack frames
+    };
+    /// Adds the next frames to `sum`.
+    MixResult MixInto(std::span<float> sum, Reading reading);
+    /// The mixing thread's last touch.
+    void LeaveMixing() { inMixing_.store(false, std::memory_order_release); }
+    /// True once each time that half of the ring has become free: then a worker should be told.
+    bool AsksForFrames();
+    VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own
+
+    // --- the worker threads (one at a time, see ReadAhead) ---
+
+    /// Decodes some more. At most about a second of sound, so that voices take turns.
+    void Fill();
+    /// Whether Fill has enough to do. Clears what AsksForFrames remembers.
+    bool WantsFrames();
+    bool IsMixed() const { return inMixing_.load(std::memory_order_acquire); }
+    /// True when no frame will be asked for any more: the resources can go.
+    bool IsOver() const;
+    /// The share of the ring that is filled, for choosing the neediest voice.
+    std::size_t FramesAhead() const { return FrameRing::kCapacity - ring_->Free(); }
+    /// Frees decoder and ring; only behind IsOver. Callers may hold on to the voice for hours.
+    void FreeResources();
+
+  private:
+    enum class State { Opened, Playing, Stopped, Ended };
+
+    void ObeyCommands();
+    void AddFrames(std::span<float> sum, std::span<const float> frames);
+    void PassSilence(std::size_t frames);
+    MixResult End();
+
+    std::mutex control_;                       // Start against Stop, among the logic's threads only
+    std::atomic<State> state_{State::Opened};  // logic and mixing thread
+    std::atomic<bool> inMixing_{false};        // set by Start, cleared by the mixing thread
+    std::atomic<float> initialGain_{1.0f};     // written by logic before Start, read when mixing begins
+    std::atomic<std::uint64_t> command_{
+        kNoCommand};                         // latest SetGain; written by logic, taken by the mixing thread
+    std::atomic<std::int64_t> position_{0};  // written by the mixing thread
+    std::atomic<bool> asked_{false};         // set by the mixing thread, cleared by a worker
+    const std::optional<Frames> length_;
+
+    std::unique_ptr<Decoder> decoder_;  // worker
+    std::unique_ptr<FrameRing> ring_;   // worker writes, mixing thread reads
+
+    // The mixing thread's own.
+    Ramp gain_{1.0f};
+    Ramp edge_{0.0f};  ///< the ramps at the voice's start, at its stop and around gaps
+    bool begun_ = false;
+    bool stopping_ = false;
+    bool starving_ = false;
+
+    static constexpr std::uint64_t kNoCommand = ~std::uint64_t{0};
+};
+
+}  // namespace sorakaze::sound
