@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. It stands behind
-// the player scripts, is called by whoever holds the runtime's baton, and knows nothing of the show.
+// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. It
+// stands behind the player scripts, is called by whoever holds the runtime's baton, and knows nothing of the
+// show.
 #pragma once
 
 #include <filesystem>
@@ -35,25 +36,35 @@ class LocalPlayer {
     /// Called on the caller's thread for each event. Unset: nobody is told.
     std::function<void(const TrackEvent&)> onTrack;
 
+    /// Opens the track that SongInfo tells of in advance, one at a time, so that its Play starts without
+    /// delay. For a host that renders faster than it plays. Off at first.
+    void SetReadAhead(bool on);
+
     /// The names of all playlists joined by ", ", `Library` first.
     std::string Playlists();
+    /// The same names one by one.
+    std::vector<std::string> PlaylistNames();
+    bool HasPlaylist(const std::string& playlist);
     /// The number of tracks in decimal; "0" for an unknown playlist.
     std::string CountSongs(const std::string& playlist);
-    /// Six fields separated by tabs: title, artist, album and their sort spellings. Empty outside the playlist.
+    /// Six fields separated by tabs: title, artist, album and their sort spellings. Empty outside the
+    /// playlist.
     std::string SongInfo(const std::string& playlist, int number);
 
-    /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as stopped.
+    /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as
+    /// stopped.
     std::string State();
     /// Seconds played of the current track, in decimal with a point; "0" when stopped.
     std::string Position();
 
-    /// Starts a track from its beginning in place of the current one and returns at once. Outside the playlist, or where
-    /// the file can't be played, the player is stopped afterwards.
+    /// Starts a track from its beginning in place of the current one and returns at once. Outside the
+    /// playlist, or where the file can't be played, the player is stopped afterwards.
     void Play(const std::string& playlist, int number);
     void Stop();
 
-    /// The fade-out in three steps, for a caller that has to wait cooperatively: BeginFade starts it (about 4 seconds,
-    /// sample by sample), IsFading holds until silence or the track's end, EndFade ends the track and restores the level.
+    /// The fade-out in three steps, for a caller that has to wait cooperatively: BeginFade starts it (about 4
+    /// seconds, sample by sample), IsFading holds until silence or the track's end, EndFade ends the track
+    /// and restores the level.
     void BeginFade();
     bool IsFading() const;
     void EndFade();

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "player/Catalogue.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "player/ForeignText.h"
+#include "player/PlaylistNames.h"
+
+namespace sorakaze::player {
+
+Catalogue::Catalogue(std::shared_ptr<const FolderTree> tree, PlaylistFiles& files) : tree_(std::move(tree)) {
+    tree_->ForEachSound([&](const FolderTree::Folder& folder, const std::string& name) {
+        sounds_.push_back({&folder.path, &name});
+    });
+    std::unordered_set<std::string> paths;
+    for (const FolderTree::Folder& folder : tree_->Folders()) {
+        for (const std::string& name : folder.listing->playlists) {
+            AddPlaylistFile(folder.path, name, files);
+            paths.insert(folder.path + '/' + name);
+        }
+    }
+    files.KeepOnly(paths);
+    NamePlaylists();
+}
+
+std::string Catalogue::SoundPath(std::size_t index) const {
+    return *sounds_[index].folder + '/' + *sounds_[index].name;
+}
+
+const Playlist* Catalogue::Find(const std::string& name) const {
+    if (const auto exact = byName_.find(name); exact != byName_.end()) return &playlists_[exact->second];
+    const auto folded = byFoldedName_.find(FoldCase(name));
+    return folded == byFoldedName_.end() ? nullptr : &playlists_[folded->second];
+}
+
+bool Catalogue::IsCurrent(PlaylistFiles& files) const {
+    return std::all_of(libraries_.begin(), libraries_.end(), [&](const LibraryFile& library) {
+        const auto now = files.Get(library.path);
+        return now == library.contents ||
+               (now && now->settled && library.contents && now->stamp == library.contents->stamp);
+    });
+}
+
+void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& name, PlaylistFiles& files) {
+    const std::string path = folder + '/' + name;
+    const auto ending = name.rfind('.');
+    if (LowerCased(std::string_view(name).substr(ending)) != ".xml") {
+        playlists_.push_back({FitName(std::string_view(name).substr(0, ending)), path, false, {}, 0});
+        return;
+    }
+    const auto contents = files.Get(path);
+    libraries_.push_back({path, contents});
+    if (!contents || !contents->isLibrary) return;
+    std::unordered_map<std::string, int> occurrences;
+    for (const LibraryXml::List& list : contents->lists) {
+        playlists_.push_back({FitName(list.name), path, true, list.name, occurrences[list.name]++});
+    }
+}
+
+void Catalogue::NamePlaylists() {
+    std::erase_if(playlists_, [](const Playlist& playlist) { return playlist.name.empty(); });
+    std::vector<std::pair<std::string, Playlist>> byKey;
+    for (Playlist& playlist : playlists_) byKey.emplace_back(FoldCase(playlist.name), std::move(playlist));
+    std::sort(byKey.begin(), byKey.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.first, a.second.name, a.second.file, a.second.occurrence) <
+               std::tie(b.first, b.second.name, b.second.file, b.second.occurrence);
+    });
+    std::vector<std::string> names = {kLibraryName};
+    for (const auto& [key, playlist] : byKey) names.push_back(playlist.name);
+    MakeDistinct(names);
+    playlists_.clear();
+    for (std::size_t i = 0; i < byKey.size(); ++i) {
+        Playlist& playlist = playlists_.emplace_back(std::move(byKey[i].second));
+        playlist.name = names[i + 1];
+        byName_.emplace(playlist.name, i);
+        byFoldedName_.emplace(FoldCase(playlist.name), i);
+    }
+}
+
+}  // namespace sorakaze::player

@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the music roots hold at one moment: the sound files in order and the playlists by name. A value, built
+// once from a scan and then only read.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "player/FolderTree.h"
+#include "player/PlaylistFiles.h"
+
+namespace sorakaze::player {
+
+inline constexpr const char* kLibraryName = "Library";
+
+/// A playlist of the user's: a file, or one of the lists in a library XML.
+struct Playlist {
+    std::string name;  ///< distinct and fit to be joined
+    std::string file;
+    bool inLibraryXml = false;
+    std::string ownName;  ///< in the library XML; more than one list can have it
+    int occurrence = 0;   ///< among the lists with that name, from 0
+};
+
+class Catalogue {
+  public:
+    /// Reads the library XML files among the tree's playlists for their names, and no other file.
+    Catalogue(std::shared_ptr<const FolderTree> tree, PlaylistFiles& files);
+
+    const FolderTree& Tree() const { return *tree_; }
+
+    std::size_t SoundCount() const { return sounds_.size(); }
+    std::string SoundPath(std::size_t index) const;
+
+    /// All playlists but `Library`, by name.
+    const std::vector<Playlist>& Playlists() const { return playlists_; }
+    /// By name, exactly or else without regard to letter case. Null for an unknown one and for `Library`.
+    const Playlist* Find(const std::string& name) const;
+
+    /// True while the library XML files hold the names that were read from them.
+    bool IsCurrent(PlaylistFiles& files) const;
+
+  private:
+    struct Sound {
+        const std::string* folder;  ///< into tree_
+        const std::string* name;    ///< likewise
+    };
+    struct LibraryFile {
+        std::string path;
+        std::shared_ptr<const PlaylistFiles::Contents> contents;
+    };
+
+    void AddPlaylistFile(const std::string& folder, const std::string& name, PlaylistFiles& files);
+    void NamePlaylists();
+
+    std::shared_ptr<const FolderTree> tree_;
+    std::vector<Sound> sounds_;
+    std::vector<Playlist> playlists_;
+    std::vector<LibraryFile> libraries_;
+    std::unordered_map<std::string, std::size_t> byName_;
+    std::unordered_map<std::string, std::size_t> byFoldedName_;
+};
+
+}  // namespace sorakaze::player

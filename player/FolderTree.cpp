@@ -1,0 +1,211 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "player/FolderTree.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <deque>
+#include <set>
+
+#include "player/PlaylistParsers.h"
+
+namespace sorakaze::player {
+
+namespace {
+
+/// Up to eight lower-case letters in one word, so that a name is looked up in no time.
+constexpr std::uint64_t Packed(std::string_view ending) {
+    std::uint64_t word = 0;
+    for (const char c : ending) {
+        const char lower = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        word = word << 8 | static_cast<unsigned char>(lower);
+    }
+    return word;
+}
+
+/// Endings of files that hold sound and nothing else.
+constexpr std::uint64_t kSoundEndings[] = {
+    Packed("mp3"), Packed("m4a"),  Packed("flac"), Packed("ogg"), Packed("opus"), Packed("oga"),
+    Packed("wav"), Packed("aiff"), Packed("aif"),  Packed("aac"), Packed("wma"),  Packed("m4b"),
+    Packed("mp2"), Packed("ape"),  Packed("wv"),   Packed("mpc"), Packed("tta"),  Packed("spx"),
+    Packed("mka"), Packed("aifc"), Packed("wave"), Packed("caf"), Packed("alac"), Packed("dsf"),
+    Packed("dff"), Packed("ac3"),  Packed("au"),   Packed("tak"), Packed("weba"), Packed("shn"),
+};
+
+enum class Kind { Sound, Playlist, Folder, LinkedFolder, Other };
+
+bool IsOfInterest(const char* name) {
+    return IsSoundName(name) || IsPlaylistName(name);
+}
+
+Kind KindOfFile(const char* name) {
+    if (IsSoundName(name)) return Kind::Sound;
+    return IsPlaylistName(name) ? Kind::Playlist : Kind::Other;
+}
+
+/// Looks at the file itself only where the folder doesn't tell: links, and file systems without types.
+Kind KindOf(int folder, const dirent& entry) {
+    if (entry.d_type == DT_REG) return KindOfFile(entry.d_name);
+    if (entry.d_type == DT_DIR) return Kind::Folder;
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return Kind::Other;
+    struct stat status {};
+    if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) return Kind::Other;
+    const bool isLink = S_ISLNK(status.st_mode);
+    if (isLink && ::fstatat(folder, entry.d_name, &status, 0) != 0) return Kind::Other;
+    if (S_ISDIR(status.st_mode)) return isLink ? Kind::LinkedFolder : Kind::Folder;
+    return S_ISREG(status.st_mode) && IsOfInterest(entry.d_name) ? KindOfFile(entry.d_name) : Kind::Other;
+}
+
+void Sort(FolderTree::Listing& listing) {
+    for (auto* names : {&listing.sounds, &listing.playlists, &listing.folders, &listing.linkedFolders}) {
+        std::sort(names->begin(), names->end());
+    }
+}
+
+/// Null for a folder that can't be read.
+std::shared_ptr<const FolderTree::Listing> ReadFolder(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return nullptr;
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(descriptor), ::closedir);
+    struct stat status {};
+    if (!directory || ::fstat(descriptor, &status) != 0) {
+        if (!directory) ::close(descriptor);
+        return nullptr;
+    }
+    auto listing = std::make_shared<FolderTree::Listing>();
+    listing->stamp = StampOf(status);
+    listing->settled = IsSettled(listing->stamp);
+    while (const dirent* entry = ::readdir(directory.get())) {
+        if (entry->d_name[0] == '.') continue;
+        switch (KindOf(descriptor, *entry)) {
+            case Kind::Sound:
+                listing->sounds.emplace_back(entry->d_name);
+                break;
+            case Kind::Playlist:
+                listing->playlists.emplace_back(entry->d_name);
+                break;
+            case Kind::Folder:
+                listing->folders.emplace_back(entry->d_name);
+                break;
+            case Kind::LinkedFolder:
+                listing->linkedFolders.emplace_back(entry->d_name);
+                break;
+            case Kind::Other:
+                break;
+        }
+    }
+    Sort(*listing);
+    return listing;
+}
+
+std::string Joined(const std::string& folder, const std::string& name) {
+    return folder.ends_with('/') ? folder + name : folder + '/' + name;
+}
+
+}  // namespace
+
+bool IsSoundName(std::string_view name) {
+    const auto dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0 || name.size() - dot > 6) return false;
+    const std::uint64_t ending = Packed(name.substr(dot + 1));
+    return std::find(std::begin(kSoundEndings), std::end(kSoundEndings), ending) != std::end(kSoundEndings);
+}
+
+/// Walks the folders without links first, then follows the links to folders that the walk has not met.
+struct FolderTree::Scanner {
+    struct Step {
+        std::string path;
+        std::size_t parent = kNone;
+        std::string name;
+    };
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    const FolderTree* before;
+    FolderTree& tree;
+    std::set<std::pair<std::uint64_t, std::uint64_t>> visited;
+    std::deque<Step> links;
+
+    std::shared_ptr<const Listing> ListingOf(const std::string& path, const FileStamp& stamp) const {
+        if (before != nullptr) {
+            const auto found = before->byPath_.find(path);
+            if (found != before->byPath_.end()) {
+                const auto& listing = before->folders_[found->second].listing;
+                if (listing->settled && listing->stamp == stamp) return listing;
+            }
+        }
+        return ReadFolder(path);
+    }
+
+    void Walk(Step first) {
+        std::vector<Step> steps;
+        steps.push_back(std::move(first));
+        while (!steps.empty()) {
+            Step step = std::move(steps.back());
+            steps.pop_back();
+            const auto stamp = StampOf(step.path);
+            if (!stamp || !visited.emplace(stamp->device, stamp->inode).second) continue;
+            const auto listing = ListingOf(step.path, *stamp);
+            if (!listing) continue;
+            const std::size_t index = tree.folders_.size();
+            if (step.parent == kNone) {
+                tree.roots_.push_back(index);
+            } else {
+                tree.folders_[step.parent].children.emplace_back(step.name, index);
+            }
+            for (const std::string& name : listing->linkedFolders)
+                links.push_back({Joined(step.path, name), index, name});
+            for (auto name = listing->folders.rbegin(); name != listing->folders.rend(); ++name) {
+                steps.push_back({Joined(step.path, *name), index, *name});
+            }
+            tree.byPath_.emplace(step.path, index);
+            tree.folders_.push_back({std::move(step.path), listing, {}});
+        }
+    }
+};
+
+std::shared_ptr<const FolderTree> FolderTree::Scan(const std::vector<std::filesystem::path>& roots,
+                                                   const FolderTree* before) {
+    auto tree = std::make_shared<FolderTree>();
+    Scanner scanner{before, *tree, {}, {}};
+    std::vector<std::string> starts;
+    for (const auto& root : roots) {
+        if (!root.empty()) starts.push_back(root.lexically_normal().string());
+    }
+    std::sort(starts.begin(), starts.end());
+    for (const std::string& start : starts) scanner.Walk({start, Scanner::kNone, {}});
+    while (!scanner.links.empty()) {
+        Scanner::Step step = std::move(scanner.links.front());
+        scanner.links.pop_front();
+        scanner.Walk(std::move(step));
+    }
+    for (Folder& folder : tree->folders_) std::sort(folder.children.begin(), folder.children.end());
+    return tree;
+}
+
+bool FolderTree::HasSameListings(const FolderTree& other) const {
+    return std::equal(folders_.begin(), folders_.end(), other.folders_.begin(), other.folders_.end(),
+                      [](const Folder& a, const Folder& b) { return a.listing == b.listing; });
+}
+
+void FolderTree::ForEachSound(
+    const std::function<void(const Folder&, const std::string& name)>& visit) const {
+    for (const std::size_t root : roots_) VisitSounds(root, visit);
+}
+
+// As deep as folders nest, which the length of a path bounds.
+void FolderTree::VisitSounds(std::size_t folder,
+                             const std::function<void(const Folder&, const std::string& name)>& visit) const {
+    const Folder& here = folders_[folder];
+    auto child = here.children.begin();
+    for (const std::string& name : here.listing->sounds) {
+        for (; child != here.children.end() && child->first < name; ++child)
+            VisitSounds(child->second, visit);
+        visit(here, name);
+    }
+    for (; child != here.children.end(); ++child) VisitSounds(child->second, visit);
+}
+
+}  // namespace sorakaze::player

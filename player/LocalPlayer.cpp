@@ -1,0 +1,199 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "player/LocalPlayer.h"
+
+#include <array>
+#include <charconv>
+#include <optional>
+#include <utility>
+
+#include "player/EntryFile.h"
+#include "player/FileStamp.h"
+#include "player/MusicLibrary.h"
+#include "player/Tags.h"
+
+namespace sorakaze::player {
+
+namespace {
+
+constexpr double kFadeSeconds = 4;
+
+std::string Decimal(double seconds) {
+    std::array<char, 64> text{};
+    constexpr int kDecimals = 3;
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed, kDecimals);
+    return error == std::errc{} ? std::string(text.data(), end) : "0";
+}
+
+}  // namespace
+
+struct LocalPlayer::Impl {
+    struct Playing {
+        std::shared_ptr<sound::Voice> voice;
+        TrackEvent track;                        ///< what Started told
+        std::optional<sound::Frames> fadeBegun;  ///< in frames mixed by the engine
+    };
+    /// A file's texts or decoder, valid while the stamp is the file's.
+    template <typename Value>
+    struct OfFile {
+        std::string path;
+        std::optional<FileStamp> stamp;
+        Value value;
+
+        bool IsFor(const std::string& otherPath, const std::optional<FileStamp>& otherStamp) const {
+            return stamp && path == otherPath && stamp == otherStamp;
+        }
+    };
+
+    LocalPlayer& player;
+    sound::MixingEngine& engine;
+    std::unique_ptr<MusicLibrary> library;
+    bool readsAhead = false;
+    std::optional<Playing> playing;
+    std::optional<OfFile<TrackText>> lastTags;
+    std::optional<OfFile<std::shared_ptr<sound::Voice>>> prepared;
+
+    Impl(LocalPlayer& owner, sound::MixingEngine& mixer, std::unique_ptr<MusicLibrary> music)
+        : player(owner), engine(mixer), library(std::move(music)) {}
+
+    const TrackText& TagsOf(const std::string& path) {
+        const auto stamp = StampOf(path);
+        if (!lastTags || !lastTags->IsFor(path, stamp))
+            lastTags = {path, stamp, stamp ? ReadTags(path) : TrackText{}};
+        return lastTags->value;
+    }
+
+    TrackText TextOf(const Track& track) {
+        TrackText text = TagsOf(track.path.string());
+        text.FillFrom(track.text);
+        if (text.title.empty()) text.title = TitleFromName(track.path);
+        return text;
+    }
+
+    void Prepare(const std::string& path) {
+        const auto stamp = StampOf(path);
+        if (prepared && prepared->IsFor(path, stamp)) return;
+        prepared.reset();
+        if (auto voice = Opened(path)) prepared = {path, stamp, std::move(voice)};
+    }
+
+    /// Null where the file can't be played.
+    std::shared_ptr<sound::Voice> Opened(const std::string& path) {
+        // Anything but a regular file could make the caller wait for ever.
+        return IsRegularFile(path) ? engine.Open(path) : nullptr;
+    }
+
+    std::shared_ptr<sound::Voice> TakeVoice(const std::string& path) {
+        if (prepared && prepared->IsFor(path, StampOf(path))) {
+            return std::exchange(prepared, std::nullopt)->value;
+        }
+        return Opened(path);
+    }
+
+    void Tell(TrackEvent event, TrackEvent::What what, double position) const {
+        event.what = what;
+        event.position = position;
+        if (player.onTrack) player.onTrack(event);
+    }
+
+    /// Ends the current track, if there is one. The player stands stopped before anyone is told.
+    void End() {
+        if (!playing) return;
+        const Playing ended = std::move(*playing);
+        playing.reset();
+        ended.voice->Stop();
+        Tell(ended.track, TrackEvent::What::Ended, ended.voice->Position().Seconds());
+    }
+
+    /// Notices a track that has run out by itself.
+    bool IsPlaying() {
+        if (playing && !playing->voice->IsPlaying()) End();
+        return playing.has_value();
+    }
+};
+
+LocalPlayer::LocalPlayer(sound::MixingEngine& engine, std::unique_ptr<MusicLibrary> library)
+    : impl_(new Impl(*this, engine, std::move(library))) {}
+
+LocalPlayer::~LocalPlayer() {
+    if (impl_->playing) impl_->playing->voice->Stop();
+}
+
+void LocalPlayer::SetReadAhead(bool on) {
+    impl_->readsAhead = on;
+    if (!on) impl_->prepared.reset();
+}
+
+std::string LocalPlayer::Playlists() {
+    std::string joined;
+    for (const std::string& name : PlaylistNames()) joined += (joined.empty() ? "" : ", ") + name;
+    return joined;
+}
+
+std::vector<std::string> LocalPlayer::PlaylistNames() {
+    return impl_->library->Names();
+}
+
+bool LocalPlayer::HasPlaylist(const std::string& playlist) {
+    return impl_->library->Has(playlist);
+}
+
+std::string LocalPlayer::CountSongs(const std::string& playlist) {
+    return std::to_string(impl_->library->Count(playlist));
+}
+
+std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
+    const auto track = impl_->library->Find(playlist, number);
+    if (!track) return {};
+    if (impl_->readsAhead) impl_->Prepare(track->path.string());
+    return impl_->TextOf(*track).Record();
+}
+
+std::string LocalPlayer::State() {
+    if (!impl_->IsPlaying()) return "stopped";
+    return impl_->playing->fadeBegun ? "fading" : "playing";
+}
+
+std::string LocalPlayer::Position() {
+    return impl_->IsPlaying() ? Decimal(impl_->playing->voice->Position().Seconds()) : "0";
+}
+
+void LocalPlayer::Play(const std::string& playlist, int number) {
+    impl_->End();
+    const auto track = impl_->library->Find(playlist, number);
+    if (!track) return;
+    auto voice = impl_->TakeVoice(track->path.string());
+    if (!voice) return;
+    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0};
+    if (onTrack) event.title = impl_->TextOf(*track).title;
+    voice->Start();
+    impl_->playing = Impl::Playing{std::move(voice), event, std::nullopt};
+    impl_->Tell(std::move(event), TrackEvent::What::Started, 0);
+}
+
+void LocalPlayer::Stop() {
+    impl_->prepared.reset();
+    impl_->End();
+}
+
+void LocalPlayer::BeginFade() {
+    if (!impl_->IsPlaying() || impl_->playing->fadeBegun) return;
+    Impl::Playing& playing = *impl_->playing;
+    playing.fadeBegun = impl_->engine.Mixed();
+    playing.voice->SetGain(0, sound::FramesFromSeconds(kFadeSeconds));
+    const TrackEvent track = playing.track;
+    impl_->Tell(track, TrackEvent::What::FadeBegun, playing.voice->Position().Seconds());
+}
+
+bool LocalPlayer::IsFading() const {
+    if (!impl_->playing || !impl_->playing->fadeBegun || !impl_->playing->voice->IsPlaying()) return false;
+    return impl_->engine.Mixed() - *impl_->playing->fadeBegun < sound::FramesFromSeconds(kFadeSeconds);
+}
+
+void LocalPlayer::EndFade() {
+    // The level belongs to the track's voice: the next one starts with its own, which is full.
+    if (impl_->playing && impl_->playing->fadeBegun) impl_->End();
+}
+
+}  // namespace sorakaze::player

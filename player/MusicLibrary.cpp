@@ -1,0 +1,107 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "player/MusicLibrary.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "player/EntryFile.h"
+#include "player/LibraryWatcher.h"
+
+namespace sorakaze::player {
+
+namespace {
+
+bool IsLibrary(const std::string& playlist) {
+    return playlist == kLibraryName || LowerCased(playlist) == LowerCased(kLibraryName);
+}
+
+/// The list of a library XML that `playlist` names. Null when the file no longer holds it.
+const LibraryXml::List* ListOf(const PlaylistFiles::Contents& contents, const Playlist& playlist) {
+    int occurrence = playlist.occurrence;
+    for (const LibraryXml::List& list : contents.lists) {
+        if (list.name == playlist.ownName && occurrence-- == 0) return &list;
+    }
+    return nullptr;
+}
+
+/// A playlist's entries by index, whichever kind of file it stands in.
+class Entries {
+  public:
+    Entries(std::shared_ptr<const PlaylistFiles::Contents> contents, const Playlist& playlist)
+        : contents_(std::move(contents)), inLibraryXml_(playlist.inLibraryXml) {
+        if (contents_ && inLibraryXml_) list_ = ListOf(*contents_, playlist);
+    }
+
+    std::size_t Count() const {
+        if (inLibraryXml_) return list_ != nullptr ? list_->tracks.size() : 0;
+        return contents_ ? contents_->tracks.size() : 0;
+    }
+
+    const PlaylistEntry& At(std::size_t index) const {
+        return contents_->tracks[inLibraryXml_ ? list_->tracks[index] : index];
+    }
+
+    const std::filesystem::path& Folder() const { return contents_->folder; }
+
+  private:
+    std::shared_ptr<const PlaylistFiles::Contents> contents_;
+    bool inLibraryXml_;
+    const LibraryXml::List* list_ = nullptr;
+};
+
+}  // namespace
+
+struct MusicLibrary::Impl {
+    PlaylistFiles files;
+    LibraryWatcher watcher;
+
+    Impl(std::vector<std::filesystem::path> roots, Watching watching, std::function<Clock::time_point()> now)
+        : watcher(std::move(roots), files, watching, std::move(now)) {}
+};
+
+MusicLibrary::MusicLibrary(std::vector<std::filesystem::path> roots, Watching watching,
+                           std::function<Clock::time_point()> now)
+    : impl_(std::make_unique<Impl>(std::move(roots), watching, std::move(now))) {}
+
+MusicLibrary::~MusicLibrary() = default;
+
+std::vector<std::string> MusicLibrary::Names() {
+    const auto catalogue = impl_->watcher.Current();
+    std::vector<std::string> names = {kLibraryName};
+    for (const Playlist& playlist : catalogue->Playlists()) names.push_back(playlist.name);
+    return names;
+}
+
+bool MusicLibrary::Has(const std::string& playlist) {
+    return IsLibrary(playlist) || impl_->watcher.Current()->Find(playlist) != nullptr;
+}
+
+int MusicLibrary::Count(const std::string& playlist) {
+    const auto catalogue = impl_->watcher.Current();
+    std::size_t count = 0;
+    if (IsLibrary(playlist)) {
+        count = catalogue->SoundCount();
+    } else if (const Playlist* found = catalogue->Find(playlist)) {
+        count = Entries(impl_->files.Get(found->file), *found).Count();
+    }
+    return static_cast<int>(std::min<std::size_t>(count, std::numeric_limits<int>::max()));
+}
+
+std::optional<Track> MusicLibrary::Find(const std::string& playlist, int number) {
+    if (number < 1) return std::nullopt;
+    const auto index = static_cast<std::size_t>(number) - 1;
+    const auto catalogue = impl_->watcher.Current();
+    if (IsLibrary(playlist)) {
+        if (index >= catalogue->SoundCount()) return std::nullopt;
+        return Track{catalogue->SoundPath(index), {}};
+    }
+    const Playlist* found = catalogue->Find(playlist);
+    if (found == nullptr) return std::nullopt;
+    const Entries entries(impl_->files.Get(found->file), *found);
+    if (index >= entries.Count()) return std::nullopt;
+    const PlaylistEntry& entry = entries.At(index);
+    return Track{FileOf(entry, entries.Folder()), entry.text};
+}
+
+}  // namespace sorakaze::player

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The user's music as playlists of numbered tracks: `Library`, which is every sound file below the music
+// roots, then every playlist found there. It tells what there is and where a track's file lies; it reads no
+// tags and plays nothing.
+//
+// A playlist that is edited counts from the next call. New, moved and removed files are noticed within about
+// a second of the calls that come in meanwhile; while nobody asks, nothing looks at the disk.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "player/TrackText.h"
+
+namespace sorakaze::player {
+
+/// A track of a playlist. Its file may be gone.
+struct Track {
+    std::filesystem::path path;
+    TrackText text;  ///< what the playlist itself says of it
+};
+
+/// Called from any thread.
+class MusicLibrary {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    enum class Watching {
+        OnThread,  ///< A thread of the library's own scans, so that a slow disk delays no caller but the
+                   ///< first.
+        InCall,    ///< Each call scans first when a second has gone by.
+    };
+
+    /// Roots may be missing, equal or nested. `now` is the clock for InCall.
+    explicit MusicLibrary(std::vector<std::filesystem::path> roots, Watching watching = Watching::OnThread,
+                          std::function<Clock::time_point()> now = Clock::now);
+    ~MusicLibrary();
+
+    /// `Library`, then the others by name. Distinct; no name holds ", ", a tab or a line break.
+    std::vector<std::string> Names();
+
+    bool Has(const std::string& playlist);
+
+    /// 0 for an unknown playlist. Tracks whose files are missing count.
+    int Count(const std::string& playlist);
+
+    /// The track with the 1-based `number`; empty outside the playlist.
+    std::optional<Track> Find(const std::string& playlist, int number);
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sorakaze::player

@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the playlist formats share: locations and lines.
+#include "player/PlaylistParsers.h"
+
+#include <algorithm>
+#include <array>
+
+namespace sorakaze::player {
+
+namespace {
+
+bool IsSchemeCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' ||
+           c == '-' || c == '.';
+}
+
+/// The scheme that a location begins with; empty for a path. One letter is a drive, not a scheme.
+std::string_view SchemeOf(std::string_view location) {
+    const auto colon = location.find(':');
+    if (colon == std::string_view::npos || colon < 2) return {};
+    const std::string_view scheme = location.substr(0, colon);
+    if (!std::all_of(scheme.begin(), scheme.end(), IsSchemeCharacter)) return {};
+    const bool isFile = LowerCased(scheme) == "file" && location.substr(colon + 1).starts_with('/');
+    return isFile || location.substr(colon + 1).starts_with("//") ? scheme : std::string_view{};
+}
+
+/// The path of what stands behind "file:": "/x", "///x", "//localhost/x". Another host's name is dropped too:
+/// where its files are mounted is anyone's guess, and the search for moved files does the rest.
+std::string_view PathOfFileUrl(std::string_view rest) {
+    if (!rest.starts_with("//")) return rest;
+    const auto slash = rest.find('/', 2);
+    return slash == std::string_view::npos ? std::string_view{} : rest.substr(slash);
+}
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+}  // namespace
+
+std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::Form form) {
+    PlaylistEntry entry;
+    entry.form = form;
+    const std::string_view scheme = SchemeOf(location);
+    if (!scheme.empty()) {
+        if (LowerCased(scheme) != "file") return std::nullopt;
+        location = PathOfFileUrl(location.substr(scheme.size() + 1));
+        entry.form = PlaylistEntry::Form::Url;
+    }
+    const bool blank = location.find_first_not_of(" \t") == std::string_view::npos;
+    if (blank || location.find('\0') != std::string_view::npos || IsPlaylistName(location))
+        return std::nullopt;
+    entry.location = location;
+    return entry;
+}
+
+bool IsPlaylistName(std::string_view path) {
+    static constexpr std::array<std::string_view, 5> kEndings = {".m3u", ".m3u8", ".pls", ".xspf", ".xml"};
+    while (path.ends_with(' ') || path.ends_with('\t')) path.remove_suffix(1);
+    const std::string tail = LowerCased(path.substr(path.size() - std::min<std::size_t>(path.size(), 5)));
+    return std::any_of(kEndings.begin(), kEndings.end(), [&](auto ending) { return tail.ends_with(ending); });
+}
+
+std::string PercentDecoded(std::string_view text) {
+    std::string decoded;
+    decoded.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%' && i + 2 < text.size()) {
+            const int high = HexDigit(text[i + 1]);
+            const int low = HexDigit(text[i + 2]);
+            if (high >= 0 && low >= 0) {
+                decoded += static_cast<char>(high * 16 + low);
+                i += 2;
+                continue;
+            }
+        }
+        decoded += text[i];
+    }
+    return decoded;
+}
+
+std::string LowerCased(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return lower;
+}
+
+std::string_view TakeLine(std::string_view& rest) {
+    const auto end = rest.find_first_of("\r\n");
+    const std::string_view line = rest.substr(0, end);
+    if (end == std::string_view::npos) {
+        rest = {};
+    } else {
+        rest.remove_prefix(end + (rest.substr(end).starts_with("\r\n") ? 2 : 1));
+    }
+    return line;
+}
+
+}  // namespace sorakaze::player
