@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The main thread's events: timers that are due and calls that other threads posted. Handlers run with the
+// baton, on the main thread, from Run or from within a handler that waits with DoEvents.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "app/runtime/Scheduler.h"
+
+namespace sorakaze {
+
+/// A timer's place in the event loop.
+struct TimerEntry {
+    std::function<void()> onDue;
+    std::chrono::nanoseconds period{0};
+    std::chrono::nanoseconds due{0};
+    bool armed = false;
+};
+
+class EventLoop {
+  public:
+    /// `onUncaught` is called, with the baton, for an exception that leaves a handler.
+    EventLoop(Scheduler& scheduler, Clock& clock, std::function<void(std::exception_ptr)> onUncaught);
+
+    // With the baton:
+
+    /// `timer` outlives its membership. Its fields may be set at any time.
+    void Add(TimerEntry& timer);
+    void Remove(TimerEntry& timer);
+
+    /// Handles events until Quit.
+    void Run();
+    /// Handles the events that are due, or where none is lets the other threads run for a tick at most.
+    void DoEvents();
+    /// Handles events for as long as `condition` holds.
+    void DoEventsWhile(FunctionRef<bool()> condition);
+
+    // Any thread:
+    void Post(std::function<void()> handler);
+    void Quit();
+
+  private:
+    /// False if an event is due now; `nextDue` is when the next timer will be.
+    bool NothingDue(std::chrono::nanoseconds& nextDue);
+    void HandleDue();
+    void Handle(const std::function<void()>& handler);
+
+    Scheduler& scheduler_;
+    Clock& clock_;
+    const std::function<void(std::exception_ptr)> onUncaught_;
+    std::vector<TimerEntry*> timers_;
+
+    std::mutex mutex_;  ///< guards posted_
+    std::deque<std::function<void()>> posted_;
+    std::atomic<bool> anyPosted_{false};
+    std::atomic<bool> quit_{false};
+};
+
+}  // namespace sorakaze

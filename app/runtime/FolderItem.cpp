@@ -1,0 +1,149 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/FolderItem.h"
+
+#include <sys/stat.h>
+
+#include <chrono>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "app/runtime/Runtime.h"
+
+namespace sorakaze {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A newline can't be escaped by a backslash: the shell takes the two for nothing.
+constexpr std::string_view kQuotedNewline = "'\n'";
+
+bool NeedsNoEscape(unsigned char byte) {
+    return byte >= 0x80 || (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+           (byte >= 'a' && byte <= 'z') ||
+           std::string_view("/._-+,:@%").find(static_cast<char>(byte)) != std::string_view::npos;
+}
+
+/// The entries of the folder read last. Loops over Count and Item ask for them again and again.
+struct Listing {
+    fs::path folder;
+    timespec changed{};
+    dev_t device = 0;
+    ino_t inode = 0;
+    std::vector<std::string> names;
+};
+
+bool IsSame(const timespec& a, const timespec& b) {
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+
+const std::vector<std::string>& EntriesOf(const fs::path& folder) {
+    thread_local Listing last;
+    struct stat now {};
+    if (stat(folder.c_str(), &now) != 0 || !S_ISDIR(now.st_mode)) {
+        last = {};
+        return last.names;
+    }
+    // Two changes within one step of the file system's clock look alike: a folder changed just now is read
+    // anew.
+    timespec clock{};
+    clock_gettime(CLOCK_REALTIME, &clock);
+    const bool settled = clock.tv_sec - now.st_mtim.tv_sec > 1;
+    const bool known = last.folder == folder && last.device == now.st_dev && last.inode == now.st_ino &&
+                       IsSame(last.changed, now.st_mtim);
+    if (known && settled) return last.names;
+    last = {folder, now.st_mtim, now.st_dev, now.st_ino, {}};
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        last.names.push_back(entry->path().filename().string());
+    }
+    return last.names;
+}
+
+bool CanBeName(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
+}  // namespace
+
+FolderItemRef FolderItem::Child(const String& name) const {
+    if (!CanBeName(name.Bytes())) return nullptr;
+    return std::make_shared<FolderItem>(path_ / name.Bytes());
+}
+
+FolderItemRef FolderItem::Item(std::int32_t i) const {
+    const auto& names = EntriesOf(path_);
+    if (i < 1 || static_cast<std::size_t>(i) > names.size()) return nullptr;
+    return std::make_shared<FolderItem>(path_ / names[static_cast<std::size_t>(i) - 1]);
+}
+
+std::int32_t FolderItem::Count() const {
+    return static_cast<std::int32_t>(EntriesOf(path_).size());
+}
+
+String FolderItem::Name() const {
+    return path_.filename().string();
+}
+
+bool FolderItem::Exists() const {
+    std::error_code ignored;
+    return fs::exists(path_, ignored);
+}
+
+bool FolderItem::Directory() const {
+    std::error_code ignored;
+    return fs::is_directory(path_, ignored);
+}
+
+String FolderItem::ShellPath() const {
+    return EscapeForShell(path_.string());
+}
+
+void FolderItem::Delete() const {
+    std::error_code ignored;
+    fs::remove(path_, ignored);
+}
+
+FolderItemRef GetFolderItem(const String& path, std::int32_t mode) {
+    const auto& appFolder = Runtime::Current().AppFolder();
+    const std::string plain = mode == kShellPath ? UnescapeFromShell(path) : path.Bytes();
+    if (plain.find('\0') != std::string::npos) return nullptr;
+    return std::make_shared<FolderItem>(plain.empty() ? appFolder : appFolder / plain);
+}
+
+FolderItemRef SpecialFolder::Temporary() {
+    return std::make_shared<FolderItem>(Runtime::Current().TemporaryFolder());
+}
+
+String EscapeForShell(const std::string& path) {
+    std::string escaped;
+    for (const char byte : path) {
+        if (byte == '\n') {
+            escaped += kQuotedNewline;
+            continue;
+        }
+        if (!NeedsNoEscape(static_cast<unsigned char>(byte))) escaped += '\\';
+        escaped += byte;
+    }
+    return escaped;
+}
+
+std::string UnescapeFromShell(const String& path) {
+    const std::string& escaped = path.Bytes();
+    std::string plain;
+    for (std::size_t at = 0; at < escaped.size(); ++at) {
+        if (escaped.compare(at, kQuotedNewline.size(), kQuotedNewline) == 0) {
+            plain += '\n';
+            at += kQuotedNewline.size() - 1;
+        } else if (escaped[at] == '\\' && at + 1 < escaped.size()) {
+            plain += escaped[++at];
+        } else {
+            plain += escaped[at];
+        }
+    }
+    return plain;
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Files and folders as the logic sees them. A reference may be empty: the logic tests it before use.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+#include "app/runtime/Exceptions.h"
+#include "app/runtime/String.h"
+
+namespace sorakaze {
+
+class FolderItem;
+class Sound;
+using FolderItemRef = std::shared_ptr<FolderItem>;
+using SoundRef = std::shared_ptr<Sound>;
+
+class FolderItem {
+  public:
+    explicit FolderItem(std::filesystem::path path) : path_(std::move(path)) {}
+
+    /// The item of that name in this folder, whether or not it exists. Empty for what can't be a name.
+    FolderItemRef Child(const String& name) const;
+    /// The i-th entry, from 1, in the folder's own order, hidden entries included. Empty where there is none.
+    FolderItemRef Item(std::int32_t i) const;
+    /// Number of entries; 0 for an empty or missing folder and for a file.
+    std::int32_t Count() const;
+    String Name() const;
+    bool Exists() const;
+    bool Directory() const;
+    /// The path escaped so that it can stand unquoted in a shell command.
+    String ShellPath() const;
+    /// Removes the file, or the empty folder. What can't be removed stays.
+    void Delete() const;
+    /// Empty if the file is no sound that can be read. Lets the other threads run while it reads.
+    SoundRef OpenAsSound() const;
+
+    const std::filesystem::path& Path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// Modes of GetFolderItem.
+inline constexpr std::int32_t kAbsolutePath = 0;
+inline constexpr std::int32_t kShellPath = 1;
+
+/// The item of a path; the empty path is the folder that holds the application. With kShellPath the path is
+/// escaped as ShellPath gives it; blanks that aren't escaped stand for themselves. Empty for what can't be a
+/// path.
+FolderItemRef GetFolderItem(const String& path, std::int32_t mode);
+
+struct SpecialFolder {
+    /// The run's own folder for temporary files, which goes when the application ends.
+    static FolderItemRef Temporary();
+};
+
+/// A path escaped for a shell, and back.
+String EscapeForShell(const std::string& path);
+std::string UnescapeFromShell(const String& path);
+
+}  // namespace sorakaze

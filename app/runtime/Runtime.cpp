@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/Runtime.h"
+
+#include <cassert>
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+#include "app/runtime/process/ConfinedProcess.h"
+
+namespace sorakaze {
+namespace {
+
+Runtime* current = nullptr;
+
+std::filesystem::path MakeTemporaryFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "sorakaze-XXXXXX").string();
+    if (!mkdtemp(name.data())) {
+        throw std::filesystem::filesystem_error("no temporary folder can be made", name,
+                                                std::error_code(errno, std::generic_category()));
+    }
+    process::PrepareWritableFolder(name);
+    return name;
+}
+
+}  // namespace
+
+Runtime::Runtime(Options options, Host& host)
+    : host_(host),
+      clock_(std::move(options.clock)),
+      appFolder_(std::filesystem::absolute(options.appFolder).lexically_normal()),
+      engine_(options.engine),
+      seeds_(static_cast<std::uint32_t>(options.seed ? *options.seed : std::random_device()())) {
+    assert(!current);
+    if (!appFolder_.has_filename()) appFolder_ = appFolder_.parent_path();
+    const auto tell = [this](std::exception_ptr exception) { TellUncaught(std::move(exception)); };
+    current = this;
+    scheduler_ = std::make_unique<Scheduler>(*clock_, tell);
+    events_ = std::make_unique<EventLoop>(*scheduler_, *clock_, tell);
+}
+
+Runtime::~Runtime() {
+    scheduler_.reset();
+    current = nullptr;
+    std::error_code ignored;
+    if (!temporaryFolder_.empty()) std::filesystem::remove_all(temporaryFolder_, ignored);
+}
+
+Runtime& Runtime::Current() {
+    assert(current);
+    return *current;
+}
+
+std::filesystem::path Runtime::ResourcesFolder() const {
+    return appFolder_ / "Sorakaze.app" / "Contents" / "Resources";
+}
+
+const std::filesystem::path& Runtime::TemporaryFolder() {
+    if (temporaryFolder_.empty()) temporaryFolder_ = MakeTemporaryFolder();
+    return temporaryFolder_;
+}
+
+void Runtime::TellUncaught(std::exception_ptr exception) {
+    try {
+        std::rethrow_exception(std::move(exception));
+    } catch (const RuntimeException& error) {
+        ShowMessage(String(error.ClassName()) + ": " + error.Message());
+    } catch (const std::exception& error) {
+        ShowMessage(String("Exception: ") + error.what());
+    } catch (...) {
+        ShowMessage("Exception");
+    }
+}
+
+void Runtime::ShowMessage(const String& text) {
+    if (onMessage) onMessage(text);
+    scheduler_->Block(Blocking::TimeStands,
+                      [&](std::stop_token cancelled) { host_.ShowMessage(text, std::move(cancelled)); });
+}
+
+std::int32_t Ticks() {
+    return static_cast<std::int32_t>(Runtime::Current().GetClock().Tick());
+}
+
+void MsgBox(const String& text) {
+    Runtime::Current().ShowMessage(text);
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the logic runs on, made once by the host (the desktop, the studio, a test) on its main thread:
+// threads, time, events, scripts, the place of the application and the run's temporary folder. The logic
+// reaches it through the operations at the end of this file and through the classes of the neighbouring
+// headers.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <random>
+#include <stop_token>
+#include <string>
+
+#include "app/runtime/Clock.h"
+#include "app/runtime/EventLoop.h"
+#include "app/runtime/Exceptions.h"
+#include "app/runtime/Scheduler.h"
+#include "app/runtime/Scripts.h"
+#include "app/runtime/String.h"
+
+namespace sorakaze {
+
+namespace sound {
+class MixingEngine;
+}
+
+/// What a host supplies.
+class Host {
+  public:
+    virtual ~Host() = default;
+
+    /// Shows a message with one button and returns when the user has answered, or when `cancelled` is asked
+    /// for: the thread that asked was killed. Called without the baton, on the thread that asked.
+    virtual void ShowMessage(const String& text, std::stop_token cancelled) = 0;
+};
+
+class Runtime {
+  public:
+    struct Options {
+        std::unique_ptr<Clock> clock;
+        /// The folder that holds the application.
+        std::filesystem::path appFolder;
+        /// What sounds are played on; null for an application without sound. Outlives the runtime.
+        sound::MixingEngine* engine = nullptr;
+        /// Draws are the same for the same seed; none for a new one each run.
+        std::optional<std::uint64_t> seed;
+    };
+
+    /// The calling thread becomes the main thread. `host` outlives the runtime. There is one runtime at a
+    /// time. Throws std::filesystem::filesystem_error where no temporary folder can be made.
+    Runtime(Options options, Host& host);
+    /// Kills the threads and removes the temporary folder.
+    ~Runtime();
+
+    static Runtime& Current();
+
+    Clock& GetClock() { return *clock_; }
+    Scheduler& Threads() { return *scheduler_; }
+    EventLoop& Events() { return *events_; }
+    ScriptTable& Scripts() { return scripts_; }
+    sound::MixingEngine* Engine() const { return engine_; }
+
+    const std::filesystem::path& AppFolder() const { return appFolder_; }
+    /// The application's Resources, which commands are looked for in first.
+    std::filesystem::path ResourcesFolder() const;
+    /// A folder of the run's own (mode 0700), made at the first call.
+    const std::filesystem::path& TemporaryFolder();
+
+    /// A seed for a new Random.
+    std::uint32_t NextSeed() { return seeds_(); }
+
+    /// Tells the user of an exception that left a thread or an event handler, with its class and message.
+    void TellUncaught(std::exception_ptr exception);
+    void ShowMessage(const String& text);
+    /// Called with the baton before a message is shown. Unset: nobody is told.
+    std::function<void(const String&)> onMessage;
+
+  private:
+    Host& host_;
+    std::unique_ptr<Clock> clock_;
+    std::filesystem::path appFolder_;
+    sound::MixingEngine* engine_;
+    std::filesystem::path temporaryFolder_;
+    std::mt19937 seeds_;
+    ScriptTable scripts_;
+    std::unique_ptr<Scheduler> scheduler_;
+    std::unique_ptr<EventLoop> events_;
+};
+
+/// Sixtieths of a second from a start that doesn't matter. Any thread.
+std::int32_t Ticks();
+
+/// A modal message with one button; the calling thread stands still until the user has answered.
+void MsgBox(const String& text);
+
+/// The end of a working pass of a loop.
+inline void Yield() {
+    Runtime::Current().Threads().Yield();
+}
+
+/// A waiting pass: others run for as long as `condition` holds.
+inline void WaitWhile(FunctionRef<bool()> condition) {
+    Runtime::Current().Threads().WaitWhile(condition);
+}
+
+}  // namespace sorakaze

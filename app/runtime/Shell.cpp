@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/Shell.h"
+
+#include <stop_token>
+#include <utility>
+
+#include "app/runtime/Runtime.h"
+#include "app/runtime/process/ConfinedProcess.h"
+
+namespace sorakaze {
+
+void Shell::Execute(const String& command) {
+    auto& runtime = Runtime::Current();
+    process::Confinement confinement;
+    confinement.writableFolder = runtime.TemporaryFolder();
+    confinement.readable = {runtime.ResourcesFolder()};
+    confinement.searchFirst = {runtime.ResourcesFolder()};
+    process::ConfinedProcess process(command.Bytes(), std::move(confinement));
+    process::CommandResult result;
+    runtime.Threads().Block(Blocking::TimeStands, [&](std::stop_token cancelled) {
+        const std::stop_callback kill(cancelled, [&process] { process.Kill(); });
+        result = process.Run();
+    });
+    result_ = std::move(result.output);
+    errorCode_ = result.status;
+}
+
+}  // namespace sorakaze

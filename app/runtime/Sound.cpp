@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/Sound.h"
+
+#include <algorithm>
+
+#include "app/runtime/FolderItem.h"
+#include "app/runtime/Runtime.h"
+
+namespace sorakaze {
+
+void Sound::SetVolume(std::int32_t volume) {
+    volume_ = std::clamp(volume, 0, 100);
+    voice_->SetGain(static_cast<float>(volume_) / 100.0f);
+}
+
+double Sound::Seconds() const {
+    const auto length = voice_->Length();
+    return length ? length->Seconds() : 0;
+}
+
+SoundRef FolderItem::OpenAsSound() const {
+    auto& runtime = Runtime::Current();
+    if (!runtime.Engine()) return nullptr;
+    std::shared_ptr<sound::Voice> voice;
+    runtime.Threads().Block(Blocking::TimeStands,
+                            [&](std::stop_token) { voice = runtime.Engine()->Open(path_); });
+    return voice ? std::make_shared<Sound>(path_, std::move(voice)) : nullptr;
+}
+
+}  // namespace sorakaze

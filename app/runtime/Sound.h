@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+#include "app/runtime/sound/MixingEngine.h"
+
+namespace sorakaze {
+
+/// A sound of the system's own, as OpenAsSound gives it. One whose last reference goes while it plays is
+/// stopped: nothing could fade it any more. Methods may be called from any thread.
+class Sound {
+  public:
+    Sound(std::filesystem::path path, std::shared_ptr<sound::Voice> voice)
+        : path_(std::move(path)), voice_(std::move(voice)) {}
+
+    /// Starts from the beginning and returns at once.
+    void Play() { voice_->Start(); }
+    void Stop() { voice_->Stop(); }
+    bool IsPlaying() const { return voice_->IsPlaying(); }
+
+    /// 0 to 100, the amplitude in percent; takes effect at once. Kept within the range.
+    std::int32_t Volume() const { return volume_; }
+    void SetVolume(std::int32_t volume);
+
+    const std::filesystem::path& Path() const { return path_; }
+    /// Length in seconds as the file states it, 0 where it doesn't.
+    double Seconds() const;
+
+  private:
+    std::filesystem::path path_;
+    std::shared_ptr<sound::Voice> voice_;
+    std::int32_t volume_ = 100;
+};
+
+}  // namespace sorakaze

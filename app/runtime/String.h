@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The text value of the logic. A String is bytes that read as UTF-8; bytes that aren't UTF-8 never fail, each
+// stray byte counts as one character. The empty and the unset string are one value.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace sorakaze {
+
+class String {
+  public:
+    String() = default;
+    String(const char* text) : bytes_(text ? text : "") {}
+    String(std::string bytes) : bytes_(std::move(bytes)) {}
+    explicit String(std::string_view bytes) : bytes_(bytes) {}
+
+    const std::string& Bytes() const { return bytes_; }
+    bool IsEmpty() const { return bytes_.empty(); }
+
+    String& operator+=(const String& other) {
+        bytes_ += other.bytes_;
+        return *this;
+    }
+    friend String operator+(String a, const String& b) { return a += b; }
+
+  private:
+    std::string bytes_;
+};
+
+/// Equality without regard to letter case, in all of Unicode; nothing else is folded.
+bool operator==(const String& a, const String& b);
+std::ostream& operator<<(std::ostream& out, const String& text);
+
+// Positions and lengths count characters, from 1, but in LenB. All searches ignore letter case as `==` does.
+// Every operation is linear in its input.
+
+std::int32_t Len(const String& s);
+std::int32_t LenB(const String& s);
+/// The first n characters; empty for n <= 0.
+String Left(const String& s, std::int32_t n);
+/// From the 1-based `start` to the end, or `length` characters of that. A start below 1 counts as 1.
+String Mid(const String& s, std::int32_t start);
+String Mid(const String& s, std::int32_t start, std::int32_t length);
+/// 1-based position of the first match at or behind `start`, 0 if there is none. Nothing matches an empty
+/// `find`.
+std::int32_t InStr(const String& s, const String& find);
+std::int32_t InStr(std::int32_t start, const String& s, const String& find);
+/// The n-th piece (from 1) of `s` cut at `separator`; empty beyond the last one.
+String NthField(const String& s, const String& separator, std::int32_t n);
+/// All the pieces; none at all of an empty text.
+std::vector<String> Split(const String& s, const String& separator);
+String ReplaceAll(const String& s, const String& find, const String& with);
+String Replace(const String& s, const String& find, const String& with);
+/// White space (as Unicode has it) removed at both ends.
+String Trim(const String& s);
+String Lowercase(const String& s);
+/// The one-character string of a code point; empty for what is no code point.
+String Chr(std::int32_t code);
+String Str(std::int32_t n);
+/// A whole number comes out with neither point nor zeros behind it; others in the fewest digits that give
+/// them back.
+String Str(double x);
+/// The decimal number at the start of `s` (white space before it is skipped), 0 if there is none.
+double Val(const String& s);
+/// A double as a 32-bit integer: the fraction is dropped, what lies outside the range goes to its nearest
+/// end.
+std::int32_t ToInt32(double x);
+
+/// A text encoding. There is one.
+struct TextEncoding {
+    String Chr(std::int32_t code) const { return sorakaze::Chr(code); }
+};
+struct Encodings {
+    static constexpr TextEncoding UTF8{};
+};
+/// The text as UTF-8. Bytes that are UTF-8 already stay as they are; a text that isn't is taken for
+/// Windows-1252.
+String ConvertEncoding(const String& s, const TextEncoding& encoding);
+
+}  // namespace sorakaze
