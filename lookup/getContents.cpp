@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "show/mainWindow.h"
+
+namespace sorakaze {
+
+/// Without an encyclopaedia nothing is known of any artist.
+void mainWindow::getContents(const String&) {
+    wikiContents = String();
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/runtime/Exceptions.h"
+#include "app/runtime/String.h"
+
+namespace sorakaze {
+
+/// The command lines of one block: (line, variant), both 0 to 10. An empty cell ends a variant.
+class Block {
+  public:
+    static constexpr std::int32_t kUpperBound = 10;
+    /// Lines 0 to 9 are filled and run; line 10 stays empty.
+    static constexpr std::int32_t kLastLine = 9;
+
+    /// Raises OutOfBoundsException outside of 0 to 10.
+    String& operator()(std::int32_t line, std::int32_t variant) {
+        if (line < 0 || line > kUpperBound || variant < 0 || variant > kUpperBound) {
+            throw OutOfBoundsException("There is no line " + std::to_string(line) + " of variant " +
+                                       std::to_string(variant) + ": both go from 0 to 10.");
+        }
+        return cells_[static_cast<std::size_t>(line)][static_cast<std::size_t>(variant)];
+    }
+
+  private:
+    std::array<std::array<String, kUpperBound + 1>, kUpperBound + 1> cells_;
+};
+
+/// Shared: `command` is one more reference to one of the blocks.
+using BlockRef = std::shared_ptr<Block>;
+
+}  // namespace sorakaze

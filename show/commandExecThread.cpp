@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The interpreter of command lines.
+#include "app/runtime/Random.h"
+#include "app/runtime/Runtime.h"
+#include "app/runtime/Shell.h"
+#include "player/bridge/PlayFile.h"
+#include "show/mainWindow.h"
+#include "speech/SayLine.h"
+
+namespace sorakaze {
+namespace {
+
+/// What a block keeps of the track for its whole length: the preparation of the next one, which the block
+/// itself starts, overwrites the window's.
+struct TrackCopy {
+    String wikiContents;
+    String song;
+    String artist;
+    String album;
+};
+
+String VoiceOf(const String& personality) {
+    return InStr(personality, " ") > 0 ? NthField(personality, " ", 1) : String("Alex");
+}
+
+const char* NameOf(const mainWindow& window) {
+    if (window.command == window.opening) return "opening";
+    if (window.command == window.IntroW) return "introW";
+    if (window.command == window.intro) return "intro";
+    if (window.command == window.jingle) return "jingle";
+    return window.command == window.ending ? "ending" : "";
+}
+
+/// Later replacements also act on what earlier ones brought in. The count is asked for at every line, used or
+/// not.
+String Expand(String line, mainWindow& window, const TrackCopy& track) {
+    line = ReplaceAll(line, "[[program]]", window.program);
+    line = ReplaceAll(line, "[[station]]", window.station);
+    line = ReplaceAll(line, "[[band]]", window.band);
+    line = ReplaceAll(line, "[[song]]", track.song);
+    line = ReplaceAll(line, "[[name]]", track.artist);
+    line = ReplaceAll(line, "[[album]]", track.album);
+    line = ReplaceAll(line, "[[artistinfo]]", track.wikiContents);
+    line = ReplaceAll(line, "[[personality]]", window.personality);
+    line = ReplaceAll(line, "[[trackno]]", Str(window.trackNo - 1));
+    const double count = Val(window.getSongCount(window.playlistMenu.Text()));
+    line = ReplaceAll(line, "[[trackleft]]", Str(count - window.trackNo + 1));
+    return ReplaceAll(line, Chr(34), "");
+}
+
+/// Starts the prepared track and then the preparation of the one after it.
+void PlayTrack(mainWindow& window) {
+    window.fadeOut(window.soundData, 1.0);
+    window.iTunesPlay(window.playlistMenu.Text(), window.trackNo);
+    WaitWhile([&window] { return window.getNextSong.State() == Thread::kRunning; });
+    window.getNextSong.Run();
+}
+
+void Wait(const String& seconds) {
+    const std::int32_t start = Ticks();
+    const double limit = Val(seconds) * 60.0;
+    WaitWhile([start, limit] { return static_cast<double>(Ticks() - start) < limit; });
+}
+
+}  // namespace
+
+void mainWindow::commandExecThread_Run() {
+    Shell shell;
+    Random random;
+    const TrackCopy track{wikiContents, song, artist, album};
+    const String voice = VoiceOf(personality);
+    tell("block", {{"name", String(NameOf(*this))}, {"variant", section}});
+
+    for (std::int32_t index = 0; index <= Block::kLastLine; ++index) {
+        String line = (*NotNil(command))(index, section);
+        if (line.IsEmpty()) break;
+        line = Expand(line, *this, track);
+        tell("line", {{"text", line}});
+        const String verb = NthField(line, " ", 1);
+        const String argument = Trim(Mid(line, Len(verb) + 1));
+        if (verb == "say") {
+            SayLine(*this, shell, voice, argument);
+        } else if (verb == "sayj") {
+            SayjLine(*this, argument);
+        } else if (verb == "play") {
+            if (argument == "[[iTunes]]") {
+                PlayTrack(*this);
+            } else {
+                PlayFile(*this, random, argument);
+            }
+        } else if (verb == "wait") {
+            Wait(argument);
+        }
+        Yield();
+    }
+
+    fadeOut(soundData, 3.0);
+    mainTimer.SetMode(timerMode);
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "show/mainWindow.h"
+
+#include "app/runtime/Runtime.h"
+
+namespace sorakaze {
+
+mainWindow::mainWindow() {
+    __Init();
+    CreateControls();
+    Runtime::Current().onMessage = [this](const String& text) { tell("message", {{"text", text}}); };
+}
+
+mainWindow::~mainWindow() {
+    Runtime::Current().onMessage = nullptr;
+}
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+void mainWindow::__Init() {
+    opening = std::make_shared<Block>();
+    intro = std::make_shared<Block>();
+    ending = std::make_shared<Block>();
+    jingle = std::make_shared<Block>();
+    command = std::make_shared<Block>();
+    wikiHistory.clear();
+    kanaArray.assign(167, String());
+    romeArray.assign(167, String());
+    IntroW = std::make_shared<Block>();
+}
+
+void mainWindow::CreateControls() {
+    _CreateControls0();
+}
+
+/// Handlers go on only after the properties stand, so that setting those fires none of them.
+void mainWindow::_CreateControls0() {
+    programStart.SetCaption(kStartCaption);
+    programStart.Action = [this] { programStart_Action(); };
+    StaticText1.SetText("番組タイトル :");
+    StaticText2.SetText("プレイリスト :");
+    commandExecThread.RunEvent = [this] { commandExecThread_Run(); };
+    mainTimer.SetMode(Timer::kOff);
+    mainTimer.SetPeriod(200);
+    mainTimer.Action = [this] { mainTimer_Action(); };
+    songDurationSlider.Minimum = 30;
+    songDurationSlider.Maximum = 600;
+    songDurationSlider.SetValue(600);
+    songDurationSlider.ValueChanged = [this] { songDurationSlider_ValueChanged(); };
+    StaticText3.SetText("曲の再生秒数 :");
+    songDuration.SetText("600");
+    getNextSong.RunEvent = [this] { getNextSong_Run(); };
+}
+
+void mainWindow::songDurationSlider_ValueChanged() {
+    songDuration.SetText(Str(songDurationSlider.Value()));
+}
+
+void mainWindow::logger(const String& message) {
+    resultField.SetText(resultField.Text() + message + Chr(13));
+}
+
+void mainWindow::Event_Open() {
+    appFolder = NotNil(GetFolderItem("", kAbsolutePath));
+    const auto bundle = NotNil(NotNil(appFolder)->Child("Sorakaze.app"));
+    resourceFolder = NotNil(NotNil(bundle->Child("Contents"))->Child("Resources"));
+    kanji2kanaCmd = NotNil(resourceFolder->Child("SayKotoeri"));
+    for (std::int32_t i = 1; i <= NotNil(appFolder->Child("Programs"))->Count(); ++i) {
+        const String name = NotNil(NotNil(appFolder->Child("Programs"))->Item(i))->Name();
+        if (!(Left(name, 1) == ".")) programMenu.AddRow(NthField(name, ".txt", 1));
+        Yield();
+    }
+    programMenu.SetListIndex(0);
+    playlistMenu.AddRows(Split(iTunesPlaylist(), ", "));
+    playlistMenu.SetListIndex(0);
+}
+
+void mainWindow::tell(std::string_view what,
+                      std::vector<std::pair<std::string_view, ShowEvent::Value>> fields) const {
+    if (observer) observer->OnShowEvent({Ticks() - startTicks, what, std::move(fields)});
+}
+
+}  // namespace sorakaze

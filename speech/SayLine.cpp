@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/SayLine.h"
+
+#include "app/runtime/Runtime.h"
+
+namespace sorakaze {
+namespace {
+
+void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
+    window.sayData->Play();
+    window.tell("say", {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
+    // The reference is the wait's own: nothing else may change it meanwhile but the stop, which ends the
+    // sound.
+    const SoundRef speech = window.sayData;
+    WaitWhile([&speech] { return speech->IsPlaying(); });
+}
+
+}  // namespace
+
+void SayLine(mainWindow& window, Shell& shell, const String& voice, const String& text) {
+    const auto file =
+        NotNil(NotNil(SpecialFolder::Temporary())->Child(String("temp") + Str(Ticks()) + ".aiff"));
+    shell.Execute(String("say -v ") + voice + " " + Chr(34) + text + Chr(34) + " -o " + file->ShellPath());
+    if (!file->Exists()) {
+        MsgBox("読み上げ結果のサウンドファイルが存在しません");
+        return;
+    }
+    window.sayData = file->OpenAsSound();
+    if (window.sayData) {
+        PlayToEnd(window, voice, text);
+    } else {
+        MsgBox("読み上げ結果のファイルをサウンドとして読み込めませんでした");
+    }
+    file->Delete();
+}
+
+void SayjLine(mainWindow& window, const String& text) {
+    window.tell("sayj", {{"voice", window.j_personality}, {"text", text}});
+}
+
+}  // namespace sorakaze
