@@ -10,6 +10,21 @@
 
 namespace sorakaze::player {
 
+namespace {
+
+void SortByName(std::vector<Playlist>& playlists) {
+    std::vector<std::pair<std::string, Playlist>> byKey;
+    for (Playlist& playlist : playlists) byKey.emplace_back(FoldCase(playlist.name), std::move(playlist));
+    std::sort(byKey.begin(), byKey.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.first, a.second.name, a.second.file, a.second.occurrence) <
+               std::tie(b.first, b.second.name, b.second.file, b.second.occurrence);
+    });
+    playlists.clear();
+    for (auto& [key, playlist] : byKey) playlists.push_back(std::move(playlist));
+}
+
+}  // namespace
+
 Catalogue::Catalogue(std::shared_ptr<const FolderTree> tree, PlaylistFiles& files) : tree_(std::move(tree)) {
     tree_->ForEachSound([&](const FolderTree::Folder& folder, const std::string& name) {
         sounds_.push_back({&folder.path, &name});
@@ -61,21 +76,16 @@ void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& na
 
 void Catalogue::NamePlaylists() {
     std::erase_if(playlists_, [](const Playlist& playlist) { return playlist.name.empty(); });
-    std::vector<std::pair<std::string, Playlist>> byKey;
-    for (Playlist& playlist : playlists_) byKey.emplace_back(FoldCase(playlist.name), std::move(playlist));
-    std::sort(byKey.begin(), byKey.end(), [](const auto& a, const auto& b) {
-        return std::tie(a.first, a.second.name, a.second.file, a.second.occurrence) <
-               std::tie(b.first, b.second.name, b.second.file, b.second.occurrence);
-    });
+    // By the names as they are, so that it doesn't hang on the scan which of equal ones keeps its name.
+    SortByName(playlists_);
     std::vector<std::string> names = {kLibraryName};
-    for (const auto& [key, playlist] : byKey) names.push_back(playlist.name);
+    for (const Playlist& playlist : playlists_) names.push_back(playlist.name);
     MakeDistinct(names);
-    playlists_.clear();
-    for (std::size_t i = 0; i < byKey.size(); ++i) {
-        Playlist& playlist = playlists_.emplace_back(std::move(byKey[i].second));
-        playlist.name = names[i + 1];
-        byName_.emplace(playlist.name, i);
-        byFoldedName_.emplace(FoldCase(playlist.name), i);
+    for (std::size_t i = 0; i < playlists_.size(); ++i) playlists_[i].name = names[i + 1];
+    SortByName(playlists_);
+    for (std::size_t i = 0; i < playlists_.size(); ++i) {
+        byName_.emplace(playlists_[i].name, i);
+        byFoldedName_.emplace(FoldCase(playlists_[i].name), i);
     }
 }
 

@@ -1,0 +1,178 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <taglib/fileref.h>
+#include <taglib/tag.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "player/LocalPlayer.h"
+#include "player/MusicLibrary.h"
+#include "tests/player/MusicFolder.h"
+
+namespace sorakaze::player {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+struct ThreeTracks : MusicFolder {
+    ThreeTracks() {
+        WriteTone("1.wav", 2);
+        WriteTone("2.wav", 10);
+        Write("3.wav", "no sound at all");
+        Write("list.m3u", "2.wav\ngone.wav\n3.wav\n");
+    }
+};
+
+class LocalPlayerTest : public ::testing::Test {
+  protected:
+    LocalPlayerTest() {
+        player_.onTrack = [this](const TrackEvent& event) {
+            constexpr const char* kWords[] = {"started", "fades", "ended"};
+            told_.push_back(std::string(kWords[static_cast<int>(event.what)]) + ' ' + event.playlist + ' ' +
+                            std::to_string(event.number) + ' ' + event.title + " at " +
+                            std::to_string(std::lround(event.position * 10)));
+        };
+    }
+
+    /// Mixes and gives the loudest sample of the last tenth of a second.
+    float Hear(double seconds) {
+        std::vector<float> block(sound::kSampleRate / 10 * sound::kChannels);
+        for (int i = 0; i < std::lround(seconds * 10); ++i) engine_.Mix(block);
+        return std::abs(*std::max_element(block.begin(), block.end(),
+                                          [](float a, float b) { return std::abs(a) < std::abs(b); }));
+    }
+
+    std::vector<std::string> TakeTold() { return std::exchange(told_, {}); }
+
+    ThreeTracks music_;
+    sound::MixingEngine engine_{sound::Reading::Offline};
+    LocalPlayer player_{engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()})};
+    std::vector<std::string> told_;
+};
+
+TEST_F(LocalPlayerTest, PlaysATrackToItsEnd) {
+    EXPECT_EQ(player_.State(), "stopped");
+    EXPECT_EQ(player_.Position(), "0");
+    player_.Play("Library", 1);
+    EXPECT_EQ(player_.State(), "playing");
+    EXPECT_EQ(player_.Position(), "0.000");
+    EXPECT_NEAR(Hear(1.5), 0.25, 0.02);
+    EXPECT_EQ(player_.Position(), "1.500");
+    Hear(1);
+    EXPECT_EQ(player_.State(), "stopped");
+    EXPECT_EQ(player_.Position(), "0");
+    EXPECT_THAT(TakeTold(), ElementsAre("started Library 1 1 at 0", "ended Library 1 1 at 20"));
+}
+
+TEST_F(LocalPlayerTest, ATrackReplacesTheOneBefore) {
+    player_.Play("Library", 1);
+    Hear(1);
+    player_.Play("list", 1);
+    Hear(0.5);
+    EXPECT_EQ(player_.Position(), "0.500");
+    EXPECT_EQ(engine_.Sounding(), 1);
+    player_.Stop();
+    player_.Stop();
+    EXPECT_EQ(player_.State(), "stopped");
+    EXPECT_THAT(TakeTold(), ElementsAre("started Library 1 1 at 0", "ended Library 1 1 at 10",
+                                        "started list 1 2 at 0", "ended list 1 2 at 5"));
+}
+
+TEST_F(LocalPlayerTest, WhatCannotBePlayedLeavesThePlayerStopped) {
+    ::mkfifo((music_ / "pipe.wav").c_str(), 0600);
+    music_.Write("list.m3u", "2.wav\ngone.wav\n3.wav\npipe.wav\n");
+    const std::pair<const char*, int> tracks[] = {{"Library", 0}, {"Library", 4}, {"Library", -3},
+                                                  {"nowhere", 1}, {"list", 2},    {"list", 3},
+                                                  {"list", 4},    {"pipe", 1}};
+    for (const auto& [playlist, number] : tracks) {
+        player_.Play("Library", 1);
+        TakeTold();
+        player_.Play(playlist, number);
+        EXPECT_EQ(player_.State(), "stopped") << playlist << number;
+        EXPECT_THAT(TakeTold(), ElementsAre("ended Library 1 1 at 0")) << playlist << number;
+    }
+    EXPECT_LT(Hear(0.5), 0.001);
+}
+
+TEST_F(LocalPlayerTest, FadesOutAndComesBackAtFullLevel) {
+    player_.BeginFade();
+    EXPECT_FALSE(player_.IsFading());
+    player_.Play("Library", 2);
+    const float full = Hear(1);
+    player_.BeginFade();
+    EXPECT_EQ(player_.State(), "fading");
+    EXPECT_NEAR(Hear(2), full / 2, full * 0.05);
+    player_.BeginFade();
+    EXPECT_TRUE(player_.IsFading());
+    EXPECT_LT(Hear(1.9), full * 0.06);
+    EXPECT_TRUE(player_.IsFading()) << "a second call began no second fade";
+    EXPECT_LT(Hear(0.2), 0.001);
+    EXPECT_FALSE(player_.IsFading());
+    EXPECT_EQ(player_.State(), "fading") << "until the caller ends it";
+    player_.EndFade();
+    player_.EndFade();
+    EXPECT_EQ(player_.State(), "stopped");
+    player_.Play("Library", 2);
+    EXPECT_NEAR(Hear(1), full, full * 0.02);
+    player_.EndFade();
+    EXPECT_EQ(player_.State(), "playing") << "a track that came after the fade is not the fade's to end";
+    EXPECT_THAT(TakeTold(), ElementsAre("started Library 2 2 at 0", "fades Library 2 2 at 10",
+                                        "ended Library 2 2 at 51", "started Library 2 2 at 0"));
+}
+
+TEST_F(LocalPlayerTest, ATrackMayEndWhileItFades) {
+    player_.Play("Library", 1);
+    Hear(1);
+    player_.BeginFade();
+    Hear(1.5);
+    EXPECT_FALSE(player_.IsFading());
+    player_.EndFade();
+    EXPECT_EQ(player_.State(), "stopped");
+    EXPECT_EQ(TakeTold().back(), "ended Library 1 1 at 20");
+}
+
+TEST_F(LocalPlayerTest, TellsOfTracks) {
+    {
+        TagLib::FileRef tags(music_.WriteTone("tagged.flac").c_str());
+        tags.tag()->setTitle("Tagged");
+        ASSERT_TRUE(tags.save());
+    }
+    music_.WriteTone("bare.flac");
+    music_.Write("told.m3u",
+                 "#EXTINF:1,Me - Mine\ntagged.flac\n#EXTINF:1,Me - Mine\nbare.flac\nbare.flac\ngone.mp3\n");
+    LocalPlayer player(engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()}));
+    EXPECT_EQ(player.Playlists(), "Library, list, told");
+    EXPECT_TRUE(player.HasPlaylist("told"));
+    EXPECT_EQ(player.CountSongs("told"), "4");
+    EXPECT_EQ(player.CountSongs("nowhere"), "0");
+    EXPECT_EQ(player.SongInfo("told", 1), "Tagged\tMe\t\t\t\t");
+    EXPECT_EQ(player.SongInfo("told", 2), "Mine\tMe\t\t\t\t");
+    EXPECT_EQ(player.SongInfo("told", 3), "bare\t\t\t\t\t");
+    EXPECT_EQ(player.SongInfo("told", 4), "gone\t\t\t\t\t");
+    EXPECT_EQ(player.SongInfo("told", 5), "");
+    EXPECT_EQ(player.SongInfo("nowhere", 1), "");
+}
+
+TEST_F(LocalPlayerTest, ReadingAheadPlaysTheFileAsItIsThen) {
+    player_.SetReadAhead(true);
+    EXPECT_EQ(player_.SongInfo("Library", 1), "1\t\t\t\t\t");
+    player_.SongInfo("Library", 3);
+    player_.SongInfo("Library", 2);
+    player_.Play("Library", 1);
+    EXPECT_NEAR(Hear(1), 0.25, 0.02);
+    player_.Play("Library", 2);
+    EXPECT_NEAR(Hear(1), 0.25, 0.02);
+    player_.SongInfo("Library", 1);
+    music_.WriteTone("1.wav", 2, 0.5F);
+    player_.Play("Library", 1);
+    EXPECT_NEAR(Hear(1), 0.5, 0.02) << "the file has been replaced since";
+    EXPECT_EQ(engine_.Sounding(), 1);
+}
+
+}  // namespace
+}  // namespace sorakaze::player

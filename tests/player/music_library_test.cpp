@@ -1,0 +1,224 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "player/MusicLibrary.h"
+#include "player/PlaylistNames.h"
+#include "player/UserMusicFolder.h"
+#include "tests/player/MusicFolder.h"
+
+namespace sorakaze::player {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using namespace std::chrono_literals;
+
+class MusicLibraryTest : public ::testing::Test {
+  protected:
+    /// A library that scans in its calls, by a clock that the test moves.
+    std::unique_ptr<MusicLibrary> Open(std::vector<fs::path> roots) {
+        return std::make_unique<MusicLibrary>(std::move(roots), MusicLibrary::Watching::InCall,
+                                              [this] { return now_; });
+    }
+    std::unique_ptr<MusicLibrary> Open() { return Open({music_.Path()}); }
+
+    /// The tracks' paths below the music folder.
+    std::vector<std::string> Tracks(MusicLibrary& library, const std::string& playlist) {
+        std::vector<std::string> paths;
+        for (int n = 1; n <= library.Count(playlist); ++n) {
+            const auto track = library.Find(playlist, n);
+            paths.push_back(track ? track->path.lexically_normal().lexically_relative(music_.Path()).string()
+                                  : "none");
+        }
+        return paths;
+    }
+
+    MusicFolder music_;
+    MusicLibrary::Clock::time_point now_ = MusicLibrary::Clock::now();
+};
+
+TEST_F(MusicLibraryTest, LibraryIsEverySoundFileByPath) {
+    for (const char* name : {"b/1.mp3", "a/2.FLAC", "a/10.ogg", "a b/x.m4a", "z.wav", "a/cover.jpg", "a/mp3",
+                             "a/no.mp4", ".hidden/x.mp3", "b/._1.mp3", "日本/曲.aiff", "list.m3u"}) {
+        music_.Write(name);
+    }
+    fs::create_directory(music_ / "folder.mp3");
+    ::mkfifo((music_ / "pipe.mp3").c_str(), 0600);
+    const auto library = Open();
+    EXPECT_THAT(Tracks(*library, "Library"),
+                ElementsAre("a/10.ogg", "a/2.FLAC", "a b/x.m4a", "b/1.mp3", "z.wav", "日本/曲.aiff"));
+    EXPECT_FALSE(library->Find("Library", 0));
+    EXPECT_FALSE(library->Find("Library", -1));
+    EXPECT_FALSE(library->Find("Library", 7));
+    EXPECT_EQ(library->Count("library"), 6);
+}
+
+TEST_F(MusicLibraryTest, LinksAndRootsGiveNoDoublesAndNoLoops) {
+    music_.Write("real/a.mp3");
+    music_.Write("outside/b.mp3");
+    music_.Write("real/.more/c.mp3");
+    fs::create_directory_symlink(music_ / "real", music_ / "real/loop");
+    fs::create_directory_symlink("../outside", music_ / "real/1");
+    fs::create_directory_symlink("../nowhere", music_ / "real/2");
+    fs::create_symlink("../outside/b.mp3", music_ / "real/linked.mp3");
+    fs::create_symlink("gone.mp3", music_ / "real/broken.mp3");
+    fs::create_directory_symlink(music_ / "real", music_ / "alias");
+    const auto library = Open({music_ / "missing",
+                               music_ / "real/.more",
+                               music_ / "alias",
+                               music_ / "real/",
+                               music_ / "real/../real",
+                               music_ / "real",
+                               {}});
+    EXPECT_EQ(library->Count("Library"), 4);
+    const auto reached = Open({music_ / "real"});
+    EXPECT_THAT(Tracks(*reached, "Library"), ElementsAre("real/1/b.mp3", "real/a.mp3", "real/linked.mp3"));
+}
+
+TEST_F(MusicLibraryTest, UnreadableFoldersAreLeftOut) {
+    if (::geteuid() == 0) GTEST_SKIP() << "nothing is unreadable for the superuser";
+    music_.Write("a/1.mp3");
+    music_.Write("b/2.mp3");
+    fs::permissions(music_ / "a", fs::perms::none);
+    EXPECT_THAT(Tracks(*Open(), "Library"), ElementsAre("b/2.mp3"));
+    fs::permissions(music_ / "a", fs::perms::owner_all);
+}
+
+TEST_F(MusicLibraryTest, PlaylistsAreNamedSortedAndDistinct) {
+    for (const char* name :
+         {"rock.m3u8", "sub/Rock.PLS", "Rock 2.xspf", "A, B,  C.m3u", "library.m3u", "zoo.m3u", "Abba.m3u",
+          "tab\tname.m3u", " .m3u", ".m3u", "Über.m3u", "caf\xE9.m3u", "notes.xml"}) {
+        music_.Write(name);
+    }
+    const auto library = Open();
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "A,B,C", "Abba", "café", "library 2", "Rock",
+                                              "Rock 2", "rock 3", "tab name", "zoo", "Über"));
+    EXPECT_TRUE(library->Has("Library"));
+    EXPECT_TRUE(library->Has("ROCK 3"));
+    EXPECT_FALSE(library->Has("A, B,  C"));
+    EXPECT_EQ(library->Count("A, B,  C"), 0);
+}
+
+TEST_F(MusicLibraryTest, EntriesFindTheirFiles) {
+    for (const char* name :
+         {"x/plain.mp3", "x/with space.mp3", "x/100%25.mp3", "Björk.mp3", "x/caf\xE9.mp3", "x/が.mp3"}) {
+        music_.Write(name);
+    }
+    music_.Write("lists/all.m3u",
+                 "../x/plain.mp3\n..\\x\\plain.mp3\n../x/with%20space.mp3\n../x/100%25.mp3\n../Bj\xF6rk.mp3\n"
+                 "../x/caf\xE9.mp3\n../x/か\u3099.mp3\n../x/gone.mp3\n" +
+                     (music_ / "x/plain.mp3").string() + "\n/Volumes/Old/x/plain.mp3\n");
+    music_.Write("moved.m3u", "C:\\Users\\me\\Music\\x\\plain.mp3\nfile:///Users/me/x/with%20space.mp3\n");
+    const auto library = Open();
+    EXPECT_THAT(Tracks(*library, "all"),
+                ElementsAre("x/plain.mp3", "x/plain.mp3", "x/with space.mp3", "x/100%25.mp3", "Björk.mp3",
+                            "x/caf\xE9.mp3", "x/が.mp3", "x/gone.mp3", "x/plain.mp3",
+                            "../../Volumes/Old/x/plain.mp3"));
+    EXPECT_THAT(Tracks(*library, "moved"), ElementsAre("x/plain.mp3", "x/with space.mp3"));
+}
+
+std::string LibraryXmlWith(const std::string& playlists) {
+    return "<plist version=\"1.0\"><dict><key>Tracks</key><dict><key>1</key><dict><key>Track "
+           "ID</key><integer>1</integer>"
+           "<key>Name</key><string>One</string><key>Location</key><string>file:///Users/x/1.mp3</string></"
+           "dict></dict>"
+           "<key>Playlists</key><array>" +
+           playlists + "</array></dict></plist>";
+}
+
+std::string XmlList(const std::string& name, int tracks) {
+    std::string list = "<dict><key>Name</key><string>" + name + "</string><key>Playlist Items</key><array>";
+    for (int i = 0; i < tracks; ++i) list += "<dict><key>Track ID</key><integer>1</integer></dict>";
+    return list + "</array></dict>";
+}
+
+TEST_F(MusicLibraryTest, EditsCountFromTheNextCall) {
+    const fs::path list = music_.Write("list.m3u", "a.mp3\n");
+    const fs::path xml = music_.Write("lib.xml", LibraryXmlWith(XmlList("Twice", 1) + XmlList("Twice", 2)));
+    const auto library = Open();
+    EXPECT_THAT(Tracks(*library, "list"), ElementsAre("a.mp3"));
+    music_.Write("list.m3u", "b.mp3\n");
+    EXPECT_THAT(Tracks(*library, "list"), ElementsAre("b.mp3")) << "same size, same moment";
+    fs::rename(music_.Write("new", "c.mp3\nd.mp3\n"), list);
+    EXPECT_THAT(Tracks(*library, "list"), ElementsAre("c.mp3", "d.mp3"));
+
+    EXPECT_EQ(library->Count("Twice"), 1);
+    EXPECT_EQ(library->Count("Twice 2"), 2);
+    EXPECT_EQ(library->Find("Twice 2", 2)->text.title, "One");
+    music_.Write("lib.xml", LibraryXmlWith(XmlList("Twice", 3) + XmlList("New", 1)));
+    EXPECT_EQ(library->Count("Twice"), 3);
+    EXPECT_EQ(library->Count("Twice 2"), 0);
+    now_ += 1s;
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "list", "New", "Twice"));
+}
+
+TEST_F(MusicLibraryTest, NewAndRemovedFilesAreNoticedWithinASecond) {
+    music_.Write("a.mp3");
+    music_.Write("sub/list.m3u", "x.mp3");
+    const auto library = Open();
+    EXPECT_EQ(library->Count("Library"), 1);
+    EXPECT_EQ(library->Count("list"), 1);
+    music_.Write("sub/deep/b.mp3");
+    music_.Write("new.m3u", "a.mp3");
+    fs::remove(music_ / "sub/list.m3u");
+    now_ += 999ms;
+    EXPECT_EQ(library->Count("Library"), 1);
+    EXPECT_EQ(library->Count("list"), 1) << "taken away for a moment, perhaps to be saved";
+    now_ += 1ms;
+    EXPECT_EQ(library->Count("Library"), 2);
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "new"));
+    EXPECT_EQ(library->Count("list"), 0);
+    fs::remove_all(music_.Path());
+    now_ += 1s;
+    EXPECT_EQ(library->Count("Library"), 0);
+    EXPECT_THAT(library->Names(), ElementsAre("Library"));
+}
+
+TEST_F(MusicLibraryTest, WatchesOnAThreadToo) {
+    music_.Write("a.mp3");
+    MusicLibrary library({music_.Path()});
+    EXPECT_EQ(library.Count("Library"), 1);
+    music_.Write("b.mp3");
+    const auto deadline = MusicLibrary::Clock::now() + 60s;
+    while (library.Count("Library") == 1 && MusicLibrary::Clock::now() < deadline) std::this_thread::yield();
+    EXPECT_EQ(library.Count("Library"), 2);
+}
+
+TEST_F(MusicLibraryTest, JunkIsNoPlaylist) {
+    std::string junk(30'000, '\0');
+    for (std::size_t i = 0; i < junk.size(); ++i) junk[i] = static_cast<char>((i * i * 31 + i / 7) & 0xFF);
+    for (const char* name : {"a.m3u", "b.pls", "c.xspf", "d.xml"}) music_.Write(name, junk);
+    music_.Write("self.m3u", "self.m3u\n../self.m3u\na.m3u8\n");
+    fs::create_directory(music_ / "folder.m3u");
+    const auto library = Open();
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "a", "b", "c", "self"));
+    EXPECT_EQ(library->Count("self"), 0);
+    for (const std::string& name : library->Names()) Tracks(*library, name);
+}
+
+TEST(UserMusicFolder, IsWhereTheDesktopSaysItIs) {
+    const struct {
+        const char* text;
+        const char* folder;
+    } cases[] = {
+        {"", "/home/u/Music"},
+        {"# XDG_MUSIC_DIR=\"/no\"\nXDG_MUSIC_DIR=\"$HOME/Musik\"\n", "/home/u/Musik"},
+        {"XDG_MUSIC_DIR = \"/data/My \\\"Music\\\"\"", "/data/My \"Music\""},
+        {"XDG_MUSIC_DIR=\"/a\"\nXDG_MUSIC_DIR=\"/b\"\n", "/b"},
+        {"XDG_MUSIC_DIR=\"$HOME/\"\n", ""},
+        {"XDG_MUSIC_DIR=\"$HOME\"\n", ""},
+        {"XDG_MUSIC_DIR=\"relative\"\nXDG_MUSIC_DIRS=\"/x\"", "/home/u/Music"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(MusicFolderFrom(c.text, "/home/u"), c.folder) << c.text;
+    EXPECT_EQ(MusicFolderFrom("", ""), "");
+}
+
+}  // namespace
+}  // namespace sorakaze::player
