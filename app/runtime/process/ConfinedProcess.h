@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Runs one command line through /bin/sh, confined. Texts from tags and from the web reach this shell, where $(...),
-// backquotes and backslashes are live; so whatever runs here can read what programs need and write nothing but one
-// folder, reaches no network, sees no other process, and has bounded memory, processes, file sizes and time. It dies
-// with the application.
+// Runs one command line through /bin/sh, confined. Texts from tags and from the web reach this shell, where
+// $(...), backquotes and backslashes are live; so whatever runs here can read what programs need and write
+// nothing but one folder, reaches no network, sees no other process, and has bounded memory, processes, file
+// sizes and time. It dies with the application.
 #pragma once
 
 #include <chrono>
@@ -23,13 +23,13 @@ struct Confinement {
     /// Folders that the PATH of the command begins with, first come first searched.
     std::vector<std::filesystem::path> searchFirst;
 
-    std::chrono::milliseconds wallTime{60'000};     ///< then everything of the command is killed
-    std::chrono::seconds processorTime{30};         ///< of each process
-    std::uint64_t addressSpace = 768ull << 20;      ///< bytes, of each process
-    std::uint64_t fileSize = 256ull << 20;          ///< bytes, of each file written
-    std::uint64_t folderSize = 512ull << 20;        ///< bytes in writableFolder, all files together; then killed
-    std::uint64_t outputSize = 4ull << 20;          ///< bytes of standard output kept; more is read and dropped
-    unsigned processes = 32;                        ///< at the same time
+    std::chrono::milliseconds wallTime{60'000};  ///< then everything of the command is killed
+    std::chrono::seconds processorTime{30};      ///< of each process
+    std::uint64_t addressSpace = 768ull << 20;   ///< bytes, of each process
+    std::uint64_t fileSize = 256ull << 20;       ///< bytes, of each file written
+    std::uint64_t folderSize = 512ull << 20;     ///< bytes in writableFolder, all files together; then killed
+    std::uint64_t outputSize = 4ull << 20;       ///< bytes of standard output kept; more is read and dropped
+    unsigned processes = 32;                     ///< at the same time
 };
 
 struct CommandResult {
@@ -41,8 +41,8 @@ struct CommandResult {
     bool timedOut = false;  ///< a bound of the confinement ended it
 };
 
-/// One run of one command line. Run blocks the calling thread; Kill may come from any other thread, before, during and
-/// after, and ends every process of the command.
+/// One run of one command line. Run blocks the calling thread; Kill may come from any other thread, before,
+/// during and after, and ends every process of the command.
 class ConfinedProcess {
   public:
     ConfinedProcess(std::string commandLine, Confinement confinement);
@@ -50,7 +50,8 @@ class ConfinedProcess {
     ConfinedProcess(const ConfinedProcess&) = delete;
     ConfinedProcess& operator=(const ConfinedProcess&) = delete;
 
-    /// Returns when the command has ended and no process of it is left. Never throws for what the command does.
+    /// Returns when the command has ended and no process of it is left. Never throws for what the command
+    /// does.
     CommandResult Run();
     void Kill();
 
@@ -59,12 +60,14 @@ class ConfinedProcess {
     std::unique_ptr<Impl> impl_;
 };
 
-/// Makes `folder` (which exists and is the caller's) usable as a writable folder of confined commands. Called once for
-/// the run's temporary folder: as root, commands run under a user of their own, which has to reach it.
+/// Makes `folder` (which exists and is the caller's) usable as a writable folder of confined commands. Called
+/// once for the run's temporary folder: as root, commands run under a user of their own, which has to reach
+/// it.
 void PrepareWritableFolder(const std::filesystem::path& folder);
 
-/// What this kernel confines with, strongest first ("landlock, namespaces, seccomp, limits"), and what is missing
-/// (empty when all is there). The first command that runs with something missing says so once on standard error.
+/// What this kernel confines with, strongest first ("landlock, namespaces, seccomp, limits"), and what is
+/// missing (empty when all is there). The first command that runs with something missing says so once on
+/// standard error.
 struct ConfinementSupport {
     std::string inForce;
     std::string missing;

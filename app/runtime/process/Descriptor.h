@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A file descriptor that closes itself. Used inside this folder only.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace sorakaze::process {
+
+class Descriptor {
+  public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() { Close(); }
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        if (this != &other) {
+            Close();
+            number_ = std::exchange(other.number_, -1);
+        }
+        return *this;
+    }
+
+    int Get() const { return number_; }
+    explicit operator bool() const { return number_ >= 0; }
+    void Close() {
+        if (number_ >= 0) ::close(std::exchange(number_, -1));
+    }
+
+  private:
+    int number_ = -1;
+};
+
+}  // namespace sorakaze::process

@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Everything that the first process of a command needs between the fork and its program, made ready
+// beforehand: after the fork of a process with many threads nothing may be allocated, opened by name from a
+// container or locked.
+#pragma once
+
+#include <linux/filter.h>
+#include <sys/resource.h>
+#include <sys/types.h>
+
+#include <list>
+#include <string>
+#include <vector>
+
+#include "app/runtime/process/ConfinedProcess.h"
+#include "app/runtime/process/Descriptor.h"
+#include "app/runtime/process/LandlockRules.h"
+#include "app/runtime/process/Mechanisms.h"
+
+namespace sorakaze::process {
+
+/// One step of making the command's view of the file system, in order.
+struct ViewStep {
+    enum Kind { MakeFolder, MakeFile, MakeLink, MountReadOnly, MountDevice, MountWritable };
+    Kind kind;
+    const char* path;    ///< in the view, without the leading slash
+    const char* source;  ///< what is mounted there, or where the link leads
+    int tree = -1;       ///< the mount while it hangs nowhere; the child's own
+};
+
+struct Limit {
+    int resource;
+    rlimit values;
+};
+
+struct LaunchPlan {
+    Mechanisms mechanisms;
+
+    const char* program = nullptr;       ///< null: confine, then end with status 0, for trying the mechanisms
+    std::vector<const char*> arguments;  ///< ends with null
+    std::vector<const char*> environment;  ///< ends with null
+    const char* workingFolder = nullptr;
+
+    std::vector<ViewStep> view;
+    const char* viewMountPoint = nullptr;  ///< any folder that exists; it is covered in the new view only
+
+    std::vector<Limit> limits;  ///< the address space comes last: the copy of the application may be above it
+    std::vector<sock_filter> filter;
+    Descriptor ruleset;
+
+    bool asRoot = false;  ///< then the command runs as `user`
+    uid_t user = 0;
+    /// As root: a set of bits. A station under a closed home folder is read and run, whoever owns it and in
+    /// whatever mode, because something stronger than modes narrows what can be reached at all.
+    std::uint64_t capabilities = 0;
+    false;  ///< as root: keep the right to read what root may, because something else narrows it
+
+    std::string userMap;  ///< of the user namespace
+    std::string groupMap;
+
+    /// The shell's process begins on this. A multiple of 16 bytes, as stacks are.
+    std::vector<char> shellStack = std::vector<char>(64 << 10);
+
+    /// Owns what the pointers above point to.
+    std::list<std::string> strings;
+    const char* Keep(std::string text) { return strings.emplace_back(std::move(text)).c_str(); }
+};
+
+/// Throws std::system_error and std::filesystem::filesystem_error.
+LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
+                       const Mechanisms& mechanisms);
+
+/// A plan that puts everything in force and starts nothing.
+LaunchPlan PlanTrial(const Mechanisms& mechanisms);
+
+/// The user that commands of root run under, where the writable folder names none: see PrepareWritableFolder.
+constexpr uid_t kFirstCommandUser = 60'578;  // a range that no user data base gives out
+constexpr uid_t kCommandUsers = 600;
+
+}  // namespace sorakaze::process
