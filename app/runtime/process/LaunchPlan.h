@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 #include <sys/types.h>
 
+#include <cstdint>
 #include <list>
 #include <string>
 #include <vector>
@@ -54,7 +55,6 @@ struct LaunchPlan {
     /// As root: a set of bits. A station under a closed home folder is read and run, whoever owns it and in
     /// whatever mode, because something stronger than modes narrows what can be reached at all.
     std::uint64_t capabilities = 0;
-    false;  ///< as root: keep the right to read what root may, because something else narrows it
 
     std::string userMap;  ///< of the user namespace
     std::string groupMap;
