@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <string_view>
+#include <utility>
 
 namespace sorakaze::sound {
 namespace {
@@ -23,6 +26,15 @@ void DropInsaneSamples(std::span<float> samples) {
 /// Containers that refer to other files or addresses get none of them.
 int RefuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
     return AVERROR(EACCES);
+}
+
+/// The length that a common encoder of AAC notes in a tag, as its container can't express it otherwise.
+std::optional<std::int64_t> StatedSamples(const AVFormatContext& input) {
+    const AVDictionaryEntry* tag = av_dict_get(input.metadata, "iTunSMPB", nullptr, 0);
+    unsigned long long samples = 0;
+    if (!tag || std::sscanf(tag->value, "%*x %*x %*x %llx", &samples) != 1) return std::nullopt;
+    constexpr unsigned long long kSane = 1ull << 40;
+    return samples > 0 && samples < kSane ? std::optional(static_cast<std::int64_t>(samples)) : std::nullopt;
 }
 
 }  // namespace
@@ -49,6 +61,7 @@ bool Decoder::OpenInput(const std::filesystem::path& file) {
     if (!context) return false;
     context->pb = file_->Io();
     context->io_open = &RefuseToOpen;
+    context->protocol_whitelist = av_strdup("none");
     // The name only helps to tell formats apart by their endings. Frees the context when it fails.
     if (avformat_open_input(&context, file.c_str(), nullptr, nullptr) < 0) return false;
     input_.reset(context);
@@ -59,6 +72,8 @@ bool Decoder::OpenInput(const std::filesystem::path& file) {
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = i == static_cast<unsigned>(index) ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     stream_ = context->streams[index];
+    lastPacketIsCut_ = std::string_view(context->iformat->name).find("mp4") != std::string_view::npos;
+    if (lastPacketIsCut_) statedSamples_ = StatedSamples(*context);
     return true;
 }
 
@@ -67,8 +82,9 @@ bool Decoder::OpenCodec() {
     if (!codec) return false;
     codec_.reset(avcodec_alloc_context3(codec));
     packet_.reset(av_packet_alloc());
+    nextPacket_.reset(av_packet_alloc());
     frame_.reset(av_frame_alloc());
-    if (!codec_ || !packet_ || !frame_) return false;
+    if (!codec_ || !packet_ || !nextPacket_ || !frame_) return false;
     if (avcodec_parameters_to_context(codec_.get(), stream_->codecpar) < 0) return false;
     codec_->pkt_timebase = stream_->time_base;
     codec_->thread_count = 1;
@@ -82,6 +98,7 @@ bool Decoder::NextFrame() {
         const int result = avcodec_receive_frame(codec_.get(), frame_.get());
         if (result == 0) {
             failures_ = 0;
+            TrimEnd();
             if (frame_->nb_samples <= 0) continue;
             framePending_ = true;
             return true;
@@ -96,25 +113,49 @@ bool Decoder::NextFrame() {
     return false;
 }
 
+/// Cuts off what the encoder added to fill its last block, where the decoding library leaves that to its
+/// user.
+void Decoder::TrimEnd() {
+    if (statedSamples_) {
+        const std::int64_t left = std::max<std::int64_t>(0, *statedSamples_ - decodedSamples_);
+        frame_->nb_samples = static_cast<int>(std::min<std::int64_t>(frame_->nb_samples, left));
+    } else if (lastPacketIsCut_ && inputEnded_ && frame_->pkt_duration > 0 && frame_->sample_rate > 0) {
+        const std::int64_t stated =
+            av_rescale_q(frame_->pkt_duration, stream_->time_base, AVRational{1, frame_->sample_rate});
+        frame_->nb_samples = static_cast<int>(std::min<std::int64_t>(frame_->nb_samples, stated));
+    }
+    decodedSamples_ += frame_->nb_samples;
+}
+
 /// Gives the codec the next packet of the stream, or the sign that there is none. False when neither can go
 /// on.
 bool Decoder::FeedPacket() {
-    while (failures_ < kMaxFailures) {
-        if (inputEnded_) return false;
-        const int read = av_read_frame(input_.get(), packet_.get());
-        if (read == AVERROR(EAGAIN) || read == AVERROR_INVALIDDATA) {
-            ++failures_;
-            continue;
-        }
-        if (read < 0) {
-            inputEnded_ = true;
-            return avcodec_send_packet(codec_.get(), nullptr) >= 0;
-        }
-        const bool ours = packet_->stream_index == stream_->index;
-        const int sent = ours ? avcodec_send_packet(codec_.get(), packet_.get()) : 0;
+    if (!inputBegun_) {
+        inputBegun_ = true;
+        inputEnded_ = !ReadPacket();
+    }
+    while (failures_ < kMaxFailures && !inputEnded_) {
+        std::swap(packet_, nextPacket_);
+        inputEnded_ = !ReadPacket();
+        const int sent = avcodec_send_packet(codec_.get(), packet_.get());
         av_packet_unref(packet_.get());
-        if (ours && sent >= 0) return true;
-        if (ours) ++failures_;
+        if (sent >= 0) return true;
+        ++failures_;
+    }
+    return !std::exchange(drained_, true) && avcodec_send_packet(codec_.get(), nullptr) >= 0;
+}
+
+/// Reads the stream's next packet into nextPacket_. False at the file's end.
+bool Decoder::ReadPacket() {
+    while (failures_ < kMaxFailures) {
+        const int read = av_read_frame(input_.get(), nextPacket_.get());
+        if (read >= 0 && nextPacket_->stream_index == stream_->index) return true;
+        if (read >= 0)
+            av_packet_unref(nextPacket_.get());
+        else if (read == AVERROR(EAGAIN) || read == AVERROR_INVALIDDATA)
+            ++failures_;
+        else
+            return false;
     }
     return false;
 }

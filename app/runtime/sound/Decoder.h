@@ -38,6 +38,8 @@ class Decoder {
     bool OpenCodec();
     bool NextFrame();
     bool FeedPacket();
+    bool ReadPacket();
+    void TrimEnd();
     std::size_t ConvertFrame(std::span<float> room);
     std::size_t FlushConverter(std::span<float> room);
     std::size_t TakeSpare(std::span<float> room);
@@ -49,12 +51,19 @@ class Decoder {
     AvInputPointer input_;
     AvPointer<AVCodecContext> codec_;
     AvPointer<AVPacket> packet_;
+    AvPointer<AVPacket> nextPacket_;  ///< read ahead, as the last packet is treated differently
     AvPointer<AVFrame> frame_;
     Converter converter_;
     AVStream* stream_ = nullptr;
-    bool inputEnded_ = false;
+    bool inputBegun_ = false;
+    bool inputEnded_ = false;  ///< no nextPacket_
+    bool drained_ = false;     ///< the codec knows that nothing follows
     bool framePending_ = false;
     bool ended_ = false;
+    bool lastPacketIsCut_ = false;  ///< the container states the end by the last packet's duration
+    std::optional<std::int64_t>
+        statedSamples_;  ///< the container states the length before conversion exactly
+    std::int64_t decodedSamples_ = 0;
     int failures_ = 0;  ///< in a row, without a decoded frame between
 
     /// Converted frames that found no room in the caller's span.

@@ -34,6 +34,10 @@ class EncoderSink final : public SoundSink {
         Check(avcodec_parameters_from_context(stream_->codecpar, codec_.get()));
         stream_->time_base = codec_->time_base;
         frameSize_ = codec_->frame_size > 0 ? codec_->frame_size : kFreeFrameSize;
+        // Where the container has such a clock, it states the sound's end by it: to the frame, not to the
+        // millisecond.
+        if (container_->oformat->priv_class)
+            av_opt_set_int(container_->priv_data, "movie_timescale", kSampleRate, 0);
         Check(avformat_write_header(container_.get(), nullptr));
     }
 
@@ -90,7 +94,12 @@ class EncoderSink final : public SoundSink {
         codec->sample_rate = kSampleRate;
         codec->time_base = {1, kSampleRate};
         codec->sample_fmt = ChooseFormat(*encoder);
-        codec->bit_rate = encoding_.bitRate;
+        if (encoding_.quality >= 0) {
+            codec->flags |= AV_CODEC_FLAG_QSCALE;
+            codec->global_quality = encoding_.quality * FF_QP2LAMBDA;
+        } else {
+            codec->bit_rate = encoding_.bitRate;
+        }
         codec->flags |= AV_CODEC_FLAG_BITEXACT;
         codec->thread_count = 1;
         if (container_->oformat->flags & AVFMT_GLOBALHEADER) codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

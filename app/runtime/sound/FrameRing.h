@@ -55,18 +55,24 @@ class FrameRing {
         return {samples_.get() + begin * kChannels, std::min(filled, kCapacity - begin) * kChannels};
     }
 
+    /// Frames that can be read; more may come at any time.
+    std::size_t Filled() const {
+        return static_cast<std::size_t>(written_.load(std::memory_order_acquire) -
+                                        read_.load(std::memory_order_relaxed));
+    }
+
     void Consume(std::size_t frames) {
         read_.store(read_.load(std::memory_order_relaxed) + frames, std::memory_order_release);
     }
 
     /// True when the last frame has been read.
-    bool Drained() const { return IsFinished() && Empty(); }
+    bool Drained() const { return IsFinished() && Filled() == 0; }
 
     /// Sleeps until there is a frame to read or none will ever come.
     void WaitForFrames() const {
         for (;;) {
             const std::uint32_t seen = announcements_.load(std::memory_order_acquire);
-            if (!Empty() || IsFinished()) return;
+            if (Filled() > 0 || IsFinished()) return;
             announcements_.wait(seen, std::memory_order_acquire);
         }
     }
@@ -85,10 +91,6 @@ class FrameRing {
     }
 
   private:
-    bool Empty() const {
-        return written_.load(std::memory_order_acquire) == read_.load(std::memory_order_relaxed);
-    }
-
     void Announce() {
         announcements_.fetch_add(1, std::memory_order_release);
         announcements_.notify_one();

@@ -35,13 +35,17 @@ class Ramp {
     float Target() const { return target_; }
     float Now() const { return At(0); }
 
-    /// The value of the frame that lies `frames` after the last one passed; at most Remaining.
+    /// The value of the frame that lies `frames` after the last one passed. A ramp that moves is asked for at
+    /// most Remaining.
     float At(std::uint32_t frames) const {
         return target_ + delta_ * static_cast<float>(static_cast<std::int32_t>(total_ - done_ - frames));
     }
 
     void Pass(std::size_t frames) {
-        done_ += static_cast<std::uint32_t>(std::min<std::size_t>(frames, total_ - done_));
+        if (frames < Remaining())
+            done_ += static_cast<std::uint32_t>(frames);
+        else
+            Jump(target_);
     }
 
   private:

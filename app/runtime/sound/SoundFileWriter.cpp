@@ -19,9 +19,13 @@ namespace {
 
 constexpr std::string_view kWav = ".wav";
 constexpr std::array kEncodings{
-    Encoding{".flac", "flac", "flac", 0},          Encoding{".opus", "opus", "libopus", 160'000},
-    Encoding{".ogg", "opus", "libopus", 160'000},  Encoding{".mp3", "mp3", "libmp3lame", 192'000},
-    Encoding{".m4a", "ipod", "aac", 192'000},      Encoding{".aiff", "aiff", "pcm_s16be", 0},
+    Encoding{".flac", "flac", "flac"},
+    Encoding{".opus", "opus", "libopus", 160'000},
+    Encoding{".ogg", "opus", "libopus", 160'000},
+    Encoding{".mp3", "mp3", "libmp3lame", 0,
+             2},  // about 190 kbit/s; fixed rates would lower the level a little
+    Encoding{".m4a", "ipod", "aac", 192'000},
+    Encoding{".aiff", "aiff", "pcm_s16be"},
     Encoding{".oga", "oga", "libvorbis", 192'000},
 };
 

@@ -28,7 +28,8 @@ struct Encoding {
     std::string_view ending;
     const char* container;
     const char* encoder;
-    int bitRate;
+    int bitRate = 0;   ///< bits a second; 0 for lossless ones
+    int quality = -1;  ///< the encoder's own scale; used in place of the bit rate where not negative
 };
 std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding);
 

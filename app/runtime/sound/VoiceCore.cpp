@@ -31,7 +31,7 @@ std::uint32_t RampFrames(Frames ramp) {
 
 VoiceCore::VoiceCore(std::unique_ptr<Decoder> decoder)
     : length_(decoder->Length()), decoder_(std::move(decoder)), ring_(std::make_unique<FrameRing>()) {
-    ring_->Commit(decoder_->Read(ring_->Writable().first(kFirstFrames * kChannels)));
+    Decode(kFirstFrames);
 }
 
 VoiceCore::Change VoiceCore::Start() {
@@ -79,34 +79,62 @@ void VoiceCore::ObeyCommands() {
 
 VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
     ObeyCommands();
+    if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));
     MixResult result;
-    while (!sum.empty()) {
-        if (stopping_ && !edge_.IsMoving()) {
-            result.mixing = Mixing::IsOver;
-            return result;
+    if (reading == Reading::RealTime && IsShortOf(sum.size() / kChannels)) {
+        result.underrun = !starving_;
+        MixAroundGap(sum);
+    } else {
+        starving_ = false;
+        while (!sum.empty()) {
+            const auto frames = ring_->Readable();
+            if (!frames.empty()) {
+                const std::size_t samples = std::min(sum.size(), frames.size());
+                AddFrames(sum.first(samples), frames.first(samples));
+                sum = sum.subspan(samples);
+            } else if (!ring_->IsFinished()) {
+                ring_->WaitForFrames();  // offline only: otherwise the frames were known to be there
+            } else if (ring_->Drained()) {
+                return End();
+            }
         }
-        const auto frames = ring_->Readable();
-        if (!frames.empty()) {
-            starving_ = false;
-            std::size_t samples = std::min(sum.size(), frames.size());
-            if (stopping_) samples = std::min(samples, edge_.Remaining() * kChannels);
-            AddFrames(sum.first(samples), frames.first(samples));
-            ring_->Consume(samples / kChannels);
-            sum = sum.subspan(samples);
-        } else if (ring_->IsFinished()) {
-            if (ring_->Drained()) return End();
-        } else if (reading == Reading::Offline) {
-            ring_->WaitForFrames();
-        } else {
-            result.underrun = !starving_;
-            starving_ = true;
-            PassSilence(sum.size() / kChannels);
-            return result;
-        }
+    }
+    if (stopping_ && !edge_.IsMoving()) {
+        result.mixing = Mixing::IsOver;
+        return result;
     }
     // Offline the end must not depend on when the decoder notices it.
     if (reading == Reading::Offline && ring_->Readable().empty()) ring_->WaitForFrames();
     return ring_->Drained() ? End() : result;
+}
+
+/// Whether a gap is coming within these frames or right behind them. The frames of a short ramp count too:
+/// when there is nothing left to fade, it is too late for a soft end.
+bool VoiceCore::IsShortOf(std::size_t frames) const {
+    return !ring_->IsFinished() && ring_->Filled() < frames + kStartRamp;
+}
+
+/// Goes softly down before a gap and begins softly behind it.
+void VoiceCore::MixAroundGap(std::span<float> sum) {
+    std::size_t left = starving_ ? 0 : std::min(ring_->Filled(), sum.size() / kChannels);
+    const std::size_t fade = std::min<std::size_t>(left, kStartRamp);
+    while (left > 0) {
+        if (left == fade && !stopping_) edge_.MoveTo(0.0f, static_cast<std::uint32_t>(fade));
+        const auto frames = ring_->Readable();
+        const std::size_t untilFade = left > fade ? left - fade : left;
+        const std::size_t samples = std::min(untilFade * kChannels, frames.size());
+        AddFrames(sum.first(samples), frames.first(samples));
+        sum = sum.subspan(samples);
+        left -= samples / kChannels;
+    }
+    starving_ = true;
+    gain_.Pass(sum.size() / kChannels);
+    if (stopping_) {
+        edge_.Pass(sum.size() / kChannels);
+    } else {
+        edge_.Jump(0.0f);
+        edge_.MoveTo(1.0f, kStartRamp);
+    }
 }
 
 VoiceCore::MixResult VoiceCore::End() {
@@ -115,20 +143,11 @@ VoiceCore::MixResult VoiceCore::End() {
     return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false};
 }
 
-void VoiceCore::PassSilence(std::size_t frames) {
-    gain_.Pass(frames);
-    if (stopping_) {
-        edge_.Pass(frames);
-    } else {
-        edge_.Jump(0.0f);
-        edge_.MoveTo(1.0f, kStartRamp);
-    }
-}
-
 void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
     position_.store(
         position_.load(std::memory_order_relaxed) + static_cast<std::int64_t>(frames.size() / kChannels),
         std::memory_order_release);
+    const std::size_t all = frames.size() / kChannels;
     while (!sum.empty()) {
         std::size_t count = sum.size() / kChannels;
         if (gain_.IsMoving()) count = std::min(count, gain_.Remaining());
@@ -157,6 +176,7 @@ void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
         sum = sum.subspan(samples);
         frames = frames.subspan(samples);
     }
+    ring_->Consume(all);
 }
 
 bool VoiceCore::AsksForFrames() {
@@ -172,8 +192,12 @@ bool VoiceCore::WantsFrames() {
 }
 
 void VoiceCore::Fill() {
+    Decode(kHandOver);
+}
+
+void VoiceCore::Decode(std::size_t most) {
     const auto room = ring_->Writable();
-    const auto batch = room.first(std::min(room.size(), kHandOver * kChannels));
+    const auto batch = room.first(std::min(room.size(), most * kChannels));
     const std::size_t frames = decoder_->Read(batch);
     if (frames > 0) ring_->Commit(frames);
     if (frames < batch.size() / kChannels) ring_->Finish();

@@ -73,8 +73,10 @@ class VoiceCore {
     enum class State { Opened, Playing, Stopped, Ended };
 
     void ObeyCommands();
+    bool IsShortOf(std::size_t frames) const;
+    void MixAroundGap(std::span<float> sum);
     void AddFrames(std::span<float> sum, std::span<const float> frames);
-    void PassSilence(std::size_t frames);
+    void Decode(std::size_t most);
     MixResult End();
 
     std::mutex control_;                       // Start against Stop, among the logic's threads only

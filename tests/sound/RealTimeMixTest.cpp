@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The device's thread may take no lock, allocate nothing and open no file. Here every function by which it
+// could is replaced by one that counts the calls made from within Mix.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstddef>
+#include <thread>
+
+#include "tests/sound/SoundTesting.h"
+
+namespace {
+
+thread_local bool watched = false;
+thread_local int offences = 0;
+
+void Note() {
+    if (watched) ++offences;
+}
+
+template <typename Function>
+Function* Next(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+void* __libc_malloc(std::size_t);
+void* __libc_calloc(std::size_t, std::size_t);
+void* __libc_realloc(void*, std::size_t);
+void* __libc_memalign(std::size_t, std::size_t);
+void __libc_free(void*);
+
+void* malloc(std::size_t size) {
+    Note();
+    return __libc_malloc(size);
+}
+void* calloc(std::size_t count, std::size_t size) {
+    Note();
+    return __libc_calloc(count, size);
+}
+void* realloc(void* old, std::size_t size) {
+    Note();
+    return __libc_realloc(old, size);
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    Note();
+    return __libc_memalign(alignment, size);
+}
+void free(void* old) {
+    Note();
+    __libc_free(old);
+}
+
+int pthread_mutex_lock(pthread_mutex_t* mutex) {
+    Note();
+    static auto* const next = Next<int(pthread_mutex_t*)>("pthread_mutex_lock");
+    return next(mutex);
+}
+int pthread_cond_signal(pthread_cond_t* condition) {
+    Note();
+    static auto* const next = Next<int(pthread_cond_t*)>("pthread_cond_signal");
+    return next(condition);
+}
+/// Atomic waits and notifications of the C++ library go through here.
+long syscall(long number, ...) {
+    Note();
+    va_list list;
+    va_start(list, number);
+    long a[6];
+    for (long& argument : a) argument = va_arg(list, long);
+    va_end(list);
+    static auto* const next = Next<long(long, ...)>("syscall");
+    return next(number, a[0], a[1], a[2], a[3], a[4], a[5]);
+}
+}
+
+namespace sorakaze::sound::testing {
+namespace {
+
+/// Mixes on the calling thread, watched.
+void MixWatched(MixingEngine& engine, std::span<float> block) {
+    watched = true;
+    engine.Mix(block);
+    watched = false;
+}
+
+TEST(RealTimeMix, NeitherAllocatesNorLocks) {
+    // The watch itself works.
+    watched = true;
+    free(malloc(10));
+    watched = false;
+    ASSERT_EQ(offences, 2);
+    offences = 0;
+
+    const ScratchFolder folder;
+    WriteSound(folder / "short.wav", Sine(500, 3000, 1.0f));
+    WriteSound(folder / "long.flac", Sine(700, 20 * kSampleRate, 1.0f));
+    MixingEngine engine(Reading::RealTime);
+    Samples block(800 * kChannels);
+    std::vector<std::shared_ptr<Voice>> voices;
+    // Starts, fades, stops, drops, ends, underruns (twenty seconds at once) and a busy limiter.
+    for (int i = 0; i < 1200; ++i) {
+        if (i % 100 == 0) {
+            voices.push_back(engine.Open(folder / (i % 200 ? "short.wav" : "long.flac")));
+            voices.back()->Start();
+        }
+        if (i % 100 == 20) voices.back()->SetGain(0.3f, Frames{5000});
+        if (i % 300 == 250) voices.front()->Stop();
+        if (i % 400 == 350) voices.erase(voices.begin(), voices.end() - 1);
+        MixWatched(engine, block);
+    }
+    voices.clear();
+    for (int i = 0; i < 100; ++i) MixWatched(engine, block);
+    EXPECT_EQ(offences, 0);
+    EXPECT_GT(engine.Underruns(), 0u);
+    EXPECT_EQ(Peak(block), 0.0f);
+}
+
+}  // namespace
+}  // namespace sorakaze::sound::testing
