@@ -1,0 +1,159 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/support/TestShow.h"
+
+namespace sorakaze {
+namespace {
+
+using test::TestShow;
+
+/// The lines of a variant joined by "|".
+std::string Variant(const BlockRef& block, std::int32_t variant) {
+    std::string lines;
+    for (std::int32_t i = 0; i <= Block::kUpperBound; ++i) {
+        const String& cell = (*block)(i, variant);
+        if (!cell.IsEmpty()) lines += (lines.empty() ? "" : "|") + cell.Bytes();
+    }
+    return lines;
+}
+
+struct Loaded : TestShow {
+    explicit Loaded(const std::string& file) { Load(file); }
+    void Load(const std::string& file) {
+        folder.Write("Programs/Show.txt", file);
+        window.readProgram("Show");
+    }
+};
+
+TEST(ReadProgram, ReadsAWholeScript) {
+    Loaded show(
+        "\xEF\xBB\xBF# the morning show\r\n"
+        "program: Morning Drive\r\nstation:\tRadio Sample\r\nband: 80.0 # FM\r\n"
+        "personality: Alex Parker\r\nMODE: songs 5\r\n\r\n"
+        "opening: 0, say Good morning, this is [[station]], [[band]].\r\n"
+        "opening: 0, play [[iTunes]]\r\n"
+        "Opening: 1, play Sounds/morning.aiff\r\nopening:1,wait\t3\r\n"
+        "intro: 0, say Next.\r\nintrow: 0, say Hm.\r\njingle: 2, play Sounds/jingles\r\nending: 0, say That "
+        "was it.");
+    auto& w = show.window;
+    EXPECT_EQ(w.program.Bytes(), "Morning Drive");
+    EXPECT_EQ(w.station.Bytes(), "Radio Sample");
+    EXPECT_EQ(w.band.Bytes(), "80.0");
+    EXPECT_EQ(w.personality.Bytes(), "Alex Parker");
+    EXPECT_EQ(w.mode.Bytes(), "songs 5");
+    EXPECT_FALSE(w.isJapaneseOn);
+    EXPECT_EQ(Variant(w.opening, 0), "say Good morning, this is [[station]], [[band]].|play [[iTunes]]");
+    EXPECT_EQ(Variant(w.opening, 1), "play Sounds/morning.aiff|wait 3");
+    EXPECT_EQ(Variant(w.intro, 0), "say Next.");
+    EXPECT_EQ(Variant(w.IntroW, 0), "say Hm.");
+    EXPECT_EQ(Variant(w.jingle, 2), "play Sounds/jingles");
+    EXPECT_EQ(Variant(w.ending, 0), "say That was it.");
+    EXPECT_EQ(w.openingCount, 1);
+    EXPECT_EQ(w.jingleCount, 2);
+}
+
+TEST(ReadProgram, KeysCountAnywhereAndTheCutTakesTheFront) {
+    const struct {
+        const char* what;
+        const char* line;
+        const char* opening0;
+        const char* intro0;
+        const char* station;
+        int openingCount;
+        int endingCount;
+    } cases[] = {
+        {"a header key within a block line", "intro: 0, say Today on the station: sunshine", "",
+         "say Today on the station: sunshine", "sunshine", 7, 7},
+        {"a comment sets nothing", "intro: 0, say Hi # station: no", "", "say Hi", "", 7, 7},
+        {"a later key sees the cut line", "opening: 0, say The ending: bye", "say The ending: bye", "", "", 0,
+         0},
+        {"a key that doesn't begin the line", "x opening: 2, say Hi", "say Hi", "", "", 0, 7},
+        {"no comma", "opening: 3 say Hi", "", "", "", 3, 7},
+        {"the first comma stands in the text", "opening: say Hi, there", "there", "", "", 0, 7},
+        {"number and comma only", "opening: 4,", "", "", "", 4, 7},
+        {"commas behind the first", "opening: 0, say a, b, c", "say a, b, c", "", "", 0, 7},
+        {"a fraction", "opening: 0.9, say Hi", "say Hi", "", "", 0, 7},
+    };
+    for (const auto& c : cases) {
+        TestShow show;
+        show.window.openingCount = show.window.endingCount = 7;
+        show.folder.Write("Programs/Show.txt", c.line);
+        show.window.readProgram("Show");
+        EXPECT_EQ(Variant(show.window.opening, 0), c.opening0) << c.what;
+        EXPECT_EQ(Variant(show.window.intro, 0), c.intro0) << c.what;
+        EXPECT_EQ(Variant(show.window.ending, 0), "") << c.what;
+        EXPECT_EQ(show.window.station.Bytes(), c.station) << c.what;
+        EXPECT_EQ(show.window.openingCount, c.openingCount) << c.what;
+        EXPECT_EQ(show.window.endingCount, c.endingCount) << c.what;
+    }
+}
+
+TEST(ReadProgram, PersonalityAndItsJapaneseForm) {
+    Loaded show("j_personality: Haruka\npersonality: Anna Parker");
+    EXPECT_TRUE(show.window.isJapaneseOn);
+    EXPECT_EQ(show.window.j_personality.Bytes(), "Haruka");
+    EXPECT_EQ(show.window.personality.Bytes(), "Anna Parker");
+    show.Load("personality: Anna Parker\nj_personality:");
+    EXPECT_EQ(show.window.personality.Bytes(), "");
+    EXPECT_EQ(show.window.j_personality.Bytes(), "");
+    show.Load("program: a program: b");
+    EXPECT_FALSE(show.window.isJapaneseOn);
+    EXPECT_EQ(show.window.program.Bytes(), "a");
+}
+
+TEST(ReadProgram, WhatALoadKeepsAndResets) {
+    std::string eleven;
+    for (int i = 0; i <= 10; ++i) eleven += "jingle: 1, wait " + std::to_string(i) + "\n";
+    const std::string file =
+        "mode: all\nopening: 1, say b\nopening: 0, say a\nopening: 10, say ten\n" + eleven;
+    Loaded show(file);
+    auto& w = show.window;
+    w.wikiHistory = {"somebody"};
+    EXPECT_EQ(w.openingCount, 10);
+    EXPECT_EQ(Variant(w.jingle, 1), "wait 0|wait 1|wait 2|wait 3|wait 4|wait 5|wait 6|wait 7|wait 8|wait 9");
+    show.Load(file);
+    EXPECT_EQ(Variant(w.opening, 0), "say a");
+    EXPECT_EQ(Variant(w.opening, 10), "say ten|say ten") << "variant 10 is never cleared";
+    EXPECT_TRUE(w.wikiHistory.empty());
+    for (int i = 0; i < 12; ++i) show.Load(file);
+    EXPECT_EQ(std::ranges::count(Variant(w.opening, 10), '|'), 9) << "it grows to ten lines";
+    EXPECT_EQ(w.openingCount, 0) << "a dropped line leaves the counter alone";
+    show.Load("# nothing");
+    EXPECT_EQ(w.mode.Bytes(), "all");
+    EXPECT_EQ(w.openingCount, 0);
+    EXPECT_EQ(w.jingleCount, 1);
+    EXPECT_EQ(Variant(w.opening, 0) + Variant(w.opening, 1) + Variant(w.jingle, 1), "");
+}
+
+TEST(ReadProgram, BadFiles) {
+    TestShow show("opening: 0, say a\nintro: 0, say b");
+    auto& w = show.window;
+    w.readProgram("Show");
+    w.readProgram("Gone");
+    EXPECT_EQ(show.host.Messages(), (std::vector<std::string>{"番組ファイル：Gone.txt がありません"}));
+    EXPECT_EQ(Variant(w.opening, 0), "");
+
+    for (const char* number : {"99", "-1", "11", "1e99"}) {
+        show.folder.Write("Programs/Bad.txt", std::string("intro: 0, say kept\nopening: ") + number +
+                                                  ", say x\nintro: 1, say lost");
+        EXPECT_THROW(w.readProgram("Bad"), OutOfBoundsException) << number;
+        EXPECT_EQ(Variant(w.intro, 0) + Variant(w.intro, 1), "say kept") << number;
+    }
+    std::filesystem::create_directories(show.folder.Path() / "Programs/Folder.txt");
+    EXPECT_THROW(w.readProgram("Folder"), NilObjectException);
+
+    std::string binary;
+    for (int i = 0; i < 100000; ++i) binary += static_cast<char>((i * 2654435761u) >> 13);
+    show.folder.Write("Programs/Binary.txt", binary);
+    w.readProgram("Binary");
+    show.folder.Write("Programs/OneLine.txt", "opening: 0, say " + std::string(10 << 20, 'x'));
+    w.readProgram("OneLine");
+    EXPECT_EQ(LenB((*w.opening)(0, 0)), (10 << 20) + 4);
+}
+
+}  // namespace
+}  // namespace sorakaze

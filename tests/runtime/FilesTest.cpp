@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "app/runtime/FolderItem.h"
+#include "app/runtime/Shell.h"
+#include "app/runtime/TextStreams.h"
+#include "tests/support/TestRuntime.h"
+
+namespace sorakaze {
+namespace {
+
+using test::TestRuntime;
+
+TEST(Files, FoldersListTheirEntries) {
+    TestRuntime test;
+    const auto folder = GetFolderItem("", 0);
+    EXPECT_EQ(folder->Path(), test.folder.Path());
+    EXPECT_EQ(folder->Count(), 0);
+    EXPECT_EQ(folder->Item(1), nullptr);
+    test.folder.Write("Programs/.hidden", "");
+    test.folder.Write("Programs/番組.txt", "");
+    const auto programs = folder->Child("Programs");
+    ASSERT_EQ(programs->Count(), 2);
+    EXPECT_EQ(programs->Item(0), nullptr);
+    EXPECT_EQ(programs->Item(3), nullptr);
+    EXPECT_TRUE((programs->Item(1)->Name() == ".hidden") != (programs->Item(2)->Name() == ".hidden"));
+    test.folder.Write("Programs/c", "");
+    EXPECT_EQ(programs->Count(), 3) << "read anew";
+    EXPECT_TRUE(programs->Exists() && programs->Directory());
+    const auto file = programs->Child("番組.txt");
+    EXPECT_TRUE(file->Exists() && !file->Directory());
+    EXPECT_EQ(file->Count(), 0);
+    file->Delete();
+    EXPECT_FALSE(file->Exists());
+    for (const char* name : {"", ".", "..", "a/b"}) EXPECT_EQ(folder->Child(name), nullptr) << name;
+}
+
+TEST(Files, ShellPathsSurviveTheShellAndTheWayBack) {
+    TestRuntime test;
+    Shell shell;
+    for (const char* name :
+         {"plain", "with blank", "日本 '\"$(x)`y`\\;&|<>*?~#!", "new\nline", "-dash", "a\\"}) {
+        const std::string path = (test.runtime.TemporaryFolder() / name).string();
+        const String escaped = EscapeForShell(path);
+        EXPECT_EQ(UnescapeFromShell(escaped), path);
+        shell.Execute(String("echo x > ") + escaped);
+        EXPECT_TRUE(std::filesystem::exists(path)) << name;
+    }
+    test.folder.Write("Sounds/my jingle.wav", "");
+    const auto item = GetFolderItem(GetFolderItem("", 0)->ShellPath() + "/Sounds/my jingle.wav", 1);
+    EXPECT_TRUE(item->Exists()) << "a blank in a program file's argument stands for itself";
+}
+
+TEST(Files, TextStreamsReadEveryLineEnd) {
+    TestRuntime test;
+    const struct {
+        std::string bytes;
+        std::vector<std::string> lines;
+    } cases[] = {{"", {""}},
+                 {"a\nb\n", {"a", "b"}},
+                 {"a\r\nb", {"a", "b"}},
+                 {"a\rb\r", {"a", "b"}},
+                 {"\xEF\xBB\xBF"
+                  "a\n\nb",
+                  {"a", "", "b"}},
+                 {std::string("a\0b\n", 4), {std::string("a\0b", 3)}}};
+    for (const auto& c : cases) {
+        const auto file = std::make_shared<FolderItem>(test.folder.Write("lines", c.bytes));
+        const auto stream = TextInputStream::Open(file);
+        ASSERT_TRUE(stream);
+        std::vector<std::string> lines;
+        do lines.push_back(stream->ReadLine().Bytes());
+        while (!stream->EndOfFile());
+        EXPECT_EQ(lines, c.lines) << c.bytes;
+    }
+}
+
+TEST(Files, WhatCantBeOpenedGivesAnEmptyReference) {
+    TestRuntime test;
+    const auto folder = GetFolderItem("", 0);
+    EXPECT_FALSE(TextInputStream::Open(folder));
+    EXPECT_FALSE(TextInputStream::Open(folder->Child("missing")));
+    ASSERT_EQ(mkfifo((test.folder.Path() / "pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(TextInputStream::Open(folder->Child("pipe"))) << "must not wait for a writer";
+    EXPECT_THROW(TextInputStream::Open(nullptr), NilObjectException);
+    EXPECT_FALSE(TextOutputStream::Create(folder));
+    const auto out = TextOutputStream::Create(folder->Child("out"));
+    out->Write("日本");
+    out->Write("x");
+    out->Close();
+    EXPECT_EQ(TextInputStream::Open(folder->Child("out"))->ReadLine().Bytes(), "日本x");
+}
+
+TEST(Files, TheTemporaryFolderIsPrivateAndGoesWithTheRun) {
+    std::filesystem::path folder;
+    {
+        TestRuntime test;
+        folder = SpecialFolder::Temporary()->Path();
+        struct stat status {};
+        ASSERT_EQ(stat(folder.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0700u);
+        Shell shell;
+        shell.Execute(String("echo left > ") + SpecialFolder::Temporary()->Child("left.aiff")->ShellPath());
+        EXPECT_TRUE(std::filesystem::exists(folder / "left.aiff"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+TEST(Shell, GivesWhatTheCommandPrinted) {
+    TestRuntime test;
+    test.folder.Write("Sorakaze.app/Contents/Resources/say", "#!/bin/sh\necho ours\n");
+    std::filesystem::permissions(test.folder.Path() / "Sorakaze.app/Contents/Resources/say",
+                                 std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
+    Shell shell;
+    shell.Execute("say; printf '%s' \"$((6*7))\"; exit 3");
+    EXPECT_EQ(shell.Result().Bytes(), "ours\n42");
+    EXPECT_EQ(shell.ErrorCode(), 3);
+    shell.Execute("nothing-of-that-name");
+    EXPECT_EQ(shell.Result().Bytes(), "");
+    EXPECT_NE(shell.ErrorCode(), 0);
+}
+
+}  // namespace
+}  // namespace sorakaze

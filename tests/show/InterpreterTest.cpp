@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include "app/runtime/Application.h"
+#include "tests/support/TestShow.h"
+
+namespace sorakaze {
+namespace {
+
+using test::TestShow;
+
+/// Runs variant 0 of `opening` as the file gives it, outside a show.
+void RunOpening(TestShow& show) {
+    show.window.readProgram("Show");
+    show.window.command = show.window.opening;
+    show.window.section = 0;
+    show.window.timerMode = 0;
+    show.window.commandExecThread.Run();
+    App.DoEventsWhile([&] { return show.window.commandExecThread.State() == Thread::kRunning; });
+}
+
+TEST(Interpreter, ExpandsPlaceholdersInOrder) {
+    TestShow show(
+        "program: Morning [[station]]\nstation: [[band]]\nband: 80\npersonality: Anna P\n"
+        "opening: 0, nothing [[PROGRAM]] [[song]] [[name]] [[album]] [[artistinfo]] [[personality]]\n"
+        "opening: 0, nothing [[trackno]] [[trackleft]] [[unknown]]\n");
+    show.window.song = "\"quoted\" [[name]]";
+    show.window.artist = "artist [[program]]";
+    show.window.album = "album";
+    show.window.wikiContents = "said \"so\"";
+    show.window.trackNo = 2;
+    RunOpening(show);
+    EXPECT_EQ(show.trace.All("line "),
+              (std::vector<std::string>{
+                  "nothing Morning 80 quoted artist [[program]] artist [[program]] album said so Anna P",
+                  "nothing 1 2 [[unknown]]"}));
+    show.player.count = "unknown";
+    RunOpening(show);
+    EXPECT_EQ(show.trace.lines.back(), "line nothing 1 -1 [[unknown]]");
+}
+
+TEST(Interpreter, CopiesTheTrackButFollowsItsNumber) {
+    TestShow show(
+        "opening: 0, play [[iTunes]]\nopening: 0, wait 1\nopening: 0, x [[song]] [[trackno]] [[trackleft]]");
+    show.window.song = "old";
+    show.window.trackNo = 1;
+    RunOpening(show);
+    EXPECT_EQ(show.window.song.Bytes(), "song 2");
+    EXPECT_EQ(show.trace.All("line ").back(), "x old 1 2");
+    EXPECT_EQ(show.player.log, (std::vector<std::string>{"play Library 1"}));
+}
+
+TEST(Interpreter, BothExitsOfTheLoop) {
+    std::string ten;
+    for (int i = 0; i < 10; ++i) ten += "opening: 0, x" + std::to_string(i) + "\n";
+    TestShow show(ten);
+    show.window.timerMode = 2;
+    RunOpening(show);
+    EXPECT_EQ(show.trace.All("line ").size(), 10u);
+    // An empty line ends the block, one that expansion has emptied does not.
+    show.folder.Write("Programs/Show.txt", "opening: 0, [[song]]\nopening: 0, bogus verb\nopening: 0, x");
+    RunOpening(show);
+    EXPECT_EQ(show.trace.All("line ").size(), 13u);
+}
+
+TEST(Interpreter, WaitsInSeconds) {
+    const struct {
+        const char* argument;
+        std::int32_t ticks;
+    } cases[] = {{"2.5", 150}, {"1", 60}, {"abc", 0}, {"-3", 0}, {"", 0}, {"0.001", 1}};
+    for (const auto& c : cases) {
+        TestShow show(std::string("opening: 0, WAIT ") + c.argument + "\nopening: 0, x");
+        RunOpening(show);
+        EXPECT_EQ(show.trace.TickOf("line x") - show.trace.TickOf("line WAIT"), c.ticks) << c.argument;
+    }
+}
+
+TEST(Interpreter, VerbsAreWholeWords) {
+    TestShow show("opening: 0, sayj hello\nopening: 0, play [[itunes]]\nopening: 0, saying x\nopening: 0, x");
+    RunOpening(show);
+    EXPECT_EQ(show.trace.All("sayj "), (std::vector<std::string>{" hello"}));
+    EXPECT_EQ(show.player.log, (std::vector<std::string>{"play Library 0"}));
+    EXPECT_TRUE(show.host.Messages().empty());
+}
+
+TEST(Interpreter, SoundsThatAreMissingOrNone) {
+    TestShow show(
+        "opening: 0, play Sounds/gone.wav\nopening: 0, play Sounds/text.wav\nopening: 0, play "
+        "Sounds\nopening: 0, x");
+    show.folder.Write("Sounds/text.wav", "no sound");
+    RunOpening(show);
+    EXPECT_EQ(show.host.Messages(),
+              (std::vector<std::string>{"指定したサウンドファイルSounds/gone.wavが存在しません",
+                                        "指定したファイルSounds/text.wavをサウンドとして読み込めませんでした",
+                                        "指定したファイルSoundsをサウンドとして読み込めませんでした"}));
+    EXPECT_EQ(show.trace.All("line ").size(), 4u) << "the block goes on";
+    EXPECT_FALSE(show.window.soundData);
+
+    std::filesystem::remove(show.folder.Path() / "Sounds/text.wav");
+    show.window.mainTimer.SetMode(Timer::kOff);
+    RunOpening(show);
+    EXPECT_EQ(show.host.Messages().back(), "NilObjectException: An empty reference was used.");
+    EXPECT_EQ(show.trace.All("line ").size(), 7u) << "an empty folder ends the thread";
+}
+
+TEST(Interpreter, SpeechThatFailsSaysSo) {
+    TestShow show("personality: Anna Parker\nopening: 0, say [[song]]\nopening: 0, x");
+    show.window.song = "- a \"song\"";
+    show.folder.Write("Sorakaze.app/Contents/Resources/say",
+                      "#!/bin/sh\nfor word; do printf '<%s>' \"$word\"; done > \"$TMPDIR/call\"\n");
+    std::filesystem::permissions(show.folder.Path() / "Sorakaze.app/Contents/Resources/say",
+                                 std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
+    RunOpening(show);
+    EXPECT_EQ(show.host.Messages(),
+              (std::vector<std::string>{"読み上げ結果のサウンドファイルが存在しません"}));
+    std::ifstream call(show.runtime.TemporaryFolder() / "call");
+    std::string words;
+    std::getline(call, words);
+    const std::string file = (show.runtime.TemporaryFolder() / "temp0.aiff").string();
+    EXPECT_EQ(words, "<-v><Anna><- a song><-o><" + file + ">");
+    EXPECT_EQ(show.trace.All("line ").size(), 2u);
+}
+
+}  // namespace
+}  // namespace sorakaze
