@@ -42,12 +42,10 @@ std::shared_ptr<const Catalogue> LibraryWatcher::CurrentFromThread() {
     std::unique_lock lock(mutex_);
     done_.wait(lock, [&] { return catalogue_ != nullptr; });
     const auto age = Clock::now() - lastScan_;
-    if (age >= pause_) {
+    if (age >= pause_ && !wanted_) {
+        wanted_ = true;
+        wake_.notify_one();
         const auto before = scans_;
-        if (!wanted_) {
-            wanted_ = true;
-            wake_.notify_one();
-        }
         if (age >= 2 * pause_) done_.wait_for(lock, kLongestWait, [&] { return scans_ != before; });
     }
     return catalogue_;

@@ -54,7 +54,7 @@ void AddTrack(LibraryXml& library, TrackIndices& indices, const pugi::xml_node& 
         if (key == "Track ID") id = value.text().as_llong(-1);
         if (key == "Location") entry = EntryAt(value.text().get(), PlaylistEntry::Form::Url);
     });
-    if (!entry || id < 0) return;
+    if (!entry || id < 0 || library.tracks.size() >= kMostTracks) return;
     entry->text = std::move(text);
     if (indices.try_emplace(id, static_cast<std::uint32_t>(library.tracks.size())).second) {
         library.tracks.push_back(std::move(*entry));

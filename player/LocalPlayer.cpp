@@ -39,10 +39,14 @@ struct LocalPlayer::Impl {
     struct OfFile {
         std::string path;
         std::optional<FileStamp> stamp;
-        Value value;
+        bool settled = false;
+        Value value{};
+
+        OfFile(std::string file, const std::optional<FileStamp>& fileStamp)
+            : path(std::move(file)), stamp(fileStamp), settled(stamp && IsSettled(*stamp)) {}
 
         bool IsFor(const std::string& otherPath, const std::optional<FileStamp>& otherStamp) const {
-            return stamp && path == otherPath && stamp == otherStamp;
+            return settled && path == otherPath && stamp == otherStamp;
         }
     };
 
@@ -59,8 +63,10 @@ struct LocalPlayer::Impl {
 
     const TrackText& TagsOf(const std::string& path) {
         const auto stamp = StampOf(path);
-        if (!lastTags || !lastTags->IsFor(path, stamp))
-            lastTags = {path, stamp, stamp ? ReadTags(path) : TrackText{}};
+        if (!lastTags || !lastTags->IsFor(path, stamp)) {
+            lastTags.emplace(path, stamp);
+            lastTags->value = ReadTags(path);
+        }
         return lastTags->value;
     }
 
@@ -74,8 +80,8 @@ struct LocalPlayer::Impl {
     void Prepare(const std::string& path) {
         const auto stamp = StampOf(path);
         if (prepared && prepared->IsFor(path, stamp)) return;
-        prepared.reset();
-        if (auto voice = Opened(path)) prepared = {path, stamp, std::move(voice)};
+        prepared.emplace(path, stamp);
+        prepared->value = Opened(path);
     }
 
     /// Null where the file can't be played.
@@ -86,7 +92,9 @@ struct LocalPlayer::Impl {
 
     std::shared_ptr<sound::Voice> TakeVoice(const std::string& path) {
         if (prepared && prepared->IsFor(path, StampOf(path))) {
-            return std::exchange(prepared, std::nullopt)->value;
+            auto voice = std::move(prepared->value);
+            prepared.reset();
+            return voice;
         }
         return Opened(path);
     }

@@ -25,7 +25,7 @@ std::vector<PlaylistEntry> ParseM3u(std::string_view bytes) {
     std::vector<PlaylistEntry> entries;
     const std::string content = WithoutByteOrderMark(bytes);
     TrackText text;
-    for (std::string_view rest = content; !rest.empty();) {
+    for (std::string_view rest = content; !rest.empty() && entries.size() < kMostTracks;) {
         const std::string_view line = TakeLine(rest);
         if (LowerCased(line.substr(0, kTrackInfo.size())) == LowerCased(kTrackInfo)) {
             text = TextOfTrackInfo(line.substr(kTrackInfo.size()));

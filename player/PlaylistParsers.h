@@ -15,6 +15,9 @@
 
 namespace sorakaze::player {
 
+/// No list is read any further than this.
+inline constexpr std::size_t kMostTracks = 1'000'000;
+
 struct PlaylistEntry {
     enum class Form {
         Path,  ///< A path as the playlist spells it: any encoding, any slashes, relative or absolute.

@@ -37,7 +37,7 @@ std::vector<PlaylistEntry> ParsePls(std::string_view bytes) {
     // The numbers alone give the order: files with gaps or in any order are common.
     std::map<int, Item> items;
     const std::string content = WithoutByteOrderMark(bytes);
-    for (std::string_view rest = content; !rest.empty();) {
+    for (std::string_view rest = content; !rest.empty() && items.size() < kMostTracks;) {
         const std::string_view line = TakeLine(rest);
         const auto equals = line.find('=');
         if (equals == std::string_view::npos) continue;

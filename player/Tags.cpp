@@ -51,21 +51,18 @@ void UseOwnDecoding() {
     static_cast<void>(done);
 }
 
-/// All values of the first of `keys` that has any, joined as a speaker would read them.
-std::string ValueOf(const TagLib::PropertyMap& properties, std::initializer_list<const char*> keys) {
-    for (const char* key : keys) {
-        std::vector<std::string> values;
-        for (const TagLib::String& value : properties.value(key, {})) {
-            std::string clean = CleanLine(value.to8Bit(true));
-            if (!clean.empty() && std::find(values.begin(), values.end(), clean) == values.end()) {
-                values.push_back(std::move(clean));
-            }
+/// All values for `key`, joined as a speaker would read them.
+std::string ValueOf(const TagLib::PropertyMap& properties, const char* key) {
+    std::vector<std::string> values;
+    for (const TagLib::String& value : properties.value(key, {})) {
+        std::string clean = CleanLine(value.to8Bit(true));
+        if (!clean.empty() && std::find(values.begin(), values.end(), clean) == values.end()) {
+            values.push_back(std::move(clean));
         }
-        std::string joined;
-        for (const std::string& value : values) joined += (joined.empty() ? "" : ", ") + value;
-        if (!joined.empty()) return joined;
     }
-    return {};
+    std::string joined;
+    for (const std::string& value : values) joined += (joined.empty() ? "" : ", ") + value;
+    return joined;
 }
 
 }  // namespace
@@ -79,12 +76,16 @@ TrackText ReadTags(const std::filesystem::path& file) {
         const TagLib::FileRef reference(file.c_str(), kReadSound);
         if (reference.isNull() || reference.file() == nullptr) return text;
         const TagLib::PropertyMap properties = reference.file()->properties();
-        text.title = ValueOf(properties, {"TITLE"});
-        text.artist = ValueOf(properties, {"ARTIST", "ALBUMARTIST"});
-        text.album = ValueOf(properties, {"ALBUM"});
-        text.titleSort = ValueOf(properties, {"TITLESORT"});
-        text.artistSort = ValueOf(properties, {"ARTISTSORT", "ALBUMARTISTSORT"});
-        text.albumSort = ValueOf(properties, {"ALBUMSORT"});
+        text.title = ValueOf(properties, "TITLE");
+        text.artist = ValueOf(properties, "ARTIST");
+        text.album = ValueOf(properties, "ALBUM");
+        text.titleSort = ValueOf(properties, "TITLESORT");
+        text.artistSort = ValueOf(properties, "ARTISTSORT");
+        text.albumSort = ValueOf(properties, "ALBUMSORT");
+        TrackText ofAlbum;
+        ofAlbum.artist = ValueOf(properties, "ALBUMARTIST");
+        ofAlbum.artistSort = ValueOf(properties, "ALBUMARTISTSORT");
+        text.FillFrom(ofAlbum);
     } catch (const std::exception&) {
         // Tags that ask for more memory than there is. The file may play all the same.
     }

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/TrackText.h"
 
+#include <iterator>
+
 namespace sorakaze::player {
 
 namespace {
@@ -13,8 +15,12 @@ constexpr std::string TrackText::*kFields[] = {&TrackText::title,      &TrackTex
 }  // namespace
 
 void TrackText::FillFrom(const TrackText& other) {
-    for (const auto field : kFields) {
-        if ((this->*field).empty()) this->*field = other.*field;
+    constexpr std::size_t kSpelled = std::size(kFields) / 2;
+    for (std::size_t i = 0; i < kSpelled; ++i) {
+        const auto text = kFields[i];
+        const auto sort = kFields[kSpelled + i];
+        if ((this->*text).empty()) this->*text = other.*text;
+        if ((this->*sort).empty() && this->*text == other.*text) this->*sort = other.*sort;
     }
 }
 

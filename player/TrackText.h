@@ -19,7 +19,7 @@ struct TrackText {
 
     bool operator==(const TrackText&) const = default;
 
-    /// Takes from `other` what is unknown here.
+    /// Takes from `other` what is unknown here. A second spelling is taken only for the same first one.
     void FillFrom(const TrackText& other);
 
     /// The six texts in the order above, separated by tabs.

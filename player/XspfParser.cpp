@@ -82,7 +82,7 @@ std::vector<PlaylistEntry> ParseXspf(std::string_view bytes) {
             if (LocalName(list) != "trackList") continue;
             const std::string listBase = BaseWithin(base, list);
             for (const pugi::xml_node& track : list.children()) {
-                if (LocalName(track) != "track") continue;
+                if (LocalName(track) != "track" || entries.size() >= kMostTracks) continue;
                 if (auto entry = EntryOf(track, listBase)) entries.push_back(std::move(*entry));
             }
         }

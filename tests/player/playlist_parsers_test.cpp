@@ -62,6 +62,12 @@ TEST(PlaylistParsers, M3u) {
     for (const Case& c : cases) EXPECT_EQ(Told(ParseM3u(c.bytes)), c.told) << c.name;
 }
 
+TEST(PlaylistParsers, M3uWithoutEnd) {
+    std::string endless;
+    for (std::size_t i = 0; i < kMostTracks + 10; ++i) endless += "a\n";
+    EXPECT_EQ(ParseM3u(endless).size(), kMostTracks);
+}
+
 TEST(PlaylistParsers, Pls) {
     const Case cases[] = {
         {"order by number, with gaps",

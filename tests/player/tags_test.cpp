@@ -52,8 +52,12 @@ TEST(Tags, AreOneCleanLineEach) {
     artists.append(Utf8("One"));
     WriteTags(file, {{"TITLE", Utf8(" A\tB\nC\x01 ")}, {"ARTIST", artists}, {"ALBUM", Utf8("\n")}});
     EXPECT_EQ(ReadTags(file).Record(), "A B C\tOne, Two\t\t\t\t");
-    WriteTags(file, {{"ALBUMARTIST", Utf8("Band")}});
-    EXPECT_EQ(ReadTags(file).Record(), "\tBand\t\t\t\t");
+    WriteTags(file, {{"ALBUMARTIST", Utf8("Band")}, {"ALBUMARTISTSORT", Utf8("Bando")}});
+    EXPECT_EQ(ReadTags(file).Record(), "\tBand\t\t\tBando\t");
+    WriteTags(
+        file,
+        {{"ARTIST", Utf8("Singer")}, {"ALBUMARTIST", Utf8("Band")}, {"ALBUMARTISTSORT", Utf8("Bando")}});
+    EXPECT_EQ(ReadTags(file).Record(), "\tSinger\t\t\t\t");
 }
 
 TEST(Tags, LabelledLatinButWrittenElsewhere) {
