@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the studio prints: lines on standard output, messages and progress on standard error. On a terminal
+// the progress is a bar below the lines; elsewhere it is a plain line now and then.
+#pragma once
+
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace sorakaze::studio {
+
+/// Any thread.
+class Console {
+  public:
+    Console();
+    ~Console();
+
+    /// A line on standard output; control characters in it are made harmless.
+    void Line(const std::string& text);
+    /// A line on standard error.
+    void Message(const std::string& text);
+    /// `done` is 0 to 1 where the length is known; `showSeconds` is how much of the show there is.
+    void Progress(std::optional<double> done, double showSeconds);
+    /// Takes the bar away.
+    void EndProgress();
+
+  private:
+    using Time = std::chrono::steady_clock::time_point;
+
+    void ClearBar();
+    std::string BarText(std::optional<double> done, double showSeconds) const;
+    std::string Speed(double showSeconds) const;
+
+    const bool outIsTerminal_;
+    const bool errorIsTerminal_;
+    const Time begin_;
+    std::mutex mutex_;  ///< guards what follows, and the order on the terminal
+    Time lastBar_;
+    int lastTenth_ = 0;
+    double lastPlain_ = 0;  ///< show seconds at the last plain line
+    bool barShown_ = false;
+};
+
+/// "1:02:03" or "2:03".
+std::string ClockText(double seconds);
+/// The text with control characters as blanks, so that no title can steer a terminal.
+std::string Harmless(const std::string& text);
+
+}  // namespace sorakaze::studio

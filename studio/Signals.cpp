@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "studio/Signals.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <utility>
+
+namespace sorakaze::studio {
+
+Signals::Signals(std::function<void()> onFirst) : onFirst_(std::move(onFirst)) {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, number);
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    signals_ = signalfd(-1, &set, SFD_CLOEXEC);
+    end_ = eventfd(0, EFD_CLOEXEC);
+    thread_ = std::thread([this] { Wait(); });
+}
+
+Signals::~Signals() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(end_, &one, sizeof one);
+    thread_.join();
+    close(end_);
+    close(signals_);
+}
+
+void Signals::Wait() {
+    bool first = true;
+    for (;;) {
+        pollfd waiting[] = {{signals_, POLLIN, 0}, {end_, POLLIN, 0}};
+        if (poll(waiting, 2, -1) < 0) continue;
+        if (waiting[1].revents) return;
+        signalfd_siginfo info{};
+        if (read(signals_, &info, sizeof info) != sizeof info) continue;
+        if (!std::exchange(first, false)) _exit(128 + static_cast<int>(info.ssi_signo));
+        onFirst_();
+    }
+}
+
+}  // namespace sorakaze::studio

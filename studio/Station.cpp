@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "studio/Station.h"
+
+#include <algorithm>
+
+#include "player/UserMusicFolder.h"
+#include "studio/StudioError.h"
+
+namespace sorakaze::studio {
+
+namespace fs = std::filesystem;
+
+fs::path FindStation(const fs::path& given) {
+    std::error_code error;
+    fs::path station = given;
+    if (station.empty()) {
+        // <station>/Sorakaze.app/Contents/Linux/sorakaze-studio
+        station =
+            fs::read_symlink("/proc/self/exe", error).parent_path().parent_path().parent_path().parent_path();
+    }
+    station = fs::weakly_canonical(station, error);
+    if (error || !fs::is_directory(station / "Sorakaze.app" / "Contents" / "Resources", error)) {
+        throw StudioError(kFailed, (given.empty() ? station : given).string() +
+                                       " is no station: give --station the folder that holds Sorakaze.app.");
+    }
+    return station;
+}
+
+std::unique_ptr<player::MusicLibrary> OpenLibrary(const fs::path& station) {
+    std::vector<fs::path> roots{station / "Music"};
+    if (const fs::path own = player::UserMusicFolder(); !own.empty()) roots.push_back(own);
+    return std::make_unique<player::MusicLibrary>(std::move(roots));
+}
+
+void SelectRow(PopupMenu& menu, const std::string& name, const std::string& what) {
+    const auto& rows = menu.Rows();
+    auto row =
+        std::find_if(rows.begin(), rows.end(), [&](const String& text) { return text.Bytes() == name; });
+    if (row == rows.end()) row = std::find(rows.begin(), rows.end(), String(name));
+    if (row == rows.end()) {
+        std::string names;
+        for (const String& text : rows) names += (names.empty() ? "" : ", ") + text.Bytes();
+        throw StudioError(kFailed,
+                          "There is no " + what + " named \"" + name + "\"." +
+                              (names.empty() ? " There is none at all." : " There are: " + names + "."));
+    }
+    menu.SetListIndex(static_cast<std::int32_t>(row - rows.begin()));
+}
+
+}  // namespace sorakaze::studio
