@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Reads one sound file from its beginning to its end as 48 kHz stereo float, whatever it holds. Used by one
-// thread at a time. Never throws for what the file holds: a damaged stretch is passed over, and where nothing
-// follows, that is the sound's end.
+// Reads one sound file from its beginning to its end as 48 kHz stereo float, whatever it holds. Never throws
+// for what the file holds: a damaged stretch is passed over, and where nothing follows, that is the sound's
+// end.
 #pragma once
 
 #include <filesystem>
@@ -13,58 +13,47 @@
 
 #include "app/runtime/sound/AvSupport.h"
 #include "app/runtime/sound/Converter.h"
+#include "app/runtime/sound/FrameSource.h"
 #include "app/runtime/sound/Frames.h"
-#include "app/runtime/sound/InputFile.h"
 
 namespace sorakaze::sound {
 
 class Decoder {
   public:
+    enum class Speed {
+        Modest,   ///< all the work is done in Read
+        Highest,  ///< other threads can help, for formats that allow it; takes some megabytes more. The same
+                  ///< samples.
+    };
+
     /// Empty when the file can't be read or its first sound can't be decoded.
-    static std::unique_ptr<Decoder> Open(const std::filesystem::path& file);
+    static std::unique_ptr<Decoder> Open(const std::filesystem::path& file, Speed speed);
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
     /// Fills `interleaved` and returns the frames written: fewer than there is room for only at the sound's
-    /// end.
+    /// end. One thread at a time.
     std::size_t Read(std::span<float> interleaved);
 
+    /// What other threads can do beside Read, so that it is faster.
+    bool WantsHelp() const { return source_->WantsHelp(); }
+    void Help() { source_->Help(); }
+
     /// What the container states.
-    std::optional<Frames> Length() const;
+    std::optional<Frames> Length() const { return source_->Length(); }
 
   private:
-    Decoder() = default;
-    bool OpenInput(const std::filesystem::path& file);
-    bool OpenCodec();
-    bool NextFrame();
-    bool FeedPacket();
-    bool ReadPacket();
-    void TrimEnd();
-    std::size_t ConvertFrame(std::span<float> room);
-    std::size_t FlushConverter(std::span<float> room);
+    explicit Decoder(std::unique_ptr<FrameSource> source) : source_(std::move(source)) {}
+    std::size_t Advance(std::span<float> room);
+    std::size_t Flush(std::span<float> room);
     std::size_t TakeSpare(std::span<float> room);
     std::span<float> RoomFor(std::size_t bound, std::span<float> room);
     std::size_t Delivered(std::size_t frames, std::span<float> target, std::span<float> room);
 
-    // In the order in which they are opened; closed in reverse.
-    std::unique_ptr<InputFile> file_;
-    AvInputPointer input_;
-    AvPointer<AVCodecContext> codec_;
-    AvPointer<AVPacket> packet_;
-    AvPointer<AVPacket> nextPacket_;  ///< read ahead, as the last packet is treated differently
-    AvPointer<AVFrame> frame_;
+    std::unique_ptr<FrameSource> source_;
     Converter converter_;
-    AVStream* stream_ = nullptr;
-    bool inputBegun_ = false;
-    bool inputEnded_ = false;  ///< no nextPacket_
-    bool drained_ = false;     ///< the codec knows that nothing follows
-    bool framePending_ = false;
+    AVFrame* pending_ = nullptr;  ///< the source's last frame, not yet converted
     bool ended_ = false;
-    bool lastPacketIsCut_ = false;  ///< the container states the end by the last packet's duration
-    std::optional<std::int64_t>
-        statedSamples_;  ///< the container states the length before conversion exactly
-    std::int64_t decodedSamples_ = 0;
-    int failures_ = 0;  ///< in a row, without a decoded frame between
 
     /// Converted frames that found no room in the caller's span.
     std::vector<float> spare_;

@@ -88,7 +88,8 @@ MixingEngine::~MixingEngine() {
 }
 
 std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
-    auto decoder = Decoder::Open(file);
+    auto decoder = Decoder::Open(
+        file, impl_->shared->reading == Reading::Offline ? Decoder::Speed::Highest : Decoder::Speed::Modest);
     if (!decoder) return nullptr;
     auto core = std::make_shared<VoiceCore>(std::move(decoder));
     impl_->shared->readAhead.Add(core);

@@ -64,10 +64,17 @@ void ReadAhead::Work() {
             lock.lock();
         } else if (Entry* entry = Neediest()) {
             entry->busy = true;
+            if (entry->voice->WantsHelp()) changed_.notify_one();
             lock.unlock();
             entry->voice->Fill();
             lock.lock();
             entry->busy = false;
+        } else if (Entry* helped = InNeedOfHelp()) {
+            ++helped->helpers;
+            lock.unlock();
+            helped->voice->Help();
+            lock.lock();
+            --helped->helpers;
         } else {
             Sleep(lock);
         }
@@ -78,7 +85,7 @@ void ReadAhead::Work() {
 std::vector<std::shared_ptr<VoiceCore>> ReadAhead::TakeOver() {
     std::vector<std::shared_ptr<VoiceCore>> over;
     std::erase_if(voices_, [&](auto& entry) {
-        if (entry->busy || !entry->voice->IsOver()) return false;
+        if (entry->busy || entry->helpers > 0 || !entry->voice->IsOver()) return false;
         over.push_back(std::move(entry->voice));
         return true;
     });
@@ -96,6 +103,12 @@ ReadAhead::Entry* ReadAhead::Neediest() {
         if (!best || rank(*entry) < rank(*best)) best = entry.get();
     }
     return best;
+}
+
+ReadAhead::Entry* ReadAhead::InNeedOfHelp() {
+    const auto found = std::find_if(voices_.begin(), voices_.end(),
+                                    [](auto& entry) { return entry->busy && entry->voice->WantsHelp(); });
+    return found == voices_.end() ? nullptr : found->get();
 }
 
 void ReadAhead::Sleep(std::unique_lock<std::mutex>& lock) {

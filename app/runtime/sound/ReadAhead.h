@@ -34,11 +34,13 @@ class ReadAhead {
   private:
     struct Entry {
         std::shared_ptr<VoiceCore> voice;
-        bool busy = false;  ///< a worker decodes for it
+        bool busy = false;  ///< a worker fills its ring
+        int helpers = 0;    ///< workers that help it
     };
 
     void Work();
     Entry* Neediest();
+    Entry* InNeedOfHelp();
     std::vector<std::shared_ptr<VoiceCore>> TakeOver();
     void Sleep(std::unique_lock<std::mutex>& lock);
 

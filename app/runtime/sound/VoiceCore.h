@@ -55,10 +55,13 @@ class VoiceCore {
     bool AsksForFrames();
     VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own
 
-    // --- the worker threads (one at a time, see ReadAhead) ---
+    // --- the worker threads (see ReadAhead; one at a time but for Help) ---
 
     /// Decodes some more. At most about a second of sound, so that voices take turns.
     void Fill();
+    /// While another worker is at Fill: whether Help would make it faster, and that help.
+    bool WantsHelp() const { return decoder_->WantsHelp(); }
+    void Help() { decoder_->Help(); }
     /// Whether Fill has enough to do. Clears what AsksForFrames remembers.
     bool WantsFrames();
     bool IsMixed() const { return inMixing_.load(std::memory_order_acquire); }
