@@ -14,6 +14,7 @@ namespace {
 
 void SortByName(std::vector<Playlist>& playlists) {
     std::vector<std::pair<std::string, Playlist>> byKey;
+    byKey.reserve(playlists.size());
     for (Playlist& playlist : playlists) byKey.emplace_back(FoldCase(playlist.name), std::move(playlist));
     std::sort(byKey.begin(), byKey.end(), [](const auto& a, const auto& b) {
         return std::tie(a.first, a.second.name, a.second.file, a.second.occurrence) <

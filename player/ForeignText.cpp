@@ -8,6 +8,8 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cstdint>
 
 namespace sorakaze::player {
 
