@@ -93,15 +93,15 @@ Mono Shaker(double, double, double velocity, Random& random) {
 }
 
 Mono ClosedHat(double, double, double velocity, Random& random) {
-    return Metal(0.12, 0.03, 7000, velocity, random);
+    return Metal(0.2, 0.03, 7000, velocity, random);
 }
 
 Mono OpenHat(double, double, double velocity, Random& random) {
-    return Metal(0.5, 0.16, 6500, velocity, random);
+    return Metal(1.0, 0.16, 6500, velocity, random);
 }
 
 Mono Ride(double, double, double velocity, Random& random) {
-    return Metal(1.1, 0.34, 5200, velocity, random);
+    return Metal(2.1, 0.33, 5200, velocity, random);
 }
 
 Mono Clap(double, double, double velocity, Random& random) {

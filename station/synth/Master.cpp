@@ -98,7 +98,7 @@ double FromDecibels(double decibels) {
 
 double Loudness(const Stereo& sound) {
     Stereo weighted = sound;
-    Biquad::HighShelf(1680, 4).Run(weighted);
+    Biquad::HighShelf(1500, 4).Run(weighted);
     Biquad::HighPass(38, 0.5).Run(weighted);
     const std::size_t block = std::min(Samples(kBlockSeconds), weighted.Length());
     if (block == 0) return -100;
@@ -119,8 +119,8 @@ double PeakDecibels(const Stereo& sound) {
 void Master(Stereo& sound, double loudness, double ceiling) {
     Biquad::HighPass(28).Run(sound);
     Trim(sound);
-    // What the limiter takes is given back by a second look.
-    for (int pass = 0; pass < 2; ++pass) {
+    // What the limiter takes is given back by a second and a third look.
+    for (int pass = 0; pass < 3; ++pass) {
         Limit(sound, FromDecibels(loudness - Loudness(sound)), FromDecibels(ceiling));
     }
 }

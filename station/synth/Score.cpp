@@ -59,10 +59,11 @@ Line Notes(std::string_view text, double beat) {
             beats = Number(word.substr(colon + 1));
             word = word.substr(0, colon);
         }
-        while (word != "r" && !word.empty()) {
-            const auto plus = std::min(word.find('+'), word.size());
+        for (bool more = word != "r"; more;) {
+            const auto plus = word.find('+');
             line.push_back({beat, beats, Pitch(word.substr(0, plus)), velocity});
-            word.remove_prefix(std::min(plus + 1, word.size()));
+            more = plus != std::string_view::npos;
+            if (more) word.remove_prefix(plus + 1);
         }
         beat += beats;
     }

@@ -48,7 +48,7 @@ Stereo OpeningTheme() {
 }
 
 Stereo ClosingTheme() {
-    Stage stage({96, 0.5, 7, 0.12}, 112);
+    Stage stage({116, 0.5, 7, 0.08}, 112);
     Stereo keys = stage.Solo(Notes("C4+E4+G4+B4:2 A3+C4+E4+G4:2 F3+A3+C4+E4:2 G3+A3+C4+D4:1 G3+B3+D4+F4:1 | "
                                    "C4+E4+G4+B4+D5:3,"),
                              {ElectricPiano, 0.19, {-0.1}, 0, 1.05});
@@ -58,11 +58,11 @@ Stereo ClosingTheme() {
                {Plucked({4.0, 0.5, 0.2, 0.3}), 0.36, {0.25}, 0.5, 1.3});
     stage.Play(Notes("C2:2 A2 F2 G2 C2:3"), {UprightBass, 0.5, {0}, 0.06});
     stage.Play(Notes("r:8 G4+C5+E5:3,"), {Pad(1800, 0.8, 1.2), 0.14, {0}, 0.6});
-    return stage.InRoom({2.2, 5000});
+    return stage.InRoom({1.7, 5000});
 }
 
 Stereo NightTheme() {
-    Stage stage({84, 0.6}, 113);
+    Stage stage({104, 0.6}, 113);
     stage.Play(Notes("A2:1 C3 D3 E3 | F3 E3 D3 E3 | A2:3"), {UprightBass, 0.6, {0}, 0.06});
     stage.Play(Notes("r:.5 C5:1 E5:.5 D5:1 G5:1 | F5:.5 E5:.5 C5:.5 D5:.5 B4:1 G#4:1 | A4+C5+E5+B5:3"),
                {Vibraphone, 0.34, {0.2}, 0.5, 1.1, 0.01});
@@ -109,7 +109,7 @@ Stereo DrumSting() {
     stage.Play(Notes("r:1.5 C4:1"), {Kick, 0.6, {0}, 0.15});
     stage.Play(Notes("r:1.5 C4:2^"), {OpenHat, 0.3, {0.3}, 0.4});
     stage.Play(Notes("r:1.5 C4:2^"), {Ride, 0.3, {0.3}, 0.4});
-    return stage.InRoom({1.2, 6500});
+    return stage.InRoom({1.7, 6500});
 }
 
 /// Noise and a chord that rise until they break off into the room.

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "station/synth/Score.h"
+
+namespace sorakaze::station {
+namespace {
+
+TEST(Score, NotesAreRead) {
+    const Line line = Notes("C4:2 Eb4+F#4:.5^ | r:1 A4, B-1", 4);
+    ASSERT_EQ(line.size(), 5u);
+    const double expected[][4] = {
+        {4, 2, 60, 0.75}, {6, 0.5, 63, 0.95}, {6, 0.5, 66, 0.95}, {7.5, 1, 69, 0.5}, {8.5, 1, 11, 0.75}};
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        EXPECT_DOUBLE_EQ(line[i].beat, expected[i][0]) << i;
+        EXPECT_DOUBLE_EQ(line[i].beats, expected[i][1]) << i;
+        EXPECT_DOUBLE_EQ(line[i].pitch, expected[i][2]) << i;
+        EXPECT_DOUBLE_EQ(line[i].velocity, expected[i][3]) << i;
+    }
+    for (const char* wrong : {"H4", "C", "C4:", "C4:x", "4", "C4+", "^"}) {
+        EXPECT_THROW(Notes(wrong), std::invalid_argument) << wrong;
+    }
+    EXPECT_THROW(Steps("x.z", 0.5), std::invalid_argument);
+}
+
+TEST(Score, TempoSwingsAndSlows) {
+    const Tempo swing{60, 2.0 / 3};
+    EXPECT_DOUBLE_EQ(swing.Seconds(3), 3);
+    EXPECT_NEAR(swing.Seconds(3.5), 3 + 2.0 / 3, 1e-9);
+    const Tempo slowing{60, 0.5, 4, 0.5};
+    EXPECT_DOUBLE_EQ(slowing.Seconds(4), 4);
+    EXPECT_DOUBLE_EQ(slowing.Seconds(6), 7);
+    for (double beat = 0; beat < 10; beat += 0.1)
+        EXPECT_LT(slowing.Seconds(beat), slowing.Seconds(beat + 0.1));
+}
+
+}  // namespace
+}  // namespace sorakaze::station
