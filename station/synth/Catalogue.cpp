@@ -35,7 +35,7 @@ std::span<const Track> Tracks() {
 }
 
 std::span<const Playlist> Playlists() {
-    static constexpr std::array kMorning = {0, 5, 3, 2};
+    static constexpr std::array kMorning = {0, 5, 3, 2, 7, 6};
     static constexpr std::array kLate = {6, 4, 1};
     static constexpr std::array kEverything = {3, 0, 7, 5, 2, 6, 4, 1};
     static constexpr std::array kPlaylists = {
