@@ -58,10 +58,13 @@ function(sorakaze_program name directory)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${directory})
 endfunction()
 
+# The tests with the label "threads": those that the thread sanitizer runs.
+add_custom_target(thread_tests)
+
 # sorakaze_test(NAME SOURCES... [LINK LIBS...] [LABELS ...]): a GoogleTest program, one ctest entry.
 function(sorakaze_test name)
     cmake_parse_arguments(A "" "" "LINK;LABELS" ${ARGN})
-    if(SORAKAZE_FUZZ)
+    if(SORAKAZE_FUZZ OR NOT SORAKAZE_TESTS)
         return()
     endif()
     find_package(GTest REQUIRED)
@@ -69,6 +72,9 @@ function(sorakaze_test name)
     target_link_libraries(${name} PRIVATE sorakaze_flags ${A_LINK} GTest::gmock GTest::gtest_main)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES LABELS "${A_LABELS}" TIMEOUT 600)
+    if("threads" IN_LIST A_LABELS)
+        add_dependencies(thread_tests ${name})
+    endif()
 endfunction()
 
 # sorakaze_fuzz(NAME CORPUS_FOLDER SOURCES... [LINK LIBS...]): a libFuzzer target. scripts/fuzz runs them all.
@@ -81,5 +87,6 @@ function(sorakaze_fuzz name corpus)
     target_link_libraries(${name} PRIVATE sorakaze_flags ${A_LINK})
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
     file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${corpus} ${CMAKE_BINARY_DIR}/fuzz/${name}.corpus SYMBOLIC)
 endfunction()

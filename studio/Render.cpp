@@ -96,8 +96,11 @@ class Onlookers : public ShowObserver {
     std::vector<ShowObserver*> all;
     std::int32_t lastTrackBegan = 0;
     std::int32_t tracksBegun = 0;
+    bool anythingHeard = false;
 
     void OnShowEvent(const ShowEvent& event) override {
+        anythingHeard =
+            anythingHeard || event.what == "track" || event.what == "say" || event.what == "sound";
         if (event.what == "track") {
             lastTrackBegan = event.ticks;
             ++tracksBegun;
@@ -154,6 +157,8 @@ class Session {
         for (TickCount tick = 0; tick < kTailTicks; ++tick) runtime_.GetClock().Advance();
         console_.EndProgress();
         if (!fault_.empty()) throw StudioError(kWrongCall, fault_);
+        if (standstill && !onlookers_.anythingHeard)
+            throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
         recorder_.Finish();
         if (trace_) trace_->Finish();
         if (standstill) {
@@ -168,8 +173,8 @@ class Session {
     bool OnAir() const { return !(window_.programStart.Caption() == kStartCaption); }
 
     void Begin() {
-        window_.programStart.Push();
         begun_ = true;
+        window_.programStart.Push();
         const String word = NthField(window_.mode, " ", 1);
         const bool ends = word == "songs" || word == "minites" || word == "all";
         if (!ends && !options_.limitSeconds) {

@@ -8,10 +8,17 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace sorakaze::studio {
+namespace {
+
+constexpr auto kSecondThought = std::chrono::milliseconds(300);
+
+}  // namespace
 
 Signals::Signals(std::function<void()> onFirst) : onFirst_(std::move(onFirst)) {
     sigset_t set;
@@ -32,15 +39,20 @@ Signals::~Signals() {
 }
 
 void Signals::Wait() {
-    bool first = true;
+    std::optional<std::chrono::steady_clock::time_point> first;
     for (;;) {
         pollfd waiting[] = {{signals_, POLLIN, 0}, {end_, POLLIN, 0}};
         if (poll(waiting, 2, -1) < 0) continue;
         if (waiting[1].revents) return;
         signalfd_siginfo info{};
         if (read(signals_, &info, sizeof info) != sizeof info) continue;
-        if (!std::exchange(first, false)) _exit(128 + static_cast<int>(info.ssi_signo));
-        onFirst_();
+        const auto now = std::chrono::steady_clock::now();
+        // One that comes along with the first, to the process group, is no second thought.
+        if (first && now - *first > kSecondThought) _exit(128 + static_cast<int>(info.ssi_signo));
+        if (!first) {
+            first = now;
+            onFirst_();
+        }
     }
 }
 

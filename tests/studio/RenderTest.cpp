@@ -1,0 +1,178 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Whole shows as sound, measured.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <thread>
+
+#include "tests/studio/StudioRun.h"
+
+namespace sorakaze {
+namespace {
+
+using test::SoundFile;
+using test::StudioStation;
+using test::TraceFields;
+
+double TickOf(const StudioStation& station, const std::string& what, std::size_t index = 0) {
+    const auto ticks = TraceFields(station.Path() / "trace.jsonl", what, "ticks");
+    return index < ticks.size() ? std::stod(ticks[index]) : -1;
+}
+
+TEST(Render, TheSoundIsWhatTheProgramSays) {
+    StudioStation station;
+    station.WriteTone("Sounds/tone.wav", 1000, 0.5, 10);
+    station.WriteTone("Music/track.wav", 500, 0.25, 60);
+    station.Write("Programs/Show.txt",
+                  "mode: songs 1\nopening: 0, play Sounds/tone.wav\nopening: 0, wait 2\n"
+                  "intro: 0, wait 1\nintro: 0, play [[iTunes]]\nending: 0, wait 1\n");
+    const auto outcome = station.Render("show.wav", "--song-seconds 30");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    const SoundFile sound(station.Path() / "show.wav");
+    ASSERT_EQ(sound.rate, 48000);
+    ASSERT_EQ(sound.channels, 2);
+
+    // The effect at volume 70, then its fade: a step every three ticks, down to nothing.
+    EXPECT_NEAR(sound.Peak(2, 120), 0.35, 0.002);
+    for (int step = 1; step <= 70; ++step) {
+        const double tick = 120 + 3 * step;
+        EXPECT_NEAR(sound.Peak(tick + 0.5, tick + 2.5), 0.5 * (70 - step) / 100, 0.002) << step;
+    }
+    const double trackBegins = TickOf(station, "track");
+    EXPECT_EQ(trackBegins, 120 + 213 + 1 + 12 + 60);
+    EXPECT_EQ(sound.Peak(120 + 213 + 1, trackBegins), 0) << "silence where the program waits";
+
+    // The track at its own level, its fade over about four seconds, silence during the ending.
+    const double fade = TickOf(station, "fade");
+    const double ended = TickOf(station, "ended");
+    EXPECT_NEAR(sound.Peak(trackBegins + 1, fade), 0.25, 0.002);
+    EXPECT_GE(fade - trackBegins, 30 * 60);
+    EXPECT_LE(fade - trackBegins, 30 * 60 + 12);
+    EXPECT_NEAR(ended - fade, 240, 6);
+    double last = 0.25;
+    for (double tick = fade; tick + 12 < ended; tick += 12) {
+        const double peak = sound.Peak(tick, tick + 12);
+        EXPECT_LE(peak, last + 0.002) << tick;
+        EXPECT_LE(last - peak, 0.05) << "no step that can be heard: " << tick;
+        last = peak;
+    }
+    EXPECT_EQ(sound.Peak(ended + 1, TickOf(station, "end")), 0);
+    EXPECT_NEAR(sound.Seconds(), TickOf(station, "end") / 60, 0.05);
+
+    // A 1000 Hz sine of this amplitude moves by 0.0458 from sample to sample; a click would stand out.
+    EXPECT_LT(sound.LargestStep(), 0.048);
+}
+
+TEST(Render, AStopLeavesNoClickAndThePlayersLevelComesBack) {
+    StudioStation station;
+    station.WriteTone("Music/a.wav", 500, 0.5, 90);
+    station.WriteTone("Music/b.wav", 500, 0.5, 90);
+    station.Write("Programs/Show.txt", "mode: songs 2\nintro: 0, play [[iTunes]]\nopening: 0, wait 1\n");
+    ASSERT_EQ(station.Render("show.wav", "--song-seconds 30 --limit 50").status, 0);
+    const SoundFile sound(station.Path() / "show.wav");
+    const double second = TickOf(station, "track", 1);
+    ASSERT_GT(second, 0);
+    EXPECT_NEAR(sound.Peak(second + 1, 49.5 * 60), 0.5, 0.002);
+    EXPECT_LT(sound.LargestStep(), 0.5 * 2 * M_PI * 500 / 48000 * 1.1);
+    EXPECT_NEAR(sound.Seconds(), 50, 0.1);
+}
+
+TEST(Render, LoudVoicesTogetherStayWithinFullScale) {
+    StudioStation station;
+    station.WriteTone("Sounds/loud.wav", 300, 1.0, 8);
+    station.WriteTone("Music/loud.wav", 310, 1.0, 40);
+    station.Write("Programs/Show.txt",
+                  "personality: Fred M\nmode: songs 1\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n"
+                  "intro: 0, play Sounds/loud.wav\nintro: 0, say Talking over everything there is.\nintro: "
+                  "0, wait 2\n");
+    ASSERT_EQ(station.Render("show.wav", "--limit 20").status, 0);
+    const SoundFile sound(station.Path() / "show.wav");
+    const double peak = sound.Peak(0, 20 * 60);
+    EXPECT_LT(peak, 1.0) << "16-bit full scale is reached only by clipping";
+    EXPECT_GT(peak, 0.9);
+}
+
+TEST(Render, SpeechIsHeardToItsEndBeforeTheShowGoesOn) {
+    StudioStation station;
+    station.WriteTone("Sounds/tone.wav", 1000, 0.5, 1);
+    station.Write("Programs/Show.txt",
+                  "personality: Samantha Lee\nmode: songs 0\nopening: 0, say -5 degrees, and $((6*7)) "
+                  "\"quoted\" minutes.\n"
+                  "opening: 0, say \nopening: 0, play Sounds/tone.wav\nopening: 0, wait 1\n");
+    const auto outcome = station.Render("show.wav");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(outcome.error.find("読み上げ"), std::string::npos) << outcome.error;
+    const SoundFile sound(station.Path() / "show.wav");
+    const auto seconds = TraceFields(station.Path() / "trace.jsonl", "say", "seconds");
+    ASSERT_FALSE(seconds.empty());
+    const double spoken = std::stod(seconds[0]);
+    EXPECT_GT(spoken, 1.5);
+    EXPECT_LT(spoken, 8);
+    EXPECT_GT(sound.Peak(0, spoken * 60), 0.3);
+    EXPECT_GE(TickOf(station, "sound"), spoken * 60);
+    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "say", "voice")[0], "Samantha");
+    EXPECT_NE(outcome.out.find("Samantha: -5 degrees"), std::string::npos);
+}
+
+TEST(Render, TheSameSeedGivesTheSameFileInEveryFormat) {
+    StudioStation station;
+    for (int i = 0; i < 3; ++i)
+        station.WriteTone("Music/" + std::to_string(i) + ".mp3", 300 + 100 * i, 0.4, 33);
+    station.WriteTone("Sounds/j/a.flac", 900, 0.3, 1);
+    station.WriteTone("Sounds/j/b.opus", 1200, 0.3, 1);
+    station.Write(
+        "Programs/Show.txt",
+        "mode: all\nopening: 0, say Good morning.\nintro: 0, say Next, [[song]].\nintro: 0, play [[iTunes]]\n"
+        "intro: 1, play [[iTunes]]\njingle: 0, play Sounds/j\njingle: 0, wait 1\nending: 0, say Bye.\n");
+    double length = 0;
+    for (const char* format : {"wav", "flac", "opus", "ogg", "mp3"}) {
+        const std::string a = std::string("a.") + format;
+        const std::string b = std::string("b.") + format;
+        ASSERT_EQ(station.Render(a, "--song-seconds 30").status, 0);
+        const std::string trace = test::ReadFile(station.Path() / "trace.jsonl");
+        ASSERT_EQ(station.Render(b, "--song-seconds 30").status, 0);
+        EXPECT_EQ(test::ReadFile(station.Path() / a), test::ReadFile(station.Path() / b)) << format;
+        EXPECT_EQ(trace, test::ReadFile(station.Path() / "trace.jsonl"));
+        const SoundFile sound(station.Path() / a);
+        if (length == 0) length = sound.Seconds();
+        EXPECT_GT(length, 90);
+        EXPECT_NEAR(sound.Seconds(), length, 0.15) << format;
+    }
+    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "track", "number"),
+              (std::vector<std::string>{"1", "2", "3"}));
+}
+
+TEST(Render, TracksThatAreGoneDamagedOrNoSoundDontEndTheShow) {
+    StudioStation station;
+    const auto damaged = station.WriteTone("Music/a.mp3", 440, 0.4, 40);
+    std::string bytes = test::ReadFile(damaged);
+    for (std::size_t i = bytes.size() / 4; i < bytes.size() / 2; ++i) bytes[i] = static_cast<char>(i * 31);
+    station.Write("Music/a.mp3", bytes);
+    station.Write("Music/b.mp3", "this is no sound");
+    station.WriteTone("Music/d.wav", 660, 0.4, 3);
+    station.Write("Music/List.m3u", "a.mp3\nb.mp3\ngone.mp3\nd.wav\nList.m3u\n");
+    station.Write("Programs/Show.txt", "mode: all\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n");
+    const auto outcome = station.Render("show.wav", "--playlist List --song-seconds 30");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    const auto prepared = TraceFields(station.Path() / "trace.jsonl", "prepared", "song");
+    EXPECT_EQ(prepared, (std::vector<std::string>{"a", "b", "gone", "d", ""}));
+    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "track", "number"),
+              (std::vector<std::string>{"1", "4"}));
+    EXPECT_NEAR(TickOf(station, "ended", 1) - TickOf(station, "track", 1), 180, 12)
+        << "a track that ends early";
+}
+
+TEST(Render, AnInterruptStopsTheShowAndLeavesAPlayableFile) {
+    StudioStation station;
+    station.WriteTone("Music/a.wav", 440, 0.4, 60);
+    station.Write("Programs/Show.txt", "opening: 0, wait 1\nintro: 0, play [[iTunes]]\n");
+    const auto outcome = station.Render("show.wav", "--limit 9000000", "timeout -s INT 1");
+    EXPECT_NE(outcome.status, 1) << outcome.error;
+    const SoundFile sound(station.Path() / "show.wav");
+    EXPECT_GT(sound.Seconds(), 2);
+    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "end", "ticks").size(), 1u);
+}
+
+}  // namespace
+}  // namespace sorakaze
