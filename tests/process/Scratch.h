@@ -10,10 +10,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "app/runtime/process/ConfinedProcess.h"
+#include "app/runtime/process/Descriptor.h"
+#include "app/runtime/process/Mechanisms.h"
 
 namespace sorakaze::process {
 
@@ -37,6 +41,7 @@ class Scratch {
     Confinement Bounds() const {
         Confinement confinement;
         confinement.writableFolder = Folder();
+        confinement.searchFirst = {ATTACKS_FOLDER};
         return confinement;
     }
     CommandResult Run(const std::string& line) const { return Run(line, Bounds()); }
@@ -70,5 +75,21 @@ class Scratch {
   private:
     std::filesystem::path root_;
 };
+
+/// While it lives, commands run under these mechanisms at most.
+struct Under {
+    explicit Under(const Mechanisms& most) { LimitMechanisms(most); }
+    ~Under() { LimitMechanisms(std::nullopt); }
+    Under(const Under&) = delete;
+    Under& operator=(const Under&) = delete;
+};
+
+/// Every mechanism, in the order of Mechanisms' members; to be taken away one by one.
+inline Mechanisms All() {
+    return {99, true, true, true, true};
+}
+inline Mechanisms WithoutNamespaces() {
+    return {99, false, false, false, true};
+}
 
 }  // namespace sorakaze::process

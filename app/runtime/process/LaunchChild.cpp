@@ -22,6 +22,9 @@
 #include "app/runtime/process/LandlockRules.h"
 #include "app/runtime/process/Launch.h"
 
+/// The C library's clone under its other name, which no sanitizer takes for itself.
+extern "C" int __clone(int (*run)(void*), void* stack, int flags, void* argument, ...);
+
 namespace sorakaze::process {
 namespace {
 
@@ -295,7 +298,7 @@ void RunKeeper(LaunchPlan& plan, const ChildDescriptors& descriptors) {
     if (!ApplicationLives()) Leave(127);
     // Borrows the keeper's memory until the program starts: a second copy of the application's would cost as
     // much again.
-    const pid_t shell = ::clone(BecomeShell, plan.shellStack.data() + plan.shellStack.size(),
+    const pid_t shell = __clone(BecomeShell, plan.shellStack.data() + plan.shellStack.size(),
                                 CLONE_VM | CLONE_VFORK | SIGCHLD, &plan);
     Must(shell >= 0, "fork");
     if (plan.ruleset) Call(SYS_close, kRuleset);

@@ -168,8 +168,8 @@ void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
     };
     // The user goes on starting programs meanwhile; the count of the command's own is watched besides.
     constexpr rlim_t kRoomForTheUser = 128;
-    // One more than asked for: the process that waits for the shell.
-    rlim_t processes = confinement.processes + 1;
+    rlim_t processes = confinement.processes;
+    if (!plan.asRoot) ++processes;  // the keeper is the same user's
     if (!plan.asRoot && !plan.mechanisms.userNamespace) processes += TasksOfUser() + kRoomForTheUser;
     const auto seconds = static_cast<rlim_t>(std::max<std::int64_t>(confinement.processorTime.count(), 1));
     add(RLIMIT_NPROC, processes, processes);
@@ -238,6 +238,9 @@ LaunchPlan PlanConfinement(const Confinement* confinement, const Mechanisms& mec
 
 LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
                        const Mechanisms& mechanisms) {
+    if (!fs::is_directory(confinement.writableFolder))
+        throw fs::filesystem_error("no folder to write", confinement.writableFolder,
+                                   std::make_error_code(std::errc::not_a_directory));
     LaunchPlan plan = PlanConfinement(&confinement, mechanisms);
     PlanLimits(plan, confinement);
     plan.workingFolder = plan.Keep(Absolute(confinement.writableFolder));
