@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <cstdio>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -46,16 +46,19 @@ int ExitStatus(int waited) {
     return WIFEXITED(waited) ? WEXITSTATUS(waited) : kEndedBySignal + WTERMSIG(waited);
 }
 
-/// Reads what there is. What goes beyond `most` is dropped, so that the command never blocks on it.
-void Drain(int descriptor, std::uint64_t most, std::string& output) {
+/// Reads what there is, but not for longer than a moment, since a command may write faster than this reads.
+/// False when there is nothing more for now. What goes beyond `most` is dropped, so that the command never
+/// blocks on it.
+bool Drain(int descriptor, std::uint64_t most, std::string& output) {
     char buffer[64 << 10];
-    for (;;) {
+    for (int turn = 0; turn < 32; ++turn) {
         const ssize_t length = ::read(descriptor, buffer, sizeof buffer);
         if (length < 0 && errno == EINTR) continue;
-        if (length <= 0) return;
+        if (length <= 0) return false;
         const auto room = most - std::min<std::uint64_t>(most, output.size());
         output.append(buffer, std::min<std::uint64_t>(room, static_cast<std::uint64_t>(length)));
     }
+    return true;
 }
 
 }  // namespace
@@ -123,7 +126,9 @@ void ConfinedProcess::Impl::WaitForEnd(Launched& launched, CommandResult& result
         else if (events[1].revents != 0)
             events[1].fd = -1;
     }
-    Drain(launched.output.Get(), confinement.outputSize, result.output);
+    // Nobody is left to write.
+    while (Drain(launched.output.Get(), confinement.outputSize, result.output)) {
+    }
 }
 
 void ConfinedProcess::Impl::Follow(Launched& launched, CommandResult& result) {

@@ -108,6 +108,12 @@ Launched Launch(LaunchPlan& plan) {
                                       &process, nullptr, nullptr);
         if (keeper == 0) RunKeeper(plan, child);
         if (keeper < 0) Throw("clone");
+        if (process < 0) {  // Linux before 5.2
+            ::kill(static_cast<pid_t>(keeper), SIGKILL);
+            ::waitpid(static_cast<pid_t>(keeper), nullptr, __WALL);
+            errno = ENOSYS;
+            Throw("pidfd");
+        }
         launched.keeper = static_cast<pid_t>(keeper);
         launched.process = Descriptor(process);
     }

@@ -212,7 +212,10 @@ int BecomeShell(void* given) {
     if (!plan.mechanisms.namespaces) Must(Call(SYS_setpgid, 0, 0) == 0, "process group");
     Must(Call(SYS_chdir, plan.workingFolder) == 0, plan.workingFolder);
     Call(SYS_umask, 077);
-    Call(SYS_setpriority, PRIO_PROCESS, 0, 5);  // behind the sound of the show
+    // Behind the sound of the show, whatever thread of it began this.
+    const sched_param ordinary{};
+    Call(SYS_sched_setscheduler, 0, SCHED_OTHER, &ordinary);
+    Call(SYS_setpriority, PRIO_PROCESS, 0, 5);
     GiveUpPrivileges(plan);
     Must(Call(SYS_prctl, PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0, "no new privileges");
     Must(Call(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) == 0, "end with the keeper");
