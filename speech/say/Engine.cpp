@@ -76,14 +76,14 @@ std::optional<std::string> FindVariant(const std::string& folded) {
 }
 
 std::optional<VoiceLook> FindBase(const std::string& folded) {
-    if (const auto look = FindFirstName(folded)) return look;
+    if (auto look = FindFirstName(folded)) return look;
     if (const auto file = FindEngineVoice(folded)) return VoiceLook{*file, "", 50, 50, kUsualRate};
     return {};
 }
 
 std::optional<VoiceLook> FindVoice(const std::string& name) {
     const std::string folded = FoldName(name);
-    if (const auto base = FindBase(folded)) return base;
+    if (auto base = FindBase(folded)) return base;
     if (const auto variant = FindVariant(folded)) {
         return VoiceLook{kDefaultLanguage, *variant, 50, 50, kUsualRate};
     }

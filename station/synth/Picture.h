@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -40,13 +41,15 @@ Picture Paint(int side, const Painter& color) {
         for (int column = 0; column < side; ++column) {
             Color sum;
             for (int i = 0; i < kSteps * kSteps; ++i) {
-                const double x = (column + (i % kSteps + 0.5) / kSteps) / side;
-                const double y = (row + (i / kSteps + 0.5) / kSteps) / side;
+                const int right = i % kSteps, down = i / kSteps;
+                const double x = (column + (right + 0.5) / kSteps) / side;
+                const double y = (row + (down + 0.5) / kSteps) / side;
                 const Color one = color(x, y);
                 sum = {sum.red + one.red, sum.green + one.green, sum.blue + one.blue};
             }
             for (const double part : {sum.red, sum.green, sum.blue}) {
-                picture.pixels.push_back(static_cast<std::uint8_t>(part / (kSteps * kSteps) * 255 + 0.5));
+                picture.pixels.push_back(
+                    static_cast<std::uint8_t>(std::lround(part / (kSteps * kSteps) * 255)));
             }
         }
     }

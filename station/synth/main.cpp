@@ -5,6 +5,7 @@
 // SOURCE/Resources. LIST, relative to STATION, keeps account of what was made. Run by the build.
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <fstream>
@@ -58,7 +59,7 @@ int MakeTrack(const Track& track, Installer& installer) {
     WriteSound(sound, file);
     WriteTags(file, track, Encode(Paint(kCoverSide, track.cover), track.coverFormat));
     installer.Place(file, name);
-    return static_cast<int>(sound.Seconds() + 0.5);
+    return static_cast<int>(std::lround(sound.Seconds()));
 }
 
 void MakeSound(const StationSound& made, Installer& installer) {
