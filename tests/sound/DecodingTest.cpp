@@ -7,11 +7,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <thread>
 
+#include "app/runtime/sound/Decoder.h"
 #include "app/runtime/sound/WavHeader.h"
 #include "tests/sound/SoundTesting.h"
 
@@ -87,6 +90,56 @@ TEST(Decoding, GivesTheSamplesOfA48kHzFileUnchanged) {
     ASSERT_EQ(mixed.size(), noise.size());
     constexpr std::size_t kRampIn = 96 * kChannels;
     EXPECT_TRUE(std::equal(noise.begin() + kRampIn, noise.end(), mixed.begin() + kRampIn));
+}
+
+/// Of the decoder by itself, with as many threads helping it as given.
+Samples ReadWith(const std::filesystem::path& file, Decoder::Speed speed, int helpers) {
+    const auto decoder = Decoder::Open(file, speed);
+    std::atomic<bool> done{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < helpers; ++i) {
+        threads.emplace_back([&] {
+            while (!done) {
+                if (decoder->WantsHelp())
+                    decoder->Help();
+                else
+                    std::this_thread::yield();
+            }
+        });
+    }
+    Samples all, block(2 * 5000);
+    for (std::size_t frames = 1; frames > 0;) {
+        frames = decoder->Read(block);
+        all.insert(all.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(frames * kChannels));
+    }
+    done = true;
+    for (auto& thread : threads) thread.join();
+    return all;
+}
+
+TEST(Decoding, IsTheSameWithManyThreadsAsWithOne) {
+    const ScratchFolder folder;
+    std::mt19937 random(4);
+    // Loud and silent stretches: with a variable rate, small packets that reach far back for their bits.
+    Samples sound(2 * 44100 * 15);
+    for (std::size_t i = 0; i < sound.size(); ++i)
+        sound[i] = (i / 30'000) % 3 == 0 ? 0.0f : static_cast<float>(random() % 1000) / 1000 - 0.5f;
+    const struct {
+        const char* name;
+        const char* options;
+        int rate;
+    } cases[] = {{"low.mp3", "-b:a 32k", 44100}, {"variable.mp3", "-q:a 0", 44100},
+                 {"half.mp3", "-b:a 8k", 22050}, {"full.mp3", "-b:a 320k", 48000},
+                 {"sound.flac", "", 44100},      {"alac.m4a", "-c:a alac", 44100}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        const auto file = folder / each.name;
+        Encode(file, sound, each.rate, 2, each.options);
+        const Samples expected = ReadWith(file, Decoder::Speed::Modest, 0);
+        EXPECT_GT(expected.size(), sound.size() * 9 / 10);
+        EXPECT_EQ(ReadWith(file, Decoder::Speed::Highest, 0), expected);
+        EXPECT_EQ(ReadWith(file, Decoder::Speed::Highest, 3), expected);
+    }
 }
 
 TEST(Decoding, DownmixesWithoutClipping) {

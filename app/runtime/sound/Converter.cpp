@@ -87,12 +87,19 @@ std::size_t Converter::Bound(int inputFrames) const {
                     : 0;
 }
 
-std::size_t Converter::Convert(const AVFrame& frame, std::span<float> out) {
+std::size_t Converter::Convert(const AVFrame& frame, int begin, int count, std::span<float> out) {
+    const auto format = static_cast<AVSampleFormat>(format_);
+    const bool planar = av_sample_fmt_is_planar(format) != 0;
+    const int step = av_get_bytes_per_sample(format) * (planar ? 1 : layout_.nb_channels);
+    planes_.resize(planar ? static_cast<std::size_t>(layout_.nb_channels) : 1);
+    for (std::size_t i = 0; i < planes_.size(); ++i)
+        planes_[i] = frame.extended_data[i] + static_cast<std::ptrdiff_t>(begin) * step;
+
     auto* target = reinterpret_cast<std::uint8_t*>(out.data());
-    const int got = swr_convert(context_.get(), &target, static_cast<int>(out.size() / kChannels),
-                                const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
+    const int room = static_cast<int>(out.size() / kChannels);
+    const int got = swr_convert(context_.get(), &target, room, planes_.data(), count);
     if (got < 0) return 0;
-    framesIn_ += frame.nb_samples;
+    framesIn_ += count;
     framesOut_ += got;
     return static_cast<std::size_t>(got);
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "app/runtime/sound/AvSupport.h"
 
@@ -29,8 +30,9 @@ class Converter {
     /// An upper bound of what Convert gives for `inputFrames` more frames (0: for Flush).
     std::size_t Bound(int inputFrames) const;
 
-    /// Converts a frame that Fits. `out` has room for Bound frames. Returns the frames written.
-    std::size_t Convert(const AVFrame& frame, std::span<float> out);
+    /// Converts `count` samples of each channel of a frame that Fits, from `begin` on. `out` has room for
+    /// Bound frames. Returns the frames written.
+    std::size_t Convert(const AVFrame& frame, int begin, int count, std::span<float> out);
 
     /// Gives what the resampling filter still holds and ends the conversion.
     std::size_t Flush(std::span<float> out);
@@ -40,6 +42,7 @@ class Converter {
     AVChannelLayout layout_{};
     int format_ = -1;
     int rate_ = 0;
+    std::vector<const std::uint8_t*> planes_;  ///< of the present call
     std::int64_t framesIn_ = 0;
     std::int64_t framesOut_ = 0;
 };

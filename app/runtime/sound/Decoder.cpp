@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace sorakaze::sound {
 namespace {
@@ -12,6 +11,9 @@ namespace {
 /// Larger samples can only come from damaged or hostile float data. Sums of such values would poison the
 /// limiter.
 constexpr float kSaneSample = 64.0f;
+
+/// Samples of each channel that are converted at once: what they become stays in the processor's own memory.
+constexpr int kStep = 4096;
 
 void DropInsaneSamples(std::span<float> samples) {
     for (float& sample : samples) sample = std::fabs(sample) <= kSaneSample ? sample : 0.0f;
@@ -50,7 +52,10 @@ std::size_t Decoder::Read(std::span<float> interleaved) {
 
 /// One step: converts a frame into `room` or into the spare room. Returns the frames written to `room`.
 std::size_t Decoder::Advance(std::span<float> room) {
-    if (!pending_) pending_ = source_->Next();
+    if (!pending_) {
+        pending_ = source_->Next();
+        converted_ = 0;
+    }
     if (!pending_) {
         ended_ = true;
         return Flush(room);
@@ -61,8 +66,12 @@ std::size_t Decoder::Advance(std::span<float> room) {
         if (!converter_.SetUp(*pending_)) pending_ = nullptr;
         return frames;
     }
-    const auto target = RoomFor(converter_.Bound(pending_->nb_samples), room);
-    return Delivered(converter_.Convert(*std::exchange(pending_, nullptr), target), target, room);
+    const int count = std::min(pending_->nb_samples - converted_, kStep);
+    const auto target = RoomFor(converter_.Bound(count), room);
+    const std::size_t frames = converter_.Convert(*pending_, converted_, count, target);
+    converted_ += count;
+    if (converted_ == pending_->nb_samples) pending_ = nullptr;
+    return Delivered(frames, target, room);
 }
 
 /// Takes what the converter still holds.

@@ -52,7 +52,8 @@ class Decoder {
 
     std::unique_ptr<FrameSource> source_;
     Converter converter_;
-    AVFrame* pending_ = nullptr;  ///< the source's last frame, not yet converted
+    AVFrame* pending_ = nullptr;  ///< the source's last frame, not yet converted as a whole
+    int converted_ = 0;           ///< samples of it that are
     bool ended_ = false;
 
     /// Converted frames that found no room in the caller's span.

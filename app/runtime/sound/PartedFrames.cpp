@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <new>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,14 +15,17 @@
 namespace sorakaze::sound {
 namespace {
 
-/// Packets of a part: more than a second of sound, so that few are decoded twice; the first part is small, so
-/// that the sound's beginning is there at once.
-constexpr std::size_t kPartPackets = 64;
-constexpr std::size_t kFirstPartPackets = 12;
+/// Samples of each channel of a part: more than a second of sound, so that few packets are decoded twice; the
+/// first part is small, so that the sound's beginning is there at once.
+constexpr std::int64_t kPartSamples = 64 * 1152;
+constexpr std::int64_t kFirstPartSamples = 12 * 1152;
+/// What a packet counts for at least, should its container not say.
+constexpr std::int64_t kLeastSamples = 576;
 /// Parts under way or decoded ahead. They are what a parted file takes in memory: about half a megabyte each.
 constexpr int kMaxParts = 4;
-/// The packets that are kept for the next part to warm up with.
-constexpr std::size_t kMaxWarmUp = 40;
+/// The packets that are kept for the next part to warm up with: enough for the smallest that an encoder
+/// makes.
+constexpr std::size_t kMaxWarmUp = 180;
 
 enum class Memory {
     None,       ///< every packet is decoded by itself
@@ -47,38 +51,112 @@ Memory MemoryOf(const PacketReader& reader) {
 
 using Packets = std::deque<AvPointer<AVPacket>>;
 
+/// Each packet has memory of its own, so that threads share nothing but what a mutex hands over.
+AvPointer<AVPacket> Copy(const AVPacket& packet) {
+    AvPointer<AVPacket> copy(av_packet_clone(&packet));
+    if (!copy || av_packet_make_writable(copy.get()) < 0) throw std::bad_alloc();
+    return copy;
+}
+
+/// The bytes of an MP3 packet that packets behind it may reach back for.
+int ReservoirBytes(const AVPacket& packet) {
+    if (packet.size < 4) return 0;
+    const bool lowRate = (packet.data[1] & 0x08) == 0;
+    const bool mono = packet.data[3] >> 6 == 3;
+    const bool checked = (packet.data[1] & 0x01) == 0;
+    const int sideInformation = lowRate ? (mono ? 9 : 17) : (mono ? 17 : 32);
+    return std::max(0, packet.size - 4 - (checked ? 2 : 0) - sideInformation);
+}
+
 /// How many of the last packets a decoder must see before it goes on as if it had seen all of them.
 std::size_t WarmUpOf(Memory memory, const Packets& before) {
     if (memory != Memory::Reservoir) return 0;
-    constexpr int kReservoirBytes = 512;  // the furthest that a packet reaches back
-    constexpr int kOverheadBytes = 38;    // header, check sum and side information, which aren't reached for
+    constexpr int kFurthest = 511;  // bytes that a packet can reach back
     constexpr std::size_t kOverlap =
         3;  // packets whose sound reaches into the following ones, and one to spare
     std::size_t count = 0;
-    for (int bytes = 0; count < before.size() && bytes < kReservoirBytes; ++count)
-        bytes += std::max(0, before[before.size() - 1 - count]->size - kOverheadBytes);
+    for (int bytes = 0; count < before.size() && bytes < kFurthest; ++count)
+        bytes += ReservoirBytes(*before[before.size() - 1 - count]);
     return std::min(before.size(), count + kOverlap);
 }
 
-struct Part {
+/// The packets of a stretch of the file, and then its frames, joined into long ones. Used again and again.
+class Part {
+  public:
+    bool done = false;
     std::vector<AvPointer<AVPacket>> packets;
     std::size_t warmUp = 0;  ///< packets at the beginning whose frames belong to the part before
-    std::vector<AvPointer<AVFrame>> frames;
-    bool done = false;
-};
 
-void Decode(AVCodecContext& codec, Part& part) {
-    AvPointer<AVFrame> frame;
-    for (std::size_t i = 0; i < part.packets.size(); ++i) {
-        if (avcodec_send_packet(&codec, part.packets[i].get()) < 0) continue;
-        for (;;) {
-            if (!frame) frame.reset(av_frame_alloc());
-            if (!frame || avcodec_receive_frame(&codec, frame.get()) < 0) break;
-            if (i >= part.warmUp && frame->nb_samples > 0) part.frames.push_back(std::move(frame));
+    void Decode(AVCodecContext& codec) {
+        for (std::size_t i = 0; i < packets.size() && decoded_; ++i) {
+            if (avcodec_send_packet(&codec, packets[i].get()) < 0) continue;
+            while (avcodec_receive_frame(&codec, decoded_.get()) == 0)
+                if (i >= warmUp && decoded_->nb_samples > 0) Append(*decoded_, packets.size() - i);
         }
+        packets.clear();
     }
-    part.packets.clear();
-}
+
+    std::size_t FrameCount() const { return used_; }
+    AVFrame* Frame(std::size_t index) { return joined_[index].frame.get(); }
+
+    void Clear() {
+        packets.clear();
+        done = false;
+        used_ = 0;
+    }
+
+  private:
+    struct Joined {
+        AvPointer<AVFrame> frame;
+        int capacity = 0;
+    };
+
+    static bool SameForm(const AVFrame& a, const AVFrame& b) {
+        return a.format == b.format && a.sample_rate == b.sample_rate &&
+               av_channel_layout_compare(&a.ch_layout, &b.ch_layout) == 0;
+    }
+
+    void Append(const AVFrame& frame, std::size_t packetsLeft) {
+        const bool fits =
+            used_ > 0 && SameForm(*joined_[used_ - 1].frame, frame) &&
+            joined_[used_ - 1].frame->nb_samples + frame.nb_samples <= joined_[used_ - 1].capacity;
+        if (!fits && !Begin(frame, static_cast<int>(packetsLeft) * std::max(frame.nb_samples, kUsualSamples)))
+            return;
+        AVFrame& to = *joined_[used_ - 1].frame;
+        av_samples_copy(to.extended_data, frame.extended_data, to.nb_samples, 0, frame.nb_samples,
+                        frame.ch_layout.nb_channels, static_cast<AVSampleFormat>(frame.format));
+        to.nb_samples += frame.nb_samples;
+    }
+
+    /// Begins a joined frame in the form of `like`, if possible in the memory of an earlier one.
+    bool Begin(const AVFrame& like, int capacity) {
+        if (joined_.size() == used_) joined_.emplace_back();
+        Joined& joined = joined_[used_];
+        if (!joined.frame || joined.capacity < capacity || !SameForm(*joined.frame, like)) {
+            joined.capacity = 0;
+            joined.frame.reset(av_frame_alloc());
+            if (!joined.frame || av_channel_layout_copy(&joined.frame->ch_layout, &like.ch_layout) < 0)
+                return false;
+            joined.frame->format = like.format;
+            joined.frame->sample_rate = like.sample_rate;
+            joined.frame->nb_samples = capacity;
+            if (av_frame_get_buffer(joined.frame.get(), 0) < 0) {
+                joined.frame.reset();
+                return false;
+            }
+            joined.capacity = capacity;
+        }
+        joined.frame->nb_samples = 0;
+        ++used_;
+        return true;
+    }
+
+    static constexpr int kUsualSamples = 1152;  // of a frame; the file's first one is often cut
+
+    AvPointer<AVFrame> decoded_{av_frame_alloc()};
+    std::vector<Joined> joined_;
+    std::size_t used_ = 0;
+};
 
 class PartedFrames final : public FrameSource {
   public:
@@ -86,12 +164,12 @@ class PartedFrames final : public FrameSource {
         : memory_(memory), reader_(std::move(reader)) {}
 
     AVFrame* Next() override {
-        while (!current_ || ++frame_ == current_->frames.size()) {
-            frame_ = static_cast<std::size_t>(-1);
-            current_ = TakeFront();
+        while (!current_ || nextFrame_ == current_->FrameCount()) {
+            nextFrame_ = 0;
+            current_ = TakeFront(std::move(current_));
             if (!current_) return nullptr;
         }
-        return current_->frames[frame_].get();
+        return current_->Frame(nextFrame_++);
     }
 
     bool WantsHelp() const override { return ahead_.load() < kMaxParts && !ended_.load(); }
@@ -101,8 +179,14 @@ class PartedFrames final : public FrameSource {
     std::optional<Frames> Length() const override { return reader_->Length(); }
 
   private:
-    /// The next part, decoded; empty at the end. Rather than wait for another thread it decodes a later part.
-    std::unique_ptr<Part> TakeFront() {
+    /// Changes the part that is used up for the next one; empty at the end. Rather than wait for another
+    /// thread it decodes a later part.
+    std::unique_ptr<Part> TakeFront(std::unique_ptr<Part> usedUp) {
+        if (usedUp) {
+            usedUp->Clear();
+            const std::lock_guard lock(mutex_);
+            idleParts_.push_back(std::move(usedUp));
+        }
         for (;;) {
             if (auto part = TakeFrontIfDone()) return part;
             if (DecodeOne()) continue;
@@ -127,7 +211,7 @@ class PartedFrames final : public FrameSource {
         Part* const part = CutPart(codec);
         if (!part) return false;
         if (!codec) codec = reader_->MakeCodec();
-        if (codec) Decode(*codec, *part);
+        if (codec) part->Decode(*codec);
 
         const std::lock_guard lock(mutex_);
         if (codec) {
@@ -143,30 +227,42 @@ class PartedFrames final : public FrameSource {
     Part* CutPart(AvPointer<AVCodecContext>& codec) {
         const std::lock_guard lock(mutex_);
         if (!WantsHelp()) return nullptr;
-        auto part = std::make_unique<Part>();
+        auto part = TakeIdle(idleParts_);
+        if (!part) part = std::make_unique<Part>();
         part->warmUp = WarmUpOf(memory_, before_);
-        for (auto packet = before_.end() - static_cast<std::ptrdiff_t>(part->warmUp); packet != before_.end();
-             ++packet)
-            part->packets.emplace_back(av_packet_clone(packet->get()));
-        const std::size_t wanted = before_.empty() ? kFirstPartPackets : kPartPackets;
-        for (std::size_t i = 0; i < wanted && !ended_.load(); ++i) {
-            AvPointer<AVPacket> packet(av_packet_alloc());
-            if (!packet || !reader_->Read(*packet)) {
+        for (std::size_t i = before_.size() - part->warmUp; i < before_.size(); ++i)
+            part->packets.push_back(Copy(*before_[i]));
+        const std::int64_t wanted = !std::exchange(begun_, true) ? kFirstPartSamples : kPartSamples;
+        for (std::int64_t samples = 0; samples < wanted && !ended_.load();) {
+            if (!reader_->Read(*packet_)) {
                 ended_.store(true);
                 break;
             }
-            before_.emplace_back(av_packet_clone(packet.get()));
+            samples += SamplesOf(*packet_);
+            if (memory_ == Memory::Reservoir) before_.push_back(Copy(*packet_));
             if (before_.size() > kMaxWarmUp) before_.pop_front();
-            part->packets.push_back(std::move(packet));
+            part->packets.push_back(Copy(*packet_));
+            av_packet_unref(packet_.get());
         }
         if (part->packets.size() == part->warmUp) return nullptr;
-        if (!idleCodecs_.empty()) {
-            codec = std::move(idleCodecs_.back());
-            idleCodecs_.pop_back();
-        }
+        codec = TakeIdle(idleCodecs_);
         parts_.push_back(std::move(part));
         ahead_.fetch_add(1);
         return parts_.back().get();
+    }
+
+    std::int64_t SamplesOf(const AVPacket& packet) const {
+        const AVRational samples{1, std::max(1, reader_->Stream().codecpar->sample_rate)};
+        const std::int64_t stated = av_rescale_q(packet.duration, reader_->Stream().time_base, samples);
+        return std::clamp<std::int64_t>(stated, kLeastSamples, kPartSamples);
+    }
+
+    template <typename T>
+    static T TakeIdle(std::vector<T>& idle) {
+        if (idle.empty()) return {};
+        T taken = std::move(idle.back());
+        idle.pop_back();
+        return taken;
     }
 
     const Memory memory_;
@@ -175,13 +271,16 @@ class PartedFrames final : public FrameSource {
     std::mutex mutex_;  // guards all below; a part under way belongs to the thread that decodes it
     std::condition_variable partDone_;
     std::unique_ptr<PacketReader> reader_;
+    bool begun_ = false;  ///< the first part was cut
+    AvPointer<AVPacket> packet_{av_packet_alloc()};
     Packets before_;  ///< the last packets read
     std::deque<std::unique_ptr<Part>> parts_;
     std::vector<AvPointer<AVCodecContext>> idleCodecs_;
+    std::vector<std::unique_ptr<Part>> idleParts_;
 
     // Of the thread that calls Next.
     std::unique_ptr<Part> current_;
-    std::size_t frame_ = 0;
+    std::size_t nextFrame_ = 0;
 };
 
 }  // namespace

@@ -11,11 +11,9 @@
 namespace sorakaze::sound {
 
 inline std::int16_t ToInt16(float sample) {
-    // What is no number fails both comparisons' good case and becomes the lower bound of silence's side:
-    // zero.
-    float scaled = sample * 32768.0f;
-    scaled = scaled >= -32768.0f ? scaled : (scaled < 0.0f ? -32768.0f : 0.0f);
-    scaled = scaled <= 32767.0f ? scaled : 32767.0f;
+    float scaled = sample == sample ? sample * 32768.0f : 0.0f;
+    scaled = scaled > -32768.0f ? scaled : -32768.0f;
+    scaled = scaled < 32767.0f ? scaled : 32767.0f;
     // Adding 1.5 * 2^23 leaves the rounded integer in the low bits of the sum.
     constexpr float kMagic = 12582912.0f;
     return static_cast<std::int16_t>(std::bit_cast<std::int32_t>(scaled + kMagic) -

@@ -82,8 +82,8 @@ class QueuedWriter final : public SoundFileWriter {
   private:
     using Block = std::vector<float>;
     enum class Ending { None, Whole, Abandoned };
-    static constexpr std::size_t kBlockSamples = std::size_t{kSampleRate} * kChannels / 2;
-    static constexpr std::size_t kMaxQueued = 16;
+    static constexpr std::size_t kBlockSamples = std::size_t{kSampleRate} * kChannels;
+    static constexpr std::size_t kMaxQueued = 8;
 
     void HandOver() {
         std::unique_lock lock(mutex_);
