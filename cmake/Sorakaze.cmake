@@ -8,7 +8,7 @@ find_package(Threads REQUIRED)
 # sorakaze_pkg(NAME MODULE...): an imported target PkgConfig::NAME, or an error that says what to do.
 macro(sorakaze_pkg name)
     if(NOT TARGET PkgConfig::${name})
-        pkg_check_modules(${name} QUIET IMPORTED_TARGET ${ARGN})
+        pkg_check_modules(${name} QUIET IMPORTED_TARGET GLOBAL ${ARGN})
         if(NOT ${name}_FOUND)
             message(FATAL_ERROR "missing: ${ARGN}. Run scripts/setup to install what Sorakaze builds with.")
         endif()

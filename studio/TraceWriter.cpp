@@ -31,7 +31,7 @@ void TraceWriter::OnShowEvent(const ShowEvent& event) {
     line["ticks"] = event.ticks;
     line["what"] = std::string(event.what);
     for (const auto& [name, value] : event.fields) line[std::string(name)] = std::visit(ToJson(), value);
-    out_ << line.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    out_ << line.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
 }
 
 void TraceWriter::Finish() {

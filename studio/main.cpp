@@ -34,7 +34,9 @@ int main(int argc, char** argv) {
         ->add_option("--program", options.program, "The show script: a file of Programs, without its ending")
         ->required();
     render->add_option("--playlist", options.playlist, "The playlist")->capture_default_str();
-    render->add_option("--output", options.output, "The sound file: .wav, .flac, .opus, .ogg (Opus) or .mp3")
+    render
+        ->add_option("--output", options.output,
+                     "The sound file: .wav, .flac, .opus, .ogg (Opus) or .mp3; or none")
         ->required();
     render->add_option("--song-seconds", options.songSeconds, "Seconds of each track before it is faded out")
         ->check(CLI::Range(30, 600));
@@ -55,6 +57,7 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return Fail(kWrongCall, std::string(error.what()) + " Try: sorakaze-studio --help");
     }
+    if (options.output == "none") options.output.clear();
     try {
         if (list->parsed()) List(options.station);
         if (render->parsed()) Render(options);
