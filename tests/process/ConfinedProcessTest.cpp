@@ -66,7 +66,7 @@ TEST(ConfinedProcess, ReadsButDoesNotWriteWhatIsReadable) {
     scratch.Write("data 辞書/deep/file", "words");
     std::filesystem::create_directory_symlink(scratch.Path("data 辞書"), scratch.Path("link"));
     Confinement confinement = scratch.Bounds();
-    confinement.readable = {scratch.Path("link"), scratch.Path("nowhere")};
+    confinement.readable = {scratch.Path("link"), scratch.Path("nowhere"), "/bin/sh", "/dev"};
     const std::string line = "cat '" + scratch.Path("link").string() + "/deep/file'; cat '" +
                              scratch.Path("data 辞書").string() + "/deep/file'; echo x > '" +
                              scratch.Path("link").string() + "/deep/file' || echo refused";

@@ -4,6 +4,7 @@
 
 #include <linux/capability.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -127,6 +128,10 @@ void PlanView(LaunchPlan& plan, Places all) {
                      [](const Place& a, const Place& b) { return a.path < b.path; });
     std::vector<Place> mounted;
     for (const Place& place : all.places) {
+        // Behind a link of the system's it stands under its real name.
+        if (std::any_of(all.links.begin(), all.links.end(),
+                        [&](const Link& link) { return Within(place.path, link.path); }))
+            continue;
         const auto outer = std::find_if(mounted.rbegin(), mounted.rend(),
                                         [&](const Place& other) { return Within(place.path, other.path); });
         if (outer == mounted.rend()) {
@@ -183,16 +188,45 @@ void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
     add(RLIMIT_AS, confinement.addressSpace, confinement.addressSpace);
 }
 
+struct IdRange {
+    std::uint64_t inside, outside, count;
+};
+
+/// Of a user namespace, as the kernel tells it.
+std::vector<IdRange> ReadMap(const char* path) {
+    std::vector<IdRange> ranges;
+    std::ifstream lines(path);
+    for (IdRange range{}; lines >> range.inside >> range.outside >> range.count;) ranges.push_back(range);
+    return ranges;
+}
+
+/// The map of a namespace within this one where everybody is who they are here.
+std::string EverybodyThemselves(const std::vector<IdRange>& ranges) {
+    std::ostringstream map;
+    for (const IdRange& range : ranges)
+        map << range.inside << ' ' << range.inside << ' ' << range.count << '\n';
+    return map.str();
+}
+
+bool HasCommandUsers(const std::vector<IdRange>& ranges) {
+    return std::any_of(ranges.begin(), ranges.end(), [](const IdRange& range) {
+        return range.inside <= kFirstCommandUser &&
+               range.inside + range.count >= kFirstCommandUser + kCommandUsers;
+    });
+}
+
 void PlanUser(LaunchPlan& plan, const Confinement* confinement) {
-    plan.asRoot = ::geteuid() == 0;
-    const auto itself = [](auto id) { return std::to_string(id) + ' ' + std::to_string(id) + " 1\n"; };
+    plan.asRoot = CommandsHaveTheirOwnUser();
     if (!plan.asRoot) {
+        const auto itself = [](auto id) { return std::to_string(id) + ' ' + std::to_string(id) + " 1\n"; };
         plan.userMap = itself(::geteuid());
         plan.groupMap = itself(::getegid());
         return;
     }
-    struct stat status {};
+    plan.userMap = EverybodyThemselves(ReadMap("/proc/self/uid_map"));
+    plan.groupMap = EverybodyThemselves(ReadMap("/proc/self/gid_map"));
     plan.user = kFirstCommandUser;
+    struct stat status {};
     if (confinement && ::stat(confinement->writableFolder.c_str(), &status) == 0 &&
         status.st_uid - kFirstCommandUser < kCommandUsers)
         plan.user = status.st_uid;
@@ -201,16 +235,6 @@ void PlanUser(LaunchPlan& plan, const Confinement* confinement) {
     // To run a program that only its owner may run. Nothing but the writable folder can be written with it.
     if (narrowing.view || (narrowing.landlockVersion >= 3 && narrowing.systemCallFilter))
         plan.capabilities |= 1ull << CAP_DAC_OVERRIDE;
-    // Everybody is who they are outside. Every line of the map is "inside outside count".
-    const auto everybody = [](const char* path) {
-        std::ifstream lines(path);
-        std::ostringstream map;
-        for (std::uint64_t inside, outside, count; lines >> inside >> outside >> count;)
-            map << inside << ' ' << inside << ' ' << count << '\n';
-        return map.str();
-    };
-    plan.userMap = everybody("/proc/self/uid_map");
-    plan.groupMap = everybody("/proc/self/gid_map");
 }
 
 LaunchPlan PlanConfinement(const Confinement* confinement, const Mechanisms& mechanisms) {
@@ -235,6 +259,16 @@ LaunchPlan PlanConfinement(const Confinement* confinement, const Mechanisms& mec
 }
 
 }  // namespace
+
+bool CommandsHaveTheirOwnUser() {
+    if (::geteuid() != 0) return false;
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct data[2]{};
+    constexpr std::uint32_t kNeeded = 1u << CAP_SETUID | 1u << CAP_SETGID | 1u << CAP_CHOWN;
+    // Root of a container may be no more than its name.
+    return ::syscall(SYS_capget, &header, data) == 0 && (data[0].effective & kNeeded) == kNeeded &&
+           HasCommandUsers(ReadMap("/proc/self/uid_map")) && HasCommandUsers(ReadMap("/proc/self/gid_map"));
+}
 
 LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
                        const Mechanisms& mechanisms) {

@@ -74,7 +74,10 @@ LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confin
 /// A plan that puts everything in force and starts nothing.
 LaunchPlan PlanTrial(const Mechanisms& mechanisms);
 
-/// The user that commands of root run under, where the writable folder names none: see PrepareWritableFolder.
+/// Whether commands run under a user of their own: the application is root and may change the user.
+bool CommandsHaveTheirOwnUser();
+
+/// These are the users. The owner of the writable folder names the one: see PrepareWritableFolder.
 constexpr uid_t kFirstCommandUser = 60'578;  // a range that no user data base gives out
 constexpr uid_t kCommandUsers = 600;
 
