@@ -23,10 +23,6 @@ constexpr std::int64_t kFirstPartSamples = 12 * 1152;
 constexpr std::int64_t kLeastSamples = 576;
 /// Parts under way or decoded ahead. They are what a parted file takes in memory: about half a megabyte each.
 constexpr int kMaxParts = 4;
-/// The packets that are kept for the next part to warm up with: enough for the smallest that an encoder
-/// makes.
-constexpr std::size_t kMaxWarmUp = 180;
-
 enum class Memory {
     None,       ///< every packet is decoded by itself
     Reservoir,  ///< a packet's bits may begin in the packets before, and its sound overlaps with the last
@@ -49,13 +45,16 @@ Memory MemoryOf(const PacketReader& reader) {
     }
 }
 
-using Packets = std::deque<AvPointer<AVPacket>>;
+using Packets = std::vector<AvPointer<AVPacket>>;
 
-/// Each packet has memory of its own, so that threads share nothing but what a mutex hands over.
-AvPointer<AVPacket> Copy(const AVPacket& packet) {
-    AvPointer<AVPacket> copy(av_packet_clone(&packet));
-    if (!copy || av_packet_make_writable(copy.get()) < 0) throw std::bad_alloc();
-    return copy;
+AvPointer<AVPacket> Made(AVPacket* packet) {
+    if (!packet) throw std::bad_alloc();
+    return AvPointer<AVPacket>(packet);
+}
+
+/// Gives a packet memory of its own, so that threads share nothing but what a mutex hands over.
+void MakeOwn(AVPacket& packet) {
+    if (av_packet_make_writable(&packet) < 0) throw std::bad_alloc();
 }
 
 /// The bytes of an MP3 packet that packets behind it may reach back for.
@@ -84,7 +83,7 @@ std::size_t WarmUpOf(Memory memory, const Packets& before) {
 class Part {
   public:
     bool done = false;
-    std::vector<AvPointer<AVPacket>> packets;
+    Packets packets;
     std::size_t warmUp = 0;  ///< packets at the beginning whose frames belong to the part before
 
     void Decode(AVCodecContext& codec) {
@@ -229,26 +228,34 @@ class PartedFrames final : public FrameSource {
         if (!WantsHelp()) return nullptr;
         auto part = TakeIdle(idleParts_);
         if (!part) part = std::make_unique<Part>();
-        part->warmUp = WarmUpOf(memory_, before_);
-        for (std::size_t i = before_.size() - part->warmUp; i < before_.size(); ++i)
-            part->packets.push_back(Copy(*before_[i]));
+        part->packets = std::move(before_);
+        part->warmUp = part->packets.size();
         const std::int64_t wanted = !std::exchange(begun_, true) ? kFirstPartSamples : kPartSamples;
-        for (std::int64_t samples = 0; samples < wanted && !ended_.load();) {
-            if (!reader_->Read(*packet_)) {
+        for (std::int64_t samples = 0; samples < wanted;) {
+            auto packet = Made(av_packet_alloc());
+            if (!reader_->Read(*packet)) {
                 ended_.store(true);
                 break;
             }
-            samples += SamplesOf(*packet_);
-            if (memory_ == Memory::Reservoir) before_.push_back(Copy(*packet_));
-            if (before_.size() > kMaxWarmUp) before_.pop_front();
-            part->packets.push_back(Copy(*packet_));
-            av_packet_unref(packet_.get());
+            samples += SamplesOf(*packet);
+            MakeOwn(*packet);
+            part->packets.push_back(std::move(packet));
         }
         if (part->packets.size() == part->warmUp) return nullptr;
+        before_ = LastOf(part->packets, WarmUpOf(memory_, part->packets));
         codec = TakeIdle(idleCodecs_);
         parts_.push_back(std::move(part));
         ahead_.fetch_add(1);
         return parts_.back().get();
+    }
+
+    static Packets LastOf(const Packets& packets, std::size_t count) {
+        Packets last;
+        for (std::size_t i = packets.size() - count; i < packets.size(); ++i) {
+            last.push_back(Made(av_packet_clone(packets[i].get())));
+            MakeOwn(*last.back());
+        }
+        return last;
     }
 
     std::int64_t SamplesOf(const AVPacket& packet) const {
@@ -272,8 +279,7 @@ class PartedFrames final : public FrameSource {
     std::condition_variable partDone_;
     std::unique_ptr<PacketReader> reader_;
     bool begun_ = false;  ///< the first part was cut
-    AvPointer<AVPacket> packet_{av_packet_alloc()};
-    Packets before_;  ///< the last packets read
+    Packets before_;      ///< what the next part warms up with
     std::deque<std::unique_ptr<Part>> parts_;
     std::vector<AvPointer<AVCodecContext>> idleCodecs_;
     std::vector<std::unique_ptr<Part>> idleParts_;
