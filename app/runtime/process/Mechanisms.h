@@ -32,7 +32,7 @@ Mechanisms AvailableMechanisms();
 /// For tests: from now on commands run under these at most. An empty value takes the limit back.
 void LimitMechanisms(std::optional<Mechanisms> most);
 
-/// One line for people: why the last command could not be started. Printed once on standard error.
+/// Prints why a command could not be started, one line on standard error, the first time only.
 void ReportOnce(const std::string& line);
 
 }  // namespace sorakaze::process
