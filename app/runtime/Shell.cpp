@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/runtime/Shell.h"
 
+#include <limits>
 #include <stop_token>
 #include <utility>
 
@@ -16,6 +17,10 @@ void Shell::Execute(const String& command) {
     confinement.writableFolder = runtime.TemporaryFolder();
     confinement.readable = {runtime.ResourcesFolder()};
     confinement.searchFirst = {runtime.ResourcesFolder()};
+#ifdef __SANITIZE_ADDRESS__
+    // A program of ours that is built with the sanitizer reserves terabytes of addresses.
+    confinement.addressSpace = std::numeric_limits<std::uint64_t>::max();
+#endif
     process::ConfinedProcess process(command.Bytes(), std::move(confinement));
     process::CommandResult result;
     runtime.Threads().Block(Blocking::TimeStands, [&](std::stop_token cancelled) {
