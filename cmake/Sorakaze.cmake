@@ -77,6 +77,8 @@ function(sorakaze_test name)
     endif()
 endfunction()
 
+add_custom_target(fuzz_targets)
+
 # sorakaze_fuzz(NAME CORPUS_FOLDER SOURCES... [LINK LIBS...]): a libFuzzer target. scripts/fuzz runs them all.
 function(sorakaze_fuzz name corpus)
     cmake_parse_arguments(A "" "" "LINK" ${ARGN})
@@ -87,6 +89,7 @@ function(sorakaze_fuzz name corpus)
     target_link_libraries(${name} PRIVATE sorakaze_flags ${A_LINK})
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
+    add_dependencies(fuzz_targets ${name})
     file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
     file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${corpus} ${CMAKE_BINARY_DIR}/fuzz/${name}.corpus SYMBOLIC)
 endfunction()

@@ -71,7 +71,7 @@ std::optional<Frames> PacketReader::Length() const {
     if (stream_->duration != AV_NOPTS_VALUE && stream_->duration > 0)
         return Frames{av_rescale_q(stream_->duration, stream_->time_base, kOurs)};
     if (input_->duration != AV_NOPTS_VALUE && input_->duration > 0)
-        return Frames{av_rescale_q(input_->duration, AV_TIME_BASE_Q, kOurs)};
+        return Frames{av_rescale_q(input_->duration, av_get_time_base_q(), kOurs)};
     return std::nullopt;
 }
 
