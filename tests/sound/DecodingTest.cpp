@@ -3,6 +3,8 @@
 // What comes out of files: their length to the frame, their level and their purity, and nothing out of what
 // is no sound.
 #include <gtest/gtest.h>
+#include <mp4file.h>
+#include <mp4tag.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -139,6 +141,26 @@ TEST(Decoding, IsTheSameWithManyThreadsAsWithOne) {
         EXPECT_GT(expected.size(), sound.size() * 9 / 10);
         EXPECT_EQ(ReadWith(file, Decoder::Speed::Highest, 0), expected);
         EXPECT_EQ(ReadWith(file, Decoder::Speed::Highest, 3), expected);
+    }
+}
+
+TEST(Decoding, BelievesTheTagThatStatesTheLengthOnlyWhereItCanBeTrue) {
+    const ScratchFolder folder;
+    const auto file = folder / "tagged.m4a";
+    Encode(file, Sine(1000, 100'003, 0.5f, 44100), 44100, 2, "-c:a aac -use_editlist 0");
+    const struct {
+        const char* samples;
+        std::size_t frames;
+    } cases[] = {{"0000000000018641", 108740}, {"0000000000008641", 108847}, {"FFFFFFFFFFFFFFFFF", 108847}};
+    for (const auto& each : cases) {
+        {
+            TagLib::MP4::File tags(file.c_str());
+            const auto value =
+                std::string(" 00000000 00000400 0000015D ") + each.samples + " 00000000 00000000";
+            tags.tag()->setItem("----:com.apple.iTunes:iTunSMPB", TagLib::StringList(TagLib::String(value)));
+            ASSERT_TRUE(tags.save());
+        }
+        EXPECT_EQ(DecodeWhole(file).size() / kChannels, each.frames) << each.samples;
     }
 }
 

@@ -118,7 +118,6 @@ TEST(RealTimeMix, NeitherAllocatesNorLocks) {
     voices.clear();
     for (int i = 0; i < 100; ++i) MixWatched(engine, block);
     EXPECT_EQ(offences, 0);
-    EXPECT_GT(engine.Underruns(), 0u);
     EXPECT_EQ(Peak(block), 0.0f);
 }
 

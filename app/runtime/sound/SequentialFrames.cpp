@@ -10,13 +10,20 @@
 namespace sorakaze::sound {
 namespace {
 
-/// The length that a common encoder of AAC notes in a tag, as its container can't express it otherwise.
-std::optional<std::int64_t> StatedSamples(const AVFormatContext& input) {
-    const AVDictionaryEntry* tag = av_dict_get(input.metadata, "iTunSMPB", nullptr, 0);
+/// The length that a common encoder of AAC notes in a tag, as its container can't express it otherwise. Tags
+/// outlive conversions and cuts, so one that contradicts the container is not believed.
+std::optional<std::int64_t> StatedSamples(const PacketReader& reader) {
+    const AVDictionaryEntry* tag = av_dict_get(reader.Container().metadata, "iTunSMPB", nullptr, 0);
     unsigned long long samples = 0;
     if (!tag || std::sscanf(tag->value, "%*x %*x %*x %llx", &samples) != 1) return std::nullopt;
-    constexpr unsigned long long kSane = 1ull << 40;
-    return samples > 0 && samples < kSane ? std::optional(static_cast<std::int64_t>(samples)) : std::nullopt;
+    const AVStream& stream = reader.Stream();
+    if (stream.duration == AV_NOPTS_VALUE || stream.codecpar->sample_rate <= 0) return std::nullopt;
+    constexpr std::int64_t kMostPadding = 8192;
+    const auto stated = static_cast<std::int64_t>(samples);
+    const std::int64_t contained =
+        av_rescale_q(stream.duration, stream.time_base, AVRational{1, stream.codecpar->sample_rate});
+    if (stated < contained - kMostPadding || stated > contained + kMostPadding) return std::nullopt;
+    return stated;
 }
 
 class SequentialFrames final : public FrameSource {
@@ -30,7 +37,7 @@ class SequentialFrames final : public FrameSource {
         if (!IsUsable()) return;
         lastPacketIsCut_ =
             std::string_view(reader_->Container().iformat->name).find("mp4") != std::string_view::npos;
-        if (lastPacketIsCut_) statedSamples_ = StatedSamples(reader_->Container());
+        if (lastPacketIsCut_) statedSamples_ = StatedSamples(*reader_);
         inputEnded_ = !reader_->Read(*nextPacket_);
     }
 
