@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The eight operations on the player: each a method that puts its parameters together and a stub that hands
+// The eight operations on the player: each a method that puts its parameters together and a call that hands
 // them to the numbered script.
 #include "app/runtime/Exceptions.h"
 #include "app/runtime/Runtime.h"
