@@ -5,7 +5,7 @@
 namespace sorakaze {
 
 /// Without an encyclopaedia nothing is known of any artist.
-void mainWindow::getContents(const String&) {
+void mainWindow::getContents(String) {
     wikiContents = String();
 }
 

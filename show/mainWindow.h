@@ -50,7 +50,7 @@ class mainWindow {
     /// 10 and NilObjectException for a file that can't be read.
     void readProgram(const String& name);
     /// Looks an artist up; leaves the text in wikiContents, empty if there is none.
-    void getContents(const String& name);
+    void getContents(String name);
     /// Brings a playing sound down to silence step by step over about `seconds`, then stops it. Waits.
     void fadeOut(const SoundRef& sound, double seconds);
     void logger(const String& message);

@@ -10,8 +10,6 @@ namespace {
 void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
     window.sayData->Play();
     window.tell("say", {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
-    // The reference is the wait's own: nothing else may change it meanwhile but the stop, which ends the
-    // sound.
     const SoundRef speech = window.sayData;
     WaitWhile([&speech] { return speech->IsPlaying(); });
 }

@@ -13,13 +13,14 @@ class Application {
   public:
     /// Handles pending events and lets the other threads run, then returns. The argument is the time slice;
     /// -1 is the runtime's default, a tick at most, and the only one there is. Elsewhere than on the main
-    /// thread it only yields.
+    /// thread it handles no events.
     void DoEvents(std::int32_t) const {
         auto& runtime = Runtime::Current();
         if (OnMainThread()) {
             runtime.Events().DoEvents();
         } else {
-            runtime.Threads().Yield();
+            const TickCount begin = runtime.GetClock().Tick();
+            runtime.Threads().WaitWhile([&] { return runtime.GetClock().Tick() == begin; });
         }
     }
 

@@ -31,6 +31,7 @@ struct Listing {
     timespec changed{};
     dev_t device = 0;
     ino_t inode = 0;
+    bool settled = false;  ///< not changed just before it was read
     std::vector<std::string> names;
 };
 
@@ -52,8 +53,8 @@ const std::vector<std::string>& EntriesOf(const fs::path& folder) {
     const bool settled = clock.tv_sec - now.st_mtim.tv_sec > 1;
     const bool known = last.folder == folder && last.device == now.st_dev && last.inode == now.st_ino &&
                        IsSame(last.changed, now.st_mtim);
-    if (known && settled) return last.names;
-    last = {folder, now.st_mtim, now.st_dev, now.st_ino, {}};
+    if (known && last.settled) return last.names;
+    last = {folder, now.st_mtim, now.st_dev, now.st_ino, settled, {}};
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         last.names.push_back(entry->path().filename().string());
@@ -69,7 +70,9 @@ bool CanBeName(const std::string& name) {
 }  // namespace
 
 FolderItemRef FolderItem::Child(const String& name) const {
+    std::error_code ignored;
     if (!CanBeName(name.Bytes())) return nullptr;
+    if (!Exists() && !fs::exists(path_.parent_path(), ignored)) return nullptr;
     return std::make_shared<FolderItem>(path_ / name.Bytes());
 }
 
@@ -114,7 +117,8 @@ FolderItemRef GetFolderItem(const String& path, std::int32_t mode) {
 }
 
 FolderItemRef SpecialFolder::Temporary() {
-    return std::make_shared<FolderItem>(Runtime::Current().TemporaryFolder());
+    const auto& folder = Runtime::Current().TemporaryFolder();
+    return folder.empty() ? nullptr : std::make_shared<FolderItem>(folder);
 }
 
 String EscapeForShell(const std::string& path) {

@@ -21,7 +21,8 @@ class FolderItem {
   public:
     explicit FolderItem(std::filesystem::path path) : path_(std::move(path)) {}
 
-    /// The item of that name in this folder, whether or not it exists. Empty for what can't be a name.
+    /// The item of that name in this folder, whether or not it exists. Empty for what can't be a name, and in
+    /// a folder that is missing along with the one it would lie in.
     FolderItemRef Child(const String& name) const;
     /// The i-th entry, from 1, in the folder's own order, hidden entries included. Empty where there is none.
     FolderItemRef Item(std::int32_t i) const;
@@ -53,7 +54,8 @@ inline constexpr std::int32_t kShellPath = 1;
 FolderItemRef GetFolderItem(const String& path, std::int32_t mode);
 
 struct SpecialFolder {
-    /// The run's own folder for temporary files, which goes when the application ends.
+    /// The run's own folder for temporary files, which goes when the application ends. Empty where none can
+    /// be made.
     static FolderItemRef Temporary();
 };
 

@@ -12,8 +12,9 @@
 namespace sorakaze {
 namespace {
 
-/// Bounds on the work of one look for a match. An ordinary one takes a few thousand steps.
-constexpr std::uint32_t kMatchLimit = 2'000'000;
+/// The steps that one Replace may take in all. The library's own limit begins anew at each place of the text,
+/// which a long text with many places makes quadratic. An ordinary Replace takes a few thousand.
+constexpr std::uint64_t kStepLimit = 10'000'000;
 constexpr std::uint32_t kHeapLimitKilobytes = 64 * 1024;
 
 struct Free {
@@ -31,8 +32,9 @@ PCRE2_SPTR Units(const std::string& text) {
 Owned<pcre2_code> Compile(const std::string& pattern) {
     int error = 0;
     PCRE2_SIZE offset = 0;
-    Owned<pcre2_code> code(pcre2_compile(Units(pattern), pattern.size(), PCRE2_UTF | PCRE2_MATCH_INVALID_UTF,
-                                         &error, &offset, nullptr));
+    Owned<pcre2_code> code(pcre2_compile(Units(pattern), pattern.size(),
+                                         PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_AUTO_CALLOUT, &error,
+                                         &offset, nullptr));
     if (!code) {
         PCRE2_UCHAR message[256];
         pcre2_get_error_message(error, message, sizeof message);
@@ -42,13 +44,19 @@ Owned<pcre2_code> Compile(const std::string& pattern) {
     return code;
 }
 
+/// Called at each item of the pattern that is tried.
+int CountStep(pcre2_callout_block*, void* steps) {
+    return ++*static_cast<std::uint64_t*>(steps) > kStepLimit ? PCRE2_ERROR_MATCHLIMIT : 0;
+}
+
 }  // namespace
 
 String RegEx::Replace(const String& target) const {
     const Owned<pcre2_code> code = Compile(SearchPattern.Bytes());
     const Owned<pcre2_match_data> match(pcre2_match_data_create_from_pattern(code.get(), nullptr));
     const Owned<pcre2_match_context> context(pcre2_match_context_create(nullptr));
-    pcre2_set_match_limit(context.get(), kMatchLimit);
+    std::uint64_t steps = 0;
+    pcre2_set_callout(context.get(), CountStep, &steps);
     pcre2_set_heap_limit(context.get(), kHeapLimitKilobytes);
 
     const std::string& text = target.Bytes();

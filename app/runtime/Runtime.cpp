@@ -3,7 +3,6 @@
 #include "app/runtime/Runtime.h"
 
 #include <cassert>
-#include <cerrno>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
@@ -15,13 +14,18 @@ namespace {
 
 Runtime* current = nullptr;
 
+/// Empty where none can be made.
 std::filesystem::path MakeTemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "sorakaze-XXXXXX").string();
-    if (!mkdtemp(name.data())) {
-        throw std::filesystem::filesystem_error("no temporary folder can be made", name,
-                                                std::error_code(errno, std::generic_category()));
+    std::error_code error;
+    const auto parent = std::filesystem::temp_directory_path(error);
+    std::string name = (parent / "sorakaze-XXXXXX").string();
+    if (error || !mkdtemp(name.data())) return {};
+    try {
+        process::PrepareWritableFolder(name);
+    } catch (const std::exception&) {
+        std::filesystem::remove_all(name, error);
+        return {};
     }
-    process::PrepareWritableFolder(name);
     return name;
 }
 

@@ -51,7 +51,7 @@ class Runtime {
     };
 
     /// The calling thread becomes the main thread. `host` outlives the runtime. There is one runtime at a
-    /// time. Throws std::filesystem::filesystem_error where no temporary folder can be made.
+    /// time.
     Runtime(Options options, Host& host);
     /// Kills the threads and removes the temporary folder.
     ~Runtime();
@@ -67,7 +67,7 @@ class Runtime {
     const std::filesystem::path& AppFolder() const { return appFolder_; }
     /// The application's Resources, which commands are looked for in first.
     std::filesystem::path ResourcesFolder() const;
-    /// A folder of the run's own (mode 0700), made at the first call.
+    /// A folder of the run's own (mode 0700), made at the first call. Empty where none can be made.
     const std::filesystem::path& TemporaryFolder();
 
     /// A seed for a new Random.

@@ -187,6 +187,7 @@ void Scheduler::Block(Blocking kind, FunctionRef<void(std::stop_token)> call) {
 void Scheduler::Notify() {
     {
         const std::lock_guard lock(mutex_);
+        notified_ = true;
         happened_ = true;
     }
     changed_.notify_one();
@@ -260,9 +261,9 @@ void Scheduler::Hand(Run& next, Role role) {
 Scheduler::Run* Scheduler::PickNext() {
     for (;;) {
         happened_ = false;
+        const bool look = notified_.exchange(false) || clock_.Tick() != lastLook_;
         TakeReturned();
-        const bool newTick = clock_.Tick() != lastLook_;
-        if (newTick || ready_.empty()) LookAtConditions(newTick);
+        if (look || ready_.empty()) LookAtConditions(look);
         if (!ready_.empty()) {
             Run* next = ready_.front();
             ready_.pop_front();

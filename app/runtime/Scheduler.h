@@ -114,7 +114,11 @@ class Scheduler {
     std::mutex mutex_;                 ///< guards held_, each run's role and returned mark
     std::condition_variable changed_;  ///< wakes the one who looks after the time
     bool held_ = true;                 ///< somebody has the baton
+    /// Whoever looks after the time is to look up. Set by Notify and by calls that come back.
     std::atomic<bool> happened_{false};
+    /// The conditions are to be looked at, whoever is ready. Calls that come back leave it alone: when they
+    /// do is chance, and under a driven clock chance must not change who goes first.
+    std::atomic<bool> notified_{false};
     std::atomic<Run*> current_{
         nullptr};  ///< the baton's holder; written by it, read by anybody who asks for himself
 };

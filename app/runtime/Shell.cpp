@@ -13,6 +13,9 @@ namespace sorakaze {
 
 void Shell::Execute(const String& command) {
     auto& runtime = Runtime::Current();
+    result_ = String();
+    errorCode_ = 127;  // as a shell has it for what could not be started
+    if (runtime.TemporaryFolder().empty()) return;
     process::Confinement confinement;
     confinement.writableFolder = runtime.TemporaryFolder();
     confinement.readable = {runtime.ResourcesFolder()};

@@ -11,13 +11,13 @@
 namespace sorakaze {
 
 /// A sound of the system's own, as OpenAsSound gives it. One whose last reference goes while it plays is
-/// stopped: nothing could fade it any more. Methods may be called from any thread.
+/// stopped: nothing could fade it any more. For the baton's holder.
 class Sound {
   public:
     Sound(std::filesystem::path path, std::shared_ptr<sound::Voice> voice)
         : path_(std::move(path)), voice_(std::move(voice)) {}
 
-    /// Starts from the beginning and returns at once.
+    /// Starts from the beginning and returns at once. Only the first call has an effect.
     void Play() { voice_->Start(); }
     void Stop() { voice_->Stop(); }
     bool IsPlaying() const { return voice_->IsPlaying(); }

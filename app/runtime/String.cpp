@@ -193,7 +193,7 @@ String Str(std::int32_t n) {
 String Str(double x) {
     if (x == 0) return "0";
     char digits[400];
-    const bool whole = std::floor(x) == x && std::abs(x) < 1e15;
+    const bool whole = std::isfinite(x) && std::floor(x) == x;
     const auto end = whole ? std::to_chars(digits, digits + sizeof digits, x, std::chars_format::fixed, 0)
                            : std::to_chars(digits, digits + sizeof digits, x);
     return std::string(digits, end.ptr);

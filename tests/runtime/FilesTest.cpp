@@ -34,6 +34,8 @@ TEST(Files, FoldersListTheirEntries) {
     EXPECT_EQ(file->Count(), 0);
     file->Delete();
     EXPECT_FALSE(file->Exists());
+    EXPECT_TRUE(folder->Child("missing")->Child("described"));
+    EXPECT_FALSE(folder->Child("missing")->Child("as well")->Child("not"));
     for (const char* name : {"", ".", "..", "a/b"}) EXPECT_EQ(folder->Child(name), nullptr) << name;
 }
 

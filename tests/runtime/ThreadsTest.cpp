@@ -48,6 +48,19 @@ TEST(Threads, TakeTurnsAtYieldsFirstComeFirstServed) {
     EXPECT_EQ(a.State(), Thread::kNotRunning);
 }
 
+TEST(Threads, AWorkingLoopHoldsUpNeitherEventsNorWaits) {
+    TestRuntime test;
+    bool handled = false;
+    Thread thread;
+    thread.RunEvent = [&] {
+        test.runtime.Events().Post([&] { handled = true; });
+        while (!handled) Yield();
+    };
+    thread.Run();
+    RunToEnd(thread);
+    EXPECT_TRUE(handled);
+}
+
 TEST(Threads, WaitsEndAtTheTickTheirConditionDoes) {
     TestRuntime test;
     std::int32_t woken = 0;

@@ -271,7 +271,6 @@ TEST(Window, FillsItsMenus) {
         show.folder.Write(std::string("Programs/") + name, "");
     }
     std::filesystem::create_directories(show.folder.Path() / "Programs/x");
-    test::TestHost host;
     mainWindow window;
     window.Event_Open();
     std::set<std::string> rows;
@@ -280,6 +279,9 @@ TEST(Window, FillsItsMenus) {
     ASSERT_EQ(window.playlistMenu.Rows().size(), 2u);
     EXPECT_EQ(window.playlistMenu.Text().Bytes(), "Library");
     EXPECT_EQ(window.resourceFolder->Path(), show.folder.Path() / "Sorakaze.app/Contents/Resources");
+    std::filesystem::remove_all(show.folder.Path() / "Sorakaze.app");
+    mainWindow bare;
+    EXPECT_THROW(bare.Event_Open(), NilObjectException);
 }
 
 TEST(Window, AThousandPresses) {

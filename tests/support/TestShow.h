@@ -51,6 +51,7 @@ struct TestShow : TestRuntime {
                       std::unique_ptr<Clock> clock = std::make_unique<StudioClock>())
         : TestRuntime(std::move(clock), engine, seed), player(runtime.Scripts()) {
         folder.Write("Programs/Show.txt", programFile);
+        std::filesystem::create_directories(folder.Path() / "Sorakaze.app/Contents/Resources");
         for (int i = 1; i <= 3; ++i) {
             const auto n = std::to_string(i);
             player.tracks.push_back({"Song " + n + "\tArtist " + n + "\tAlbum " + n, 600});
