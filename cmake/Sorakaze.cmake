@@ -33,9 +33,9 @@ if(SORAKAZE_FUZZ)
     target_link_options(sorakaze_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# Where a built station stands: the portable folder that a user has. Only the release build fills build/Sorakaze/;
-# every other preset has a folder of its own, so that two builds never mix.
-if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT SORAKAZE_SANITIZE)
+# Where a built station stands: the portable folder that a user has. Only the preset release fills build/Sorakaze/;
+# every other build has a folder of its own, so that two builds never mix.
+if(CMAKE_BINARY_DIR STREQUAL "${PROJECT_SOURCE_DIR}/build/release")
     set(SORAKAZE_STATION_DIR ${PROJECT_SOURCE_DIR}/build/Sorakaze)
 else()
     set(SORAKAZE_STATION_DIR ${CMAKE_BINARY_DIR}/Sorakaze)

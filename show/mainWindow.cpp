@@ -14,6 +14,9 @@ mainWindow::mainWindow() {
 
 mainWindow::~mainWindow() {
     Runtime::Current().onMessage = nullptr;
+    mainTimer.SetMode(Timer::kOff);
+    commandExecThread.Kill();
+    getNextSong.Kill();
 }
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier)

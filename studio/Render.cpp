@@ -29,7 +29,7 @@ constexpr std::size_t kTicksPerBlock = 16;
 /// How long the ramps of the last sounds go on behind the end of a show.
 constexpr TickCount kTailTicks = 2;
 /// A show for which no limit was given is over when for this long no track has begun...
-constexpr std::int32_t kIdleTicks = 60 * 60 * kTicksPerSecond;
+constexpr std::int32_t kIdleTicks = 20 * 60 * kTicksPerSecond;
 /// ...or when it has run for this long.
 constexpr double kLongestSeconds = 24 * 60 * 60;
 
@@ -77,7 +77,7 @@ class Recorder {
         sound = sound.subspan(skipped);
         try {
             if (writer_ && error_.empty() && !sound.empty()) writer_->Write(sound);
-        } catch (const sound::SoundFileError& error) {
+        } catch (const std::exception& error) {
             error_ = error.what();
         }
         block_.clear();
@@ -122,6 +122,10 @@ class Session {
                    host_),
           player_(recorder_.Engine(), OpenLibrary(station_)),
           transcript_(console_, station_) {
+        if (runtime_.TemporaryFolder().empty()) {
+            throw StudioError(
+                kFailed, "No temporary folder can be made: TMPDIR must name a folder that can be written.");
+        }
         player_.SetReadAhead(true);
         RegisterPlayerScripts(runtime_.Scripts(), player_, window_);
         window_.Event_Open();
@@ -143,6 +147,8 @@ class Session {
 
     ~Session() { window_.observer = nullptr; }
 
+    const std::filesystem::path& TemporaryFolder() { return runtime_.TemporaryFolder(); }
+
     /// Any thread: ends the show through its stop path.
     void Interrupt() {
         runtime_.Events().Post([this] { Stop(); });
@@ -152,11 +158,12 @@ class Session {
         runtime_.Events().Post([this] { Begin(); });
         limit_.Run();
         runtime_.Events().DoEventsWhile([this] { return !IsOver(); });
-        const bool standstill = !stopped_ && OnAir();
+        const bool standstill = !stopped_ && OnAir() && recorder_.Error().empty();
         Stop();
         for (TickCount tick = 0; tick < kTailTicks; ++tick) runtime_.GetClock().Advance();
         console_.EndProgress();
         if (!fault_.empty()) throw StudioError(kWrongCall, fault_);
+        if (!begun_) throw StudioError(kFailed, "Interrupted before the show began.");
         if (standstill && !onlookers_.anythingHeard)
             throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
         recorder_.Finish();
@@ -173,6 +180,7 @@ class Session {
     bool OnAir() const { return !(window_.programStart.Caption() == kStartCaption); }
 
     void Begin() {
+        if (stopped_) return;
         begun_ = true;
         window_.programStart.Push();
         const String word = NthField(window_.mode, " ", 1);
@@ -250,21 +258,36 @@ std::optional<double> Session::Done() {
     return done;
 }
 
+/// What a process that ends at once would leave behind.
+void RemoveLeftovers(const std::filesystem::path& output, const std::filesystem::path& temporary) {
+    std::error_code ignored;
+    if (!temporary.empty()) std::filesystem::remove_all(temporary, ignored);
+    if (!output.empty())
+        sound::SoundFileWriter::RemoveUnfinished(std::filesystem::absolute(output).parent_path());
+}
+
 }  // namespace
 
 void Render(const RenderOptions& options) {
     Session* running = nullptr;
-    std::mutex mutex;  // guards running: a signal may come before the session stands and after it has gone
+    std::filesystem::path temporary;
+    std::mutex mutex;  // guards these: a signal may come before the session stands and after it has gone
     bool interrupted = false;
-    const Signals signals([&] {
-        const std::lock_guard lock(mutex);
-        interrupted = true;
-        if (running) running->Interrupt();
-    });
+    const Signals signals(
+        [&] {
+            const std::lock_guard lock(mutex);
+            interrupted = true;
+            if (running) running->Interrupt();
+        },
+        [&] {
+            const std::lock_guard lock(mutex);
+            RemoveLeftovers(options.output, temporary);
+        });
     Session session(options);
     {
         const std::lock_guard lock(mutex);
         running = &session;
+        temporary = session.TemporaryFolder();
         if (interrupted) session.Interrupt();
     }
     const auto forget = [&](void*) {

@@ -20,7 +20,8 @@ constexpr auto kSecondThought = std::chrono::milliseconds(300);
 
 }  // namespace
 
-Signals::Signals(std::function<void()> onFirst) : onFirst_(std::move(onFirst)) {
+Signals::Signals(std::function<void()> onFirst, std::function<void()> beforeEnd)
+    : onFirst_(std::move(onFirst)), beforeEnd_(std::move(beforeEnd)) {
     sigset_t set;
     sigemptyset(&set);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, number);
@@ -48,7 +49,10 @@ void Signals::Wait() {
         if (read(signals_, &info, sizeof info) != sizeof info) continue;
         const auto now = std::chrono::steady_clock::now();
         // One that comes along with the first, to the process group, is no second thought.
-        if (first && now - *first > kSecondThought) _exit(128 + static_cast<int>(info.ssi_signo));
+        if (first && now - *first > kSecondThought) {
+            beforeEnd_();
+            _exit(128 + static_cast<int>(info.ssi_signo));
+        }
         if (!first) {
             first = now;
             onFirst_();

@@ -22,7 +22,12 @@ struct ToJson {
 
 }  // namespace
 
-TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file), out_(file, std::ios::binary) {
+TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
+    std::error_code ignored;
+    if (std::filesystem::is_fifo(file, ignored)) {
+        throw StudioError(kFailed, file.string() + " is a pipe: the trace must be a file.");
+    }
+    out_.open(file, std::ios::binary);
     if (!out_) throw StudioError(kFailed, file.string() + " can't be written: " + std::strerror(errno) + ".");
 }
 

@@ -1,6 +1,11 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -19,9 +24,48 @@ int Fail(int status, const std::string& line) {
     return status;
 }
 
+/// A descriptor of the standard streams that is closed would go to the next file opened: to the sound, say.
+void OpenStandardStreams() {
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = open("/dev/null", O_RDWR);
+    if (descriptor > STDERR_FILENO) close(descriptor);
+}
+
+/// The paths that would make the studio overwrite its own input or output.
+void CheckPaths(const RenderOptions& options) {
+    if (options.limitSeconds && !std::isfinite(*options.limitSeconds)) {
+        throw StudioError(kWrongCall, "--limit is no number of seconds.");
+    }
+    if (options.output.empty())
+        throw StudioError(kWrongCall, "--output is empty: name a sound file, or none.");
+    if (options.trace.empty()) return;
+    const auto trace = std::filesystem::weakly_canonical(std::filesystem::absolute(options.trace));
+    if (trace == std::filesystem::weakly_canonical(std::filesystem::absolute(options.output))) {
+        throw StudioError(kWrongCall, "--trace and --output name the same file.");
+    }
+    if (trace.parent_path().filename() == "Programs") {
+        throw StudioError(kWrongCall, "--trace names a file in Programs: choose another place.");
+    }
+}
+
+int RunCommand(RenderOptions options, bool list) {
+    if (list) {
+        List(options.station);
+        return kDone;
+    }
+    CheckPaths(options);
+    if (options.output == "none") options.output.clear();
+    Render(options);
+    return kDone;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    OpenStandardStreams();
+    // A reader that goes away and a limit on files are errors to be told, not ends of the process.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app("Renders a Sorakaze show to a sound file, many times faster than it plays.",
                  "sorakaze-studio");
     app.require_subcommand(1);
@@ -57,11 +101,8 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return Fail(kWrongCall, std::string(error.what()) + " Try: sorakaze-studio --help");
     }
-    if (options.output == "none") options.output.clear();
     try {
-        if (list->parsed()) List(options.station);
-        if (render->parsed()) Render(options);
-        return kDone;
+        return RunCommand(options, list->parsed());
     } catch (const StudioError& error) {
         return Fail(error.Status(), error.what());
     } catch (const std::exception& error) {

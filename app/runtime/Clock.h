@@ -35,7 +35,7 @@ class Clock {
 
     /// Moves a driven clock on by one tick. Called by the thread that holds the baton, while every thread
     /// waits.
-    virtual void Advance() = 0;
+    virtual void Advance() noexcept = 0;
 };
 
 class WallClock final : public Clock {
@@ -43,7 +43,7 @@ class WallClock final : public Clock {
     TickCount Tick() const override { return Now().count() * 3 / 50'000'000; }
     std::chrono::nanoseconds Now() const override { return std::chrono::steady_clock::now() - begin_; }
     bool IsDriven() const override { return false; }
-    void Advance() override {}
+    void Advance() noexcept override {}
 
   private:
     std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
@@ -57,7 +57,7 @@ class StudioClock final : public Clock {
     TickCount Tick() const override { return tick_.load(std::memory_order_relaxed); }
     std::chrono::nanoseconds Now() const override { return TimeOfTick(Tick()); }
     bool IsDriven() const override { return true; }
-    void Advance() override {
+    void Advance() noexcept override {
         if (onTick_) onTick_();
         tick_.store(Tick() + 1, std::memory_order_relaxed);
     }

@@ -71,13 +71,18 @@ bool EventLoop::NothingDue(std::chrono::nanoseconds& nextDue) {
 }
 
 void EventLoop::HandleDue() {
-    std::deque<std::function<void()>> posted;
-    {
-        const std::lock_guard lock(mutex_);
-        posted.swap(posted_);
-        anyPosted_ = false;
+    // One at a time: a handler that waits with DoEvents must find those behind it.
+    while (anyPosted_) {
+        std::function<void()> handler;
+        {
+            const std::lock_guard lock(mutex_);
+            if (posted_.empty()) break;
+            handler = std::move(posted_.front());
+            posted_.pop_front();
+            anyPosted_ = !posted_.empty();
+        }
+        Handle(handler);
     }
-    for (const auto& handler : posted) Handle(handler);
     const auto now = clock_.Now();
     const auto due = std::find_if(timers_.begin(), timers_.end(), [now](const TimerEntry* timer) {
         return timer->armed && timer->due <= now;
@@ -96,7 +101,11 @@ void EventLoop::Handle(const std::function<void()>& handler) {
     } catch (const ThreadKilled&) {
         throw;
     } catch (...) {
-        onUncaught_(std::current_exception());
+        // What tells the user of it can fail as well: the application lives on.
+        try {
+            onUncaught_(std::current_exception());
+        } catch (const std::exception&) {
+        }
     }
 }
 

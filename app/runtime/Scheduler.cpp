@@ -50,6 +50,7 @@ Scheduler::Scheduler(Clock& clock, std::function<void(std::exception_ptr)> onUnc
 }
 
 Scheduler::~Scheduler() {
+    closing_ = true;
     for (const auto& run : live_) Kill(*run);
     WaitWhile([this] { return !live_.empty(); });
     JoinFinished();
@@ -82,6 +83,7 @@ std::shared_ptr<Scheduler::Run> Scheduler::Start(std::function<void()> body) {
     JoinFinished();
     auto run = std::make_shared<Run>();
     run->body = std::move(body);
+    run->killed = closing_;
     run->thread = std::thread([this, run] { Enter(run); });
     live_.push_back(run);
     ready_.push_back(run.get());
@@ -98,10 +100,10 @@ void Scheduler::Enter(const std::shared_ptr<Run>& run) {
             run->body();
         } catch (const ThreadKilled&) {
         } catch (...) {
-            // What tells the user of it can wait, and so be killed in its turn.
+            // What tells the user of it can be killed in its turn, or fail: the application lives on.
             try {
                 onUncaught_(std::current_exception());
-            } catch (const ThreadKilled&) {
+            } catch (...) {
             }
         }
     }

@@ -25,7 +25,7 @@
 namespace sorakaze {
 
 /// Thrown at a killed thread's next yield point. Derived from nothing, so that no handler of the logic
-/// catches it.
+/// catches it. A destructor must not yield, or this could leave it.
 struct ThreadKilled {};
 
 /// How a driven clock goes on while a thread is in a blocking call. The wall clock takes no notice.
@@ -61,8 +61,9 @@ class Scheduler {
     void Yield();
 
     /// Waits for as long as `condition` holds. It is looked at once a tick and when something happened, on
-    /// whichever thread holds the baton then; it must not yield. Where `lookAgain` is given, the condition
-    /// promises to hold until that time of the clock unless something happens (and may move it at each look).
+    /// whichever thread holds the baton then; it must neither yield nor kill. Where `lookAgain` is given, the
+    /// condition promises to hold until that time of the clock unless something happens (and may move it at
+    /// each look).
     void WaitWhile(FunctionRef<bool()> condition, const std::chrono::nanoseconds* lookAgain = nullptr);
 
     /// Runs `call` without the baton. The token asks it to come back early because its thread was killed.
@@ -110,6 +111,7 @@ class Scheduler {
     unsigned yields_ = 0;
     std::chrono::steady_clock::time_point lastAdvance_{};
     std::shared_ptr<Run> main_;
+    bool closing_ = false;  ///< whoever is started from now on ends at once
 
     std::mutex mutex_;                 ///< guards held_, each run's role and returned mark
     std::condition_variable changed_;  ///< wakes the one who looks after the time

@@ -57,15 +57,29 @@ std::filesystem::path Resolve(const std::filesystem::path& file) {
     return absolute;
 }
 
+std::string UnfinishedPrefix() {
+    return ".unfinished-" + std::to_string(getpid()) + "-";
+}
+
 /// In the same folder, so that the renaming stays within one file system; hidden, and never the name of
 /// anything else.
 std::filesystem::path Beside(const std::filesystem::path& file) {
     static std::atomic<unsigned> count{0};
-    return file.parent_path() /
-           (".unfinished-" + std::to_string(getpid()) + "-" + std::to_string(count.fetch_add(1)) + ".part");
+    return file.parent_path() / (UnfinishedPrefix() + std::to_string(count.fetch_add(1)) + ".part");
 }
 
 }  // namespace
+
+void SoundFileWriter::RemoveUnfinished(const std::filesystem::path& folder) {
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code ignored;
+        if (entry->path().filename().string().starts_with(UnfinishedPrefix())) {
+            std::filesystem::remove(entry->path(), ignored);
+        }
+    }
+}
 
 OutputFile::OutputFile(const std::filesystem::path& file) : target_(Resolve(file)) {
     struct stat status {};

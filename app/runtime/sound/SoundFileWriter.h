@@ -33,6 +33,9 @@ class SoundFileWriter {
     /// written.
     static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file);
 
+    /// Removes the unfinished files of this process in `folder`, for one that is about to end at once.
+    static void RemoveUnfinished(const std::filesystem::path& folder);
+
     /// Without Finish, removes what was written.
     virtual ~SoundFileWriter() = default;
 
