@@ -8,6 +8,7 @@ namespace sorakaze {
 
 mainWindow::mainWindow() {
     __Init();
+    Layout();
     CreateControls();
     Runtime::Current().onMessage = [this](const String& text) { tell("message", {{"text", text}}); };
 }
@@ -30,29 +31,6 @@ void mainWindow::__Init() {
     kanaArray.assign(167, String());
     romeArray.assign(167, String());
     IntroW = std::make_shared<Block>();
-}
-
-void mainWindow::CreateControls() {
-    _CreateControls0();
-}
-
-/// Handlers go on only after the properties stand, so that setting those fires none of them.
-void mainWindow::_CreateControls0() {
-    programStart.SetCaption(kStartCaption);
-    programStart.Action = [this] { programStart_Action(); };
-    StaticText1.SetText("番組タイトル :");
-    StaticText2.SetText("プレイリスト :");
-    commandExecThread.RunEvent = [this] { commandExecThread_Run(); };
-    mainTimer.SetMode(Timer::kOff);
-    mainTimer.SetPeriod(200);
-    mainTimer.Action = [this] { mainTimer_Action(); };
-    songDurationSlider.Minimum = 30;
-    songDurationSlider.Maximum = 600;
-    songDurationSlider.SetValue(600);
-    songDurationSlider.ValueChanged = [this] { songDurationSlider_ValueChanged(); };
-    StaticText3.SetText("曲の再生秒数 :");
-    songDuration.SetText("600");
-    getNextSong.RunEvent = [this] { getNextSong_Run(); };
 }
 
 void mainWindow::songDurationSlider_ValueChanged() {

@@ -23,14 +23,17 @@ class OLEObject;
 class Random;
 
 // NOLINTNEXTLINE(readability-identifier-naming): the window's given name
-class mainWindow {
+class mainWindow : public Window {
   public:
-    /// Runs __Init and CreateControls. Event_Open is the host's to call, once the player's scripts stand.
+    /// Runs __Init, Layout and CreateControls. Event_Open is the host's to call, once the player's scripts
+    /// stand.
     mainWindow();
     ~mainWindow();
     mainWindow(const mainWindow&) = delete;
     mainWindow& operator=(const mainWindow&) = delete;
 
+    /// Applies the window's properties.
+    void Layout();
     void CreateControls();
     void _CreateControls0();  // NOLINT(bugprone-reserved-identifier)
 
@@ -79,12 +82,13 @@ class mainWindow {
     PushButton programStart;
     StaticText StaticText1;
     StaticText StaticText2;
-    Thread commandExecThread;
-    Timer mainTimer;
+    OnWindow<Thread> commandExecThread;
+    OnWindow<Timer> mainTimer;
     Slider songDurationSlider;
     StaticText StaticText3;
     StaticText songDuration;
-    Thread getNextSong;
+    HTMLViewer voiceHTMLViewer;
+    OnWindow<Thread> getNextSong;
 
     // The show's state.
     String program;

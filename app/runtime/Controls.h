@@ -12,8 +12,31 @@
 
 namespace sorakaze {
 
+class Window;
+
+/// What every visible control has. Coordinates are pixels from the top left corner of the window's content.
 class RectControl {
   public:
+    std::int32_t Left = 0;
+    std::int32_t Top = 0;
+    std::int32_t Width = 0;
+    std::int32_t Height = 0;
+    bool LockLeft = true;
+    bool LockTop = true;
+    bool LockRight = false;
+    bool LockBottom = false;
+    std::int32_t TabPanelIndex = 0;
+    std::int32_t TabIndex = 0;
+    bool Visible = true;
+    bool AutoDeactivate = true;
+    String HelpTag;
+    String TextFont;
+    double TextSize = 0;  ///< 0: the default
+    std::int32_t TextUnit = 0;
+    bool Bold = false;
+    bool Italic = false;
+    bool Underline = false;
+
     bool Enabled() const { return enabled_; }
     void SetEnabled(bool enabled);
 
@@ -29,6 +52,11 @@ class RectControl {
 
 class PushButton : public RectControl {
   public:
+    bool TabStop = true;
+    bool Default = false;
+    bool Cancel = false;
+    std::int32_t ButtonStyle = 0;
+
     const String& Caption() const { return caption_; }
     void SetCaption(const String& caption);
     /// As if the user pressed it.
@@ -42,6 +70,8 @@ class PushButton : public RectControl {
 
 class PopupMenu : public RectControl {
   public:
+    bool TabStop = true;
+
     void AddRow(const String& text);
     void AddRows(const std::vector<String>& rows);
     const std::vector<String>& Rows() const { return rows_; }
@@ -57,6 +87,11 @@ class PopupMenu : public RectControl {
 
 class Slider : public RectControl {
   public:
+    bool TabStop = true;
+    std::int32_t LineStep = 1;
+    std::int32_t PageStep = 20;
+    bool LiveScroll = false;
+    std::int32_t TickStyle = 0;
     std::int32_t Minimum = 0;
     std::int32_t Maximum = 100;
 
@@ -80,7 +115,83 @@ class TextControl : public RectControl {
     String text_;
 };
 
-class StaticText : public TextControl {};
-class TextArea : public TextControl {};
+class StaticText : public TextControl {
+  public:
+    static constexpr std::int32_t kAlignLeft = 0;
+    static constexpr std::int32_t kAlignRight = 2;
+
+    std::int32_t TextAlign = kAlignLeft;
+    bool Multiline = false;
+    bool Selectable = false;
+    bool Transparent = false;
+    std::uint32_t TextColor = 0x000000;
+};
+
+class TextArea : public TextControl {
+  public:
+    bool TabStop = true;
+    bool Border = true;
+    bool Multiline = true;
+    bool ScrollbarHorizontal = false;
+    bool ScrollbarVertical = true;
+    bool Styled = true;
+    bool UseFocusRing = true;
+    std::uint32_t TextColor = 0x000000;
+    std::uint32_t BackColor = 0xFFFFFF;
+    String Format;
+    String Mask;
+    bool ReadOnly = false;
+    std::int32_t LimitText = 0;
+    bool AcceptTabs = false;
+    std::int32_t Alignment = 0;
+    bool HideSelection = true;
+};
+
+/// A place for pages. It stays empty until something is loaded.
+class HTMLViewer : public RectControl {};
+
+/// A window's own properties.
+class Window {
+  public:
+    String Title;
+    std::int32_t Width = 0;
+    std::int32_t Height = 0;
+    std::int32_t MinWidth = 0;
+    std::int32_t MinHeight = 0;
+    std::int32_t MaxWidth = 0;
+    std::int32_t MaxHeight = 0;
+    std::int32_t Placement = 0;
+    std::int32_t Frame = 0;
+    bool Resizeable = true;
+    bool LiveResize = true;
+    bool CloseButton = true;
+    bool MinimizeButton = true;
+    bool MaximizeButton = true;
+    bool Visible = true;
+    bool FullScreen = false;
+    bool MenuBarVisible = true;
+    bool Composite = false;
+    bool HasBackColor = false;
+    std::uint32_t BackColor = 0xFFFFFF;
+    std::int32_t MacProcID = 0;
+};
+
+// NOLINTBEGIN(bugprone-reserved-identifier)
+/// A thread or a timer that sits on a window as a named control.
+template <typename Base>
+class OnWindow : public Base {
+  public:
+    std::int32_t Index = 0;
+
+    void Constructor(sorakaze::Window* window) { _SetWindow(window); }
+    void _SetWindow(sorakaze::Window* window) { ownerWindow = window; }
+    sorakaze::Window* Window() const { return ownerWindow; }
+    std::int32_t _Index() const { return Index; }
+    void _SetIndex(std::int32_t index) { Index = index; }
+
+  private:
+    sorakaze::Window* ownerWindow = nullptr;
+};
+// NOLINTEND(bugprone-reserved-identifier)
 
 }  // namespace sorakaze

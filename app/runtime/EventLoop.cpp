@@ -25,11 +25,64 @@ void EventLoop::Post(std::function<void()> handler) {
         anyPosted_ = true;
     }
     scheduler_.Notify();
+    if (NativeLoop* loop = native_) loop->CallAt({});
 }
 
 void EventLoop::Quit() {
     quit_ = true;
     scheduler_.Notify();
+    if (NativeLoop* loop = native_) loop->CallAt({});
+}
+
+void EventLoop::TimersChanged() {
+    std::chrono::nanoseconds nextDue{};
+    NativeLoop* loop = native_;
+    if (loop && (!NothingDue(nextDue) || nextDue != std::chrono::nanoseconds::max())) loop->CallAt(nextDue);
+}
+
+void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
+    native_ = &loop;
+    scheduler_.SetMainWait([this] {
+        const bool accepting = std::exchange(accepting_, false);
+        native_.load()->Serve(NativeLoop::Input::Keep);
+        accepting_ = accepting;
+        if (quit_) throw ThreadKilled();
+    });
+    accepting_ = true;
+    TimersChanged();
+    if (anyPosted_) loop.CallAt({});
+    scheduler_.Block(Blocking::TimeStands, [&](std::stop_token) { run(); });
+    accepting_ = false;
+    scheduler_.SetMainWait({});
+    native_ = nullptr;
+}
+
+void EventLoop::HandleFromNative() {
+    // A handler that waits in its own way looks for what came meanwhile when it has ended.
+    if (!accepting_ || quit_) return;
+    scheduler_.WithBaton([this] {
+        accepting_ = false;
+        try {
+            std::chrono::nanoseconds nextDue{};
+            while (!quit_ && !NothingDue(nextDue)) HandleDue();
+        } catch (const ThreadKilled&) {
+            // The application ends: what waited in a handler has unwound.
+        }
+        accepting_ = true;
+        TimersChanged();
+    });
+}
+
+/// Serves the toolkit and handles events while the condition holds.
+void EventLoop::ServeWhile(FunctionRef<bool()> condition) {
+    while (condition()) {
+        if (quit_) throw ThreadKilled();
+        accepting_ = true;
+        scheduler_.Block(Blocking::TimeStands,
+                         [this](std::stop_token) { native_.load()->Serve(NativeLoop::Input::Handle); });
+        accepting_ = false;
+    }
+    TimersChanged();
 }
 
 void EventLoop::Run() {
@@ -43,6 +96,10 @@ void EventLoop::Run() {
 }
 
 void EventLoop::DoEventsWhile(FunctionRef<bool()> condition) {
+    if (native_) {
+        ServeWhile(condition);
+        return;
+    }
     while (condition()) {
         std::chrono::nanoseconds nextDue{};
         bool over = false;
@@ -55,6 +112,11 @@ void EventLoop::DoEventsWhile(FunctionRef<bool()> condition) {
 }
 
 void EventLoop::DoEvents() {
+    if (native_) {
+        bool served = false;
+        ServeWhile([&served] { return !std::exchange(served, true); });
+        return;
+    }
     const TickCount begin = clock_.Tick();
     std::chrono::nanoseconds nextDue{};
     scheduler_.WaitWhile([&] { return clock_.Tick() == begin && NothingDue(nextDue); });

@@ -24,6 +24,21 @@ struct TimerEntry {
     bool armed = false;
 };
 
+/// A toolkit's event loop, where the main thread lives in one.
+class NativeLoop {
+  public:
+    virtual ~NativeLoop() = default;
+
+    /// EventLoop::HandleFromNative is to be called on the main thread at that time of the clock, or soon
+    /// where it has passed. Any thread; an earlier time that was asked for stands.
+    virtual void CallAt(std::chrono::nanoseconds due) = 0;
+
+    /// Main thread, without the baton: serves the toolkit for a tick or until something happened. Without
+    /// input, what the user does stays queued and the window only repaints.
+    enum class Input { Handle, Keep };
+    virtual void Serve(Input input) = 0;
+};
+
 class EventLoop {
   public:
     /// `onUncaught` is called, with the baton, for an exception that leaves a handler.
@@ -41,6 +56,16 @@ class EventLoop {
     void DoEvents();
     /// Handles events for as long as `condition` holds.
     void DoEventsWhile(FunctionRef<bool()> condition);
+    /// A timer's entry has changed.
+    void TimersChanged();
+
+    /// In place of Run: the main thread lives in a toolkit's loop. `run` is that loop, called without the
+    /// baton; it returns when the application is to end, for which Quit asks it through `loop`. `loop`
+    /// outlives the event loop.
+    void RunNative(NativeLoop& loop, FunctionRef<void()> run);
+    /// Main thread, from within the toolkit's loop, without the baton: handles what is due. While a handler
+    /// waits for something else than events, it leaves that for later.
+    void HandleFromNative();
 
     // Any thread:
     void Post(std::function<void()> handler);
@@ -56,6 +81,11 @@ class EventLoop {
     Clock& clock_;
     const std::function<void(std::exception_ptr)> onUncaught_;
     std::vector<TimerEntry*> timers_;
+
+    void ServeWhile(FunctionRef<bool()> condition);
+
+    std::atomic<NativeLoop*> native_{nullptr};  ///< set by the main thread
+    bool accepting_ = false;  ///< main thread: a call from the toolkit's loop may run handlers
 
     std::mutex mutex_;  ///< guards posted_
     std::deque<std::function<void()>> posted_;

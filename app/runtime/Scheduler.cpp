@@ -144,6 +144,10 @@ void Scheduler::Yield() {
 void Scheduler::WaitWhile(FunctionRef<bool()> condition, const std::chrono::nanoseconds* lookAgain) {
     Run& self = Self();
     CheckKilled(self);
+    if (mainWait_ && OnMainThread()) {
+        while (condition()) Block(Blocking::TimeStands, [this](std::stop_token) { mainWait_(); });
+        return;
+    }
     // Between the look that ended the wait and this thread's turn others may have run: so it looks once more.
     while (condition()) {
         self.state = Run::State::Waiting;
@@ -158,18 +162,51 @@ void Scheduler::WaitWhile(FunctionRef<bool()> condition, const std::chrono::nano
 void Scheduler::Block(Blocking kind, FunctionRef<void(std::stop_token)> call) {
     Run& self = Self();
     CheckKilled(self);
-    self.state = Run::State::Blocked;
-    self.blocking = kind;
     self.stop = std::stop_source();
-    blocked_.push_back(&self);
     const std::stop_token token = self.stop.get_token();
-    PassOn();
+    Leave(self, kind);
     std::exception_ptr error;
     try {
         call(token);
     } catch (...) {
         error = std::current_exception();
     }
+    Return(self);
+    CheckKilled(self);
+    if (error) std::rethrow_exception(error);
+}
+
+void Scheduler::WithBaton(FunctionRef<void()> call) {
+    Run& self = *ownRun;
+    assert(self.state == Run::State::Blocked);
+    const Blocking kind = self.blocking;
+    const std::stop_source stop = self.stop;
+    Return(self);
+    std::exception_ptr error;
+    try {
+        call();
+    } catch (...) {
+        error = std::current_exception();
+    }
+    self.stop = stop;
+    Leave(self, kind);
+    if (error) std::rethrow_exception(error);
+}
+
+void Scheduler::SetMainWait(std::function<void()> serve) {
+    mainWait_ = std::move(serve);
+}
+
+/// Gives the baton up for a blocking call...
+void Scheduler::Leave(Run& self, Blocking kind) {
+    self.state = Run::State::Blocked;
+    self.blocking = kind;
+    blocked_.push_back(&self);
+    PassOn();
+}
+
+/// ...and takes it again behind it.
+void Scheduler::Return(Run& self) {
     bool lead = false;
     {
         const std::lock_guard lock(mutex_);
@@ -182,8 +219,6 @@ void Scheduler::Block(Blocking kind, FunctionRef<void(std::stop_token)> call) {
     Park(self);
     self.state = Run::State::Running;
     current_ = &self;
-    CheckKilled(self);
-    if (error) std::rethrow_exception(error);
 }
 
 void Scheduler::Notify() {

@@ -69,6 +69,15 @@ class Scheduler {
     /// Runs `call` without the baton. The token asks it to come back early because its thread was killed.
     void Block(Blocking kind, FunctionRef<void(std::stop_token)> call);
 
+    /// Within the call of a Block of the calling thread: takes the baton for `call`, and gives it up again.
+    /// For a toolkit's event loop that calls back into the logic.
+    void WithBaton(FunctionRef<void()> call);
+
+    /// Where the main thread lives in a toolkit's event loop: what it does, without the baton, for a while of
+    /// a WaitWhile, so that its window still repaints. It may raise ThreadKilled when the application is to
+    /// end.
+    void SetMainWait(std::function<void()> serve);
+
     // Any thread:
 
     /// Something happened outside the baton that a condition may depend on.
@@ -84,6 +93,8 @@ class Scheduler {
     static void CheckKilled(const Run& run);
     Run& Self() const;
     void Enter(const std::shared_ptr<Run>& run);
+    void Leave(Run& self, Blocking kind);
+    void Return(Run& self);
     void GiveWay(Run& self);
     void Park(Run& self);
     void PassOn();
@@ -111,6 +122,7 @@ class Scheduler {
     unsigned yields_ = 0;
     std::chrono::steady_clock::time_point lastAdvance_{};
     std::shared_ptr<Run> main_;
+    std::function<void()> mainWait_;
     bool closing_ = false;  ///< whoever is started from now on ends at once
 
     std::mutex mutex_;                 ///< guards held_, each run's role and returned mark

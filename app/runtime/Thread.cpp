@@ -42,6 +42,7 @@ void Timer::SetMode(std::int32_t mode) {
     mode_ = mode;
     entry_.armed = mode != kOff;
     if (entry_.armed) entry_.due = Runtime::Current().GetClock().Now() + entry_.period;
+    Runtime::Current().Events().TimersChanged();
 }
 
 void Timer::SetPeriod(std::int32_t milliseconds) {
