@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "app/runtime/Application.h"
+#include "app/runtime/Signals.h"
 #include "app/runtime/sound/SoundFileWriter.h"
 #include "player/LocalPlayer.h"
 #include "player/bridge/PlayerScripts.h"
 #include "show/mainWindow.h"
 #include "studio/Console.h"
-#include "studio/Signals.h"
 #include "studio/Station.h"
 #include "studio/StudioError.h"
 #include "studio/TraceWriter.h"

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "studio/Signals.h"
+#include "app/runtime/Signals.h"
 
 #include <poll.h>
 #include <signal.h>
@@ -13,7 +13,7 @@
 #include <optional>
 #include <utility>
 
-namespace sorakaze::studio {
+namespace sorakaze {
 namespace {
 
 constexpr auto kSecondThought = std::chrono::milliseconds(300);
@@ -60,4 +60,4 @@ void Signals::Wait() {
     }
 }
 
-}  // namespace sorakaze::studio
+}  // namespace sorakaze

@@ -5,7 +5,7 @@
 #include <functional>
 #include <thread>
 
-namespace sorakaze::studio {
+namespace sorakaze {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into a call on a thread of its own. A second one, a while
 /// later, ends the process at once. Made before any other thread, so that all of them leave these signals to
@@ -28,4 +28,4 @@ class Signals {
     std::thread thread_;
 };
 
-}  // namespace sorakaze::studio
+}  // namespace sorakaze
