@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What one user's instances of one station folder share: a lock and a socket, outside the folder.
+#pragma once
+
+#include <QString>
+#include <filesystem>
+#include <optional>
+
+namespace sorakaze::desktop {
+
+struct InstancePaths {
+    QString lock;
+    QString socket;
+};
+
+/// Named after the folder's canonical path, in the user's runtime directory or, where there is none, in a
+/// folder of the user's own among the temporary files (made here, mode 0700). Empty if neither belongs to
+/// this user alone.
+std::optional<InstancePaths> PathsOf(const std::filesystem::path& folder);
+
+/// A lock that goes with the process, however that ends: nothing about it is ever stale. The file stays.
+class FileLock {
+  public:
+    FileLock() = default;
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    enum class Outcome { Taken, HeldByAnother, Impossible };
+    Outcome Try(const QString& path);
+
+  private:
+    int file_ = -1;
+};
+
+}  // namespace sorakaze::desktop

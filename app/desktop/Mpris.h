@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The show on the session bus (MPRIS 2): desktop panels show what is on, and media keys press the button.
+// Without a session bus nothing happens. Lives on the toolkit's main thread and knows nothing of the show.
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <memory>
+
+namespace sorakaze::desktop {
+
+/// What a panel shows.
+struct NowPlaying {
+    bool onAir = false;
+    QString station;  ///< the player's name; empty: the application's
+    int number = 0;   ///< of the running track, from 1; 0 when none runs
+    QString title;
+    QString artist;
+    QString album;
+    QString path;  ///< of the track's file
+
+    bool operator==(const NowPlaying&) const = default;
+};
+
+/// What a panel or a media key may ask for; called on the main thread.
+struct Commands {
+    std::function<void()> press;  ///< play and stop, both the button's press
+    std::function<void()> raise;  ///< the window to the front
+    std::function<void()> quit;
+};
+
+class Mpris {
+  public:
+    explicit Mpris(Commands commands);
+    ~Mpris();
+    Mpris(const Mpris&) = delete;
+    Mpris& operator=(const Mpris&) = delete;
+
+    /// Announces a change; the same value again is no change.
+    void Update(const NowPlaying& now);
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sorakaze::desktop
