@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The sound card: plays what the mixing engine mixes on the device that the system has chosen. A device that vanishes or
+// a sound server that goes is followed within seconds; meanwhile, and on a machine without a device, the engine is run in
+// true time without being heard, so that a show never stops for the lack of a sound card.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/runtime/sound/MixingEngine.h"
+
+namespace sorakaze::output {
+
+class Loudspeaker {
+  public:
+    /// Starts playing; never fails for the lack of a device. `engine` (Reading::RealTime) outlives it, and is mixed by
+    /// nobody else.
+    explicit Loudspeaker(sound::MixingEngine& engine);
+    /// Fades what is heard over a tenth of a second, then stops.
+    ~Loudspeaker();
+    Loudspeaker(const Loudspeaker&) = delete;
+    Loudspeaker& operator=(const Loudspeaker&) = delete;
+
+    // Any thread:
+
+    /// True while a device plays; false while the output is silent.
+    bool IsAudible() const;
+    /// The driver and the device, or why there is none; for people.
+    std::string Description() const;
+    /// How often the device ran dry since the start, as far as it can be told, the engine's own underruns included.
+    std::uint64_t Underruns() const;
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sorakaze::output
