@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/runtime/Shell.h"
 
+#include <chrono>
 #include <limits>
 #include <stop_token>
 #include <utility>
@@ -19,6 +20,8 @@ void Shell::Execute(const String& command) {
     process::Confinement confinement;
     confinement.writableFolder = runtime.TemporaryFolder();
     confinement.readable = {runtime.ResourcesFolder()};
+    // The longest sentence takes seconds; a title that makes the shell wait must not hold up a show for long.
+    confinement.wallTime = std::chrono::seconds(20);
     confinement.searchFirst = {runtime.ResourcesFolder()};
 #ifdef __SANITIZE_ADDRESS__
     // A program of ours that is built with the sanitizer reserves terabytes of addresses.
