@@ -155,7 +155,7 @@ QImage DrawIcon(int size) {
     Antenna(paint, detail);
     Radio(paint, detail);
     paint.end();
-    return image.convertToFormat(QImage::Format_ARGB32);
+    return image;
 }
 
 }  // namespace sorakaze::desktop

@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Desktop.h"
+
+#include <QCoreApplication>
+#include <QIcon>
+#include <utility>
+
+#include "player/MusicLibrary.h"
+#include "player/UserMusicFolder.h"
+#include "player/bridge/PlayerScripts.h"
+
+namespace sorakaze {
+namespace {
+
+std::unique_ptr<player::MusicLibrary> OpenLibrary(const std::filesystem::path& appFolder) {
+    std::vector<std::filesystem::path> roots{appFolder / "Music"};
+    if (const auto own = player::UserMusicFolder(); !own.empty()) roots.push_back(own);
+    return std::make_unique<player::MusicLibrary>(std::move(roots));
+}
+
+}  // namespace
+
+// The library begins to look through the music before anything else comes up.
+Desktop::Desktop(std::filesystem::path appFolder)
+    : appFolder_(std::move(appFolder)),
+      player_(engine_, OpenLibrary(appFolder_)),
+      runtime_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_) {}
+
+Desktop::~Desktop() {
+    // First silence, then everything that could still make a sound or ask a question.
+    loudspeaker_.reset();
+    host_.Close();
+    mpris_.reset();
+    view_.reset();
+    player_.onTrack = nullptr;
+    window_.reset();
+}
+
+// NOLINTBEGIN(bugprone-reserved-identifier)
+void Desktop::_Main() {
+    try {
+        _Startup();
+        _RuntimeRun();
+    } catch (...) {
+        _UnhandledException(std::current_exception());
+    }
+}
+
+/// There are no file types and no menus: the window is all there is.
+void Desktop::_Startup() {
+    _MakeDefaultView();
+}
+
+void Desktop::_MakeDefaultView() {
+    window_ = std::make_unique<mainWindow>();
+    RegisterPlayerScripts(runtime_.Scripts(), player_, *window_);
+    view_ = std::make_unique<window::WindowView>(*window_, runtime_);
+    host_.SetParent(view_.get());
+    view_->onClose = [this] { Quit(); };
+    try {
+        window_->Event_Open();
+    } catch (...) {
+        runtime_.TellUncaught(std::current_exception());
+    }
+    view_->show();
+    WatchTheShow();
+    loudspeaker_ = std::make_unique<output::Loudspeaker>(engine_);
+}
+
+void Desktop::_RuntimeRun() {
+    loop_.Run();
+}
+
+void Desktop::_UnhandledException(std::exception_ptr exception) {
+    runtime_.TellUncaught(std::move(exception));
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+void Desktop::WatchTheShow() {
+    mpris_ = std::make_unique<desktop::Mpris>(
+        desktop::Commands{[this] { runtime_.Events().Post([this] { window_->programStart.Push(); }); },
+                          [this] { Raise(); }, [this] { Quit(); }});
+    player_.onTrack = [this, tell = player_.onTrack](const player::TrackEvent& event) {
+        tell(event);
+        OnTrack(event);
+    };
+    window_->programStart.Changed = [this, show = window_->programStart.Changed] {
+        show();
+        Announce();
+    };
+}
+
+void Desktop::OnTrack(const player::TrackEvent& event) {
+    if (event.what == player::TrackEvent::What::Started) {
+        const String record = player_.SongInfo(event.playlist, event.number);
+        nowPlaying_.number = event.number;
+        nowPlaying_.title = window::ToQt(event.title);
+        nowPlaying_.artist = window::ToQt(NthField(record, Chr(9), 2));
+        nowPlaying_.album = window::ToQt(NthField(record, Chr(9), 3));
+        nowPlaying_.path = window::ToQt(event.path.string());
+    } else if (event.what == player::TrackEvent::What::Ended) {
+        nowPlaying_ = {};
+    }
+    Announce();
+}
+
+void Desktop::Announce() {
+    nowPlaying_.onAir = !(window_->programStart.Caption() == kStartCaption);
+    nowPlaying_.station = window::ToQt(window_->station);
+    QMetaObject::invokeMethod(
+        view_.get(),
+        [this, now = nowPlaying_] {
+            if (mpris_) mpris_->Update(now);
+        },
+        Qt::QueuedConnection);
+}
+
+void Desktop::Raise() {
+    if (view_) view_->Raise();
+}
+
+void Desktop::Quit() {
+    runtime_.Events().Quit();
+    QCoreApplication::quit();
+}
+
+}  // namespace sorakaze

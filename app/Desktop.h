@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The desktop application: puts the show's window, the loudspeaker, the user's music and the desktop's own
+// services together, and brings them up and down in their order.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "app/desktop/Mpris.h"
+#include "app/desktop/SingleInstance.h"
+#include "app/output/Loudspeaker.h"
+#include "app/window/QtHost.h"
+#include "app/window/QtLoop.h"
+#include "app/window/WindowView.h"
+#include "player/LocalPlayer.h"
+
+namespace sorakaze {
+
+// NOLINTBEGIN(bugprone-reserved-identifier)
+class Desktop {
+  public:
+    explicit Desktop(std::filesystem::path appFolder);
+    ~Desktop();
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+    /// Starts up and runs the event loop until the application quits.
+    void _Main();
+    /// Another instance was started for this folder, or a panel asks for the window.
+    void Raise();
+    /// Ends everything at once. Main thread.
+    void Quit();
+
+  private:
+    void _Startup();
+    void _MakeDefaultView();
+    void _RuntimeRun();
+    void _UnhandledException(std::exception_ptr exception);
+
+    void WatchTheShow();
+    void OnTrack(const player::TrackEvent& event);
+    /// Tells the desktop what is on. Called with the baton.
+    void Announce();
+
+    const std::filesystem::path appFolder_;
+    sound::MixingEngine engine_{sound::Reading::RealTime};
+    window::QtHost host_;
+    player::LocalPlayer player_;
+    Runtime runtime_;
+    window::QtLoop loop_{runtime_};
+    std::unique_ptr<mainWindow> window_;
+    std::unique_ptr<window::WindowView> view_;
+    std::unique_ptr<output::Loudspeaker> loudspeaker_;
+    std::unique_ptr<desktop::Mpris> mpris_;
+    desktop::NowPlaying nowPlaying_;  ///< for the baton's holder
+};
+// NOLINTEND(bugprone-reserved-identifier)
+
+}  // namespace sorakaze

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/window/QtHost.h"
+
+#include <QMessageBox>
+#include <QPointer>
+#include <QThread>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+#include "app/window/WindowView.h"
+
+namespace sorakaze::window {
+namespace {
+
+/// A question that a thread waits on while the main thread shows it.
+struct Question {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool answered = false;  // guarded by mutex
+
+    void Answer() {
+        {
+            const std::lock_guard lock(mutex);
+            answered = true;
+        }
+        changed.notify_all();
+    }
+};
+
+QMessageBox* MakeBox(const QString& text, QWidget* parent) {
+    auto* box = new QMessageBox(QMessageBox::Information, "Sorakaze", text, QMessageBox::Ok, parent);
+    box->setTextFormat(Qt::PlainText);
+    box->setObjectName("message");
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    return box;
+}
+
+}  // namespace
+
+void QtHost::ShowMessage(const String& text, std::stop_token cancelled) {
+    if (closing_.stop_requested()) return;
+    if (QThread::currentThread() == thread()) {
+        ShowModal(ToQt(text));
+        return;
+    }
+    const auto question = std::make_shared<Question>();
+    QMetaObject::invokeMethod(
+        this,
+        [this, question, message = ToQt(text), cancelled] {
+            if (cancelled.stop_requested()) {
+                question->Answer();
+                return;
+            }
+            QMessageBox* box = MakeBox(message, parent_);
+            box->setModal(false);
+            connect(box, &QObject::destroyed, this, [question] { question->Answer(); });
+            // Whoever asked may be gone before anybody answers.
+            auto* closer = new QObject(box);
+            const auto closeBox = [guard = QPointer<QObject>(closer), box] {
+                if (guard)
+                    QMetaObject::invokeMethod(
+                        guard, [box] { box->close(); }, Qt::QueuedConnection);
+            };
+            auto stop = std::make_shared<std::stop_callback<std::function<void()>>>(cancelled, closeBox);
+            connect(box, &QObject::destroyed, this, [stop] {});
+            box->show();
+        },
+        Qt::QueuedConnection);
+    const std::stop_callback wakeForKill(cancelled, [&question] { question->Answer(); });
+    const std::stop_callback wakeForEnd(closing_.get_token(), [&question] { question->Answer(); });
+    std::unique_lock lock(question->mutex);
+    question->changed.wait(lock, [&question] { return question->answered; });
+}
+
+void QtHost::ShowModal(const QString& text) {
+    QMessageBox box(QMessageBox::Information, "Sorakaze", text, QMessageBox::Ok, parent_);
+    box.setTextFormat(Qt::PlainText);
+    box.setObjectName("message");
+    box.exec();
+}
+
+void QtHost::Close() {
+    closing_.request_stop();
+}
+
+}  // namespace sorakaze::window

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <atomic>
+
+#include "app/runtime/Runtime.h"
+
+namespace sorakaze::window {
+
+/// Qt's event loop as the one that the logic's main thread lives in. Lives on the main thread.
+class QtLoop : public QObject, public NativeLoop {
+  public:
+    explicit QtLoop(Runtime& runtime);
+
+    void CallAt(std::chrono::nanoseconds due) override;
+    void Serve(Input input) override;
+
+    /// Runs the application until it quits. Called with the baton.
+    void Run();
+
+  private:
+    /// Sets the timer to the earliest time asked for.
+    void Arm(std::chrono::nanoseconds due);
+
+    Runtime& runtime_;
+    QTimer due_;    ///< for the logic's timers and posted calls
+    QTimer round_;  ///< ends a round of Serve
+    std::chrono::nanoseconds armedFor_{std::chrono::nanoseconds::max()};
+};
+
+}  // namespace sorakaze::window
