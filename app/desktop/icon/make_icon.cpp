@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// make-icon FOLDER SIZE...: writes sorakaze-SIZE.png into FOLDER, which it makes if need be.
+// make-icon FOLDER SIZE...: writes SIZE.png into FOLDER, which it makes if need be.
 #include <QDir>
 #include <QFile>
 #include <cstdio>
@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     QDir().mkpath(folder);
     for (int i = 2; i < argc; ++i) {
         const int size = QByteArray(argv[i]).toInt();
-        const QString path = QStringLiteral("%1/sorakaze-%2.png").arg(folder).arg(size);
+        const QString path = QStringLiteral("%1/%2.png").arg(folder).arg(size);
         if (size < 8 || size > 1024 || !sorakaze::desktop::DrawIcon(size).save(path, "PNG")) {
             std::fprintf(stderr, "make-icon: can't write %s\n", QFile::encodeName(path).constData());
             return 1;
