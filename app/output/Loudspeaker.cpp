@@ -15,10 +15,14 @@ namespace {
 using Clock = TrueTime::Clock;
 using namespace std::chrono_literals;
 
-/// Opening a device takes a tenth of a second. For that long the engine stands still, so that what is started
-/// at once is heard from its beginning.
+/// Opening a device takes some tenths of a second. For that long the engine stands still at first, so that
+/// what is started at once is heard from its beginning.
 constexpr auto kGrace = 500ms;
 constexpr auto kBetweenAttempts = 2s;
+/// A device has shown that it lives when it has asked for more buffers than it takes to fill it. A server
+/// that was idle may need two seconds for that.
+constexpr std::uint64_t kProof = 4;
+constexpr auto kLongestProof = 4s;
 /// A device that hasn't asked for a buffer for so long, ten times what it holds, is dead.
 constexpr auto kSignOfLife = 500ms;
 /// How long a fade may take that the device holds up.
@@ -59,6 +63,7 @@ struct Loudspeaker::Impl {
     DeviceThread device;
 
     // The control thread's own.
+    Clock::time_point graceEnd;
     Clock::time_point lastAttempt;
     std::uint64_t beatsBefore = 0;  ///< when the device was ordered to open
     std::array<float, TrueTime::kBlock * sound::kChannels> unheard;
@@ -68,9 +73,9 @@ struct Loudspeaker::Impl {
 
 void Loudspeaker::Impl::Run() {
     Lock lock(desk->mutex);
-    Order(lock, DeviceOrder::Open, Clock::now());
-    desk->toControl.wait_for(lock, kGrace,
-                             [&] { return desk->stopping || desk->state != DeviceState::Busy; });
+    const auto now = Clock::now();
+    graceEnd = now + kGrace;
+    Order(lock, DeviceOrder::Open, now);
     while (!desk->stopping) {
         RunUnheard(lock);
         if (!desk->stopping) RunHeard(lock);
@@ -85,6 +90,7 @@ void Loudspeaker::Impl::RunUnheard(Lock& lock) {
         const auto now = Clock::now();
         if (desk->stopping || LookAfterDevice(lock, now)) return;
         const std::int64_t due = time.TakeDue(now);
+        if (now < graceEnd && desk->state != DeviceState::Closed) continue;
         lock.unlock();
         for (std::int64_t block = 0; block < due; ++block) desk->playback.MixUnheard(unheard);
         lock.lock();
@@ -97,8 +103,8 @@ bool Loudspeaker::Impl::LookAfterDevice(Lock& lock, Clock::time_point now) {
         case DeviceState::Busy:
             return false;
         case DeviceState::Open:
-            if (desk->playback.Beats() != beatsBefore) return true;
-            if (now - lastAttempt > kBetweenAttempts) Order(lock, DeviceOrder::Close, now);
+            if (desk->playback.Beats() >= beatsBefore + kProof) return true;
+            if (now - lastAttempt > kLongestProof) Order(lock, DeviceOrder::Close, now);
             return false;
         case DeviceState::Lost:
             Order(lock, DeviceOrder::Close, now);

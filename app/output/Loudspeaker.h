@@ -27,7 +27,7 @@ class Loudspeaker {
 
     /// True while a device plays; false while the output is silent.
     bool IsAudible() const;
-    /// The driver and the device, or why there is none; for people.
+    /// The driver, or why there is no device; for people.
     std::string Description() const;
     /// How often the device ran dry since the start, as far as it can be told, the engine's own underruns included.
     std::uint64_t Underruns() const;

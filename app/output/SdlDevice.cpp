@@ -44,16 +44,6 @@ void SDLCALL Render(void* playback, Uint8* stream, int bytes) {
         {reinterpret_cast<float*>(stream), static_cast<std::size_t>(bytes) / sizeof(float)});
 }
 
-std::string DescribeDefaultDevice() {
-    std::string description = SDL_GetCurrentAudioDriver();
-    char* name = nullptr;
-    SDL_AudioSpec spec;
-    if (SDL_GetDefaultAudioInfo(&name, &spec, 0) == 0 && name && *name)
-        description += std::string(": ") + name;
-    SDL_free(name);
-    return description;
-}
-
 }  // namespace
 
 /// SDL's audio part, running.
@@ -115,7 +105,8 @@ bool SdlDevice::Open() {
     const SDL_AudioDeviceID id = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
     if (id == 0) return Fail(SDL_GetError());
     connection_->id.store(id);
-    description_ = DescribeDefaultDevice();
+    // The device's own name is passed over: SDL reads it while its own thread may be replacing it.
+    description_ = SDL_GetCurrentAudioDriver();
     SDL_PauseAudioDevice(id, 0);
     // It may have gone before its number was known.
     if (connection_->lost.load() == id) return Fail("the device has just gone");

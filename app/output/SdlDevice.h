@@ -26,7 +26,7 @@ class SdlDevice {
     /// Opens the device that the system has chosen and starts it; false when there is none that can be heard.
     bool Open();
     void Close();
-    /// The driver and the device, or why there is none.
+    /// The driver, or why there is no device.
     const std::string& Description() const { return description_; }
 
   private:
