@@ -20,14 +20,6 @@
 namespace sorakaze {
 namespace {
 
-QApplication& Qt() {
-    static int count = 1;
-    static char name[] = "window_test";
-    static char* arguments[] = {name, nullptr};
-    static QApplication application(count, arguments);
-    return application;
-}
-
 /// A desktop without sound; steps run one after the other while its loop runs, each when the one before has
 /// returned.
 struct TestDesktop {
@@ -64,7 +56,6 @@ struct TestDesktop {
         return *view.findChild<Widget*>(name);
     }
 
-    QApplication& application = Qt();
     test::TemporaryFolder folder;
     window::QtHost host;
     Runtime runtime{{std::make_unique<WallClock>(), folder.Path(), nullptr, 1}, host};
@@ -192,3 +183,9 @@ TEST(Window, ClosingDuringAJingleEndsAtOnce) {
 
 }  // namespace
 }  // namespace sorakaze
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
