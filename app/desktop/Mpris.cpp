@@ -36,7 +36,7 @@ QDBusConnection Connect(const QString& name) {
 
 struct Mpris::Impl {
     explicit Impl(Commands commands)
-        : state{ConnectionName(), std::move(commands), {}}, connection(Connect(state.connection)) {
+        : state{ConnectionName(), std::move(commands), {}, {}}, connection(Connect(state.connection)) {
         new MprisRoot(&object, state);
         new MprisPlayer(&object, state);
         if (!connection.isConnected()) return;
@@ -72,6 +72,7 @@ Mpris::~Mpris() = default;
 
 void Mpris::Update(const NowPlaying& now) {
     const NowPlaying before = std::exchange(impl_->state.now, now);
+    if (before.onAir != now.onAir && impl_->state.asked == now.onAir) impl_->state.asked.reset();
     QVariantMap root;
     if (IdentityOf(before) != IdentityOf(now)) root.insert("Identity", IdentityOf(now));
     QVariantMap player;

@@ -25,7 +25,9 @@ struct NowPlaying {
 
 /// What a panel or a media key may ask for; called on the main thread.
 struct Commands {
-    std::function<void()> press;  ///< play and stop, both the button's press
+    /// Play and stop, both the button's press. Its effect may come later; the Update that tells of it settles
+    /// the matter.
+    std::function<void()> press;
     std::function<void()> raise;  ///< the window to the front
     std::function<void()> quit;
 };

@@ -61,11 +61,12 @@ void MprisPlayer::Stop() {
 }
 
 void MprisPlayer::Press(When when) {
-    // Whether the station is on the air is asked when the press is due: two calls to play that come together
-    // start one show.
+    // What is on the air is asked when the press is due, and what is under way counts: a caller who repeats
+    // himself starts one show, and stopping twice never starts one.
     Later(parent(), [this, when] {
-        if (when == When::OnAir && !state_.now.onAir) return;
-        if (when == When::OffAir && state_.now.onAir) return;
+        const bool onAir = state_.WillBeOnAir();
+        if ((when == When::OnAir && !onAir) || (when == When::OffAir && onAir)) return;
+        state_.asked = !onAir;
         if (state_.commands.press) state_.commands.press();
     });
 }

@@ -10,6 +10,7 @@
 #include <QDBusObjectPath>
 #include <QStringList>
 #include <QVariantMap>
+#include <optional>
 
 #include "app/desktop/Mpris.h"
 
@@ -20,6 +21,11 @@ struct MprisState {
     QString connection;  ///< the name of the bus connection that the faces answer on
     Commands commands;
     NowPlaying now;
+    /// What the presses that have not shown yet will come to: the show may take its time, or a message box
+    /// stands before it.
+    std::optional<bool> asked = std::nullopt;
+
+    bool WillBeOnAir() const { return asked.value_or(now.onAir); }
 };
 
 QString IdentityOf(const NowPlaying& now);

@@ -25,6 +25,7 @@ QVariantMap Map(const QVariant& value) {
 struct MprisTest : testing::Test {
     void Press() {
         ++presses;
+        if (delayed) return;
         now.onAir = !now.onAir;
         mpris.Update(now);
     }
@@ -38,6 +39,7 @@ struct MprisTest : testing::Test {
     QString Status() { return panel.Properties(kPlayer).value("PlaybackStatus").toString(); }
 
     PrivateBus bus;
+    bool delayed = false;
     int presses = 0;
     int raises = 0;
     int quits = 0;
@@ -93,6 +95,24 @@ TEST_F(MprisTest, TheMediaKeyIsTheButtonAndPlayAndStopKnowTheState) {
     panel.Call(kRoot, "Raise");
     panel.Call(kRoot, "Quit");
     EXPECT_TRUE(RunUntil([&] { return raises == 1 && quits == 1; }));
+}
+
+TEST_F(MprisTest, APressThatTakesItsTimeIsNotRepeated) {
+    delayed = true;
+    panel.Call(kPlayer, "Play");
+    panel.Call(kPlayer, "Play");
+    EXPECT_EQ(Presses(), 1);
+    panel.Call(kPlayer, "Stop");
+    panel.Call(kPlayer, "Stop");
+    EXPECT_EQ(Presses(), 2) << "a second stop would be a start";
+    now.onAir = true;
+    mpris.Update(now);
+    panel.Call(kPlayer, "Stop");
+    EXPECT_EQ(Presses(), 2) << "the stop is still to come";
+    now.onAir = false;
+    mpris.Update(now);
+    panel.Call(kPlayer, "Play");
+    EXPECT_EQ(Presses(), 3);
 }
 
 TEST_F(MprisTest, ACallIsAnsweredBeforeItIsCarriedOut) {
