@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The sound card: plays what the mixing engine mixes on the device that the system has chosen. A device that vanishes or
-// a sound server that goes is followed within seconds; meanwhile, and on a machine without a device, the engine is run in
-// true time without being heard, so that a show never stops for the lack of a sound card.
+// The sound card: plays what the mixing engine mixes on the device that the system has chosen. A device that
+// vanishes or a sound server that goes is followed within seconds; meanwhile, and on a machine without a
+// device, the engine is run in true time without being heard, so that a show never stops for the lack of a
+// sound card.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +16,8 @@ namespace sorakaze::output {
 
 class Loudspeaker {
   public:
-    /// Starts playing; never fails for the lack of a device. `engine` (Reading::RealTime) outlives it, and is mixed by
-    /// nobody else.
+    /// Starts playing; never fails for the lack of a device. `engine` (Reading::RealTime) outlives it, and is
+    /// mixed by nobody else.
     explicit Loudspeaker(sound::MixingEngine& engine);
     /// Fades what is heard over a tenth of a second, then stops.
     ~Loudspeaker();
@@ -29,7 +30,8 @@ class Loudspeaker {
     bool IsAudible() const;
     /// The driver, or why there is no device; for people.
     std::string Description() const;
-    /// How often the device ran dry since the start, as far as it can be told, the engine's own underruns included.
+    /// How often the device ran dry since the start, as far as it can be told, the engine's own underruns
+    /// included.
     std::uint64_t Underruns() const;
 
   private:
