@@ -121,7 +121,10 @@ void Desktop::Raise() {
 }
 
 void Desktop::Quit() {
+    if (view_) view_->hide();
     runtime_.Events().Quit();
+    host_.Close();
+    if (onQuit) std::exchange(onQuit, nullptr)();
     QCoreApplication::quit();
 }
 

@@ -31,6 +31,11 @@ class Desktop {
     void Raise();
     /// Ends everything at once. Main thread.
     void Quit();
+    /// Called once, on the main thread, when the end begins.
+    std::function<void()> onQuit;
+
+    /// The run's own; empty where none can be made.
+    std::filesystem::path TemporaryFolder() { return runtime_.TemporaryFolder(); }
 
   private:
     void _Startup();

@@ -1,29 +1,30 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <unistd.h>
+
 #include <QApplication>
 #include <QIcon>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 
 #include "app/Desktop.h"
+#include "app/Display.h"
 #include "app/runtime/Signals.h"
 
 namespace {
+
+using namespace sorakaze;
+
+/// The exit status where no window can be opened.
+constexpr int kNoDisplay = 3;
 
 /// <folder>/Sorakaze.app/Contents/Linux/Sorakaze
 std::filesystem::path AppFolder() {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
     return program.parent_path().parent_path().parent_path().parent_path();
-}
-
-bool HasDisplay() {
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        const char* value = std::getenv(name);
-        if (value && *value) return true;
-    }
-    return false;
 }
 
 /// Icons of all sizes beside the program's other resources.
@@ -37,39 +38,83 @@ QIcon ApplicationIcon(const std::filesystem::path& appFolder) {
     return icon;
 }
 
+/// What the signals' thread and an end that comes from elsewhere may reach of the application.
+class Reach {
+  public:
+    /// From here on a signal ends `desktop`. True if one has come already.
+    bool Attach(Desktop& desktop) {
+        const std::lock_guard lock(mutex_);
+        desktop_ = &desktop;
+        temporary_ = desktop.TemporaryFolder();
+        return interrupted_;
+    }
+    void Detach() {
+        const std::lock_guard lock(mutex_);
+        desktop_ = nullptr;
+        temporary_.clear();
+    }
+    void Interrupt() {
+        const std::lock_guard lock(mutex_);
+        interrupted_ = true;
+        if (!desktop_) return;
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [desktop = desktop_] { desktop->Quit(); }, Qt::QueuedConnection);
+    }
+    /// For a process that ends at once; false if nothing runs.
+    bool CleanUp() {
+        const std::lock_guard lock(mutex_);
+        std::error_code ignored;
+        if (!temporary_.empty()) std::filesystem::remove_all(temporary_, ignored);
+        return desktop_ != nullptr;
+    }
+
+  private:
+    std::mutex mutex_;  ///< guards what follows
+    Desktop* desktop_ = nullptr;
+    std::filesystem::path temporary_;
+    bool interrupted_ = false;
+};
+
+Reach& TheReach() {
+    static auto* reach = new Reach;  // outlives everything, the exit handlers too
+    return *reach;
+}
+
+void RunDesktop(const std::filesystem::path& appFolder) {
+    Desktop* running = nullptr;
+    auto only = desktop::SingleInstance::Claim(appFolder, [&running] {
+        if (running) running->Raise();
+    });
+    if (!only) return;
+    Desktop desktop(appFolder);
+    // Whoever starts the application while this one ends gets one of his own.
+    desktop.onQuit = [&only] { only.reset(); };
+    running = &desktop;
+    if (!TheReach().Attach(desktop)) desktop._Main();
+    TheReach().Detach();
+    running = nullptr;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    using namespace sorakaze;
-    if (!HasDisplay()) {
-        std::fprintf(stderr, "Sorakaze: there is no display. sorakaze-studio renders shows without one.\n");
-        return 1;
+    if (const std::string why = WhyNoDisplay(); !why.empty()) {
+        std::fprintf(stderr, "Sorakaze: %s. sorakaze-studio renders shows without one.\n", why.c_str());
+        return kNoDisplay;
     }
     std::signal(SIGPIPE, SIG_IGN);
-    Desktop* running = nullptr;
     // Made before all other threads, so that they leave the signals to it.
-    const Signals interrupts(
-        [&running] {
-            if (QCoreApplication* application = QCoreApplication::instance()) {
-                QMetaObject::invokeMethod(
-                    application, [&running] { running ? running->Quit() : QCoreApplication::quit(); },
-                    Qt::QueuedConnection);
-            }
-        },
-        [] {});
+    const Signals interrupts([] { TheReach().Interrupt(); }, [] { TheReach().CleanUp(); });
     QApplication application(argc, argv);
     QApplication::setApplicationName("Sorakaze");
     QApplication::setApplicationVersion(SORAKAZE_VERSION);
     QApplication::setDesktopFileName("sorakaze");
+    // The toolkit ends the process when the display goes, with the show's threads at work.
+    std::atexit([] {
+        if (TheReach().CleanUp()) _exit(1);
+    });
     const auto appFolder = AppFolder();
     QApplication::setWindowIcon(ApplicationIcon(appFolder));
-    const auto only = desktop::SingleInstance::Claim(appFolder, [&running] {
-        if (running) running->Raise();
-    });
-    if (!only) return 0;
-    Desktop desktop(appFolder);
-    running = &desktop;
-    desktop._Main();
-    running = nullptr;
+    RunDesktop(appFolder);
     return 0;
 }

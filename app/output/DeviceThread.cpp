@@ -10,8 +10,8 @@
 namespace sorakaze::output {
 namespace {
 
-/// An orderly end takes two buffers.
-constexpr auto kPatience = std::chrono::seconds(2);
+/// An orderly end takes two buffers; who closes the window waits for no server.
+constexpr auto kPatience = std::chrono::milliseconds(400);
 
 }  // namespace
 

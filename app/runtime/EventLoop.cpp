@@ -35,16 +35,19 @@ void EventLoop::Quit() {
 }
 
 void EventLoop::TimersChanged() {
-    std::chrono::nanoseconds nextDue{};
     NativeLoop* loop = native_;
-    if (loop && (!NothingDue(nextDue) || nextDue != std::chrono::nanoseconds::max())) loop->CallAt(nextDue);
+    if (!loop) return;
+    std::chrono::nanoseconds nextDue{};
+    if (!NothingDue(nextDue)) nextDue = {};
+    if (nextDue != std::chrono::nanoseconds::max()) loop->CallAt(nextDue);
 }
 
 void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
+    if (quit_) return;
     native_ = &loop;
     scheduler_.SetMainWait([this] {
         const bool accepting = std::exchange(accepting_, false);
-        native_.load()->Serve(NativeLoop::Input::Keep);
+        native_.load()->Serve();
         accepting_ = accepting;
         if (quit_) throw ThreadKilled();
     });
@@ -75,11 +78,12 @@ void EventLoop::HandleFromNative() {
 
 /// Serves the toolkit and handles events while the condition holds.
 void EventLoop::ServeWhile(FunctionRef<bool()> condition) {
+    // What came while the handler waited in its own way.
+    TimersChanged();
     while (condition()) {
         if (quit_) throw ThreadKilled();
         accepting_ = true;
-        scheduler_.Block(Blocking::TimeStands,
-                         [this](std::stop_token) { native_.load()->Serve(NativeLoop::Input::Handle); });
+        scheduler_.Block(Blocking::TimeStands, [this](std::stop_token) { native_.load()->Serve(); });
         accepting_ = false;
     }
     TimersChanged();

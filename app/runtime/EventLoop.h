@@ -33,10 +33,10 @@ class NativeLoop {
     /// where it has passed. Any thread; an earlier time that was asked for stands.
     virtual void CallAt(std::chrono::nanoseconds due) = 0;
 
-    /// Main thread, without the baton: serves the toolkit for a tick or until something happened. Without
-    /// input, what the user does stays queued and the window only repaints.
-    enum class Input { Handle, Keep };
-    virtual void Serve(Input input) = 0;
+    /// Main thread, without the baton: serves the toolkit for a tick or until something happened. What the
+    /// user does meanwhile is posted, and handled when the main thread's handler has ended or waits for
+    /// events.
+    virtual void Serve() = 0;
 };
 
 class EventLoop {

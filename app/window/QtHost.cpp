@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "app/window/WindowView.h"
 
@@ -78,11 +79,14 @@ void QtHost::ShowModal(const QString& text) {
     QMessageBox box(QMessageBox::Information, "Sorakaze", text, QMessageBox::Ok, parent_);
     box.setTextFormat(Qt::PlainText);
     box.setObjectName("message");
+    QDialog* const outer = std::exchange(modal_, &box);
     box.exec();
+    modal_ = outer;
 }
 
 void QtHost::Close() {
     closing_.request_stop();
+    if (modal_) modal_->reject();
 }
 
 }  // namespace sorakaze::window

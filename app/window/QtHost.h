@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDialog>
 #include <QObject>
 #include <QWidget>
 
@@ -17,13 +18,14 @@ class QtHost : public QObject, public Host {
 
     /// The window that boxes belong to. Until it is set they stand by themselves.
     void SetParent(QWidget* parent) { parent_ = parent; }
-    /// Nobody answers any more: messages return at once from here on.
+    /// Nobody answers any more: boxes close, and messages return at once from here on. Main thread.
     void Close();
 
   private:
     void ShowModal(const QString& text);
 
     QWidget* parent_ = nullptr;
+    QDialog* modal_ = nullptr;  ///< the box that the main thread stands in
     std::stop_source closing_;
 };
 

@@ -43,11 +43,9 @@ void QtLoop::Arm(std::chrono::nanoseconds due) {
     due_.start(static_cast<int>(std::clamp<long long>(milliseconds, 0, 3'600'000)));
 }
 
-void QtLoop::Serve(Input input) {
+void QtLoop::Serve() {
     round_.start();
-    auto flags = QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents;
-    if (input == Input::Keep) flags |= QEventLoop::ExcludeUserInputEvents;
-    QCoreApplication::processEvents(flags);
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     round_.stop();
 }
 

@@ -16,7 +16,7 @@ class QtLoop : public QObject, public NativeLoop {
     explicit QtLoop(Runtime& runtime);
 
     void CallAt(std::chrono::nanoseconds due) override;
-    void Serve(Input input) override;
+    void Serve() override;
 
     /// Runs the application until it quits. Called with the baton.
     void Run();

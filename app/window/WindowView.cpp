@@ -190,7 +190,10 @@ void WindowView::OrderTabs() {
          {window_.songDurationSlider.TabIndex, &songDurationSlider_}}};
     std::sort(stops.begin(), stops.end());
     for (std::size_t i = 0; i + 1 < stops.size(); ++i) setTabOrder(stops[i].second, stops[i + 1].second);
-    for (const auto& [index, widget] : stops) widget->setFocusPolicy(Qt::StrongFocus);
+    // A stop that can't be seen would lose the focus for whoever uses the keyboard.
+    for (const auto& [index, widget] : stops) {
+        widget->setFocusPolicy(rect().intersects(widget->geometry()) ? Qt::StrongFocus : Qt::NoFocus);
+    }
 }
 
 void WindowView::OnMainThread(std::function<void()> show) {

@@ -163,6 +163,46 @@ TEST(Window, AMessageOfAShowThreadStopsThatThreadAlone) {
     desktop.Run();
 }
 
+TEST(Window, ClosingDuringAFadeEndsAtOnceAndAPressWaitsForItsEnd) {
+    for (const bool close : {false, true}) {
+        TestDesktop desktop("mode: songs 9\nopening: 0, play [[iTunes]]\nintro: 0, wait 60\n");
+        bool fading = false;
+        bool faded = false;
+        desktop.runtime.Scripts().Register(
+            static_cast<std::int32_t>(PlayerScript::fadeOutTrack), [&](const auto&) {
+                fading = true;
+                const std::int32_t begin = Ticks();
+                WaitWhile([&] { return Ticks() - begin < (close ? 6000 : 20); });
+                fading = false;
+                faded = true;
+                desktop.player.playing = 0;
+                return String();
+            });
+        desktop.runtime.Scripts().Register(static_cast<std::int32_t>(PlayerScript::getPosition),
+                                           [](const auto&) -> String { return "9999"; });
+        desktop.view.onClose = [&] {
+            desktop.runtime.Events().Quit();
+            QCoreApplication::quit();
+        };
+        auto& button = desktop.Find<QPushButton>("programStart");
+        desktop.Then([&] { QTest::mouseClick(&button, Qt::LeftButton); });
+        for (int i = 0; i < 12; ++i) {
+            desktop.Then([&] {
+                if (!fading) return;
+                desktop.steps.clear();
+                if (close) desktop.view.close();
+                if (close) return;
+                QTest::mouseClick(&button, Qt::LeftButton);
+                EXPECT_EQ(desktop.player.log.size(), 1u) << "the press is kept until the fade has ended";
+                for (int wait = 0; wait < 15; ++wait) desktop.Then([] {});
+            });
+        }
+        desktop.Run();
+        EXPECT_EQ(faded, !close);
+        EXPECT_EQ(button.text() == "再生", !close);
+    }
+}
+
 TEST(Window, ClosingDuringAJingleEndsAtOnce) {
     TestDesktop desktop("mode: songs 1\nopening: 0, wait 0\nending: 0, wait 600\nmode: songs 0\n");
     desktop.view.onClose = [&] {
