@@ -7,24 +7,13 @@
 #include <utility>
 
 #include "player/MusicLibrary.h"
-#include "player/UserMusicFolder.h"
 #include "player/bridge/PlayerScripts.h"
 
 namespace sorakaze {
-namespace {
-
-std::unique_ptr<player::MusicLibrary> OpenLibrary(const std::filesystem::path& appFolder) {
-    std::vector<std::filesystem::path> roots{appFolder / "Music"};
-    if (const auto own = player::UserMusicFolder(); !own.empty()) roots.push_back(own);
-    return std::make_unique<player::MusicLibrary>(std::move(roots));
-}
-
-}  // namespace
-
 // The library begins to look through the music before anything else comes up.
 Desktop::Desktop(std::filesystem::path appFolder)
     : appFolder_(std::move(appFolder)),
-      player_(engine_, OpenLibrary(appFolder_)),
+      player_(engine_, player::MusicLibrary::OfApplication(appFolder_)),
       runtime_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_) {}
 
 Desktop::~Desktop() {

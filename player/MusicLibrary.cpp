@@ -7,6 +7,7 @@
 
 #include "player/EntryFile.h"
 #include "player/LibraryWatcher.h"
+#include "player/UserMusicFolder.h"
 
 namespace sorakaze::player {
 
@@ -65,6 +66,12 @@ MusicLibrary::MusicLibrary(std::vector<std::filesystem::path> roots, Watching wa
     : impl_(std::make_unique<Impl>(std::move(roots), watching, std::move(now))) {}
 
 MusicLibrary::~MusicLibrary() = default;
+
+std::unique_ptr<MusicLibrary> MusicLibrary::OfApplication(const std::filesystem::path& appFolder) {
+    std::vector<std::filesystem::path> roots{appFolder / "Music"};
+    if (const auto own = UserMusicFolder(); !own.empty()) roots.push_back(own);
+    return std::make_unique<MusicLibrary>(std::move(roots));
+}
 
 std::vector<std::string> MusicLibrary::Names() {
     const auto catalogue = impl_->watcher.Current();

@@ -29,6 +29,9 @@ struct Track {
 /// Called from any thread.
 class MusicLibrary {
   public:
+    /// The library of an application: the Music folder beside it, and the user's own music folder.
+    static std::unique_ptr<MusicLibrary> OfApplication(const std::filesystem::path& appFolder);
+
     using Clock = std::chrono::steady_clock;
 
     enum class Watching {

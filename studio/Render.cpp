@@ -11,6 +11,7 @@
 #include "app/runtime/Signals.h"
 #include "app/runtime/sound/SoundFileWriter.h"
 #include "player/LocalPlayer.h"
+#include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
 #include "show/mainWindow.h"
 #include "studio/Console.h"
@@ -120,7 +121,7 @@ class Session {
           runtime_({std::make_unique<StudioClock>([this] { recorder_.MixTick(); }), station_,
                     &recorder_.Engine(), options.seed},
                    host_),
-          player_(recorder_.Engine(), OpenLibrary(station_)),
+          player_(recorder_.Engine(), player::MusicLibrary::OfApplication(station_)),
           transcript_(console_, station_) {
         if (runtime_.TemporaryFolder().empty()) {
             throw StudioError(
@@ -304,7 +305,7 @@ void List(const std::filesystem::path& given) {
     StudioHost host(console);
     sound::MixingEngine engine(sound::Reading::Offline);
     Runtime runtime({std::make_unique<StudioClock>(), station, &engine, std::nullopt}, host);
-    player::LocalPlayer player(engine, OpenLibrary(station));
+    player::LocalPlayer player(engine, player::MusicLibrary::OfApplication(station));
     mainWindow window;
     RegisterPlayerScripts(runtime.Scripts(), player, window);
     window.Event_Open();

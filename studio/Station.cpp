@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "player/UserMusicFolder.h"
 #include "studio/StudioError.h"
 
 namespace sorakaze::studio {
@@ -25,12 +24,6 @@ fs::path FindStation(const fs::path& given) {
                                        " is no station: give --station the folder that holds Sorakaze.app.");
     }
     return station;
-}
-
-std::unique_ptr<player::MusicLibrary> OpenLibrary(const fs::path& station) {
-    std::vector<fs::path> roots{station / "Music"};
-    if (const fs::path own = player::UserMusicFolder(); !own.empty()) roots.push_back(own);
-    return std::make_unique<player::MusicLibrary>(std::move(roots));
 }
 
 void SelectRow(PopupMenu& menu, const std::string& name, const std::string& what) {
