@@ -15,6 +15,7 @@
 #include "app/runtime/String.h"
 #include "app/runtime/Thread.h"
 #include "show/Block.h"
+#include "show/Deployment.h"
 #include "show/ShowObserver.h"
 
 namespace sorakaze {
@@ -59,6 +60,8 @@ class mainWindow : public Window {
     void logger(const String& message);
     /// The text with its multibyte runs turned into romaji.
     String convertRoma(const String& text);
+    /// The romaji of one run of multibyte characters, by way of the reading that kanji2kanaCmd prints.
+    String kanji2roma(const String& run);
     void doEnding();
 
     // The operations on the player. What the script behind one gives comes back as it is.
@@ -126,6 +129,9 @@ class mainWindow : public Window {
     FolderItemRef resourceFolder;
     SoundRef soundData;
     SoundRef sayData;
+
+    /// Where the services are; the host sets it before Event_Open.
+    Deployment deployment;
 
     /// Looks on; unset on the desktop. Outlives the window.
     ShowObserver* observer = nullptr;

@@ -57,4 +57,9 @@ void TextControl::SetText(const String& text) {
     TellChanged();
 }
 
+void HTMLViewer::LoadPage(const FolderItemRef& file) {
+    NotNil(file);
+    if (Load) Load(file);
+}
+
 }  // namespace sorakaze

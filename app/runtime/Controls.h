@@ -8,6 +8,7 @@
 #include <functional>
 #include <vector>
 
+#include "app/runtime/FolderItem.h"
 #include "app/runtime/String.h"
 
 namespace sorakaze {
@@ -148,7 +149,15 @@ class TextArea : public TextControl {
 };
 
 /// A place for pages. It stays empty until something is loaded.
-class HTMLViewer : public RectControl {};
+class HTMLViewer : public RectControl {
+  public:
+    /// Loads and runs the page of a local file, scripts included, in place of what is there. Returns before
+    /// it has finished. Raises NilObjectException for an empty reference. Without a view nothing happens.
+    void LoadPage(const FolderItemRef& file);
+
+    /// The view's place: called with the baton, on the thread that loads.
+    std::function<void(const FolderItemRef&)> Load;
+};
 
 /// A window's own properties.
 class Window {
