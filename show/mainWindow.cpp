@@ -3,6 +3,7 @@
 #include "show/mainWindow.h"
 
 #include "app/runtime/Runtime.h"
+#include "speech/KanaTable.h"
 
 namespace sorakaze {
 
@@ -54,6 +55,10 @@ void mainWindow::Event_Open() {
     programMenu.SetListIndex(0);
     playlistMenu.AddRows(Split(iTunesPlaylist(), ", "));
     playlistMenu.SetListIndex(0);
+    for (std::size_t row = 0; row < kKanaTable.size(); ++row) {
+        kanaArray[row] = kKanaTable[row].kana;
+        romeArray[row] = kKanaTable[row].romaji;
+    }
 }
 
 void mainWindow::tell(std::string_view what,

@@ -1,12 +1,40 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/Runtime.h"
+#include "app/runtime/Shell.h"
+#include "app/runtime/Utf8.h"
 #include "show/mainWindow.h"
+#include "speech/Romanisation.h"
 
 namespace sorakaze {
 
-/// Without a table of readings the text stays as it is: the voice says of it what it can.
 String mainWindow::convertRoma(const String& text) {
-    return text;
+    const std::string& bytes = text.Bytes();
+    std::string result;
+    std::string run;
+    const auto endRun = [&] {
+        if (!run.empty()) result += kanji2roma(run).Bytes();
+        run.clear();
+    };
+    for (std::size_t at = 0; at < bytes.size();) {
+        const std::size_t size = utf8::Read(bytes, at).size;
+        if (size == 1) endRun();
+        (size == 1 ? result : run).append(bytes, at, size);
+        at += size;
+        Yield();
+    }
+    endRun();
+    return result;
+}
+
+/// The run stands in the command unescaped: without a single-byte character in it there is nothing to escape.
+String mainWindow::kanji2roma(const String& run) {
+    Shell shell;
+    shell.Execute(NotNil(kanji2kanaCmd)->ShellPath() + " -o " + Chr(34) + run + Chr(34));
+    String reading = ReplaceAll(shell.Result(), Chr(10), "");
+    reading = ReplaceAll(reading, ",,", " ");
+    reading = ReplaceAll(reading, ",", " ");
+    return Romanise(reading, kanaArray, romeArray);
 }
 
 }  // namespace sorakaze

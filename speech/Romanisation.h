@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <vector>
+
+#include "app/runtime/String.h"
+
+namespace sorakaze {
+
+/// A reading in kana, spelt in Latin letters by the table whose rows are `kana[i]` and `romaji[i]`. The small
+/// tsu, the table's last row, is spelt through what follows it; at the very end it is dropped. What has no
+/// row stays as it is. Lets the other threads run.
+String Romanise(const String& reading, const std::vector<String>& kana, const std::vector<String>& romaji);
+
+}  // namespace sorakaze

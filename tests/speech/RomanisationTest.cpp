@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include "tests/support/TestShow.h"
+
+namespace sorakaze {
+namespace {
+
+/// A show whose reader of kanji prints `output` whatever it is asked, and a mark for each call.
+struct RomanisationTest : testing::Test {
+    void Print(const std::string& output) {
+        const auto path = "Sorakaze.app/Contents/Resources/SayKotoeri";
+        show.folder.Write(path,
+                          "#!/bin/sh\n[ $# = 2 ] && [ \"$1\" = -o ] && cat <<'end'\n" + output + "\nend\n");
+        std::filesystem::permissions(show.folder.Path() / path, std::filesystem::perms::all);
+    }
+
+    test::TestShow show;
+};
+
+TEST_F(RomanisationTest, ReadingsAreSpeltByTheTable) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"きょう,は,,てんき", "kyou ha tennki"},
+        {"がっこう", "gakkou"},
+        {"ざっし", "zasshi"},
+        {"みっつ", "mittsu"},
+        {"まっちゃ", "maccha"},
+        {"こっち", "kocchi"},
+        {"ちょっと", "chotto"},
+        {"っあ", "ltua"},
+        {"いっぬ", "iltunu"},
+        {"っっか", "kkka"},
+        {"あっ", "a"},
+        {"っ", ""},
+        {"がっ,こう", "galtu kou"},
+        {"っカ", "ltuカ"},
+        {"っ、", ",,"},
+        {"っ。", ".."},
+        {"っー", "--"},
+        {"あんない", "annnai"},
+        {"しんぶん", "shinnbunn"},
+        {"らーめん", "ra-menn"},
+        {"ゃ", "ゃ"},
+        {"ぐぁ", "gula"},
+        {"うぉ", "ulo"},
+        {"ゔぁいおりん", "vaiorinn"},
+        {"てぃっしゅ", "thisshu"},
+        {"", ""},
+        {"か\nき,,,く", "kaki  ku"},  // line ends go first; three commas are a pair and one
+        {"っ\xFFん,ＡＢ漢", "ltu\xFFnn ＡＢ漢"},
+    };
+    for (const auto& [output, romaji] : cases) {
+        Print(output);
+        EXPECT_EQ(show.window.kanji2roma("東京").Bytes(), romaji) << output;
+    }
+}
+
+TEST_F(RomanisationTest, EachMultibyteRunIsReadByItself) {
+    Print("とうきょうっ");
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""},
+        {"Hello, World! 42", "Hello, World! 42"},
+        {"abc東京def", "abctoukyoudef"},
+        {"東京 大阪!", "toukyou toukyou!"},
+        {"\xE6東\xFF", "\xE6toukyou\xFF"},  // stray bytes are single ones
+        {"$(reboot)`京`\"", "$(reboot)`toukyou`\""},
+    };
+    for (const auto& [text, romaji] : cases) {
+        EXPECT_EQ(show.window.convertRoma(text).Bytes(), romaji) << text;
+    }
+    std::filesystem::remove(show.folder.Path() / "Sorakaze.app/Contents/Resources/SayKotoeri");
+    EXPECT_EQ(show.window.convertRoma("a東京b").Bytes(), "ab");
+}
+
+TEST_F(RomanisationTest, TheTableHasNoRowThatHidesALaterOne) {
+    const auto& kana = show.window.kanaArray;
+    ASSERT_EQ(kana.size(), 167u);
+    ASSERT_EQ(show.window.romeArray.size(), 167u);
+    for (std::size_t row = 0; row < kana.size(); ++row) {
+        EXPECT_FALSE(show.window.romeArray[row].IsEmpty());
+        for (std::size_t later = row + 1; later < kana.size(); ++later) {
+            EXPECT_FALSE(kana[later].Bytes().starts_with(kana[row].Bytes())) << kana[row] << kana[later];
+        }
+    }
+}
+
+}  // namespace
+}  // namespace sorakaze
