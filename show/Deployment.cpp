@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace sorakaze {
 namespace {
@@ -87,11 +87,11 @@ Deployment ReadDeployment(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::exists(file, error) && !error) return {};
     std::ifstream stream(file, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(stream)), {});
-    if (!stream || stream.bad() || std::filesystem::is_directory(file, error)) {
-        throw DeploymentError("it can't be read");
+    std::ostringstream text;
+    if (std::filesystem::is_directory(file, error) || !(text << stream.rdbuf())) {
+        throw DeploymentError("it can't be read, or it is empty");
     }
-    return ParseDeployment(text);
+    return ParseDeployment(text.str());
 }
 
 }  // namespace sorakaze

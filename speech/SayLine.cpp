@@ -3,6 +3,8 @@
 #include "speech/SayLine.h"
 
 #include "app/runtime/Runtime.h"
+#include "app/runtime/TextStreams.h"
+#include "speech/VoicePage.h"
 
 namespace sorakaze {
 namespace {
@@ -35,6 +37,12 @@ void SayLine(mainWindow& window, Shell& shell, const String& voice, const String
 
 void SayjLine(mainWindow& window, const String& text) {
     window.tell("sayj", {{"voice", window.j_personality}, {"text", text}});
+    const auto page =
+        NotNil(TextOutputStream::Create(NotNil(NotNil(SpecialFolder::Temporary())->Child("temp.html"))));
+    page->Write(VoicePage(window.deployment, window.j_personality, text));
+    page->Close();
+    window.voiceHTMLViewer.LoadPage(NotNil(window.resourceFolder)->Child("blank.html"));
+    window.voiceHTMLViewer.LoadPage(SpecialFolder::Temporary()->Child("temp.html"));
 }
 
 }  // namespace sorakaze

@@ -11,7 +11,8 @@ namespace sorakaze {
 /// it. Returns when it has been heard, or after a message.
 void SayLine(mainWindow& window, Shell& shell, const String& voice, const String& text);
 
-/// Speaks a text with the show's Japanese voice. Returns at once.
+/// Has the window's viewer send a text to the voice service, whose answer speaks it. Returns at once.
+/// Raises NilObjectException where the page can't be written.
 void SayjLine(mainWindow& window, const String& text);
 
 }  // namespace sorakaze

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/VoicePage.h"
+
+#include <string>
+
+namespace sorakaze {
+namespace {
+
+/// A hidden field; `more` is what stands between its name and its value.
+std::string Field(const std::string& name, const std::string& value, const std::string& more = "") {
+    return "\t<input type=\"hidden\" name=\"" + name + "\"" + more + " value=\"" + value + "\" />\r";
+}
+
+String Template(const Deployment& deployment) {
+    return "<html>\r"
+           "<head><meta http-equiv='Content-Type' content='text/html; charset=utf-8'></head>\r"
+           "<body onload=\"document.forms[0].target = 'sub'; document.forms[0].submit();\">\r"
+           "\r"
+           "<form method=\"post\" action=\"http://" +
+           deployment.voiceHost + "/voice_neo/vsdemo.aspx\">\r" +
+           Field("__VIEWSTATE", deployment.viewState, " id=\"__VIEWSTATE\"") +
+           Field("__EVENTVALIDATION", deployment.eventValidation, " id=\"__EVENTVALIDATION\"") +
+           Field("RadioButton1", "[[voice]]") + Field("WriteText", "[[text]]", " rows=\"2\" cols=\"20\"") +
+           Field("SpeedText", "1.0") + Field("PlayButton.x", "400") + Field("PlayButton.y", "25") +
+           "</form>\r"
+           "\r"
+           "<iframe name=\"sub\" height=\"0px\" width=\"0px\"></iframe>\r"
+           "</body>\r"
+           "</html>\r";
+}
+
+}  // namespace
+
+/// The text first: should it hold the other's mark, the mark of the voice's field stands ahead of it.
+String VoicePage(const Deployment& deployment, const String& voice, const String& text) {
+    const String page = Replace(Template(deployment), "[[text]]", text);
+    return Replace(page, "[[voice]]", voice);
+}
+
+}  // namespace sorakaze
