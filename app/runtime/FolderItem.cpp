@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/runtime/FolderItem.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -9,7 +10,9 @@
 #include <system_error>
 #include <vector>
 
+#include "app/runtime/BinaryStream.h"
 #include "app/runtime/Runtime.h"
+#include "app/runtime/TextStreams.h"
 
 namespace sorakaze {
 namespace {
@@ -107,6 +110,15 @@ String FolderItem::ShellPath() const {
 void FolderItem::Delete() const {
     std::error_code ignored;
     fs::remove(path_, ignored);
+}
+
+std::shared_ptr<TextOutputStream> FolderItem::CreateTextFile() const {
+    return TextOutputStream::Create(std::make_shared<FolderItem>(*this));
+}
+
+std::shared_ptr<BinaryStream> FolderItem::OpenAsBinaryFile(bool forWriting) const {
+    FileHandle handle = forWriting ? OpenPlainFile(path_, O_WRONLY, "wb") : nullptr;
+    return handle ? std::make_shared<BinaryStream>(std::move(handle)) : nullptr;
 }
 
 FolderItemRef GetFolderItem(const String& path, std::int32_t mode) {

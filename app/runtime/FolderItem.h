@@ -12,8 +12,10 @@
 
 namespace sorakaze {
 
+class BinaryStream;
 class FolderItem;
 class Sound;
+class TextOutputStream;
 using FolderItemRef = std::shared_ptr<FolderItem>;
 using SoundRef = std::shared_ptr<Sound>;
 
@@ -37,6 +39,11 @@ class FolderItem {
     void Delete() const;
     /// Empty if the file is no sound that can be read. Lets the other threads run while it reads.
     SoundRef OpenAsSound() const;
+    /// Creates the file or empties it. Empty where that can't be done.
+    std::shared_ptr<TextOutputStream> CreateTextFile() const;
+    /// The file, which exists, for writing from its start on; empty where that can't be done. Reading isn't
+    /// offered: without `forWriting` it is empty.
+    std::shared_ptr<BinaryStream> OpenAsBinaryFile(bool forWriting) const;
 
     const std::filesystem::path& Path() const { return path_; }
 

@@ -27,6 +27,17 @@ bool IsBlank(char32_t code) {
     return code < utf8::kStray && u_isUWhiteSpace(static_cast<UChar32>(code));
 }
 
+/// The offset of the first character that isn't blank.
+std::size_t BehindBlanks(std::string_view text) {
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+        const auto character = utf8::Read(text, begin);
+        if (!IsBlank(character.code)) break;
+        begin += character.size;
+    }
+    return begin;
+}
+
 /// Calls take(piece) for every piece of `s` between separators, in order, until it gives false.
 template <typename Take>
 void ForEachPiece(std::string_view s, std::string_view separator, Take take) {
@@ -91,6 +102,12 @@ String Left(const String& s, std::int32_t n) {
     return s.Bytes().substr(0, utf8::OffsetOf(s.Bytes(), FromInt32(n)));
 }
 
+String Right(const String& s, std::int32_t n) {
+    const std::size_t count = utf8::CountCharacters(s.Bytes());
+    const std::size_t skipped = count - std::min(count, FromInt32(n));
+    return s.Bytes().substr(utf8::OffsetOf(s.Bytes(), skipped));
+}
+
 String Mid(const String& s, std::int32_t start) {
     return s.Bytes().substr(utf8::OffsetOf(s.Bytes(), FromInt32(start - (start > 0 ? 1 : 0))));
 }
@@ -143,12 +160,7 @@ String Replace(const String& s, const String& find, const String& with) {
 
 String Trim(const String& s) {
     const std::string_view text = s.Bytes();
-    std::size_t begin = 0;
-    while (begin < text.size()) {
-        const auto character = utf8::Read(text, begin);
-        if (!IsBlank(character.code)) break;
-        begin += character.size;
-    }
+    const std::size_t begin = BehindBlanks(text);
     std::size_t end = text.size();
     while (end > begin) {
         std::size_t last = end - 1;
@@ -159,6 +171,10 @@ String Trim(const String& s) {
         end = last;
     }
     return String(text.substr(begin, end - begin));
+}
+
+String LTrim(const String& s) {
+    return s.Bytes().substr(BehindBlanks(s.Bytes()));
 }
 
 String Lowercase(const String& s) {
@@ -186,6 +202,30 @@ String Chr(std::int32_t code) {
     return character;
 }
 
+std::int32_t Asc(const String& s) {
+    if (s.IsEmpty()) return 0;
+    const char32_t code = utf8::Read(s.Bytes(), 0).code;
+    return static_cast<std::int32_t>(code < utf8::kStray ? code : code - utf8::kStray);
+}
+
+String Hex(std::int32_t n) {
+    char digits[8];
+    const auto end = std::to_chars(digits, digits + sizeof digits, static_cast<std::uint32_t>(n), 16);
+    for (char* digit = digits; digit != end.ptr; ++digit) {
+        if (*digit >= 'a') *digit = static_cast<char>(*digit - 'a' + 'A');
+    }
+    return std::string(digits, end.ptr);
+}
+
+String Format(double x, const String& mask) {
+    if (!std::isfinite(x)) return Str(x);
+    const double whole = std::round(x);
+    std::string digits = Str(std::abs(whole)).Bytes();
+    const auto zeros = static_cast<std::size_t>(std::count(mask.Bytes().begin(), mask.Bytes().end(), '0'));
+    if (digits.size() < zeros) digits.insert(0, zeros - digits.size(), '0');
+    return (whole < 0 ? "-" : "") + digits;
+}
+
 String Str(std::int32_t n) {
     return std::to_string(n);
 }
@@ -201,12 +241,7 @@ String Str(double x) {
 
 double Val(const String& s) {
     const std::string_view text = s.Bytes();
-    std::size_t at = 0;
-    while (at < text.size()) {
-        const auto character = utf8::Read(text, at);
-        if (!IsBlank(character.code)) break;
-        at += character.size;
-    }
+    std::size_t at = BehindBlanks(text);
     bool negative = false;
     if (at < text.size() && (text[at] == '+' || text[at] == '-')) negative = text[at++] == '-';
     const char* first = text.data() + at;

@@ -44,6 +44,8 @@ std::int32_t Len(const String& s);
 std::int32_t LenB(const String& s);
 /// The first n characters; empty for n <= 0.
 String Left(const String& s, std::int32_t n);
+/// The last n characters; empty for n <= 0.
+String Right(const String& s, std::int32_t n);
 /// From the 1-based `start` to the end, or `length` characters of that. A start below 1 counts as 1.
 String Mid(const String& s, std::int32_t start);
 String Mid(const String& s, std::int32_t start, std::int32_t length);
@@ -59,9 +61,18 @@ String ReplaceAll(const String& s, const String& find, const String& with);
 String Replace(const String& s, const String& find, const String& with);
 /// White space (as Unicode has it) removed at both ends.
 String Trim(const String& s);
+/// The same at the start only.
+String LTrim(const String& s);
 String Lowercase(const String& s);
 /// The one-character string of a code point; empty for what is no code point.
 String Chr(std::int32_t code);
+/// The code of the first character, of a stray byte its value; 0 for the empty text.
+std::int32_t Asc(const String& s);
+/// Upper-case hexadecimal digits without zeros in front; a negative number as its 32 bits.
+String Hex(std::int32_t n);
+/// The number, rounded to a whole one, in decimal: at least as many digits as `mask` has zeros, padded in
+/// front with 0. A minus sign counts as no digit.
+String Format(double x, const String& mask);
 String Str(std::int32_t n);
 /// A whole number comes out with neither point nor zeros behind it; others in the fewest digits that give
 /// them back.

@@ -3,30 +3,11 @@
 #include "app/runtime/TextStreams.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <string>
+#include <string_view>
 
 namespace sorakaze {
-namespace {
-
-/// Opens a plain file. A folder, a pipe or a device is none: reading one could fail late or never end.
-FileHandle OpenPlainFile(const std::filesystem::path& path, int flags, const char* mode) {
-    const int descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (descriptor < 0) return nullptr;
-    struct stat status {};
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(descriptor);
-        return nullptr;
-    }
-    FileHandle file(fdopen(descriptor, mode));
-    if (!file) close(descriptor);
-    return file;
-}
-
-}  // namespace
-
 TextInputStream::TextInputStream(FileHandle file) : file_(std::move(file)) {
     char mark[3] = {};
     const bool marked = std::fread(mark, 1, sizeof mark, file_.get()) == sizeof mark &&

@@ -3,17 +3,12 @@
 // Reading and writing text files.
 #pragma once
 
-#include <cstdio>
 #include <memory>
 
 #include "app/runtime/FolderItem.h"
+#include "app/runtime/PlainFile.h"
 
 namespace sorakaze {
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
 
 class TextInputStream {
   public:

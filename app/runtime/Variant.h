@@ -17,6 +17,7 @@ class Variant {
 
     Variant() = default;
     Variant(String text) : value_(std::move(text)) {}
+    Variant(const char* text) : value_(String(text)) {}
     Variant(std::int32_t number) : value_(number) {}
 
     int VarType() const { return std::holds_alternative<std::int32_t>(value_) ? kInteger : kString; }

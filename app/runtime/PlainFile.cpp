@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/PlainFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace sorakaze {
+
+FileHandle OpenPlainFile(const std::filesystem::path& path, int flags, const char* mode) {
+    const int descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (descriptor < 0) return nullptr;
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        return nullptr;
+    }
+    FileHandle file(fdopen(descriptor, mode));
+    if (!file) close(descriptor);
+    return file;
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Opening the files behind the streams.
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+namespace sorakaze {
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Opens a plain file with the flags of open(2) and the mode of fdopen(3); null where that can't be done. A
+/// folder, a pipe or a device is no plain file: reading one could fail late or never end.
+FileHandle OpenPlainFile(const std::filesystem::path& path, int flags, const char* mode);
+
+}  // namespace sorakaze
