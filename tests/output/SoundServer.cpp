@@ -2,12 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/output/SoundServer.h"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,29 +13,6 @@
 namespace sorakaze::output::testing {
 
 using namespace sound::testing;
-
-Program::Program(const std::vector<std::string>& line, const std::filesystem::path& output) {
-    std::vector<char*> arguments;
-    for (const auto& word : line) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    const std::string path = output;
-    pid_ = fork();
-    if (pid_ != 0) return;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    dup2(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600), STDOUT_FILENO);
-    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
-}
-
-Program::~Program() {
-    Signal(SIGKILL);
-    waitpid(pid_, nullptr, 0);
-}
-
-void Program::Signal(int number) const {
-    kill(pid_, number);
-}
 
 bool SoundServer::IsInstalled() {
     const auto exists = [](const char* file) { return access(file, X_OK) == 0; };
@@ -57,7 +30,7 @@ SoundServer::SoundServer() : socket_(folder_ / "native") {
 }
 
 bool SoundServer::Start() {
-    program_ = std::make_unique<Program>(
+    program_ = std::make_unique<test::Program>(
         std::vector<std::string>{"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
                                  "--use-pid-file=no", "-L", "module-null-sink sink_name=test", "-L",
                                  "module-native-protocol-unix auth-anonymous=1 socket=" + socket_},
@@ -82,9 +55,9 @@ void SoundServer::Thaw() const {
 
 Samples SoundServer::Hear() {
     const auto recording = folder_ / "recording.raw";
-    const Program recorder({"parec", "--device=test.monitor", "--raw", "--format=float32le", "--rate=48000",
-                            "--channels=2", "--latency-msec=50"},
-                           recording);
+    const test::Program recorder({"parec", "--device=test.monitor", "--raw", "--format=float32le",
+                                  "--rate=48000", "--channels=2", "--latency-msec=50"},
+                                 recording);
     Samples found;
     Eventually([&] {
         const Samples left = Channel(ReadSamples(recording), 0);

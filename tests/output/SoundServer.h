@@ -3,29 +3,15 @@
 // A sound server of the test's own, with one device that nobody hears, and a recorder behind it.
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/output/OutputTesting.h"
 #include "tests/sound/SoundTesting.h"
+#include "tests/support/Program.h"
 
 namespace sorakaze::output::testing {
-
-/// A program that ends with its scope, and with the test.
-class Program {
-  public:
-    Program(const std::vector<std::string>& line, const std::filesystem::path& output);
-    ~Program();
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-    void Signal(int number) const;
-
-  private:
-    pid_t pid_;
-};
 
 class SoundServer {
   public:
@@ -49,7 +35,7 @@ class SoundServer {
     sound::testing::ScratchFolder folder_;
     std::string socket_;
     std::vector<std::unique_ptr<Variable>> environment_;
-    std::unique_ptr<Program> program_;
+    std::unique_ptr<test::Program> program_;
 };
 
 }  // namespace sorakaze::output::testing
