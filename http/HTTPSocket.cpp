@@ -1,0 +1,161 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What callers ask for: requests in all their forms, and what goes out with them.
+#include "http/HTTPSocket.h"
+
+#include "app/runtime/Exceptions.h"
+#include "http/Url.h"
+
+namespace sorakaze {
+
+void HTTPSocket::Constructor() {
+    _InitializeRequestHeaders();
+    DefaultPort = 80;
+}
+
+std::int32_t HTTPSocket::ErrorCode() {
+    return mErrorCode;
+}
+
+std::int32_t HTTPSocket::HTTPStatusCode() {
+    return _httpStatusCode;
+}
+
+InternetHeadersRef HTTPSocket::PageHeaders() {
+    return _pageHeaders && _pageHeaders->Count() > 0 ? _pageHeaders : nullptr;
+}
+
+void HTTPSocket::Get(const String& url) {
+    SendRequest("GET", url, nullptr);
+}
+
+void HTTPSocket::Get(const String& url, const FolderItemRef& file) {
+    SendRequest("GET", url, file);
+}
+
+bool HTTPSocket::Get(const String& url, const FolderItemRef& file, std::int32_t timeout) {
+    return Wait("GET", url, file, timeout);
+}
+
+String HTTPSocket::Get(const String& url, std::int32_t timeout) {
+    Wait("GET", url, nullptr, timeout);
+    return _pageBuffer.Text();
+}
+
+void HTTPSocket::GetHeaders(const String& url) {
+    SendRequest("HEAD", url, nullptr);
+}
+
+InternetHeadersRef HTTPSocket::GetHeaders(const String& url, std::int32_t timeout) {
+    Wait("HEAD", url, nullptr, timeout);
+    return _pageHeaders;
+}
+
+void HTTPSocket::Post(const String& url) {
+    SendRequest("POST", url, nullptr);
+}
+
+void HTTPSocket::Post(const String& url, const FolderItemRef& file) {
+    SendRequest("POST", url, file);
+}
+
+bool HTTPSocket::Post(const String& url, const FolderItemRef& file, std::int32_t timeout) {
+    return Wait("POST", url, file, timeout);
+}
+
+String HTTPSocket::Post(const String& url, std::int32_t timeout) {
+    Wait("POST", url, nullptr, timeout);
+    return _pageBuffer.Text();
+}
+
+void HTTPSocket::SendRequest(const String& method, const String& url) {
+    SendRequest(method, url, nullptr);
+}
+
+void HTTPSocket::SendRequest(const String& method, const String& url, const FolderItemRef& file) {
+    synchronous = false;
+    _DoConnect(url, method, file);
+}
+
+bool HTTPSocket::SendRequest(const String& method, const String& url, const FolderItemRef& file,
+                             std::int32_t timeout) {
+    return Wait(method, url, file, timeout);
+}
+
+String HTTPSocket::SendRequest(const String& method, const String& url, std::int32_t timeout) {
+    Wait(method, url, nullptr, timeout);
+    return _pageBuffer.Text();
+}
+
+bool HTTPSocket::Wait(const String& method, const String& url, const FolderItemRef& file,
+                      std::int32_t timeout) {
+    timeoutSeconds = timeout;
+    synchronous = true;
+    _DoConnect(url, method, file);
+    WaitForPage();
+    return mErrorCode == 0;
+}
+
+void HTTPSocket::ClearRequestHeaders() {
+    NotNil(requestHeaders)->DeleteAllHeaders();
+}
+
+void HTTPSocket::SetRequestHeader(const String& name, const String& value) {
+    if (!requestHeaders) _InitializeRequestHeaders();
+    if (value.IsEmpty())
+        requestHeaders->Delete(name);
+    else
+        requestHeaders->SetHeader(name, value);
+}
+
+void HTTPSocket::SetPostContent(const String& content, const String& contentType) {
+    _postContent = content;
+    _postContentType = contentType;
+}
+
+void HTTPSocket::SetFormData(const DictionaryRef& form) {
+    if (form)
+        SetPostContent(EncodeFormData(form), "application/x-www-form-urlencoded");
+    else
+        SetPostContent({}, {});
+}
+
+String HTTPSocket::EncodeFormData(const DictionaryRef& form) {
+    String encoded;
+    const std::int32_t count = NotNil(form)->Count();
+    for (std::int32_t i = 0; i < count; ++i) {
+        const String key = form->Key(i);
+        if (i > 0) encoded += "&";
+        encoded += _EncodeURLString(key);
+        encoded += "=";
+        encoded += _EncodeURLString(form->Lookup(key).Text());
+    }
+    return encoded;
+}
+
+String HTTPSocket::_EncodeURLString(const String& text) {
+    return http::EncodeURLString(text);
+}
+
+String HTTPSocket::Lookahead() const {
+    return String(_received.View()) + TCPSocket::Lookahead();
+}
+
+String HTTPSocket::Read(std::int32_t n) {
+    if (_received.IsEmpty()) return TCPSocket::Read(n);
+    if (n <= 0) return {};
+    const String read = _received.Read(static_cast<std::size_t>(n));
+    return read + TCPSocket::Read(n - LenB(read));
+}
+
+String HTTPSocket::ReadAll() {
+    if (_received.IsEmpty()) return TCPSocket::ReadAll();
+    return _received.Read(_received.View().size()) + TCPSocket::ReadAll();
+}
+
+void HTTPSocket::Purge() {
+    _received.Clear();
+    TCPSocket::Purge();
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "http/InternetHeaders.h"
+
+#include <string>
+
+#include "http/LineEnd.h"
+
+namespace sorakaze {
+namespace {
+
+std::string_view NameOf(std::string_view key) {
+    return key.substr(0, key.find(':'));
+}
+
+/// The key of an instance; wider than an instance number, to count beyond any.
+String KeyOf(const String& name, std::int64_t index) {
+    return index == 0 ? name : String(name.Bytes() + ':' + std::to_string(index));
+}
+
+/// Lines with CRLF between them.
+class Lines {
+  public:
+    void Add(std::string_view name, const String& value) {
+        if (any_) text_ += http::kCrLf;
+        any_ = true;
+        text_.append(name).append(": ").append(value.Bytes());
+    }
+    String Text() && { return std::move(text_); }
+
+  private:
+    std::string text_;
+    bool any_ = false;
+};
+
+/// The head without the line ends in front of continuation lines.
+String Unfolded(const String& text, const String& lineEnd) {
+    return ReplaceAll(ReplaceAll(text, lineEnd + " ", " "), lineEnd + "\t", " ");
+}
+
+}  // namespace
+
+void InternetHeaders::Constructor() {
+    _Headers = std::make_shared<Dictionary>();
+    firstFree_.Clear();
+}
+
+void InternetHeaders::Store(const String& key, const String& value) {
+    NotNil(_Headers)->SetValue(key, value);
+}
+
+void InternetHeaders::Remove(const String& key) {
+    NotNil(_Headers)->Remove(key);
+    // Whose number has become free isn't worth finding out.
+    if (firstFree_.Count() > 0) firstFree_.Clear();
+}
+
+void InternetHeaders::AppendHeader(const String& name, const String& value) {
+    if (!Holds(name)) {
+        Store(name, value);
+        return;
+    }
+    const String base(NameOf(name.Bytes()));
+    std::int32_t counter = firstFree_.Lookup(base, 1).Integer();
+    while (Holds(KeyOf(base, counter))) ++counter;
+    Store(KeyOf(base, counter), value);
+    firstFree_.SetValue(base, counter + 1);
+}
+
+String InternetHeaders::CommaSeparatedValues(const String& name) const {
+    const std::int32_t count = NameCount(name);
+    std::string values;
+    for (std::int32_t i = 0; i < count; ++i) {
+        if (i > 0) values += ", ";
+        values += Value(name, i).Bytes();
+    }
+    return values;
+}
+
+std::int32_t InternetHeaders::Count() const {
+    return NotNil(_Headers)->Count();
+}
+
+void InternetHeaders::Delete(const String& name) {
+    const std::int32_t count = NameCount(name);
+    for (std::int32_t i = 0; i < count; ++i) Remove(KeyOf(name, i));
+}
+
+void InternetHeaders::Delete(const String& name, std::int32_t index) {
+    if (!Holds(KeyOf(name, index))) return;
+    Remove(KeyOf(name, index));
+    for (std::int64_t next = std::int64_t{index} + 1; Holds(KeyOf(name, next)); ++next) {
+        Store(KeyOf(name, next - 1), _Headers->Lookup(KeyOf(name, next)).Text());
+        Remove(KeyOf(name, next));
+    }
+}
+
+void InternetHeaders::DeleteAllHeaders() {
+    NotNil(_Headers)->Clear();
+    firstFree_.Clear();
+}
+
+String InternetHeaders::Name(std::int32_t index) const {
+    return String(NameOf(NotNil(_Headers)->Key(index).Bytes()));
+}
+
+std::int32_t InternetHeaders::NameCount(const String& name) const {
+    if (!Holds(name)) return 0;
+    std::int32_t count = 1;
+    while (Holds(KeyOf(name, count))) ++count;
+    return count;
+}
+
+void InternetHeaders::SetHeader(const String& name, const String& value) {
+    if (NameCount(name) >= 2) Delete(name);
+    Store(name, value);
+}
+
+void InternetHeaders::SetHeader(const String& name, const String& value, std::int32_t index) {
+    const String key = KeyOf(name, index);
+    if (Holds(key))
+        Store(key, value);
+    else
+        AppendHeader(key, value);
+}
+
+String InternetHeaders::Source() const {
+    return _rawHeaders.IsEmpty() ? _FormatHTTPHeaders() : _rawHeaders;
+}
+
+String InternetHeaders::Value(std::int32_t index) const {
+    if (index > Count() - 1) return {};
+    return _Headers->Lookup(_Headers->Key(index)).Text();
+}
+
+String InternetHeaders::Value(const String& name) const {
+    return Value(name, 0);
+}
+
+String InternetHeaders::Value(const String& name, std::int32_t index) const {
+    return NotNil(_Headers)->Lookup(KeyOf(name, index < 1 ? 0 : index)).Text();
+}
+
+String InternetHeaders::_DetermineEOLCharacter(const String& text) {
+    return String(http::DetermineEOLCharacter(text.Bytes()));
+}
+
+String InternetHeaders::_FormatHTTPHeaders() const {
+    Lines lines;
+    const std::int32_t count = Count();
+    for (std::int32_t i = 0; i < count; ++i) lines.Add(Name(i).Bytes(), Value(i));
+    return std::move(lines).Text();
+}
+
+String InternetHeaders::_FormatEmailHeaders() const {
+    Lines lines;
+    const auto addPlain = [&](const char* name) {
+        if (Holds(name)) lines.Add(name, Value(name));
+    };
+    addPlain("Return-Path");
+    const std::int32_t received = NameCount("Received");
+    for (std::int32_t i = 0; i < received; ++i) lines.Add("Received", Value("Received", i));
+    for (const char* name : {"Date", "Subject", "From"}) addPlain(name);
+    for (const char* name : {"To", "CC"}) {
+        if (NameCount(name) > 0) lines.Add(name, CommaSeparatedValues(name));
+    }
+    // Blind copies stand here and nowhere above: nobody is to see them.
+    const String placed = ":Date:Subject:From:To:CC:BCC:Received:Return-Path:";
+    const std::int32_t count = Count();
+    for (std::int32_t i = 0; i < count; ++i) {
+        const String name = Name(i);
+        if (InStr(placed, ":" + name + ":") == 0) lines.Add(name.Bytes(), Value(i));
+    }
+    return std::move(lines).Text();
+}
+
+void InternetHeaders::_ParseHeaders(const String& text) {
+    _rawHeaders = text;
+    const String lineEnd = _DetermineEOLCharacter(text);
+    Constructor();
+    const String unfolded = Unfolded(text, lineEnd);
+    std::string_view rest = unfolded.Bytes();
+    while (!rest.empty()) {
+        const std::size_t end = rest.find(lineEnd.Bytes());
+        const std::string_view line = rest.substr(0, end);
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + lineEnd.Bytes().size());
+        const std::size_t colon = line.find(':');
+        if (colon == std::string_view::npos) continue;
+        AppendHeader(String(line.substr(0, colon)), LTrim(String(line.substr(colon + 1))));
+    }
+}
+
+}  // namespace sorakaze

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "app/runtime/String.h"
+
+namespace sorakaze::http {
+
+/// The body of a response, piece by piece. Whoever waits for it asks for its length over and over, so that
+/// what was counted once isn't counted again.
+class PageBuffer {
+  public:
+    void Append(const String& piece) { bytes_ += piece.Bytes(); }
+    void Clear() { *this = PageBuffer(); }
+    String Text() const { return bytes_; }
+    /// Len of the text.
+    std::int32_t Length();
+
+  private:
+    std::string bytes_;
+    std::size_t counted_ = 0;  ///< bytes in front of which `characters_` is the number of characters
+    std::size_t characters_ = 0;
+};
+
+}  // namespace sorakaze::http

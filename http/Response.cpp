@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A response from its first byte to the end of the connection.
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "http/Fire.h"
+#include "http/HTTPSocket.h"
+#include "http/LineEnd.h"
+
+namespace sorakaze {
+namespace {
+
+/// Set for as long as it lives.
+class Protection {
+  public:
+    explicit Protection(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Protection() { flag_ = false; }
+    Protection(const Protection&) = delete;
+    Protection& operator=(const Protection&) = delete;
+
+  private:
+    bool& flag_;
+};
+
+constexpr std::int32_t kUnauthorized = 401;
+constexpr std::int32_t kProxyUnauthorized = 407;
+
+}  // namespace
+
+void HTTPSocket::Event_DataAvailable() {
+    _HandleNewData();
+}
+
+void HTTPSocket::_HandleNewData() {
+    if (threadProtection) return;
+    const Protection protection(threadProtection);
+    if (_pageHeaders) {
+        _ProcessData(ReadAll());
+        return;
+    }
+    _received.Append(TCPSocket::ReadAll());
+    const auto end = _received.FindHeadEnd();
+    if (!end) return;
+    _ParseHeaders(_received.Read(end->headSize));
+    if (AnswersChallenge()) {
+        _DoConnect(_processingURL, _httpAction, _downloadFile);
+        return;
+    }
+    // The handler may read, or begin another request: what is left behind it is the rest.
+    const InternetHeadersRef headers = _pageHeaders;
+    if (!synchronous) http::Fire(HeadersReceived, headers, _httpStatusCode);
+    _received.Read(2 * end->lineEndSize);
+    _ProcessData(ReadAll());
+}
+
+bool HTTPSocket::AnswersChallenge() {
+    if (_httpStatusCode == kUnauthorized) return _SetAuthentication("WWW");
+    return _httpStatusCode == kProxyUnauthorized && _SetAuthentication("Proxy");
+}
+
+void HTTPSocket::_ParseHeaders(const String& text) {
+    const std::string_view head = text.Bytes();
+    const String statusLine(head.substr(0, head.find(http::DetermineEOLCharacter(head))));
+    _pageHeaders = std::make_shared<InternetHeaders>();
+    _pageHeaders->Constructor();
+    _httpStatusCode = ToInt32(Val(NthField(statusLine, " ", 2)));
+    _pageHeaders->_ParseHeaders(text);
+    if (_pageHeaders->NameCount("Content-length") > 0)
+        _totalLength = ToInt32(Val(_pageHeaders->Value("Content-length")));
+}
+
+/// The page ends where the connection does, whatever length the response told.
+void HTTPSocket::_ProcessData(const String& data) {
+    if (_httpAction == "HEAD") return;
+    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    _currentLength = static_cast<std::int32_t>(std::min(kMost, std::int64_t{_currentLength} + LenB(data)));
+    if (!_downloadStream) {
+        _pageBuffer.Append(data);
+    } else if (!_downloadStream->Write(data)) {
+        // The disk is full, say. What is missing in the file must not pass for a whole one.
+        Close();
+        _KillDownloadStream();
+        SetError(kFileError);
+        return;
+    }
+    if (!synchronous) http::Fire(ReceiveProgress, _currentLength, _totalLength, data);
+    const bool challenged = _httpStatusCode == kUnauthorized || _httpStatusCode == kProxyUnauthorized;
+    if (challenged && !IsConnected()) _ProcessPage();
+}
+
+void HTTPSocket::Event_Error() {
+    const bool wasConnected = std::exchange(_connectionValid, false);
+    if (!wasConnected)
+        SetError(LastErrorCode());
+    else if (!Lookahead().IsEmpty())
+        _HandleNewData();
+    else
+        _ProcessPage();
+}
+
+void HTTPSocket::_ProcessPage() {
+    if (_pageComplete) return;
+    _pageComplete = true;
+    const bool downloaded = _downloadStream != nullptr;
+    const FolderItemRef file = _downloadFile;
+    _KillDownloadStream();
+    if (synchronous || _httpAction == "HEAD") return;
+    // A handler may begin the next request: it gets copies.
+    const String url = _processingURL;
+    const std::int32_t status = _httpStatusCode;
+    const InternetHeadersRef headers = _pageHeaders;
+    if (downloaded)
+        http::Fire(DownloadComplete, url, status, headers, file);
+    else
+        http::Fire(PageReceived, url, status, headers, _pageBuffer.Text());
+}
+
+void HTTPSocket::SetError(std::int32_t code) {
+    mErrorCode = code;
+    if (!synchronous) http::Fire(Error, code);
+}
+
+}  // namespace sorakaze
