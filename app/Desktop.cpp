@@ -19,6 +19,8 @@ Desktop::Desktop(std::filesystem::path appFolder)
 Desktop::~Desktop() {
     // First silence, then everything that could still make a sound or ask a question.
     loudspeaker_.reset();
+    if (window_) window_->voiceHTMLViewer.Load = nullptr;
+    viewer_.reset();
     host_.Close();
     mpris_.reset();
     view_.reset();
@@ -47,6 +49,8 @@ void Desktop::_MakeDefaultView() {
     view_ = std::make_unique<window::WindowView>(*window_, runtime_);
     host_.SetParent(view_.get());
     view_->onClose = [this] { Quit(); };
+    viewer_ = std::make_unique<viewer::Viewer>(appFolder_ / "Sorakaze.app/Contents/Linux/sorakaze-viewer");
+    window_->voiceHTMLViewer.Load = [this](const FolderItemRef& file) { viewer_->Load(file->Path()); };
     try {
         window_->Event_Open();
     } catch (...) {

@@ -10,6 +10,7 @@
 #include "app/desktop/Mpris.h"
 #include "app/desktop/SingleInstance.h"
 #include "app/output/Loudspeaker.h"
+#include "app/viewer/Viewer.h"
 #include "app/window/QtHost.h"
 #include "app/window/QtLoop.h"
 #include "app/window/WindowView.h"
@@ -57,6 +58,7 @@ class Desktop {
     std::unique_ptr<mainWindow> window_;
     std::unique_ptr<window::WindowView> view_;
     std::unique_ptr<output::Loudspeaker> loudspeaker_;
+    std::unique_ptr<viewer::Viewer> viewer_;
     std::unique_ptr<desktop::Mpris> mpris_;
     desktop::NowPlaying nowPlaying_;  ///< for the baton's holder
 };
