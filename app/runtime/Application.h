@@ -24,9 +24,14 @@ class Application {
         }
     }
 
-    /// The loop `while (condition()) DoEvents(-1)`, without waking the main thread at each pass.
+    /// The loop `while (condition()) DoEvents(-1)`, without waking the thread at each pass.
     void DoEventsWhile(FunctionRef<bool()> condition) const {
-        Runtime::Current().Events().DoEventsWhile(condition);
+        auto& runtime = Runtime::Current();
+        if (OnMainThread()) {
+            runtime.Events().DoEventsWhile(condition);
+        } else {
+            runtime.Threads().WaitWhile(condition);
+        }
     }
 
   private:

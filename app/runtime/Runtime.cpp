@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "app/runtime/network/Network.h"
 #include "app/runtime/process/ConfinedProcess.h"
 
 namespace sorakaze {
@@ -46,6 +47,8 @@ Runtime::Runtime(Options options, Host& host)
 }
 
 Runtime::~Runtime() {
+    // Its thread tells the scheduler of what happens.
+    if (network_) network_->Stop();
     scheduler_.reset();
     current = nullptr;
     std::error_code ignored;
@@ -59,6 +62,11 @@ Runtime& Runtime::Current() {
 
 std::filesystem::path Runtime::ResourcesFolder() const {
     return appFolder_ / "Sorakaze.app" / "Contents" / "Resources";
+}
+
+const std::shared_ptr<network::Network>& Runtime::Network() {
+    if (!network_) network_ = std::make_shared<network::Network>();
+    return network_;
 }
 
 const std::filesystem::path& Runtime::TemporaryFolder() {

@@ -24,6 +24,9 @@
 
 namespace sorakaze {
 
+namespace network {
+class Network;
+}
 namespace sound {
 class MixingEngine;
 }
@@ -53,7 +56,7 @@ class Runtime {
     /// The calling thread becomes the main thread. `host` outlives the runtime. There is one runtime at a
     /// time.
     Runtime(Options options, Host& host);
-    /// Kills the threads and removes the temporary folder.
+    /// Ends the connections, kills the threads and removes the temporary folder.
     ~Runtime();
 
     static Runtime& Current();
@@ -63,6 +66,10 @@ class Runtime {
     EventLoop& Events() { return *events_; }
     ScriptTable& Scripts() { return scripts_; }
     sound::MixingEngine* Engine() const { return engine_; }
+
+    /// Where sockets connect, made at the first call. Throws std::system_error where the system has no thread
+    /// or descriptor left.
+    const std::shared_ptr<network::Network>& Network();
 
     const std::filesystem::path& AppFolder() const { return appFolder_; }
     /// The application's Resources, which commands are looked for in first.
@@ -89,6 +96,7 @@ class Runtime {
     ScriptTable scripts_;
     std::unique_ptr<Scheduler> scheduler_;
     std::unique_ptr<EventLoop> events_;
+    std::shared_ptr<network::Network> network_;
 };
 
 /// Sixtieths of a second from a start that doesn't matter. Any thread.

@@ -375,13 +375,12 @@ bool Scheduler::LetDrivenTimePass() {
         }
         return true;
     }
-    if (!blocked_.empty()) {
+    if (blocked_.empty() && waiting_.empty()) return false;
+    if (!blocked_.empty() || keptToWall_ > 0) {
         const auto due = lastAdvance_ + std::chrono::nanoseconds(std::chrono::seconds(1)) / kTicksPerSecond;
         std::unique_lock lock(mutex_);
         if (changed_.wait_until(lock, due, [this] { return happened_.load(); })) return true;
         lastAdvance_ = std::chrono::steady_clock::now();
-    } else if (waiting_.empty()) {
-        return false;
     }
     clock_.Advance();
     return true;

@@ -39,6 +39,20 @@ class Scheduler {
   public:
     class Run;
 
+    /// Held around waits for the network: meanwhile a tick of a driven clock takes at least a tick of the
+    /// wall, as during calls of Blocking::TimeAsOnWall. The wall clock takes no notice. With the baton; a
+    /// killed thread lets go as it unwinds.
+    class KeepToWall {
+      public:
+        explicit KeepToWall(Scheduler& scheduler) : scheduler_(scheduler) { ++scheduler_.keptToWall_; }
+        ~KeepToWall() { --scheduler_.keptToWall_; }
+        KeepToWall(const KeepToWall&) = delete;
+        KeepToWall& operator=(const KeepToWall&) = delete;
+
+      private:
+        Scheduler& scheduler_;
+    };
+
     /// The calling thread becomes the main thread, with the baton. `onUncaught` is called, with the baton,
     /// for an exception that leaves a thread.
     Scheduler(Clock& clock, std::function<void(std::exception_ptr)> onUncaught);
@@ -120,6 +134,7 @@ class Scheduler {
     std::vector<std::thread> finished_;
     TickCount lastLook_ = 0;
     unsigned yields_ = 0;
+    unsigned keptToWall_ = 0;  ///< KeepToWalls that are held
     std::chrono::steady_clock::time_point lastAdvance_{};
     std::shared_ptr<Run> main_;
     std::function<void()> mainWait_;

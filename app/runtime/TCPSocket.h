@@ -1,11 +1,15 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A TCP connection as the logic sees it. The network's work is done without the baton; what came of it waits
-// until Poll takes it up and fires the events on the thread that called Poll.
+// until Poll takes it up and fires the events on the thread that called Poll. Between two Polls nothing
+// changes: what IsConnected, LastErrorCode and the reading operations tell is what Poll took up last.
+//
+// Every operation is for the baton's holder, from within an event too: Close, Connect, and the socket's end.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "app/runtime/String.h"
 
@@ -17,7 +21,7 @@ struct SocketError {
     static constexpr std::int32_t kNoDriver = 100;      ///< the system gives no socket
     static constexpr std::int32_t kLost = 102;          ///< closed by the other end, or torn
     static constexpr std::int32_t kNameNotFound = 103;  ///< the host's name, or no name at all
-    static constexpr std::int32_t kAddressInUse = 105;
+    static constexpr std::int32_t kAddressInUse = 105;  ///< no port is left on this side
     static constexpr std::int32_t kInvalidState = 106;  ///< Write without a connection
     static constexpr std::int32_t kInvalidPort = 107;   ///< a port outside 1 to 65535
     static constexpr std::int32_t kRefused = 61;        ///< nobody listens, or the host can't be reached
@@ -35,29 +39,45 @@ class SocketCore {
     String Address;
     std::int32_t Port = 0;
 
-    /// Drops the present connection, starts connecting and returns; Connected or Error follows. Every address
-    /// of a name is tried.
+    /// Drops the present connection with all that was received, starts connecting and returns; Connected or
+    /// Error follows. Every address of a name is tried in turn: one that stays silent for three seconds while
+    /// there are others to try, and the last one for as long as the system takes, some two minutes.
     void Connect();
-    /// Drops the connection, and every event of it that hasn't fired. What was received stays readable.
+    /// Drops the connection or the attempt, and every event of it that hasn't fired. What Poll has taken up
+    /// stays readable.
     void Close();
     /// Drops the received data and what hasn't been sent.
     void Purge();
-    /// Fires the events that are due, on the calling thread: Connected, DataAvailable, SendComplete, Error.
-    /// Error comes behind the last data, also when the peer closes. A Poll from within an event fires what is
-    /// due behind it.
+    /// Fires the events that are due, on the calling thread, each kind once at most: Connected,
+    /// DataAvailable, SendComplete, Error, in this order. Error comes behind the last data, also when the
+    /// peer closes. A Poll from within an event fires what is due behind it.
+    ///
+    /// What is taken up and left unread grows with each Poll, without a bound: 1 MB may wait to be taken up,
+    /// then the network waits for the next Poll, and the sender with it.
     void Poll();
-    /// Queues bytes. Where there is no connection, Error follows with kInvalidState.
+    /// Queues bytes; SendComplete follows when all that was queued has been handed to the system. Where there
+    /// is no connection (yet, or any more), Error follows with kInvalidState, and the bytes are dropped.
     void Write(const String& data);
     /// The received data, left where it is. Costs a copy.
     String Lookahead() const;
+    /// The same without a copy. Valid until the next operation that isn't const.
+    std::string_view LookaheadView() const;
     /// Removes and gives `n` bytes, all that are there if fewer.
     String Read(std::int32_t n);
     String ReadAll();
+    /// True from Connected on until Error or Close; false within Error.
     bool IsConnected() const;
+    /// The code that the last Error came with; kNone again from Connect on.
     std::int32_t LastErrorCode() const;
 
     /// True when a Poll would fire an event. Any thread. Every change to true is told by
-    /// Scheduler::Notify, so that a waiting condition may ask it.
+    /// Scheduler::Notify, so that a waiting condition may ask it:
+    ///
+    ///     const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
+    ///     while (...) {
+    ///         socket.Poll();
+    ///         App.DoEventsWhile([&] { return !socket.HasEvents() && Ticks() <= deadline; });
+    ///     }
     bool HasEvents() const;
 
   protected:
@@ -65,6 +85,10 @@ class SocketCore {
     virtual void Event_DataAvailable() {}
     virtual void Event_Error() {}
     virtual void Event_SendComplete() {}
+
+  private:
+    struct Core;
+    const std::shared_ptr<Core> core_;
 };
 
 class TCPSocket : public SocketCore {};

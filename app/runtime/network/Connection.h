@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One TCP connection, from its name's look-up to its end. What comes of it is told through its Exchange.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/runtime/network/Exchange.h"
+#include "app/runtime/network/Network.h"
+
+namespace sorakaze::network {
+
+class Connection {
+  public:
+    virtual ~Connection() = default;
+
+    /// Begins to connect and returns. `host` is a name or a numeric address. All addresses of a name are
+    /// tried in turn.
+    static std::shared_ptr<Connection> Open(std::shared_ptr<Network> network, std::string host,
+                                            std::uint16_t port, std::shared_ptr<Exchange> exchange);
+
+    // Any thread:
+
+    /// The exchange has something to send, or room again.
+    virtual void Serve() = 0;
+    /// Ends the connection, or the attempt, without a word to anybody.
+    virtual void Drop() = 0;
+};
+
+}  // namespace sorakaze::network
