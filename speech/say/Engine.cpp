@@ -4,6 +4,7 @@
 
 #include <espeak-ng/espeak_ng.h>
 
+#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -26,6 +27,7 @@ constexpr int kBufferMilliseconds = 200;
 /// taken off.
 constexpr int kVolume = 55;
 constexpr const char* kDefaultLanguage = "gmw/en-US";
+constexpr const char* kJapanese = "jpx/ja";
 
 /// The one speech under way. The engine hands out samples through a plain function.
 struct Speech {
@@ -117,27 +119,41 @@ int Engine::SampleRate() const {
     return espeak_ng_GetSampleRate();
 }
 
-void Engine::Choose(const std::string& name) {
+void Engine::Choose(const std::string& name, double speed) {
     const auto look = FindVoice(name);
     if (!look) {
         throw std::runtime_error("no voice is called \"" + name +
                                  "\"; try Alex, Samantha, Daniel, Moira, Kyoko, en-gb or en-us+f3");
     }
-    const std::string voice = look->variant.empty() ? look->voice : look->voice + "+" + look->variant;
-    if (espeak_ng_SetVoiceByName(voice.c_str()) != ENS_OK) {
-        throw std::runtime_error("the voice \"" + name + "\" isn't installed; install espeak-ng-data");
-    }
-    espeak_SetParameter(espeakVOLUME, kVolume, 0);
-    espeak_SetParameter(espeakRATE, look->rate, 0);
-    espeak_SetParameter(espeakPITCH, look->pitch, 0);
-    espeak_SetParameter(espeakRANGE, look->range, 0);
+    look_ = *look;
+    speed_ = speed;
+    Use(look_.voice);
 }
 
-void Engine::Speak(const std::string& text, const Sink& sink) {
+bool Engine::IsJapanese() const {
+    return look_.voice == kJapanese;
+}
+
+void Engine::Use(const std::string& voice) {
+    if (voice == used_) return;
+    const std::string whole = look_.variant.empty() ? voice : voice + "+" + look_.variant;
+    if (espeak_ng_SetVoiceByName(whole.c_str()) != ENS_OK) {
+        throw std::runtime_error("the voice \"" + whole + "\" isn't installed; install espeak-ng-data");
+    }
+    used_ = voice;
+    espeak_SetParameter(espeakVOLUME, kVolume, 0);
+    espeak_SetParameter(espeakRATE, static_cast<int>(std::lround(look_.rate * speed_)), 0);
+    espeak_SetParameter(espeakPITCH, look_.pitch, 0);
+    espeak_SetParameter(espeakRANGE, look_.range, 0);
+}
+
+void Engine::Speak(const std::string& text, const Sink& sink, Reading reading) {
+    Use(reading == Reading::English ? kDefaultLanguage : look_.voice);
     Speech speech{&sink, nullptr};
-    // Neither markup nor phoneme codes: a text is read as it stands.
-    const auto status = espeak_ng_Synthesize(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0,
-                                             espeakCHARS_UTF8, nullptr, &speech);
+    // No markup: a text is read as it stands.
+    const unsigned flags = espeakCHARS_UTF8 | (reading == Reading::Phonemes ? espeakPHONEMES : 0);
+    const auto status =
+        espeak_ng_Synthesize(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0, flags, nullptr, &speech);
     if (speech.failure) std::rethrow_exception(speech.failure);
     if (status != ENS_OK) throw std::runtime_error("the speech engine couldn't read the text");
 }

@@ -26,12 +26,25 @@ class Engine {
     int SampleRate() const;
 
     /// Chooses the voice that `name` stands for: a first name, a voice, language or variant of the engine's
-    /// own, or one of the former and a variant joined by "+".
-    void Choose(const std::string& name);
+    /// own, or one of the former and a variant joined by "+". A `speed` of 2 halves the time that it takes.
+    void Choose(const std::string& name, double speed = 1);
+    bool IsJapanese() const;
 
+    enum class Reading {
+        Text,      ///< as it stands
+        Phonemes,  ///< the engine's codes, where they stand in double brackets
+        English,   ///< as it stands, by an English speaker with the chosen voice's pitch and timbre
+    };
     /// Speaks a text (as SpokenText gives it) into the sink and returns when all is spoken. What the sink
     /// throws is thrown here.
-    void Speak(const std::string& text, const Sink& sink);
+    void Speak(const std::string& text, const Sink& sink, Reading reading = Reading::Text);
+
+  private:
+    void Use(const std::string& voice);
+
+    VoiceLook look_;
+    double speed_ = 1;
+    std::string used_;  ///< the voice that the engine stands at
 };
 
 }  // namespace sorakaze::speech

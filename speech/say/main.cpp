@@ -1,40 +1,55 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// say -v VOICE TEXT -o FILE: speaks a text into an AIFF file. Exit status 0 when the file is complete, 1 when
-// it could not be made (then nothing is left in its folder), 2 for a wrong call. Errors are one line on
-// standard error.
+// say -v VOICE TEXT -o FILE [-s SPEED]: speaks a text into an AIFF file, or a WAV file where its name ends
+// so. Exit status 0 when the file is complete, 1 when it could not be made (then nothing is left in its
+// folder), 2 for a wrong call. Errors are one line on standard error.
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "speech/say/AiffFile.h"
 #include "speech/say/Engine.h"
+#include "speech/say/JapaneseVoice.h"
 #include "speech/say/Leveller.h"
+#include "speech/say/SpeechFile.h"
 #include "speech/say/SpokenText.h"
 
 namespace {
 
 using namespace sorakaze::speech;
 
-void SayTo(const std::string& voice, std::string_view text, const char* file) {
+void SayTo(const std::string& voice, std::string_view text, const char* file, double speed) {
     Engine engine;
-    engine.Choose(voice);
-    AiffFile aiff(file, engine.SampleRate());
+    engine.Choose(voice, speed);
+    SpeechFile sound(file, engine.SampleRate());
     Leveller leveller(engine.SampleRate(),
-                      [&](std::span<const std::int16_t> samples) { aiff.Write(samples); });
+                      [&](std::span<const std::int16_t> samples) { sound.Write(samples); });
     const std::string spoken = SpokenText(text);
     if (spoken.find_first_not_of(' ') != std::string::npos) {
-        engine.Speak(spoken, [&](std::span<const std::int16_t> samples) { leveller.Write(samples); });
+        const auto level = [&](std::span<const std::int16_t> samples) { leveller.Write(samples); };
+        if (engine.IsJapanese()) {
+            SpeakJapanese(engine, spoken, speed, level);
+        } else {
+            engine.Speak(spoken, level);
+        }
     }
     leveller.Finish();
-    aiff.Finish();
+    sound.Finish();
 }
 
 void Complain(std::string_view message) {
     std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
+}
+
+std::optional<double> ReadSpeed(std::string_view word) {
+    double speed = 0;
+    const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), speed);
+    const bool whole = failure == std::errc() && end == word.data() + word.size();
+    return whole && speed >= 0.5 && speed <= 2 ? std::optional(speed) : std::nullopt;
 }
 
 }  // namespace
@@ -42,12 +57,15 @@ void Complain(std::string_view message) {
 // The words are told apart by their places alone: a text may begin with a hyphen.
 int main(int argc, char** argv) {
     const std::span<char*> words(argv, static_cast<std::size_t>(std::max(argc, 0)));
-    if (words.size() != 6 || words[1] != std::string_view("-v") || words[4] != std::string_view("-o")) {
-        Complain("the call is: say -v VOICE TEXT -o FILE");
+    const bool right = (words.size() == 6 || (words.size() == 8 && words[6] == std::string_view("-s"))) &&
+                       words[1] == std::string_view("-v") && words[4] == std::string_view("-o");
+    const auto speed = right && words.size() == 8 ? ReadSpeed(words[7]) : std::optional(1.0);
+    if (!right || !speed) {
+        Complain("the call is: say -v VOICE TEXT -o FILE [-s SPEED], the speed from 0.5 to 2");
         return 2;
     }
     try {
-        SayTo(words[2], words[3], words[5]);
+        SayTo(words[2], words[3], words[5], *speed);
         return 0;
     } catch (const std::exception& problem) {
         Complain(problem.what());

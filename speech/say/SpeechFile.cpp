@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "speech/say/AiffFile.h"
+#include "speech/say/SpeechFile.h"
 
 #include <fcntl.h>
 #include <sndfile.h>
@@ -18,7 +18,7 @@
 namespace sorakaze::speech {
 namespace {
 
-/// What a signal's handler has to remove; null when there is nothing. Written by the one AiffFile.
+/// What a signal's handler has to remove; null when there is nothing. Written by the one SpeechFile.
 std::atomic<const char*> unfinishedName{nullptr};
 
 void RemoveAndDie(int signalNumber) {
@@ -48,7 +48,7 @@ mode_t ReadUmask() {
 
 }  // namespace
 
-AiffFile::AiffFile(std::filesystem::path file, int sampleRate) : file_(std::move(file)) {
+SpeechFile::SpeechFile(std::filesystem::path file, int sampleRate) : file_(std::move(file)) {
     if (!file_.has_filename()) Fail(file_, "no file is named");
     unfinished_ = (file_.parent_path() / ".say-XXXXXX").string();
     const int descriptor = mkostemp(unfinished_.data(), O_CLOEXEC);
@@ -59,7 +59,7 @@ AiffFile::AiffFile(std::filesystem::path file, int sampleRate) : file_(std::move
     SF_INFO info{};
     info.samplerate = sampleRate;
     info.channels = 1;
-    info.format = SF_FORMAT_AIFF | SF_FORMAT_PCM_16;
+    info.format = (file_.extension() == ".wav" ? SF_FORMAT_WAV : SF_FORMAT_AIFF) | SF_FORMAT_PCM_16;
     sound_ = sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE);
     if (!sound_) {
         close(descriptor);
@@ -69,13 +69,13 @@ AiffFile::AiffFile(std::filesystem::path file, int sampleRate) : file_(std::move
     }
 }
 
-AiffFile::~AiffFile() {
+SpeechFile::~SpeechFile() {
     if (sound_) sf_close(sound_);
     if (!unfinished_.empty()) unlink(unfinished_.c_str());
     RemoveWhenEnded(nullptr);
 }
 
-void AiffFile::Write(std::span<const std::int16_t> samples) {
+void SpeechFile::Write(std::span<const std::int16_t> samples) {
     errno = 0;
     const auto count = static_cast<sf_count_t>(samples.size());
     if (sf_write_short(sound_, samples.data(), count) != count) {
@@ -83,7 +83,7 @@ void AiffFile::Write(std::span<const std::int16_t> samples) {
     }
 }
 
-void AiffFile::Finish() {
+void SpeechFile::Finish() {
     errno = 0;
     const int failed = sf_close(sound_);
     sound_ = nullptr;

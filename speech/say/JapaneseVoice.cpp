@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/say/JapaneseVoice.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include "speech/say/JapaneseText.h"
+#include "speech/say/KanaPhonemes.h"
+#include "speech/say/Morphemes.h"
+
+namespace sorakaze::speech {
+namespace {
+
+/// Below this a raw sample counts as silence.
+constexpr int kSilence = 60;
+
+/// The engine parts longer ones by itself, wherever it likes.
+constexpr std::size_t kLongestCall = 400;
+
+double PauseSeconds(SpokenClause::End end) {
+    switch (end) {
+        case SpokenClause::End::Name:
+            return 0.10;
+        case SpokenClause::End::Comma:
+            return 0.24;
+        case SpokenClause::End::Sentence:
+        case SpokenClause::End::Question:
+            return 0.50;
+    }
+    return 0;
+}
+
+/// Between two languages in one clause.
+constexpr double kChangeSeconds = 0.03;
+
+const char* EndMark(SpokenClause::End end) {
+    switch (end) {
+        case SpokenClause::End::Name:
+        case SpokenClause::End::Comma:
+            return ",";
+        case SpokenClause::End::Sentence:
+            return ".";
+        case SpokenClause::End::Question:
+            return "?";
+    }
+    return "";
+}
+
+/// The engine's own pauses are taken off: the marks of the text say how long they are.
+class Speaker {
+  public:
+    Speaker(Engine& engine, double speed, const Engine::Sink& sink)
+        : engine_(engine), speed_(speed), sink_(sink) {}
+
+    void Speak(const SpokenClause& clause) {
+        for (const SpokenPart& part : clause.parts) {
+            const bool last = &part == &clause.parts.back();
+            const char* mark = last ? EndMark(clause.end) : "";
+            if (part.language == SpokenPart::Language::Latin) {
+                Call(part.text + mark, Engine::Reading::English);
+            } else {
+                SpeakKana(part.text, mark);
+            }
+            Pause(last ? PauseSeconds(clause.end) : kChangeSeconds);
+        }
+    }
+
+  private:
+    void SpeakKana(std::string_view phrases, const char* mark) {
+        std::string codes;
+        while (!phrases.empty()) {
+            const auto blank = std::min(phrases.find(' '), phrases.size());
+            const std::string phrase = KanaPhonemes(phrases.substr(0, blank));
+            phrases.remove_prefix(std::min(blank + 1, phrases.size()));
+            if (!codes.empty() && codes.size() + phrase.size() > kLongestCall) {
+                Call(codes, Engine::Reading::Phonemes);
+                codes.clear();
+            }
+            if (!phrase.empty()) codes += (codes.empty() ? "[[" : " [[") + phrase + "]]";
+        }
+        if (!codes.empty()) Call(codes + mark, Engine::Reading::Phonemes);
+    }
+
+    void Call(const std::string& text, Engine::Reading reading) {
+        samples_.clear();
+        engine_.Speak(
+            text,
+            [&](std::span<const std::int16_t> samples) {
+                samples_.insert(samples_.end(), samples.begin(), samples.end());
+            },
+            reading);
+        const auto sounds = [](std::int16_t sample) { return std::abs(sample) >= kSilence; };
+        const auto first = std::find_if(samples_.begin(), samples_.end(), sounds);
+        const auto last = std::find_if(samples_.rbegin(), samples_.rend(), sounds).base();
+        if (first < last) sink_({&*first, static_cast<std::size_t>(last - first)});
+    }
+
+    void Pause(double seconds) {
+        samples_.assign(static_cast<std::size_t>(seconds / speed_ * engine_.SampleRate()), 0);
+        sink_(samples_);
+    }
+
+    Engine& engine_;
+    const double speed_;
+    const Engine::Sink& sink_;
+    std::vector<std::int16_t> samples_;
+};
+
+}  // namespace
+
+void SpeakJapanese(Engine& engine, const std::string& text, double speed, const Engine::Sink& sink) {
+    const std::string ordinary = OrdinaryWidths(text);
+    Speaker speaker(engine, speed, sink);
+    for (const SpokenClause& clause : FindClauses(ordinary, FindMorphemes(ordinary))) speaker.Speak(clause);
+}
+
+}  // namespace sorakaze::speech

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+struct sf_private_tag;
+
+namespace sorakaze::speech {
+
+/// A mono 16-bit sound file, WAV where its name ends so and AIFF otherwise, that appears under its name only
+/// when it is complete. Until Finish the sound stands in a file of another name in the same folder, which
+/// goes with this object, and also when a signal ends the program. One at a time in a process. Errors are
+/// std::runtime_error with one line for the user.
+class SpeechFile {
+  public:
+    SpeechFile(std::filesystem::path file, int sampleRate);
+    ~SpeechFile();
+    SpeechFile(const SpeechFile&) = delete;
+    SpeechFile& operator=(const SpeechFile&) = delete;
+
+    void Write(std::span<const std::int16_t> samples);
+    void Finish();
+
+  private:
+    std::filesystem::path file_;
+    std::string unfinished_;  ///< empty once it has its name
+    sf_private_tag* sound_ = nullptr;
+};
+
+}  // namespace sorakaze::speech
