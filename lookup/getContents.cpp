@@ -1,12 +1,83 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+// What the announcer can say of an artist: the first paragraph of the encyclopaedia's article that begins in
+// bold, found by the redirect of the search engine's lucky button.
+#include "app/runtime/RegEx.h"
+#include "app/runtime/Runtime.h"
+#include "http/HTTPSocket.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
+namespace {
 
-/// Without an encyclopaedia nothing is known of any artist.
-void mainWindow::getContents(String) {
-    wikiContents = String();
+constexpr std::int32_t kTimeLimit = 30;  ///< seconds without a sign of life
+constexpr std::int32_t kLongestJapanese = 200;
+
+/// The name goes as it is but for its blanks: the search engine reads it so.
+String SearchAddress(const Deployment& deployment, const String& name, bool japanese) {
+    const String language = japanese ? "ja" : "en";
+    const String encyclopaedia =
+        japanese ? deployment.encyclopaediaJapanese : deployment.encyclopaediaEnglish;
+    return String("http://") + deployment.searchHost + "/search?hl=" + language +
+           "&q=" + ReplaceAll(name, " ", "+") + "+" + encyclopaedia + "&btnI=I'm+feeling+Lucky";
+}
+
+/// The article that the search engine's redirect leads to; empty where there is none.
+String FetchArticle(const String& searchAddress) {
+    HTTPSocket socket;
+    socket.Constructor();
+    socket.Yield = true;
+    socket.SetRequestHeader("User-Agent", "MSIE");
+    const InternetHeadersRef headers = socket.GetHeaders(searchAddress, kTimeLimit);
+    if (socket.HTTPStatusCode() != 302) return {};
+    return ConvertEncoding(socket.Get(NotNil(headers)->Value("Location"), kTimeLimit), Encodings::UTF8);
+}
+
+/// The text without tags, bracketed remarks and double quotes. Raises RegExException.
+String Clean(const String& text) {
+    RegEx clutter;
+    clutter.SearchPattern = String("(<.*?>)|(\\(.*?\\))|\\[.*?\\]|（.*?）|\\") + Chr(34);
+    clutter.ReplacementPattern = "";
+    clutter.Options.ReplaceAllMatches = true;
+    return clutter.Replace(text);
+}
+
+/// Looks at the history as it is at each turn: another thread may have the next.
+bool Remembers(const std::vector<String>& history, const String& name) {
+    for (std::size_t i = 0; i < history.size(); ++i) {
+        if (history[i] == name) return true;
+        Yield();
+    }
+    return false;
+}
+
+}  // namespace
+
+/// An artist is told of once a show, and is remembered as told even when nothing came of it. By the name
+/// alone: the article is fetched again all the same, since the name's capitals come from it.
+void mainWindow::getContents(String name) {
+    try {
+        wikiContents = String();
+        const String page = FetchArticle(SearchAddress(deployment, name, isJapaneseOn));
+        // The link stands in the information box of every musician.
+        if (!isJapaneseOn && InStr(page, "/wiki/Music_genre") == 0) return;
+        String text = NthField(NthField(page, "<p><b>", 2), "</p>", 1);
+        if (!isJapaneseOn) {
+            const String bold = NthField(text, "</b>", 1);
+            if (InStr(bold, "<") == 0) artist = bold;
+        }
+        if (Remembers(wikiHistory, name)) return;
+        wikiHistory.push_back(name);
+        if (text.IsEmpty()) return;
+        text = Clean(text);
+        if (isJapaneseOn) {
+            text = ReplaceAll(text, " ", "");
+            if (Len(text) > kLongestJapanese) return;
+        }
+        wikiContents = text;
+    } catch (const RegExException& exception) {
+        MsgBox(exception.Message());
+    }
 }
 
 }  // namespace sorakaze
