@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/kotoeri/Characters.h"
+
+#include <unicode/utf8.h>
+
+#include <algorithm>
+
+#include "app/runtime/Utf8.h"
+
+namespace sorakaze::kotoeri {
+
+std::u32string Decode(std::string_view bytes) {
+    std::u32string text;
+    text.reserve(bytes.size());
+    for (std::size_t at = 0; at < bytes.size();) {
+        const utf8::Character character = utf8::Read(bytes, at);
+        text += character.code;
+        at += character.size;
+    }
+    return text;
+}
+
+std::string Encode(std::u32string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size() * 3);
+    for (const char32_t code : text) {
+        if (code >= utf8::kStray) {
+            bytes += static_cast<char>(code - utf8::kStray);
+            continue;
+        }
+        char sequence[U8_MAX_LENGTH];
+        std::size_t size = 0;
+        U8_APPEND_UNSAFE(sequence, size, code);
+        bytes.append(sequence, size);
+    }
+    return bytes;
+}
+
+bool LeansOnWhatIsBefore(char32_t code) {
+    return std::u32string_view(U"ぁぃぅぇぉゃゅょゎっーァィゥェォャュョヮッ").find(code) !=
+           std::u32string_view::npos;
+}
+
+bool IsAllKana(std::u32string_view text) {
+    return std::all_of(text.begin(), text.end(), IsKana);
+}
+
+std::u32string ToHiragana(std::u32string_view text) {
+    std::u32string result;
+    result.reserve(text.size());
+    for (char32_t code : text) {
+        if (IsKatakana(code)) code -= U'ァ' - U'ぁ';
+        switch (code) {
+            case U'ゐ':
+                code = U'い';
+                break;
+            case U'ゑ':
+                code = U'え';
+                break;
+            case U'ゎ':
+                code = U'わ';
+                break;
+            case U'ゕ':
+                code = U'か';
+                break;
+            case U'ゖ':
+                code = U'け';
+                break;
+            default:
+                break;
+        }
+        result += code;
+    }
+    return result;
+}
+
+}  // namespace sorakaze::kotoeri

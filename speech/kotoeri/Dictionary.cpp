@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/kotoeri/Dictionary.h"
+
+#include <mecab.h>
+#include <strings.h>
+
+#include <array>
+
+#include "speech/kotoeri/Characters.h"
+
+namespace sorakaze::kotoeri {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The machine's default dictionary may be another, in another encoding and with other fields.
+constexpr const char* kPlaces[] = {"/var/lib/mecab/dic/ipadic-utf8", "/usr/share/mecab/dic/ipadic-utf8",
+                                   "/usr/lib/mecab/dic/ipadic-utf8", "/var/lib/mecab/dic/ipadic",
+                                   "/usr/share/mecab/dic/ipadic",    "/usr/lib/mecab/dic/ipadic",
+                                   "/usr/lib64/mecab/dic/ipadic"};
+
+std::unique_ptr<MeCab::Model> Open(const fs::path& folder) {
+    // The settings of the machine and of the user are passed over: the dictionary's own stand in for them.
+    std::string settings = folder / "dicrc";
+    std::string dictionary = folder;
+    std::error_code failure;
+    if (!fs::exists(folder / "sys.dic", failure) || !fs::exists(settings, failure)) return nullptr;
+    std::array<char*, 5> arguments = {const_cast<char*>("mecab"), const_cast<char*>("-r"), settings.data(),
+                                      const_cast<char*>("-d"), dictionary.data()};
+    std::unique_ptr<MeCab::Model> model(
+        MeCab::createModel(static_cast<int>(arguments.size()), arguments.data()));
+    if (!model) return nullptr;
+    const char* charset = model->dictionary_info()->charset;
+    if (strcasecmp(charset, "utf-8") != 0 && strcasecmp(charset, "utf8") != 0) return nullptr;
+    return model;
+}
+
+/// The fields of a dictionary line: kind and three below it, conjugation type and form, base form, reading.
+constexpr std::size_t kReading = 7;
+std::array<std::string_view, kReading + 1> Fields(std::string_view feature) {
+    std::array<std::string_view, kReading + 1> fields;
+    for (auto& field : fields) {
+        const std::size_t comma = feature.find(',');
+        field = feature.substr(0, comma);
+        if (field == "*") field = {};
+        if (comma == std::string_view::npos) break;
+        feature.remove_prefix(comma + 1);
+    }
+    return fields;
+}
+
+Morpheme FromNode(const MeCab::Node& node) {
+    const auto fields = Fields(node.feature);
+    return {Decode({node.surface, node.length}),
+            Decode(fields[kReading]),
+            {Decode(fields[0]), Decode(fields[1]), Decode(fields[2]), Decode(fields[3]), Decode(fields[4])}};
+}
+
+}  // namespace
+
+struct Dictionary::Impl {
+    std::unique_ptr<MeCab::Model> model;
+    std::unique_ptr<MeCab::Tagger> tagger;
+};
+
+Dictionary::Dictionary(const fs::path& folder) : impl_(std::make_unique<Impl>()) {
+    if (!folder.empty()) {
+        impl_->model = Open(folder);
+    } else {
+        for (const char* place : kPlaces) {
+            impl_->model = Open(place);
+            if (impl_->model) break;
+        }
+    }
+    if (impl_->model) impl_->tagger.reset(impl_->model->createTagger());
+    if (!impl_->tagger)
+        throw NoDictionary("no IPA dictionary in UTF-8 " +
+                           (folder.empty() ? std::string("on this machine") : "in " + folder.string()) +
+                           ": install the package mecab-ipadic-utf8");
+}
+
+Dictionary::~Dictionary() = default;
+
+std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence, const std::vector<Given>& given) const {
+    const std::string bytes = Encode(sentence);
+    const std::unique_ptr<MeCab::Lattice> lattice(impl_->model->createLattice());
+    lattice->set_sentence(bytes.data(), bytes.size());
+    for (const Given& one : given) {
+        const std::size_t begin = Encode(sentence.substr(0, one.begin)).size();
+        const std::size_t end = begin + Encode(sentence.substr(one.begin, one.size)).size();
+        lattice->set_boundary_constraint(begin, MECAB_TOKEN_BOUNDARY);
+        for (std::size_t at = begin + 1; at < end; ++at)
+            lattice->set_boundary_constraint(at, MECAB_INSIDE_TOKEN);
+        lattice->set_boundary_constraint(end, MECAB_TOKEN_BOUNDARY);
+    }
+    std::vector<Morpheme> morphemes;
+    if (!impl_->tagger->parse(lattice.get())) return {{std::u32string(sentence), {}, {}}};
+    auto next = given.begin();
+    std::size_t at = 0;
+    for (const MeCab::Node* node = lattice->bos_node()->next; node && node->next; node = node->next) {
+        morphemes.push_back(FromNode(*node));
+        if (next != given.end() && at == next->begin) morphemes.back().reading = (next++)->reading;
+        at += morphemes.back().surface.size();
+    }
+    return morphemes;
+}
+
+}  // namespace sorakaze::kotoeri

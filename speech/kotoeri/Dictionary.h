@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The morphological dictionary: cuts a Japanese sentence into words and knows how each is read.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace sorakaze::kotoeri {
+
+/// No usable dictionary. The message is one line that says what to do.
+class NoDictionary : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What a word is, as far as its reading and its neighbours depend on it.
+struct Grammar {
+    std::u32string kind;         ///< 名詞, 動詞, ...
+    std::u32string subkind;      ///< 固有名詞, 数, 接尾, ...
+    std::u32string third;        ///< 人名, 助数詞, ...
+    std::u32string fourth;       ///< 姓, 名, ...
+    std::u32string conjugation;  ///< 五段・カ行イ音便, 特殊・ダ, ...
+};
+
+struct Morpheme {
+    std::u32string surface;
+    std::u32string reading;  ///< katakana; empty where the dictionary doesn't know the word
+    Grammar grammar;
+};
+
+/// A stretch of a sentence whose reading is known beforehand.
+struct Given {
+    std::size_t begin;  ///< characters
+    std::size_t size;
+    std::u32string reading;
+};
+
+class Dictionary {
+  public:
+    /// Opens the dictionary in `folder`, or the first usable one of the places where systems have it.
+    /// Throws NoDictionary.
+    explicit Dictionary(const std::filesystem::path& folder = {});
+    ~Dictionary();
+    Dictionary(const Dictionary&) = delete;
+    Dictionary& operator=(const Dictionary&) = delete;
+
+    /// The likeliest way to cut the sentence, with every given stretch as one piece. The sentence holds real
+    /// characters only and is of bounded length; the pieces together are the sentence.
+    std::vector<Morpheme> Cut(std::u32string_view sentence, const std::vector<Given>& given) const;
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sorakaze::kotoeri

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/kotoeri/Lexicon.h"
+
+#include <algorithm>
+#include <array>
+
+namespace sorakaze::kotoeri {
+namespace {
+
+constexpr auto kEntries = std::to_array<Entry>({
+// clang-format off
+#include "speech/kotoeri/Lexicon.inc"
+    // clang-format on
+});
+
+constexpr bool BySurface(const Entry& a, const Entry& b) {
+    return a.surface < b.surface;
+}
+
+/// Sorted while it is compiled: whoever adds an entry puts it where it is found best.
+constexpr auto kSorted = [] {
+    auto entries = kEntries;
+    std::sort(entries.begin(), entries.end(), BySurface);
+    return entries;
+}();
+
+static_assert(std::adjacent_find(kSorted.begin(), kSorted.end(), [](const Entry& a, const Entry& b) {
+                  return a.surface == b.surface;
+              }) == kSorted.end());
+
+}  // namespace
+
+std::optional<Entry> EntryAtBeginning(std::u32string_view text) {
+    std::optional<Entry> longest;
+    const auto* entry =
+        std::lower_bound(kSorted.begin(), kSorted.end(), Entry{text.substr(0, 1), {}}, BySurface);
+    for (; entry != kSorted.end() && entry->surface.front() == text.front(); ++entry) {
+        if (text.starts_with(entry->surface) && (!longest || entry->surface.size() > longest->surface.size()))
+            longest = *entry;
+    }
+    return longest;
+}
+
+}  // namespace sorakaze::kotoeri

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Reads Japanese text aloud on paper: kanji, katakana and all the rest as hiragana, commas between words.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "speech/kotoeri/Dictionary.h"
+
+namespace sorakaze::kotoeri {
+
+/// Whether the words that are known beside the dictionary count.
+enum class Lexicon { Used, Unused };
+
+class Reader {
+  public:
+    /// Throws NoDictionary. The folder is the dictionary's; without one it is looked for.
+    explicit Reader(const std::filesystem::path& folder = {}, Lexicon lexicon = Lexicon::Used);
+
+    /// The reading of any bytes. Readings, not pronunciations: the particle は stays は. What has no reading
+    /// stays as it is: Latin letters, digits, other scripts, emoji, stray bytes. A middle dot or a wide blank
+    /// between words becomes their comma. Time and memory are linear in the text.
+    std::string Read(std::string_view text) const;
+
+  private:
+    std::vector<std::u32string> ReadSentence(std::u32string_view sentence) const;
+
+    Dictionary dictionary_;
+    Lexicon lexicon_;
+};
+
+}  // namespace sorakaze::kotoeri

@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/kotoeri/TidyText.h"
+
+#include <unicode/unorm2.h>
+
+#include <algorithm>
+
+#include "app/runtime/Utf8.h"
+#include "speech/kotoeri/Characters.h"
+
+namespace sorakaze::kotoeri {
+namespace {
+
+constexpr char32_t kVoiced = 0x3099;
+constexpr char32_t kHalfVoiced = 0x309A;
+
+/// Canonical composition alone: what goes further would turn ㈱ into a word in brackets and ① into a digit.
+const UNormalizer2& Composer() {
+    static const UNormalizer2* const composer = [] {
+        UErrorCode error = U_ZERO_ERROR;
+        return unorm2_getNFCInstance(&error);
+    }();
+    return *composer;
+}
+
+std::u32string Composed(std::u32string_view text) {
+    std::u16string units;
+    for (const char32_t code : text) {
+        if (code < 0x10000) {
+            units += static_cast<char16_t>(code);
+        } else {
+            units += static_cast<char16_t>(U16_LEAD(code));
+            units += static_cast<char16_t>(U16_TRAIL(code));
+        }
+    }
+    std::u16string composed(units.size() * 3, u'\0');  // no canonical composition is longer
+    UErrorCode error = U_ZERO_ERROR;
+    const std::int32_t size =
+        unorm2_normalize(&Composer(), units.data(), static_cast<std::int32_t>(units.size()), composed.data(),
+                         static_cast<std::int32_t>(composed.size()), &error);
+    if (U_FAILURE(error)) return std::u32string(text);
+    std::u32string result;
+    for (std::int32_t at = 0; at < size;) {
+        UChar32 code = 0;
+        U16_NEXT(composed.data(), at, size, code);
+        result += static_cast<char32_t>(code);
+    }
+    return result;
+}
+
+/// Each stretch of real characters composed; stray bytes between them stay what they are.
+std::u32string ComposedAround(std::u32string_view text) {
+    std::u32string result;
+    while (!text.empty()) {
+        const auto isStray = [](char32_t code) { return code >= utf8::kStray; };
+        const auto end = std::find_if(text.begin(), text.end(), isStray);
+        const auto size = static_cast<std::size_t>(end - text.begin());
+        result += Composed(text.substr(0, size));
+        text.remove_prefix(size);
+        for (; !text.empty() && isStray(text.front()); text.remove_prefix(1)) result += text.front();
+    }
+    return result;
+}
+
+/// U+FF61 to U+FF9F in full width.
+constexpr std::u32string_view kFromHalfWidth =
+    U"。「」、・ヲァィゥェォャュョッーアイウエオカキクケコサシスセソタチツテト"
+    U"ナニヌネノハヒフヘホマミムメモヤユヨラリルレロワン\u3099\u309A";
+
+char32_t FullWidth(char32_t code) {
+    if (code >= 0xFF61 && code <= 0xFF9F) return kFromHalfWidth[code - 0xFF61];
+    if (code == 0x309B) return kVoiced;
+    if (code == 0x309C) return kHalfVoiced;
+    // The small katakana that write northern languages.
+    if (code >= 0x31F0 && code <= 0x31FF) return U"クシストヌハヒフヘホムラリルレロ"[code - 0x31F0];
+    return code;
+}
+
+/// Old and new form, for kanji whose old form the dictionary has nowhere or almost nowhere.
+constexpr std::u32string_view kOldForms =
+    U"髙﨑德濵瀨黑淸靑戀戰聲舊變峽廳歸彥顏强臺灣續總惡淚戲觸𠮷桒栁緖薰步每緣靈凜堯驒鷗鷄"
+    U"噓摑剝頰瘦繫蟬麵醬焰啞囊潑屢簞蠟氣會來亞樂寶驛團獨";
+constexpr std::u32string_view kNewForms =
+    U"高崎徳浜瀬黒清青恋戦声旧変峡庁帰彦顔強台湾続総悪涙戯触吉桑柳緒薫歩毎縁霊凛尭騨鴎鶏"
+    U"嘘掴剥頬痩繋蝉麺醤焔唖嚢溌屡箪蝋気会来亜楽宝駅団独";
+static_assert(kOldForms.size() == kNewForms.size());
+
+char32_t NewForm(char32_t code) {
+    const std::size_t at = IsKanji(code) ? kOldForms.find(code) : std::u32string_view::npos;
+    return at == std::u32string_view::npos ? code : kNewForms[at];
+}
+
+/// The kana with a sound mark, 0 where there is none.
+char32_t WithMark(char32_t kana, char32_t mark) {
+    const UChar32 pair =
+        unorm2_composePair(&Composer(), static_cast<UChar32>(kana), static_cast<UChar32>(mark));
+    return pair < 0 ? 0 : static_cast<char32_t>(pair);
+}
+
+char32_t WithoutMark(char32_t kana) {
+    UChar units[4];
+    UErrorCode error = U_ZERO_ERROR;
+    const std::int32_t size =
+        unorm2_getRawDecomposition(&Composer(), static_cast<UChar32>(kana), units, 4, &error);
+    return U_SUCCESS(error) && size == 2 ? units[0] : kana;
+}
+
+bool IsMarked(char32_t code) {
+    return code >= U'ヷ' && code <= U'ヺ';
+}
+
+}  // namespace
+
+std::u32string TidyText(std::u32string_view text) {
+    std::u32string result;
+    for (char32_t code : ComposedAround(text)) {
+        code = NewForm(FullWidth(code));
+        const char32_t before = result.empty() ? U'\0' : result.back();
+        if (code == kVoiced || code == kHalfVoiced) {
+            const char32_t pair = WithMark(before, code);
+            if (pair != 0) {
+                result.back() = pair;
+            } else if (!IsKana(before)) {
+                result += code;
+            }
+        } else if (IsMarked(code)) {
+            result += U'ヴ';
+            result += U"ァィェォ"[code - U'ヷ'];
+        } else if ((code == U'ゝ' || code == U'ヽ') && IsKana(before)) {
+            result += WithoutMark(before);
+        } else if ((code == U'ゞ' || code == U'ヾ') && IsKana(before)) {
+            const char32_t voiced = WithMark(WithoutMark(before), kVoiced);
+            result += voiced != 0 ? voiced : before;
+        } else {
+            result += code;
+        }
+    }
+    return result;
+}
+
+}  // namespace sorakaze::kotoeri

@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "speech/kotoeri/Dictionary.h"
+
+namespace sorakaze::kotoeri {
+
+/// The pieces of a sentence as readings in hiragana, joined to the words that somebody would hear: a verb
+/// with its endings, a number with what it counts, a name's parts by themselves. What has no reading stays.
+std::vector<std::u32string> Words(const std::vector<Morpheme>& morphemes);
+
+}  // namespace sorakaze::kotoeri
