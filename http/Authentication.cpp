@@ -54,12 +54,12 @@ DictionaryRef HTTPSocket::_ParseAuthenticationParams(const String& text) {
 String HTTPSocket::_CreateAuthenticationData(const String& scheme, const String& name, const String& password,
                                              const DictionaryRef& parameters) {
     if (scheme == "Basic") return "Basic " + EncodeBase64(name + ":" + password, 76);
-    if (scheme == "Digest") return DigestAuthentication(name, password, NotNil(parameters));
+    if (scheme == "Digest") return DigestAuthentication(name, password, NotNil(parameters), _CreateNonce());
     return {};
 }
 
 String HTTPSocket::DigestAuthentication(const String& name, const String& password,
-                                        const DictionaryRef& parameters) {
+                                        const DictionaryRef& parameters, const String& cnonce) {
     const auto parameter = [&](const char* key, const char* fallback = "") {
         return parameters->Lookup(key, String(fallback)).Text();
     };
@@ -68,7 +68,6 @@ String HTTPSocket::DigestAuthentication(const String& name, const String& passwo
     // Never raised: each request is its nonce's first.
     _Nonces->SetValue(nonce, _Nonces->Lookup(nonce, 0).Integer());
     const String count = Format(_Nonces->Lookup(nonce).Integer() + 1, "00000000");
-    const String cnonce = _CreateNonce();
 
     // No challenge has a parameter of this name: the realm in a digest is always empty.
     const String who = _EncodeHex(MD5(name + ":" + parameter("realmn") + ":" + password));

@@ -28,8 +28,8 @@
 namespace sorakaze {
 
 /// `timeout` is in seconds without a sign of life, 0 or less for no end; `file` is where the body goes, empty
-/// for the page. A waiting form must not be called from within an event of its own socket. Nor must that
-/// destroy the socket.
+/// for the page. A waiting form must not be called from within an event of its own socket; the events of the
+/// others may also close it, begin another request or destroy it, but for those that ask for credentials.
 class HTTPSocket : public TCPSocket, public Readable, public Writeable, public _SOAPSocket {
   public:
     HTTPSocket() = default;
@@ -135,6 +135,13 @@ class HTTPSocket : public TCPSocket, public Readable, public Writeable, public _
     void _ProcessData(const String& data);
     void _ProcessPage();
     void SetError(std::int32_t code);
+    /// Calls the handler if one is installed; it may replace itself. False if it has ended the socket.
+    template <typename... Parameters, typename... Arguments>
+    bool Fire(const std::function<void(Parameters...)>& handler, const Arguments&... arguments) {
+        const std::weak_ptr<bool> socket = threadProtection;
+        if (const auto call = handler) call(arguments...);
+        return !socket.expired();
+    }
 
     // Authentication. Its deviations from what is customary are the class's own: a challenge has one
     // parameter, the realm doesn't enter a digest, and every use of a nonce counts as the first.
@@ -143,15 +150,18 @@ class HTTPSocket : public TCPSocket, public Readable, public Writeable, public _
     static DictionaryRef _ParseAuthenticationParams(const String& text);
     String _CreateAuthenticationData(const String& scheme, const String& name, const String& password,
                                      const DictionaryRef& parameters);
-    String DigestAuthentication(const String& name, const String& password, const DictionaryRef& parameters);
+    String DigestAuthentication(const String& name, const String& password, const DictionaryRef& parameters,
+                                const String& cnonce);
     static String _CreateNonce();
     static String _EncodeHex(const String& data);
 
     static constexpr std::int32_t kTimeout = -1;
     static constexpr std::int32_t kFileError = 1;
     std::int32_t mErrorCode = 0;
-    bool synchronous = false;       ///< the request at hand is a waiting one
-    bool threadProtection = false;  ///< _HandleNewData is at work: one that comes meanwhile returns at once
+    bool synchronous = false;  ///< the request at hand is a waiting one
+    /// _HandleNewData is at work: one that comes meanwhile returns at once. Ends with the socket, which tells
+    /// what goes on behind an event whether it is still there.
+    std::shared_ptr<bool> threadProtection = std::make_shared<bool>(false);
     std::int32_t timeoutSeconds = 0;
     String _authenticationKey;        ///< value of one Authorization header
     bool _connectionValid = false;    ///< from Connected to the first Error; a timeout leaves it

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "app/runtime/TextStreams.h"
-#include "http/Fire.h"
 #include "http/HTTPSocket.h"
 #include "http/LineEnd.h"
 #include "http/Url.h"
@@ -67,7 +66,7 @@ void HTTPSocket::_KillDownloadStream() {
 void HTTPSocket::Event_Connected() {
     _connectionValid = true;
     _ResetVariables();
-    if (!synchronous) http::Fire(Connected);
+    if (!synchronous && !Fire(Connected)) return;
     if (_httpAction.IsEmpty()) _httpAction = "GET";
     _SendRequest(_httpAction);
 }

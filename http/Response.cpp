@@ -5,23 +5,24 @@
 #include <limits>
 #include <utility>
 
-#include "http/Fire.h"
 #include "http/HTTPSocket.h"
 #include "http/LineEnd.h"
 
 namespace sorakaze {
 namespace {
 
-/// Set for as long as it lives.
+/// Sets the flag for as long as it lives, or the flag does.
 class Protection {
   public:
-    explicit Protection(bool& flag) : flag_(flag) { flag_ = true; }
-    ~Protection() { flag_ = false; }
+    explicit Protection(const std::shared_ptr<bool>& flag) : flag_(flag) { *flag = true; }
+    ~Protection() {
+        if (const auto flag = flag_.lock()) *flag = false;
+    }
     Protection(const Protection&) = delete;
     Protection& operator=(const Protection&) = delete;
 
   private:
-    bool& flag_;
+    const std::weak_ptr<bool> flag_;
 };
 
 constexpr std::int32_t kUnauthorized = 401;
@@ -34,7 +35,7 @@ void HTTPSocket::Event_DataAvailable() {
 }
 
 void HTTPSocket::_HandleNewData() {
-    if (threadProtection) return;
+    if (*threadProtection) return;
     const Protection protection(threadProtection);
     if (_pageHeaders) {
         _ProcessData(ReadAll());
@@ -50,7 +51,7 @@ void HTTPSocket::_HandleNewData() {
     }
     // The handler may read, or begin another request: what is left behind it is the rest.
     const InternetHeadersRef headers = _pageHeaders;
-    if (!synchronous) http::Fire(HeadersReceived, headers, _httpStatusCode);
+    if (!synchronous && !Fire(HeadersReceived, headers, _httpStatusCode)) return;
     _received.Read(2 * end->lineEndSize);
     _ProcessData(ReadAll());
 }
@@ -85,7 +86,7 @@ void HTTPSocket::_ProcessData(const String& data) {
         SetError(kFileError);
         return;
     }
-    if (!synchronous) http::Fire(ReceiveProgress, _currentLength, _totalLength, data);
+    if (!synchronous && !Fire(ReceiveProgress, _currentLength, _totalLength, data)) return;
     const bool challenged = _httpStatusCode == kUnauthorized || _httpStatusCode == kProxyUnauthorized;
     if (challenged && !IsConnected()) _ProcessPage();
 }
@@ -112,14 +113,14 @@ void HTTPSocket::_ProcessPage() {
     const std::int32_t status = _httpStatusCode;
     const InternetHeadersRef headers = _pageHeaders;
     if (downloaded)
-        http::Fire(DownloadComplete, url, status, headers, file);
+        Fire(DownloadComplete, url, status, headers, file);
     else
-        http::Fire(PageReceived, url, status, headers, _pageBuffer.Text());
+        Fire(PageReceived, url, status, headers, _pageBuffer.Text());
 }
 
 void HTTPSocket::SetError(std::int32_t code) {
     mErrorCode = code;
-    if (!synchronous) http::Fire(Error, code);
+    if (!synchronous) Fire(Error, code);
 }
 
 }  // namespace sorakaze

@@ -11,6 +11,7 @@ namespace sorakaze {
 /// signs of life, then at the time. A pass in which nothing arrived lasts until something does.
 void HTTPSocket::WaitForPage() {
     const Clock& clock = Runtime::Current().GetClock();
+    const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
     _pageComplete = false;
     mErrorCode = 0;
     TickCount deadline = 0;
