@@ -38,6 +38,8 @@ class Client : public HTTPSocket {
     /// ...and closes.
     void End() { Event_Error(); }
 
+    /// The next request's credentials, and the proxy's.
+    std::string Keys() const { return _authenticationKey.Bytes() + "/" + _proxyAuthenticationKey.Bytes(); }
     bool IsComplete() const { return _pageComplete; }
     std::string Page() const { return _pageBuffer.Text().Bytes(); }
     std::int32_t PageLength() { return _pageBuffer.Length(); }
