@@ -1,0 +1,301 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gateway/LeadText.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+#include <optional>
+
+namespace sorakaze::gateway {
+namespace {
+
+constexpr std::size_t kEnglishCharacters = 400;
+constexpr std::size_t kEnglishSentences = 2;
+/// A longer text is thrown away whole by who asks.
+constexpr std::size_t kJapaneseCharacters = 200;
+/// How far behind a name its verb can stand.
+constexpr std::size_t kVerbBytes = 600;
+
+using Words = std::initializer_list<std::string_view>;
+
+bool IsOneOf(std::string_view word, Words words) {
+    return std::ranges::find(words, word) != words.end();
+}
+
+std::size_t Characters(std::string_view text) {
+    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+/// The bytes of the character that begins at `at`.
+std::string_view CharacterAt(std::string_view text, std::size_t at) {
+    std::size_t size = 1;
+    while (at + size < text.size() && (text[at + size] & 0xC0) == 0x80) ++size;
+    return text.substr(at, size);
+}
+
+enum class Bracket { None, OpensRound, ClosesRound, OpensSquare, ClosesSquare };
+
+Bracket BracketOf(std::string_view character) {
+    if (IsOneOf(character, {"(", "（"})) return Bracket::OpensRound;
+    if (IsOneOf(character, {")", "）"})) return Bracket::ClosesRound;
+    if (IsOneOf(character, {"[", "［"})) return Bracket::OpensSquare;
+    if (IsOneOf(character, {"]", "］"})) return Bracket::ClosesSquare;
+    return Bracket::None;
+}
+
+/// Brackets go with all that is in them, one that has no partner goes alone. Straight quotes go too.
+std::string WithoutBrackets(std::string_view text) {
+    struct Open {
+        Bracket bracket;
+        std::size_t at;
+    };
+    std::vector<Open> open;
+    std::string out;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::string_view character = CharacterAt(text, at);
+        at += character.size();
+        const Bracket bracket = BracketOf(character);
+        if (bracket == Bracket::None) {
+            if (character != "\"") out += character;
+        } else if (bracket == Bracket::OpensRound || bracket == Bracket::OpensSquare) {
+            open.push_back({bracket, out.size()});
+        } else {
+            const Bracket wanted =
+                bracket == Bracket::ClosesRound ? Bracket::OpensRound : Bracket::OpensSquare;
+            const auto partner = std::find_if(open.rbegin(), open.rend(), [&](const Open& candidate) {
+                return candidate.bracket == wanted;
+            });
+            if (partner == open.rend()) continue;
+            out.resize(partner->at);
+            open.erase(partner.base() - 1, open.end());
+        }
+    }
+    return out;
+}
+
+/// True where a blank would stand before a mark that belongs to the word before it.
+bool IsClosingMark(std::string_view text, std::size_t at) {
+    const std::string_view mark = CharacterAt(text, at);
+    if (mark == ".") return at + 1 == text.size() || text[at + 1] == ' ';
+    return IsOneOf(mark, {",", ";", ":", "、", "。", "，"});
+}
+
+/// One blank where there were several, none before a comma, one comma where brackets left two.
+std::string Tidied(std::string_view text) {
+    std::string out;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::string_view character = CharacterAt(text, at);
+        if (IsClosingMark(text, at)) {
+            while (out.ends_with(' ')) out.pop_back();
+            if (IsOneOf(character, {",", "、"}) && out.ends_with(character))
+                out.resize(out.size() - character.size());
+        }
+        if (character != " " || (!out.empty() && !out.ends_with(' '))) out += character;
+        at += character.size();
+    }
+    while (out.ends_with(' ')) out.pop_back();
+    return out;
+}
+
+std::string WithoutMarks(std::string_view text) {
+    std::string out(text);
+    std::erase_if(out, [](char c) { return c == kBoldBegins || c == kBoldEnds; });
+    return out;
+}
+
+/// What stands behind the first name in bold, or behind the title where nothing is bold.
+std::optional<std::string> BehindName(std::string_view paragraph, std::string_view title) {
+    const std::string plain = WithoutBrackets(paragraph);
+    const std::size_t end = plain.find(kBoldEnds);
+    if (end != plain.npos) return Tidied(WithoutMarks(std::string_view(plain).substr(end)));
+    const std::string tidied = Tidied(WithoutMarks(plain));
+    if (!tidied.starts_with(title)) return {};
+    return tidied.substr(title.size());
+}
+
+std::string_view NextWord(std::string_view text, std::size_t& at) {
+    while (at < text.size() && text[at] == ' ') ++at;
+    const std::size_t begin = at;
+    while (at < text.size() && text[at] != ' ') ++at;
+    return text.substr(begin, at - begin);
+}
+
+/// Where the sentence's verb stands: the first "is" or the like that an article follows, or else the first of
+/// all, but none of a clause inside.
+std::size_t EnglishVerb(std::string_view text) {
+    std::size_t weak = text.npos;
+    std::string_view before;
+    for (std::size_t at = 0; at < std::min(text.size(), kVerbBytes);) {
+        const std::string_view word = NextWord(text, at);
+        const std::size_t begin = at - word.size();
+        if (IsOneOf(word, {"is", "was", "are", "were"}) &&
+            !IsOneOf(before, {"who", "which", "that", "name", "names", "he", "she", "they", "it"})) {
+            std::size_t next = at;
+            if (IsOneOf(NextWord(text, next),
+                        {"a", "an", "the", "one", "two", "three", "four", "both", "among"})) {
+                return begin;
+            }
+            weak = std::min(weak, begin);
+        }
+        before = word;
+    }
+    return weak;
+}
+
+/// True if the full stop at `at` ends an abbreviation or an initial.
+bool IsAbbreviation(std::string_view text, std::size_t at) {
+    const std::size_t blank = text.rfind(' ', at);
+    const std::string_view word = text.substr(blank == text.npos ? 0 : blank + 1, at - (blank + 1));
+    return word.size() <= 1 || word.find('.') != word.npos ||
+           IsOneOf(word, {"Jr",  "Sr",  "Dr",   "Mr",  "Mrs",  "Ms",  "St",   "Ste",  "Prof",   "Lt", "Sgt",
+                          "Col", "Gen", "Capt", "Rev", "Mt",   "Ft",  "vs",   "feat", "ft",     "No", "no",
+                          "Nos", "Vol", "Op",   "Inc", "Ltd",  "Co",  "Corp", "Bros", "approx", "ca", "et",
+                          "al",  "Jan", "Feb",  "Aug", "Sept", "Oct", "Nov",  "Dec"});
+}
+
+bool EndsEnglish(std::string_view text, std::size_t at) {
+    if (std::string_view(".!?").find(text[at]) == std::string_view::npos) return false;
+    if (at + 1 == text.size()) return true;
+    if (text[at + 1] != ' ') return false;
+    const std::size_t next = text.find_first_not_of(' ', at + 1);
+    if (next == text.npos) return true;
+    return !std::islower(static_cast<unsigned char>(text[next])) &&
+           !(text[at] == '.' && IsAbbreviation(text, at));
+}
+
+/// Whole sentences one by one, each with the blank before it.
+class Sentences {
+  public:
+    /// No sentence ends within `name`: there are bands with an exclamation mark, or a full stop.
+    Sentences(std::string_view text, std::string_view name, Edition edition)
+        : rest_(text), name_(name), edition_(edition) {}
+
+    /// Empty at the end, and for what no full stop follows.
+    std::string_view Next() {
+        int quotes = 0;
+        for (std::size_t at = 0; at < rest_.size();) {
+            if (!name_.empty() && rest_.substr(at).starts_with(name_)) {
+                at += name_.size();
+                continue;
+            }
+            const std::string_view character = CharacterAt(rest_, at);
+            at += character.size();
+            if (IsOneOf(character, {"「", "『"})) ++quotes;
+            if (IsOneOf(character, {"」", "』"})) --quotes;
+            const bool ends =
+                edition_ == Edition::Japanese ? character == "。" && quotes <= 0 : EndsEnglish(rest_, at - 1);
+            if (!ends) continue;
+            const std::string_view sentence = rest_.substr(0, at);
+            rest_.remove_prefix(at);
+            return sentence;
+        }
+        return {};
+    }
+
+  private:
+    std::string_view rest_;
+    std::string_view name_;
+    Edition edition_;
+};
+
+/// A sentence that is too long ends at its last comma within the bound.
+std::string CutAtComma(std::string_view sentence, std::size_t characters, std::string_view comma,
+                       std::string_view stop) {
+    std::size_t end = 0;
+    std::size_t counted = 0;
+    for (std::size_t at = 0; at < sentence.size();) {
+        const std::string_view character = CharacterAt(sentence, at);
+        if (++counted >= characters) break;
+        if (sentence.substr(at).starts_with(comma)) end = at;
+        at += character.size();
+    }
+    return end == 0 ? std::string() : std::string(sentence.substr(0, end)) + std::string(stop);
+}
+
+std::string ToldInEnglish(std::string_view text, std::string_view title) {
+    const std::size_t verb = EnglishVerb(text);
+    if (verb != text.npos) text.remove_prefix(verb);
+    Sentences sentences(text, title, Edition::English);
+    std::string told(sentences.Next());
+    if (Characters(told) > kEnglishCharacters) told = CutAtComma(told, kEnglishCharacters, ", ", ".");
+    if (told.empty()) return {};
+    for (std::size_t count = 1; count < kEnglishSentences; ++count) {
+        const std::string_view next = sentences.Next();
+        if (Characters(told) + Characters(next) > kEnglishCharacters) break;
+        told += next;
+    }
+    // A comma stands next to the name, a word doesn't.
+    if (std::isalnum(static_cast<unsigned char>(told.front()))) told.insert(0, " ");
+    return told;
+}
+
+std::size_t WithoutBlanks(std::string_view text) {
+    return Characters(text) - static_cast<std::size_t>(std::ranges::count(text, ' '));
+}
+
+std::string ToldInJapanese(std::string_view text, std::string_view title) {
+    constexpr std::string_view kTopic = "は";
+    std::size_t topic = text.find("は、");
+    if (topic == text.npos || topic > text.find("。")) {
+        topic = text.find_first_not_of(' ');
+        if (topic == text.npos || !text.substr(topic).starts_with(kTopic)) return {};
+    }
+    Sentences sentences(text.substr(topic), title, Edition::Japanese);
+    const std::size_t left = kJapaneseCharacters - std::min(WithoutBlanks(title), kJapaneseCharacters);
+    std::string told(sentences.Next());
+    if (WithoutBlanks(told) > left) return CutAtComma(told, left, "、", "。");
+    while (!told.empty()) {
+        const std::string_view next = sentences.Next();
+        if (next.empty() || WithoutBlanks(told) + WithoutBlanks(next) > left) break;
+        told += next;
+    }
+    return told;
+}
+
+void AddPieces(std::string_view text, std::vector<std::string>& names) {
+    std::string piece;
+    for (std::size_t at = 0; at <= text.size();) {
+        const std::string_view character = at < text.size() ? CharacterAt(text, at) : std::string_view();
+        if (character.empty() || IsOneOf(character, {",", ";", ":", "、", "，", "；", "：", "/", "／"})) {
+            if (!piece.empty()) names.push_back(WithoutMarks(piece));
+            piece.clear();
+        } else {
+            piece += character;
+        }
+        at += std::max<std::size_t>(character.size(), 1);
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> NamesIn(std::string_view paragraph) {
+    std::vector<std::string> names;
+    for (std::size_t at = paragraph.find(kBoldBegins); at != paragraph.npos;
+         at = paragraph.find(kBoldBegins, at + 1)) {
+        const std::size_t end = std::min(paragraph.find(kBoldEnds, at), paragraph.size());
+        names.push_back(WithoutMarks(paragraph.substr(at, end - at)));
+    }
+    int depth = 0;
+    std::size_t begin = 0;
+    for (std::size_t at = 0; at < paragraph.size();) {
+        const std::string_view character = CharacterAt(paragraph, at);
+        const Bracket bracket = BracketOf(character);
+        if (bracket == Bracket::OpensRound && depth++ == 0) begin = at + character.size();
+        if (bracket == Bracket::ClosesRound && depth > 0 && --depth == 0) {
+            AddPieces(paragraph.substr(begin, at - begin), names);
+            break;
+        }
+        at += character.size();
+    }
+    return names;
+}
+
+std::string Told(std::string_view paragraph, std::string_view title, Edition edition) {
+    const auto text = BehindName(paragraph, title);
+    if (!text) return {};
+    return edition == Edition::Japanese ? ToldInJapanese(*text, title) : ToldInEnglish(*text, title);
+}
+
+}  // namespace sorakaze::gateway

@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gateway/SearchTarget.h"
+
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+
+namespace sorakaze::gateway {
+namespace {
+
+constexpr std::size_t kLongestTitle = 255;
+
+bool IsUtf8(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto size = static_cast<std::int32_t>(text.size());
+    for (std::int32_t at = 0; at < size;) {
+        UChar32 character = 0;
+        U8_NEXT(bytes, at, size, character);
+        if (character < 0) return false;
+    }
+    return true;
+}
+
+bool IsTitle(std::string_view text) {
+    return !text.empty() && text.size() <= kLongestTitle && IsUtf8(text);
+}
+
+bool TakePrefix(std::string_view& text, std::string_view prefix) {
+    if (!text.starts_with(prefix)) return false;
+    text.remove_prefix(prefix.size());
+    return true;
+}
+
+/// A plus may have been one or a blank. In a row of three the middle one was a plus between blanks, as bands
+/// write their names, and so was one at an end, since names don't begin or end with blanks.
+std::string WithBlanks(std::string_view name) {
+    std::string text;
+    for (std::size_t at = 0; at < name.size();) {
+        const std::size_t next = std::min(name.find_first_not_of('+', at), name.size());
+        const std::size_t pluses = next - at;
+        if (pluses == 3) {
+            text += " + ";
+        } else if (pluses == 1 && (at == 0 || next == name.size())) {
+            text += '+';
+        } else {
+            text.append(pluses, ' ');
+        }
+        if (next < name.size()) text += name[next];
+        at = next + 1;
+    }
+    return text;
+}
+
+std::optional<std::string> PercentDecoded(std::string_view text) {
+    std::string decoded;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '%') {
+            decoded += text[at];
+            continue;
+        }
+        unsigned byte = 0;
+        const char* begin = text.data() + at + 1;
+        if (text.size() - at < 3 || std::from_chars(begin, begin + 2, byte, 16).ptr != begin + 2) return {};
+        decoded += static_cast<char>(byte);
+        at += 2;
+    }
+    return decoded;
+}
+
+}  // namespace
+
+std::optional<Search> ParseSearch(std::string_view target) {
+    if (!TakePrefix(target, "/search?hl=")) return {};
+    Search search;
+    if (TakePrefix(target, "ja&q=")) {
+        search.edition = Edition::Japanese;
+    } else if (!TakePrefix(target, "en&q=")) {
+        return {};
+    }
+    const std::size_t end = target.rfind("&btnI=");
+    if (end == target.npos) return {};
+    target = target.substr(0, end);
+    const std::size_t host = target.rfind('+');
+    if (host == target.npos) return {};
+    search.name = WithBlanks(target.substr(0, host));
+    if (!IsTitle(search.name) || search.name.find_first_not_of(' ') == search.name.npos) return {};
+    return search;
+}
+
+std::optional<ArticleAddress> ParseArticleAddress(std::string_view target) {
+    if (!TakePrefix(target, "/wiki/")) return {};
+    ArticleAddress address;
+    if (TakePrefix(target, "ja/")) {
+        address.edition = Edition::Japanese;
+    } else if (!TakePrefix(target, "en/")) {
+        return {};
+    }
+    auto title = PercentDecoded(target);
+    if (!title || !IsTitle(*title)) return {};
+    address.title = std::move(*title);
+    return address;
+}
+
+std::string ArticleTarget(const ArticleAddress& address) {
+    return (address.edition == Edition::Japanese ? "/wiki/ja/" : "/wiki/en/") + PercentEncoded(address.title);
+}
+
+std::string PercentEncoded(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string encoded;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) || std::string_view("-._~").find(c) != std::string_view::npos) {
+            encoded += c;
+        } else {
+            encoded += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+        }
+    }
+    return encoded;
+}
+
+}  // namespace sorakaze::gateway
