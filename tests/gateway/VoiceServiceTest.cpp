@@ -1,0 +1,259 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The service with the real program behind it: what is heard is judged by figures.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <set>
+#include <thread>
+
+#include "app/runtime/process/ConfinedProcess.h"
+#include "gateway/VoiceForm.h"
+#include "gateway/VoiceService.h"
+#include "tests/support/TestRuntime.h"
+
+namespace sorakaze::gateway {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+namespace fs = std::filesystem;
+
+const std::string kSentence = "こんばんは。ビートルズは、リバプール出身の四人組です。";
+
+struct Sound {
+    int rate = 0;
+    std::vector<float> samples;
+
+    double Seconds() const { return static_cast<double>(samples.size()) / rate; }
+    static bool Loud(float sample) { return std::abs(sample) > 0.01F; }
+    double Lead() const {
+        return static_cast<double>(std::find_if(samples.begin(), samples.end(), Loud) - samples.begin()) /
+               rate;
+    }
+    double Tail() const {
+        return static_cast<double>(std::find_if(samples.rbegin(), samples.rend(), Loud) - samples.rbegin()) /
+               rate;
+    }
+    /// dBFS of the parts that aren't pauses.
+    double Level() const {
+        double sum = 0, blocks = 0;
+        const std::size_t length = static_cast<std::size_t>(rate) * 3 / 100;
+        for (std::size_t at = 0; at + length <= samples.size(); at += length) {
+            double power = 0;
+            for (std::size_t i = at; i < at + length; ++i) power += double{samples[i]} * samples[i];
+            if (power / static_cast<double>(length) < 2e-5) continue;
+            sum += power / static_cast<double>(length);
+            ++blocks;
+        }
+        return 10 * std::log10(sum / blocks);
+    }
+    /// Of the loudest tenth of a second, from 60 to 400 Hz, by autocorrelation.
+    double Pitch() const {
+        const std::size_t length = static_cast<std::size_t>(rate) / 10;
+        std::size_t loudest = 0;
+        double most = 0;
+        for (std::size_t at = 0; at + 2 * length <= samples.size(); at += length / 2) {
+            double power = 0;
+            for (std::size_t i = at; i < at + length; ++i) power += double{samples[i]} * samples[i];
+            if (power > most) loudest = at, most = power;
+        }
+        double best = 0;
+        int period = 1;
+        for (int lag = rate / 400; lag <= rate / 60; ++lag) {
+            double sum = 0;
+            for (std::size_t i = loudest; i < loudest + length; ++i)
+                sum += double{samples[i]} * samples[i + static_cast<std::size_t>(lag)];
+            if (sum > best * 1.05) best = sum, period = lag;
+        }
+        return static_cast<double>(rate) / period;
+    }
+};
+
+class VoiceServiceTest : public testing::Test {
+  protected:
+    void SetUp() override { process::PrepareWritableFolder(folder.Path()); }
+
+    static VoiceRequest Form(const std::string& text, const std::string& speaker = "",
+                             const std::string& speed = "1.0") {
+        return {"POST",
+                "/voice_neo/vsdemo.aspx",
+                {{"__VIEWSTATE", "a"},
+                 {"__EVENTVALIDATION", "b"},
+                 {"RadioButton1", speaker},
+                 {"WriteText", text},
+                 {"SpeedText", speed},
+                 {"PlayButton.x", "400"},
+                 {"PlayButton.y", "25"}}};
+    }
+
+    /// The path of the sound that a page plays; empty for a page without one.
+    static std::string SoundOf(const VoiceAnswer& page) {
+        const auto begin = page.body.find("<audio autoplay src=\"");
+        if (begin == std::string::npos) return {};
+        const auto name = page.body.substr(begin + 21);
+        return "/voice_neo/" + name.substr(0, name.find('"'));
+    }
+
+    std::string Speak(const VoiceRequest& form) {
+        const auto page = service.Answer(form);
+        EXPECT_EQ(page.status, 200);
+        EXPECT_EQ(page.contentType, "text/html; charset=utf-8");
+        const auto sound = service.Answer({"GET", SoundOf(page), {}});
+        EXPECT_EQ(sound.status, 200) << page.body;
+        EXPECT_EQ(sound.contentType, "audio/wav");
+        return sound.body;
+    }
+
+    Sound Read(const std::string& bytes) {
+        const auto file = other.Write("sound.wav", bytes);
+        SF_INFO info{};
+        SNDFILE* in = sf_open(file.c_str(), SFM_READ, &info);
+        if (!in) return {};
+        EXPECT_EQ(info.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+        Sound sound{info.samplerate, std::vector<float>(static_cast<std::size_t>(info.frames))};
+        sf_read_float(in, sound.samples.data(), info.frames);
+        sf_close(in);
+        return sound;
+    }
+
+    bool FolderIsEmpty() const { return fs::is_empty(folder.Path()); }
+
+    test::TemporaryFolder folder, other;
+    VoiceService service{fs::path(SAY_PROGRAM).parent_path(), [this] { return folder.Path(); }};
+};
+
+TEST_F(VoiceServiceTest, SpeakersAreDistinctAndEquallyLoud) {
+    std::set<std::string> heard;
+    std::vector<double> pitches;
+    for (const char* speaker : {"Kyoko", "Haruka", "Sakura", "Ayumi", "Otoya", "Hattori", "Ichiro"}) {
+        SCOPED_TRACE(speaker);
+        const std::string bytes = Speak(Form(kSentence, speaker));
+        const Sound sound = Read(bytes);
+        EXPECT_TRUE(heard.insert(bytes).second);
+        EXPECT_GT(sound.Seconds(), 3);
+        EXPECT_LT(sound.Seconds(), 8);
+        EXPECT_NEAR(sound.Level(), -17, 1.5);
+        EXPECT_GE(sound.Lead(), 0.05);
+        EXPECT_LE(sound.Lead(), 0.15);
+        EXPECT_GE(sound.Tail(), 0.05);
+        EXPECT_LE(sound.Tail(), 0.3);
+        pitches.push_back(sound.Pitch());
+    }
+    ASSERT_EQ(pitches.size(), 7u);
+    EXPECT_GT(*std::min_element(pitches.begin(), pitches.begin() + 4),
+              1.2 * *std::max_element(pitches.begin() + 4, pitches.end()))
+        << testing::PrintToString(pitches);
+
+    // The first speaks for whom nobody knows.
+    const std::string first = Speak(Form(kSentence, "Kyoko"));
+    for (const char* name : {"", "kyoko", "京子", " Kyoko Sato", "1", "Nobody", "'; touch x; '"}) {
+        EXPECT_EQ(Speak(Form(kSentence, name)), first) << name;
+    }
+    EXPECT_EQ(Speak(Form(kSentence, "男性")), Speak(Form(kSentence, "Otoya")));
+    EXPECT_TRUE(FolderIsEmpty());
+}
+
+TEST_F(VoiceServiceTest, ReadsAsFastAsTheFormSays) {
+    const double usual = Read(Speak(Form(kSentence))).Seconds();
+    EXPECT_NEAR(Read(Speak(Form(kSentence, "", "2"))).Seconds(), usual / 2, usual / 6);
+    const double slow = Read(Speak(Form(kSentence, "", "0.5"))).Seconds();
+    EXPECT_GT(slow, usual * 1.4);
+    EXPECT_EQ(Read(Speak(Form(kSentence, "", "0.01"))).Seconds(), slow);
+}
+
+TEST_F(VoiceServiceTest, HostileTextsAreOnlySpoken) {
+    const std::string texts[] = {"'; touch '" + folder.Path().string() + "/x'; '",
+                                 "$(touch " + folder.Path().string() + "/x) \\",
+                                 "</audio><script>alert(1)</script>",
+                                 "-o /etc/passwd",
+                                 std::string("nul\0 \x1b[2J\n\xFF\xFE", 14),
+                                 std::string(100'000, 'x'),
+                                 std::string(60'000, '\'')};
+    for (const std::string& text : texts) {
+        SCOPED_TRACE(text.substr(0, 40));
+        const auto page = service.Answer(Form(text));
+        EXPECT_EQ(page.status, 200);
+        EXPECT_LT(page.body.size(), 300u);
+        EXPECT_THAT(page.body, Not(HasSubstr("script")));
+        EXPECT_EQ(service.Answer({"GET", SoundOf(page), {}}).status, 200);
+        EXPECT_TRUE(FolderIsEmpty());
+    }
+}
+
+TEST_F(VoiceServiceTest, WhatIsNoFormOfItsOwnIsRefused) {
+    EXPECT_EQ(service.Answer({"POST", "/voice_neo/vsdemo.aspx", {}}).status, 400);
+    for (const auto& [name, value] : Form("x").fields) {
+        auto without = Form("x"), twice = Form("x");
+        without.fields.erase(name);
+        twice.fields.emplace(name, value);
+        EXPECT_EQ(service.Answer(without).status, 400) << name;
+        EXPECT_EQ(service.Answer(twice).status, 400) << name;
+    }
+    for (const char* speed : {"", "fast", "1.0x", "nan", "inf"})
+        EXPECT_EQ(service.Answer(Form("x", "", speed)).status, 400) << speed;
+    EXPECT_EQ(service.Answer({"GET", "/voice_neo/vsdemo.aspx", {}}).status, 405);
+    for (const char* path : {"/", "/voice_neo/", "/voice_neo/speech/", "/voice_neo/speech/1.wav",
+                             "/voice_neo/speech/../x.wav", "/voice_neo/speech/.wav"})
+        EXPECT_EQ(service.Answer({"GET", path, {}}).status, 404) << path;
+    for (const char* text : {"", " ", "\n\t"}) {
+        const auto page = service.Answer(Form(text));
+        EXPECT_EQ(page.status, 200);
+        EXPECT_THAT(SoundOf(page), IsEmpty());
+    }
+}
+
+TEST_F(VoiceServiceTest, ManyAtOnceEndTheOldest) {
+    std::string text;
+    while (text.size() < 5000) text += kSentence;
+    std::vector<std::string> sounds;
+    for (int i = 0; i < 12; ++i) sounds.push_back(SoundOf(service.Answer(Form(text))));
+    EXPECT_EQ(service.Answer({"GET", sounds.front(), {}}).status, 404);
+    std::vector<std::thread> listeners;
+    std::array<int, 3> statuses{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        listeners.emplace_back([&, i] {
+            statuses[i] = service.Answer({"GET", sounds[sounds.size() - 1 - i], {}}).status;
+        });
+    }
+    for (auto& listener : listeners) listener.join();
+    EXPECT_THAT(statuses, testing::Each(200));
+    EXPECT_TRUE(FolderIsEmpty());
+}
+
+TEST_F(VoiceServiceTest, StopEndsWhatIsUnderWay) {
+    std::string text;
+    while (text.size() < 5000) text += kSentence;
+    const auto sound = SoundOf(service.Answer(Form(text)));
+    std::thread stopper([&] { service.Stop(); });
+    EXPECT_EQ(service.Answer({"GET", sound, {}}).status, 503);
+    stopper.join();
+    EXPECT_EQ(service.Answer(Form(text)).status, 503);
+    EXPECT_TRUE(FolderIsEmpty());
+}
+
+TEST(VoiceFormTest, LongTextsAreCutBehindASentence) {
+    struct Case {
+        const char* text;
+        std::size_t most;
+        const char* cut;
+    };
+    constexpr Case kCases[] = {
+        {"あい。うえ。お", 7, "あい。うえ。お"},
+        {"あい。うえ。お", 6, "あい。うえ。"},
+        {"あいう。えお。か", 6, "あいう。"},
+        {"あ。いうえおかき", 6, "あ。いうえお"},
+        {"One. Two. Three", 12, "One. Two. "},
+        {"あいう、えおかき", 6, "あいう、"},
+        {"abcdef", 3, "abc"},
+    };
+    for (const Case& one : kCases) EXPECT_EQ(CutText(one.text, one.most), one.cut) << one.text;
+}
+
+}  // namespace
+}  // namespace sorakaze::gateway
