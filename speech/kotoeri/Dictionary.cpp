@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "speech/kotoeri/Dictionary.h"
 
-#include <mecab.h>
 #include <strings.h>
 
 #include <array>
 
 #include "speech/kotoeri/Characters.h"
+#include "speech/kotoeri/LikeliestPath.h"
 
 namespace sorakaze::kotoeri {
 namespace {
@@ -36,25 +36,13 @@ std::unique_ptr<MeCab::Model> Open(const fs::path& folder) {
     return model;
 }
 
-/// The fields of a dictionary line: kind and three below it, conjugation type and form, base form, reading.
-constexpr std::size_t kReading = 7;
-std::array<std::string_view, kReading + 1> Fields(std::string_view feature) {
-    std::array<std::string_view, kReading + 1> fields;
-    for (auto& field : fields) {
-        const std::size_t comma = feature.find(',');
-        field = feature.substr(0, comma);
-        if (field == "*") field = {};
-        if (comma == std::string_view::npos) break;
-        feature.remove_prefix(comma + 1);
-    }
-    return fields;
-}
-
 Morpheme FromNode(const MeCab::Node& node) {
-    const auto fields = Fields(node.feature);
-    return {Decode({node.surface, node.length}),
-            Decode(fields[kReading]),
-            {Decode(fields[0]), Decode(fields[1]), Decode(fields[2]), Decode(fields[3]), Decode(fields[4])}};
+    const Feature feature = FeatureOf(node);
+    return {
+        Decode({node.surface, node.length}),
+        Decode(feature[kReading]),
+        {Decode(feature[0]), Decode(feature[1]), Decode(feature[2]), Decode(feature[3]), Decode(feature[4])},
+        false};
 }
 
 }  // namespace
@@ -94,13 +82,16 @@ std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence, const std::v
             lattice->set_boundary_constraint(at, MECAB_INSIDE_TOKEN);
         lattice->set_boundary_constraint(end, MECAB_TOKEN_BOUNDARY);
     }
-    std::vector<Morpheme> morphemes;
     if (!impl_->tagger->parse(lattice.get())) return {{std::u32string(sentence), {}, {}}};
+    std::vector<Morpheme> morphemes;
     auto next = given.begin();
     std::size_t at = 0;
-    for (const MeCab::Node* node = lattice->bos_node()->next; node && node->next; node = node->next) {
+    for (const MeCab::Node* node : LikeliestPath(*impl_->model, *lattice)) {
         morphemes.push_back(FromNode(*node));
-        if (next != given.end() && at == next->begin) morphemes.back().reading = (next++)->reading;
+        if (next != given.end() && at == next->begin) {
+            morphemes.back().reading = (next++)->reading;
+            morphemes.back().isGiven = true;
+        }
         at += morphemes.back().surface.size();
     }
     return morphemes;

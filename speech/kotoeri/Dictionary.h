@@ -30,13 +30,14 @@ struct Morpheme {
     std::u32string surface;
     std::u32string reading;  ///< katakana; empty where the dictionary doesn't know the word
     Grammar grammar;
+    bool isGiven = false;  ///< then the reading is hiragana, with blanks between words
 };
 
 /// A stretch of a sentence whose reading is known beforehand.
 struct Given {
     std::size_t begin;  ///< characters
     std::size_t size;
-    std::u32string reading;
+    std::u32string reading;  ///< hiragana, blanks between words
 };
 
 class Dictionary {

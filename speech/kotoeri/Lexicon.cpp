@@ -10,7 +10,20 @@ namespace {
 
 constexpr auto kEntries = std::to_array<Entry>({
 // clang-format off
-#include "speech/kotoeri/Lexicon.inc"
+#include "speech/kotoeri/Entries.inc"
+    // clang-format on
+});
+
+struct Preference {
+    std::u32string_view surface;
+    std::u32string_view reading;  ///< the dictionary's, katakana
+    std::u32string_view better;   ///< hiragana
+    Place place;                  ///< where it is better
+};
+
+constexpr auto kPreferences = std::to_array<Preference>({
+// clang-format off
+#include "speech/kotoeri/Preferences.inc"
     // clang-format on
 });
 
@@ -40,6 +53,15 @@ std::optional<Entry> EntryAtBeginning(std::u32string_view text) {
             longest = *entry;
     }
     return longest;
+}
+
+std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading, Place place) {
+    const auto* const found =
+        std::find_if(kPreferences.begin(), kPreferences.end(), [&](const Preference& preference) {
+            return preference.surface == surface && preference.reading == reading &&
+                   (preference.place == Place::Anywhere || preference.place == place);
+        });
+    return found == kPreferences.end() ? std::u32string_view() : found->better;
 }
 
 }  // namespace sorakaze::kotoeri

@@ -10,6 +10,9 @@
 
 namespace sorakaze::kotoeri {
 
+/// Whether the words that are known beside the dictionary count.
+enum class Lexicon { Used, Unused };
+
 struct Entry {
     std::u32string_view surface;
     std::u32string_view reading;  ///< hiragana, blanks between words
@@ -17,5 +20,12 @@ struct Entry {
 
 /// The longest entry that `text` begins with.
 std::optional<Entry> EntryAtBeginning(std::u32string_view text);
+
+/// Where a word stands: behind a particle, an adjective or the like, or wherever else.
+enum class Place { Anywhere, BehindAttribute };
+
+/// What a word is read as in titles where the dictionary reads it otherwise (in katakana); empty where the
+/// dictionary's reading will do.
+std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading, Place place);
 
 }  // namespace sorakaze::kotoeri

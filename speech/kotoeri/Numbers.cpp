@@ -13,14 +13,16 @@ namespace {
 using Pair = std::pair<std::u32string_view, std::u32string_view>;
 
 constexpr std::u32string_view kUnits = U"十百千万億兆";
-constexpr std::u32string_view kSigns = U"〇零一二三四五六七八九十百千万億兆";
-constexpr std::array<std::u32string_view, 17> kSignReadings = {
-    U"ぜろ", U"れい",   U"いち",   U"に",     U"さん", U"よん", U"ご",   U"ろく",  U"なな",
-    U"はち", U"きゅう", U"じゅう", U"ひゃく", U"せん", U"まん", U"おく", U"ちょう"};
+constexpr std::u32string_view kSigns = U"何〇零一二三四五六七八九十百千万億兆";
+constexpr std::array<std::u32string_view, 18> kSignReadings = {
+    U"なん", U"ぜろ", U"れい",   U"いち",   U"に",     U"さん", U"よん", U"ご",   U"ろく",
+    U"なな", U"はち", U"きゅう", U"じゅう", U"ひゃく", U"せん", U"まん", U"おく", U"ちょう"};
 static_assert(kSigns.size() == kSignReadings.size());
 
 /// A digit and its unit that change each other.
-constexpr std::array<Pair, 10> kUnitChanges = {{{U"三百", U"さんびゃく"},
+constexpr std::array<Pair, 12> kUnitChanges = {{{U"何百", U"なんびゃく"},
+                                                {U"何千", U"なんぜん"},
+                                                {U"三百", U"さんびゃく"},
                                                 {U"六百", U"ろっぴゃく"},
                                                 {U"八百", U"はっぴゃく"},
                                                 {U"一千", U"いっせん"},
@@ -47,17 +49,17 @@ constexpr Pair kEndings[] = {{U"四人", U"よにん"}, {U"四年", U"よねん"
                              {U"七時", U"しちじ"}, {U"七月", U"しちがつ"}, {U"九時", U"くじ"},
                              {U"九月", U"くがつ"}};
 
-/// How a counter and the sign before it change. The first sound is doubled behind some signs; behind 三, 千
-/// and 万 it is voiced.
+/// How a counter and the sign before it change. The first sound is doubled behind some signs; behind 三, 千,
+/// 万 and 何 it is voiced.
 struct Counters {
     std::u32string_view counters;  ///< separated by blanks
     std::u32string_view doubling;  ///< the signs whose last sound becomes っ
     char32_t shiftDoubled;         ///< from the plain kana to the one behind っ: ほ to ぽ is two
-    char32_t shiftVoiced;          ///< to the one behind 三, 千 and 万
+    char32_t shiftVoiced;          ///< to the one behind 三, 千, 万 and 何
 };
 constexpr Counters kCounters[] = {
     {U"本 匹 杯 票 遍 片", U"一六八十百", 2, 1},
-    {U"歩 分 泊 発 拍", U"一六八十百", 2, 2},
+    {U"歩 分 分間 泊 発 拍", U"一六八十百", 2, 2},
     {U"階 軒", U"一六八十百", 0, 1},
     {U"回 個 箇 曲 巻 句 か月 ヶ月 機 局 缶 課 感 角 か国 ヶ国 回目 回転 曲目", U"一六八十百", 0, 0},
     {U"歳 才 冊 章 週 周 周年 週間 世紀 節 線 首 隻 席 選 作 匙 点 通 頭 丁 丁目 着 体 等 滴 灯 隊",
@@ -99,7 +101,7 @@ void Meet(std::u32string& number, char32_t lastSign, std::u32string& counter, co
         number.back() = U'っ';
         if (lastSign == U'十') number = number.substr(0, number.size() - 2) + U"ゅっ";
         counter.front() += group.shiftDoubled;
-    } else if (std::u32string_view(U"三千万").find(lastSign) != std::u32string_view::npos) {
+    } else if (std::u32string_view(U"三千万何").find(lastSign) != std::u32string_view::npos) {
         counter.front() += group.shiftVoiced;
     }
 }

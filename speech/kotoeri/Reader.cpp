@@ -81,7 +81,7 @@ std::vector<std::u32string> Reader::ReadSentence(std::u32string_view sentence) c
         if (entry) given.push_back({at, entry->surface.size(), std::u32string(entry->reading)});
         at += entry ? entry->surface.size() : 1;
     }
-    return Words(dictionary_.Cut(sentence, given));
+    return Words(dictionary_.Cut(sentence, given), lexicon_);
 }
 
 std::string Reader::Read(std::string_view bytes) const {

@@ -7,11 +7,9 @@
 #include <string_view>
 
 #include "speech/kotoeri/Dictionary.h"
+#include "speech/kotoeri/Lexicon.h"
 
 namespace sorakaze::kotoeri {
-
-/// Whether the words that are known beside the dictionary count.
-enum class Lexicon { Used, Unused };
 
 class Reader {
   public:

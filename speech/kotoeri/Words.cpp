@@ -10,14 +10,6 @@
 namespace sorakaze::kotoeri {
 namespace {
 
-std::u32string ReadingOf(const Morpheme& morpheme) {
-    if (IsAllKana(morpheme.surface) || morpheme.reading.empty()) return ToHiragana(morpheme.surface);
-    if (std::all_of(morpheme.surface.begin(), morpheme.surface.end(), IsDigit)) return morpheme.surface;
-    std::u32string reading = ToHiragana(morpheme.reading);
-    std::replace(reading.begin(), reading.end(), U' ', U',');
-    return reading;
-}
-
 bool IsKanjiNumber(const Morpheme& morpheme) {
     return morpheme.grammar.kind == U"名詞" && morpheme.grammar.subkind == U"数" &&
            IsNumber(morpheme.surface);
@@ -55,6 +47,55 @@ bool IsEnding(const Morpheme& before, const Morpheme& morpheme) {
                std::u32string_view::npos;
 }
 
+bool IsAttribute(const Grammar& grammar) {
+    return grammar.kind == U"助詞" || grammar.kind == U"連体詞" || Inflects(grammar);
+}
+
+/// Readings that depend on the neighbours, whatever the word is.
+std::u32string_view ReadingAmongNeighbours(const Morpheme* before, const Morpheme& morpheme,
+                                           const Morpheme* after) {
+    if (morpheme.surface == U"何" && after &&
+        std::u32string_view(U"でだのとて").find(after->surface.front()) != std::u32string_view::npos)
+        return U"なん";
+    // 瑠璃色, but 三色
+    if (morpheme.surface == U"色" && IsSuffix(morpheme.grammar) && before && before->grammar.subkind != U"数")
+        return U"いろ";
+    return {};
+}
+
+/// Reads the morphemes of one sentence one by one.
+class MorphemeReader {
+  public:
+    MorphemeReader(const std::vector<Morpheme>& morphemes, Lexicon lexicon)
+        : morphemes_(morphemes), lexicon_(lexicon) {}
+
+    std::u32string ReadingAt(std::size_t at) const {
+        const Morpheme& morpheme = morphemes_[at];
+        if (morpheme.isGiven) {
+            std::u32string reading = morpheme.reading;
+            std::replace(reading.begin(), reading.end(), U' ', U',');
+            return reading;
+        }
+        if (IsAllKana(morpheme.surface) || morpheme.reading.empty()) return ToHiragana(morpheme.surface);
+        if (IsDigits(morpheme)) return morpheme.surface;
+        const Morpheme* before = at > 0 ? &morphemes_[at - 1] : nullptr;
+        const Morpheme* after = at + 1 < morphemes_.size() ? &morphemes_[at + 1] : nullptr;
+        const auto among = ReadingAmongNeighbours(before, morpheme, after);
+        if (!among.empty()) return std::u32string(among);
+        if (lexicon_ == Lexicon::Used && !IsSuffix(morpheme.grammar)) {
+            const Place place =
+                before && IsAttribute(before->grammar) ? Place::BehindAttribute : Place::Anywhere;
+            const auto better = BetterReading(morpheme.surface, morpheme.reading, place);
+            if (!better.empty()) return std::u32string(better);
+        }
+        return ToHiragana(morpheme.reading);
+    }
+
+  private:
+    const std::vector<Morpheme>& morphemes_;
+    Lexicon lexicon_;
+};
+
 /// Whether the morpheme goes on with the word that `before` ends.
 bool Continues(const Morpheme& before, const Morpheme& morpheme) {
     if (LeansOnWhatIsBefore(morpheme.surface.front()) && IsKana(before.surface.back())) return true;
@@ -68,25 +109,24 @@ bool Continues(const Morpheme& before, const Morpheme& morpheme) {
 
 }  // namespace
 
-std::vector<std::u32string> Words(const std::vector<Morpheme>& morphemes) {
+std::vector<std::u32string> Words(const std::vector<Morpheme>& morphemes, Lexicon lexicon) {
+    const MorphemeReader reader(morphemes, lexicon);
     std::vector<std::u32string> words;
     for (std::size_t at = 0; at < morphemes.size();) {
-        const Morpheme& first = morphemes[at];
-        const bool continues = at > 0 && Continues(morphemes[at - 1], first);
+        const bool continues = at > 0 && Continues(morphemes[at - 1], morphemes[at]);
         std::u32string reading;
-        if (IsKanjiNumber(first)) {
+        if (IsKanjiNumber(morphemes[at])) {
             std::u32string number;
             for (; at < morphemes.size() && IsKanjiNumber(morphemes[at]); ++at)
                 number += morphemes[at].surface;
             if (at < morphemes.size() && IsCounter(morphemes[at].grammar)) {
-                reading = ReadNumber(number, morphemes[at].surface, ReadingOf(morphemes[at]));
+                reading = ReadNumber(number, morphemes[at].surface, reader.ReadingAt(at));
                 ++at;
             } else {
                 reading = ReadNumber(number, {}, {});
             }
         } else {
-            reading = ReadingOf(first);
-            ++at;
+            reading = reader.ReadingAt(at++);
         }
         if (continues) {
             words.back() += reading;
