@@ -40,6 +40,7 @@ class Client : public HTTPSocket {
 
     /// The next request's credentials, and the proxy's.
     std::string Keys() const { return _authenticationKey.Bytes() + "/" + _proxyAuthenticationKey.Bytes(); }
+    bool HasHead() const { return _pageHeaders != nullptr; }
     bool IsComplete() const { return _pageComplete; }
     std::string Page() const { return _pageBuffer.Text().Bytes(); }
     std::int32_t PageLength() { return _pageBuffer.Length(); }
