@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "studio/PageSpeaker.h"
+
+#include <fstream>
+#include <stop_token>
+#include <utility>
+
+#include "app/runtime/FolderItem.h"
+#include "app/runtime/Runtime.h"
+#include "studio/PageClient.h"
+
+namespace sorakaze::studio {
+namespace {
+
+constexpr std::size_t kLargestPage = 1u << 20;
+constexpr std::size_t kLargestSound = 64u << 20;
+
+/// What came of a page's form: a file that holds the sound and a voice that reads it, or why there is none.
+struct Outcome {
+    std::filesystem::path file;
+    std::shared_ptr<sound::Voice> voice;
+    std::string complaint;
+};
+
+/// Blocks; without the baton. Empty where there is nothing to hear.
+std::string FetchSound(const PageForm& form, const std::stop_token& cancelled) {
+    PageClient client(cancelled);
+    const std::string reference = FindSound(client.Post(form.action, EncodeForm(form), kLargestPage));
+    if (reference.empty()) return {};
+    const std::string sound = Resolve(form.action, reference);
+    if (sound.empty()) throw PageError("its sound isn't served by plain HTTP");
+    return client.Get(sound, kLargestSound);
+}
+
+Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::MixingEngine& engine,
+                  const std::stop_token& cancelled) {
+    Outcome outcome;
+    try {
+        const std::string bytes = FetchSound(form, cancelled);
+        if (bytes.empty()) return outcome;
+        outcome.file = std::move(file);
+        std::ofstream(outcome.file, std::ios::binary) << bytes;
+        outcome.voice = engine.Open(outcome.file);
+        if (!outcome.voice) outcome.complaint = "its answer is no sound that can be played";
+    } catch (const PageError& error) {
+        outcome.complaint = error.what();
+    }
+    return outcome;
+}
+
+std::string ReadPage(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::string page(kLargestPage, '\0');
+    in.read(page.data(), static_cast<std::streamsize>(page.size()));
+    page.resize(static_cast<std::size_t>(in.gcount()));
+    return page;
+}
+
+void Remove(const std::filesystem::path& file) {
+    std::error_code ignored;
+    if (!file.empty()) std::filesystem::remove(file, ignored);
+}
+
+}  // namespace
+
+PageSpeaker::PageSpeaker(HTMLViewer& viewer, std::function<void(const std::string&)> complain)
+    : viewer_(viewer), complain_(std::move(complain)) {
+    viewer_.Load = [this](const FolderItemRef& file) { Load(file); };
+}
+
+PageSpeaker::~PageSpeaker() {
+    viewer_.Load = nullptr;
+    distant_.Kill();
+    End();
+}
+
+void PageSpeaker::End() {
+    if (voice_) voice_->Stop();
+    voice_.reset();
+    Remove(std::exchange(file_, {}));
+}
+
+void PageSpeaker::Load(const FolderItemRef& file) {
+    ++loaded_;
+    distant_.Kill();
+    End();
+    auto form = FindForm(ReadPage(file->Path()));
+    if (!form) return;
+    form->action = Resolve("", form->action);
+    if (form->action.empty()) {
+        complain_("The voice service is silent: its address is none of plain HTTP.");
+    } else if (IsLoopback(form->action)) {
+        // A service that is part of the application: the speech begins at this tick in every rendering.
+        Speak(*form, Blocking::TimeStands);
+    } else {
+        distant_.RunEvent = [this, form = *form] { Speak(form, Blocking::TimeAsOnWall); };
+        distant_.Run();
+    }
+}
+
+void PageSpeaker::Speak(const PageForm& form, Blocking kind) {
+    auto& runtime = Runtime::Current();
+    const std::uint64_t page = loaded_;
+    const auto file = runtime.TemporaryFolder() / ("sayj-" + std::to_string(page));
+    Outcome outcome;
+    // A thread that is killed meanwhile leaves by an exception.
+    const auto remove = [](Outcome* left) { Remove(left->file); };
+    const std::unique_ptr<Outcome, decltype(remove)> leftover(&outcome);
+    runtime.Threads().Block(kind, [&](std::stop_token cancelled) {
+        outcome = MakeVoice(form, file, *runtime.Engine(), cancelled);
+    });
+    if (page != loaded_) return;
+    if (!outcome.complaint.empty()) complain_("The voice service is silent: " + outcome.complaint + ".");
+    if (!outcome.voice) return;
+    voice_ = std::move(outcome.voice);
+    file_ = std::exchange(outcome.file, {});
+    voice_->Start();
+}
+
+}  // namespace sorakaze::studio
