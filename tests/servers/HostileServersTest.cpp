@@ -142,6 +142,18 @@ TEST_F(HostileServers, EachComesToItsEnd) {
     }
 }
 
+// As servers do that find a request too large.
+TEST_F(HostileServers, AnAnswerIsHeardWhileNobodyReadsThePost) {
+    const ScriptedServer server([](Peer& peer) { peer.Send("HTTP/1.0 413 Too large\r\n\r\nbody"); });
+    Client client;
+    for (int i = 0; i < 5; ++i) {
+        client.SetPostContent(std::string(8 << 20, 'x'), "text/plain");
+        EXPECT_EQ(client.Post(server.Url(), kPatience), "body");
+        EXPECT_EQ(client.HTTPStatusCode(), 413);
+        EXPECT_EQ(client.ErrorCode(), 0);
+    }
+}
+
 TEST_F(HostileServers, HeadsOfAnySizeCostTheirSize) {
     constexpr int kLines = 100'000;
     std::string same = "HTTP/1.0 200 OK\r\n";
