@@ -17,7 +17,8 @@ struct Deployment {
     /// the application brings itself.
     std::string searchHost;
     std::string voiceHost;
-    /// The names by which the search engine knows the encyclopaedia's two editions.
+    /// The names by which the search engine knows the encyclopaedia's two editions. Our own search engine
+    /// looks nothing up in an edition without a name.
     std::string encyclopaediaEnglish = "en.wikipedia.org";
     std::string encyclopaediaJapanese = "ja.wikipedia.org";
     /// Tokens of the voice service's form: base64, 336 and 96 characters.

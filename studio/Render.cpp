@@ -10,11 +10,13 @@
 #include "app/runtime/Application.h"
 #include "app/runtime/Signals.h"
 #include "app/runtime/sound/SoundFileWriter.h"
+#include "gateway/StandIn.h"
 #include "player/LocalPlayer.h"
 #include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
 #include "show/mainWindow.h"
 #include "studio/Console.h"
+#include "studio/PageSpeaker.h"
 #include "studio/Station.h"
 #include "studio/StudioError.h"
 #include "studio/TraceWriter.h"
@@ -127,6 +129,7 @@ class Session {
             throw StudioError(
                 kFailed, "No temporary folder can be made: TMPDIR must name a folder that can be written.");
         }
+        OfferServices();
         player_.SetReadAhead(true);
         RegisterPlayerScripts(runtime_.Scripts(), player_, window_);
         window_.Event_Open();
@@ -180,6 +183,22 @@ class Session {
   private:
     bool OnAir() const { return !(window_.programStart.Caption() == kStartCaption); }
 
+    /// Our own where the deployment names no others. Without lookups nothing depends on what a network does.
+    void OfferServices() {
+        Deployment& deployment = window_.deployment;
+        try {
+            deployment = ReadDeployment(runtime_.ResourcesFolder() / "deployment.json");
+        } catch (const DeploymentError& error) {
+            throw StudioError(kFailed, std::string("deployment.json: ") + error.what());
+        }
+        std::string complaint;
+        gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
+                                     deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
+                                    deployment.searchHost, deployment.voiceHost, complaint);
+        if (!complaint.empty()) console_.Message(complaint);
+        if (options_.offline) deployment.searchHost.clear();
+    }
+
     void Begin() {
         if (stopped_) return;
         begun_ = true;
@@ -228,8 +247,11 @@ class Session {
     StudioHost host_;
     Recorder recorder_;
     Runtime runtime_;
+    std::unique_ptr<gateway::Gateway> gateway_;
     player::LocalPlayer player_;
     mainWindow window_;
+    PageSpeaker speaker_{window_.voiceHTMLViewer,
+                         [this](const std::string& line) { console_.Message(line); }};
     Transcript transcript_;
     std::unique_ptr<TraceWriter> trace_;
     Onlookers onlookers_;

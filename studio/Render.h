@@ -20,7 +20,8 @@ struct RenderOptions {
     std::optional<std::int32_t> songSeconds;
     std::optional<double> limitSeconds;
     std::optional<std::uint64_t> seed;
-    bool quiet = false;  ///< no transcript
+    bool offline = false;  ///< no artist is looked up
+    bool quiet = false;    ///< no transcript
 };
 
 /// Returns when the show has run to its end or limit, or was interrupted, and the file is complete. Throws

@@ -41,4 +41,4 @@ def playlist(name, tracks):
 
 def studio(*arguments):
     return [str(ROOT / "build/Sorakaze/Sorakaze.app/Contents/Linux/sorakaze-studio"), "render", "--station", str(STATION),
-            "--quiet", "--seed", "1", *map(str, arguments)]
+            "--offline", "--quiet", "--seed", "1", *map(str, arguments)]

@@ -51,6 +51,13 @@ TEST(Errors, EachEndsWithOneLineAndItsStatus) {
         EXPECT_EQ(test::ReadFile(station.Path() / "kept.wav"), "precious") << c.arguments;
         EXPECT_FALSE(std::filesystem::exists(station.Path() / "a.wav"));
     }
+    for (const char* file : {"{", R"({"voise": ""})"}) {
+        station.Write("Sorakaze.app/Contents/Resources/deployment.json", file);
+        const auto outcome = station.Run("render --station . --program Show --output a.wav");
+        EXPECT_EQ(outcome.status, 1) << file;
+        EXPECT_NE(outcome.error.find("deployment.json: "), std::string::npos) << outcome.error;
+        EXPECT_EQ(std::ranges::count(outcome.error, '\n'), 1) << outcome.error;
+    }
 }
 
 TEST(Errors, StreamsThatAreClosedOrGoAwayDoNoHarm) {

@@ -23,6 +23,9 @@ StudioStation::StudioStation() {
     const auto resources = Path() / "Sorakaze.app/Contents/Resources";
     fs::create_directories(resources);
     fs::copy_file(SAY_PROGRAM, resources / "say");
+    // The encyclopaedia is left in peace.
+    std::ofstream(resources / "deployment.json")
+        << R"({"encyclopaediaEnglish": "", "encyclopaediaJapanese": ""})";
     for (const char* folder : {"Programs", "Sounds", "Music", "home"})
         fs::create_directories(Path() / folder);
 }
