@@ -38,7 +38,7 @@ std::string Encode(std::u32string_view text) {
 }
 
 bool LeansOnWhatIsBefore(char32_t code) {
-    return std::u32string_view(U"ぁぃぅぇぉゃゅょゎっーァィゥェォャュョヮッ").find(code) !=
+    return std::u32string_view(U"ぁぃぅぇぉゃゅょゎっんーァィゥェォャュョヮッン").find(code) !=
            std::u32string_view::npos;
 }
 
@@ -70,6 +70,8 @@ std::u32string ToHiragana(std::u32string_view text) {
             default:
                 break;
         }
+        const bool isGlide = code == U'ゃ' || code == U'ゅ' || code == U'ょ';
+        if (isGlide && !result.empty() && result.back() == U'ゔ') result.back() = U'び';
         result += code;
     }
     return result;

@@ -31,13 +31,13 @@ constexpr bool IsKanji(char32_t code) {
            (code >= 0xF900 && code <= 0xFAFF) || (code >= 0x20000 && code <= 0x3FFFF) ||
            (code >= U'々' && code <= U'〇');
 }
-/// Kana that are never the first of a word: small ones and the long-vowel mark.
+/// Kana that are never the first of a word: small ones, the long-vowel mark, ん.
 bool LeansOnWhatIsBefore(char32_t code);
 
 bool IsAllKana(std::u32string_view text);
 
-/// Katakana become hiragana; of the kana that are no longer written, and of the small ones that are no sound
-/// of their own, the ones that are read alike. Everything else stays.
+/// Katakana become hiragana. Kana that are no longer written, small ones that are no sound of their own and
+/// ヴュ become those that are read alike. Everything else stays.
 std::u32string ToHiragana(std::u32string_view text);
 
 }  // namespace sorakaze::kotoeri

@@ -74,9 +74,14 @@ std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence, const std::v
     const std::string bytes = Encode(sentence);
     const std::unique_ptr<MeCab::Lattice> lattice(impl_->model->createLattice());
     lattice->set_sentence(bytes.data(), bytes.size());
+    const auto byteOf = [&](std::size_t at) { return Encode(sentence.substr(0, at)).size(); };
+    for (std::size_t at = 1; at < sentence.size(); ++at) {
+        if (IsDigit(sentence[at - 1]) != IsDigit(sentence[at]))
+            lattice->set_boundary_constraint(byteOf(at), MECAB_TOKEN_BOUNDARY);
+    }
     for (const Given& one : given) {
-        const std::size_t begin = Encode(sentence.substr(0, one.begin)).size();
-        const std::size_t end = begin + Encode(sentence.substr(one.begin, one.size)).size();
+        const std::size_t begin = byteOf(one.begin);
+        const std::size_t end = byteOf(one.begin + one.size);
         lattice->set_boundary_constraint(begin, MECAB_TOKEN_BOUNDARY);
         for (std::size_t at = begin + 1; at < end; ++at)
             lattice->set_boundary_constraint(at, MECAB_INSIDE_TOKEN);

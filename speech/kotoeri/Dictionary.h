@@ -49,8 +49,9 @@ class Dictionary {
     Dictionary(const Dictionary&) = delete;
     Dictionary& operator=(const Dictionary&) = delete;
 
-    /// The likeliest way to cut the sentence, with every given stretch as one piece. The sentence holds real
-    /// characters only and is of bounded length; the pieces together are the sentence.
+    /// The likeliest way to cut the sentence, with every given stretch as one piece and digits by themselves.
+    /// The sentence holds real characters only and is of bounded length; the pieces together are the
+    /// sentence.
     std::vector<Morpheme> Cut(std::u32string_view sentence, const std::vector<Given>& given) const;
 
   private:

@@ -35,6 +35,7 @@ long ExtraCost(const MeCab::Node& left, const MeCab::Node& right) {
     const Feature after = FeatureOf(right);
     const bool atEnd = right.stat == MECAB_EOS_NODE;
     long cost = 0;
+    if (left.stat == MECAB_BOS_NODE && after[0] == "助詞") cost += 3000;
     if (IsFamilyName(before)) {
         if (atEnd || after[0] == "助詞" || IsCommonNoun(after)) cost += 2500;
         if (IsGivenName(after) && IsOneKanji(left) && IsOneKanji(right)) cost += 3000;

@@ -3,6 +3,7 @@
 #include "speech/kotoeri/Reader.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "speech/kotoeri/Characters.h"
 #include "speech/kotoeri/Lexicon.h"
@@ -69,6 +70,30 @@ std::size_t CutLength(std::u32string_view sentence) {
     return kLongestSentence;
 }
 
+/// With full-width digits, which the dictionary takes for numbers.
+std::u32string Widened(std::u32string_view text) {
+    std::u32string wide(text);
+    for (char32_t& code : wide) {
+        if (code >= U'0' && code <= U'9') code += U'０' - U'0';
+    }
+    return wide;
+}
+
+/// The sentence with each 々 that the dictionary knows no word with spelt out as the kanji before it; empty
+/// where there is none.
+std::optional<std::u32string> WithoutRepetitions(const std::vector<Morpheme>& morphemes) {
+    std::u32string sentence;
+    bool found = false;
+    for (const Morpheme& morpheme : morphemes) {
+        for (const char32_t code : morpheme.surface) {
+            const bool repeats = morpheme.surface.front() == U'々' && code == U'々' && !sentence.empty();
+            found = found || repeats;
+            sentence += repeats ? sentence.back() : code;
+        }
+    }
+    return found ? std::optional(sentence) : std::nullopt;
+}
+
 }  // namespace
 
 Reader::Reader(const std::filesystem::path& folder, Lexicon lexicon)
@@ -81,7 +106,15 @@ std::vector<std::u32string> Reader::ReadSentence(std::u32string_view sentence) c
         if (entry) given.push_back({at, entry->surface.size(), std::u32string(entry->reading)});
         at += entry ? entry->surface.size() : 1;
     }
-    return Words(dictionary_.Cut(sentence, given), lexicon_);
+    std::vector<Morpheme> morphemes = dictionary_.Cut(Widened(sentence), given);
+    if (const auto repeated = WithoutRepetitions(morphemes)) morphemes = dictionary_.Cut(*repeated, given);
+    std::size_t at = 0;
+    for (Morpheme& morpheme : morphemes) {
+        if (IsDigit(morpheme.surface.front()))
+            morpheme.surface = sentence.substr(at, morpheme.surface.size());
+        at += morpheme.surface.size();
+    }
+    return Words(morphemes, lexicon_);
 }
 
 std::string Reader::Read(std::string_view bytes) const {

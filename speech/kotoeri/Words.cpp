@@ -57,6 +57,11 @@ std::u32string_view ReadingAmongNeighbours(const Morpheme* before, const Morphem
     if (morpheme.surface == U"何" && after &&
         std::u32string_view(U"でだのとて").find(after->surface.front()) != std::u32string_view::npos)
         return U"なん";
+    if (morpheme.surface == U"月" && before && IsDigits(*before)) return U"がつ";
+    // 夢ヶ丘, but 三ヶ月
+    if ((morpheme.surface == U"ヶ" || morpheme.surface == U"ヵ") && before && after &&
+        IsKanji(before->surface.back()) && IsKanji(after->surface.front()))
+        return before->grammar.subkind == U"数" ? U"か" : U"が";
     // 瑠璃色, but 三色
     if (morpheme.surface == U"色" && IsSuffix(morpheme.grammar) && before && before->grammar.subkind != U"数")
         return U"いろ";
@@ -76,12 +81,12 @@ class MorphemeReader {
             std::replace(reading.begin(), reading.end(), U' ', U',');
             return reading;
         }
-        if (IsAllKana(morpheme.surface) || morpheme.reading.empty()) return ToHiragana(morpheme.surface);
-        if (IsDigits(morpheme)) return morpheme.surface;
         const Morpheme* before = at > 0 ? &morphemes_[at - 1] : nullptr;
         const Morpheme* after = at + 1 < morphemes_.size() ? &morphemes_[at + 1] : nullptr;
         const auto among = ReadingAmongNeighbours(before, morpheme, after);
         if (!among.empty()) return std::u32string(among);
+        if (IsAllKana(morpheme.surface) || morpheme.reading.empty()) return ToHiragana(morpheme.surface);
+        if (IsDigits(morpheme)) return morpheme.surface;
         if (lexicon_ == Lexicon::Used && !IsSuffix(morpheme.grammar)) {
             const Place place =
                 before && IsAttribute(before->grammar) ? Place::BehindAttribute : Place::Anywhere;
@@ -101,9 +106,10 @@ bool Continues(const Morpheme& before, const Morpheme& morpheme) {
     if (LeansOnWhatIsBefore(morpheme.surface.front()) && IsKana(before.surface.back())) return true;
     if (before.surface.back() == U'っ' || before.surface.back() == U'ッ')
         return IsKana(morpheme.surface.front()) || IsKanji(morpheme.surface.front());
+    if (before.surface == U"ヶ" || morpheme.surface == U"ヶ") return true;
     if (before.grammar.kind == U"接頭詞") return true;
     if (IsSuffix(morpheme.grammar)) return true;
-    if (IsDigits(before) && IsDigits(morpheme)) return true;
+    if (IsDigits(before)) return IsDigits(morpheme) || IsKanjiNumber(morpheme) || morpheme.surface == U"月";
     return IsEnding(before, morpheme);
 }
 

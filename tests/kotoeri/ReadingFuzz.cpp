@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "speech/kotoeri/Characters.h"
+#include "speech/kotoeri/Reader.h"
+
+// Whatever comes in, no katakana and no half-width kana come out, and no two commas where there were none.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const sorakaze::kotoeri::Reader reader;
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const std::string reading = reader.Read(bytes);
+    for (const char32_t code : sorakaze::kotoeri::Decode(reading)) {
+        if (sorakaze::kotoeri::IsKatakana(code) || (code >= 0xFF66 && code <= 0xFF9D)) std::abort();
+    }
+    if (reading.find(",,") != std::string::npos && bytes.find(',') == std::string_view::npos) std::abort();
+    if (bytes.empty() != reading.empty()) std::abort();
+    return 0;
+}
