@@ -30,9 +30,8 @@ bool StartsWithNumeral(const MeCab::Node& node) {
 }
 
 /// What two neighbours cost beyond the dictionary's costs, whose typical differences are some thousands.
-long ExtraCost(const MeCab::Node& left, const MeCab::Node& right) {
+long ExtraCost(const MeCab::Node& left, const MeCab::Node& right, const Feature& after) {
     const Feature before = FeatureOf(left);
-    const Feature after = FeatureOf(right);
     const bool atEnd = right.stat == MECAB_EOS_NODE;
     long cost = 0;
     if (left.stat == MECAB_BOS_NODE && after[0] == "助詞") cost += 3000;
@@ -68,10 +67,11 @@ Feature FeatureOf(const MeCab::Node& node) {
 std::vector<const MeCab::Node*> LikeliestPath(const MeCab::Model& model, MeCab::Lattice& lattice) {
     const auto connect = [&](MeCab::Node& right, MeCab::Node* lefts) {
         right.prev = nullptr;
+        const Feature feature = FeatureOf(right);
         for (MeCab::Node* left = lefts; left; left = left->enext) {
             if (left->stat != MECAB_BOS_NODE && !left->prev) continue;
             const long cost = left->cost + model.transition_cost(left->rcAttr, right.lcAttr) + right.wcost +
-                              ExtraCost(*left, right);
+                              ExtraCost(*left, right, feature);
             if (!right.prev || cost < right.cost) {
                 right.prev = left;
                 right.cost = cost;
