@@ -29,7 +29,7 @@ std::optional<ReceivedBytes::HeadEnd> ReceivedBytes::FindHeadEnd() {
         if (!places_[i].Found()) places_[i].at = text.find(kTexts[i], from);
         if (places_[kCrLfTwice].Found()) return HeadEnd{places_[kCrLfTwice].at, 2};
     }
-    const bool showsLf = !places_[kCrLf].Found() && places_[kLf].Found();
+    const bool showsLf = !places_[kCrLfOnce].Found() && places_[kLfOnce].Found();
     for (const Text end : {showsLf ? kLfTwice : kCrTwice, kCrTwice, kLfTwice}) {
         if (places_[end].Found()) return HeadEnd{places_[end].at, 1};
     }

@@ -36,7 +36,7 @@ class ReceivedBytes {
     std::optional<HeadEnd> FindHeadEnd();
 
   private:
-    enum Text { kCrLfTwice, kCrLf, kLfTwice, kLf, kCrTwice, kTextCount };
+    enum Text { kCrLfTwice, kCrLfOnce, kLfTwice, kLfOnce, kCrTwice, kTextCount };
     static constexpr std::array<std::string_view, kTextCount> kTexts{"\r\n\r\n", "\r\n", "\n\n", "\n",
                                                                      "\r\r"};
     /// Where a text first occurs in View(). Once found, it stays there while bytes are added.
