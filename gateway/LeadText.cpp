@@ -78,8 +78,8 @@ std::string WithoutBrackets(std::string_view text) {
 /// True where a blank would stand before a mark that belongs to the word before it.
 bool IsClosingMark(std::string_view text, std::size_t at) {
     const std::string_view mark = CharacterAt(text, at);
-    if (mark == ".") return at + 1 == text.size() || text[at + 1] == ' ';
-    return IsOneOf(mark, {",", ";", ":", "、", "。", "，"});
+    if (IsOneOf(mark, {",", ".", ";", ":"})) return at + 1 == text.size() || text[at + 1] == ' ';
+    return IsOneOf(mark, {"、", "。", "，"});
 }
 
 /// One blank where there were several, none before a comma, one comma where brackets left two.

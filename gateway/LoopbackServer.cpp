@@ -164,7 +164,7 @@ LoopbackServer::LoopbackServer() : impl_(std::make_unique<Impl>()) {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     if (::bind(impl_->socket, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-        ::listen(impl_->socket, kConnections) != 0 ||
+        ::listen(impl_->socket, SOMAXCONN) != 0 ||
         ::getsockname(impl_->socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
         const int error = errno;
         ::close(impl_->socket);
