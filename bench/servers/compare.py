@@ -33,7 +33,7 @@ def nginx(folder):
     configuration.write_text(f'daemon off; master_process off; error_log stderr; pid "{folder}/pid"; events {{}}'
                              f'http {{ access_log off; sendfile on; {paths}'
                              f'server {{ listen 127.0.0.1:{port}; root "{folder}"; }} }}')
-    server = subprocess.Popen([program, "-p", folder, "-c", configuration, "-e", "stderr"])
+    server = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", program, "-p", folder, "-c", configuration, "-e", "stderr"])
     for _ in range(1000):
         with socket.socket() as probe:
             # From another address than the server's, or it could meet itself.
@@ -57,18 +57,18 @@ def run(command, expected=0):
     return wall, usage.ru_utime + usage.ru_stime
 
 
-def compare(page, url):
+def compare(name, page, url):
     ours, theirs = [str(FETCH), url], ["curl", "--silent", "--http1.0", url]
     for command in (ours, theirs):
         if hashlib.sha256(subprocess.run(command, stdout=subprocess.PIPE).stdout).digest() != hashlib.sha256(page).digest():
             raise SystemExit(f"{command} gives another page")
     pairs = [(run(ours), run(theirs)) for _ in range(PAIRS)]
-    for name, index in (("HTTPSocket", 0), ("curl", 1)):
+    for program, index in (("HTTPSocket", 0), ("curl", 1)):
         wall = statistics.median(pair[index][0] for pair in pairs) * 1000
         processor = statistics.median(pair[index][1] for pair in pairs) * 1000
-        print(f"{name:12} {wall:6.2f} ms wall, {processor:6.2f} ms processor")
+        print(f"{name}: {program:12} {wall:6.2f} ms wall, {processor:6.2f} ms processor")
     ratios = sorted(theirs[0] / ours[0] for ours, theirs in pairs)
-    print(f"speed against curl, wall: {statistics.median(ratios):.2f} "
+    print(f"{name}: speed against curl, wall: {statistics.median(ratios):.2f} "
           f"(quarters {ratios[PAIRS // 4]:.2f} to {ratios[3 * PAIRS // 4]:.2f})")
 
 
@@ -92,13 +92,16 @@ def wait():
 
 if shutil.which("curl") is None:
     raise SystemExit("curl is missing. `scripts/setup bench` installs it.")
-with tempfile.TemporaryDirectory() as name:
-    folder = pathlib.Path(name)
-    page = os.urandom(1 << 20)
-    (folder / "page").write_bytes(page)
+with tempfile.TemporaryDirectory() as place:
+    folder = pathlib.Path(place)
+    # Signs of life are counted in characters: bytes that are no text cost more.
+    pages = {"text": ("<p>A page of text, 日本語も少し。</p>\n".encode() * 30000)[:1 << 20], "noise": os.urandom(1 << 20)}
+    for name, page in pages.items():
+        (folder / name).write_bytes(page)
     server, address = nginx(folder)
     try:
-        compare(page, address + "/page")
+        for name, page in pages.items():
+            compare(name, page, f"{address}/{name}")
     finally:
         server.kill()
         server.wait()
