@@ -45,6 +45,7 @@ void Desktop::_Startup() {
 
 void Desktop::_MakeDefaultView() {
     window_ = std::make_unique<mainWindow>();
+    ReadDeployment();
     RegisterPlayerScripts(runtime_.Scripts(), player_, *window_);
     view_ = std::make_unique<window::WindowView>(*window_, runtime_);
     host_.SetParent(view_.get());
@@ -69,6 +70,14 @@ void Desktop::_UnhandledException(std::exception_ptr exception) {
     runtime_.TellUncaught(std::move(exception));
 }
 // NOLINTEND(bugprone-reserved-identifier)
+
+void Desktop::ReadDeployment() {
+    try {
+        window_->deployment = sorakaze::ReadDeployment(runtime_.ResourcesFolder() / "deployment.json");
+    } catch (const DeploymentError& error) {
+        runtime_.ShowMessage(error.what());
+    }
+}
 
 void Desktop::WatchTheShow() {
     mpris_ = std::make_unique<desktop::Mpris>(

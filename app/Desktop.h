@@ -44,6 +44,8 @@ class Desktop {
     void _RuntimeRun();
     void _UnhandledException(std::exception_ptr exception);
 
+    /// One that can't be used is told of, and the defaults stand.
+    void ReadDeployment();
     void WatchTheShow();
     void OnTrack(const player::TrackEvent& event);
     /// Tells the desktop what is on. Called with the baton.

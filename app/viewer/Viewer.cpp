@@ -13,6 +13,9 @@
 namespace sorakaze::viewer {
 namespace {
 
+/// An empty page, then the one that is meant: the first of the two need not be started.
+constexpr int kHesitationMilliseconds = 5;
+
 /// For a process that the kernel has to take down.
 constexpr int kPatienceMilliseconds = 1000;
 
@@ -36,7 +39,12 @@ QString LastLine(const QByteArray& text) {
 
 }  // namespace
 
-Viewer::Viewer(std::filesystem::path program) : program_(std::move(program)) {}
+Viewer::Viewer(std::filesystem::path program) : program_(std::move(program)) {
+    hesitation_.setSingleShot(true);
+    hesitation_.setTimerType(Qt::PreciseTimer);
+    hesitation_.setInterval(kHesitationMilliseconds);
+    connect(&hesitation_, &QTimer::timeout, this, [this] { Begin(); });
+}
 
 Viewer::~Viewer() {
     const auto processes = findChildren<QProcess*>();
@@ -50,17 +58,20 @@ void Viewer::Load(std::filesystem::path page) {
         next_ = std::move(page);
     }
     QMetaObject::invokeMethod(
-        this, [this] { Begin(); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            if (process_) End(*std::exchange(process_, nullptr));
+            hesitation_.start();
+        },
+        Qt::QueuedConnection);
 }
 
 void Viewer::Begin() {
-    std::optional<std::filesystem::path> page;
+    std::filesystem::path page;
     {
         const std::lock_guard lock(mutex_);
-        page.swap(next_);
+        page = next_;
     }
-    if (!page) return;
-    if (process_) End(*process_);
     process_ = new QProcess(this);
     QProcess* const process = process_;
     connect(process, &QProcess::finished, process, &QObject::deleteLater);
@@ -77,7 +88,7 @@ void Viewer::Begin() {
     process->setStandardInputFile(QProcess::nullDevice());
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setChildProcessModifier(BecomeOnesOwn);
-    process->start(FromPath(program_), {FromPath(*page)}, QIODevice::ReadOnly);
+    process->start(FromPath(program_), {FromPath(page)}, QIODevice::ReadOnly);
 }
 
 void Viewer::End(QProcess& process) {

@@ -8,9 +8,9 @@
 
 #include <QObject>
 #include <QProcess>
+#include <QTimer>
 #include <filesystem>
 #include <mutex>
-#include <optional>
 
 namespace sorakaze::viewer {
 
@@ -33,11 +33,12 @@ class Viewer : public QObject {
     void Complain(const QString& why);
 
     const std::filesystem::path program_;
+    QTimer hesitation_;            ///< then the page begins
     QProcess* process_ = nullptr;  ///< a child object, as are those that are ending
     bool complained_ = false;
 
-    std::mutex mutex_;                           ///< guards what follows
-    std::optional<std::filesystem::path> next_;  ///< not yet begun
+    std::mutex mutex_;            ///< guards what follows
+    std::filesystem::path next_;  ///< the last one asked for
 };
 
 }  // namespace sorakaze::viewer

@@ -23,7 +23,6 @@ constexpr std::string_view kKept[] = {
     "QTWEBENGINEPROCESS_PATH",
     "QTWEBENGINE_RESOURCES_PATH",
     "QTWEBENGINE_LOCALES_PATH",
-    "TMPDIR",
     "TZ",
     "LANG",
     "LANGUAGE",
@@ -67,8 +66,7 @@ std::string EngineFlags() {
     std::string flags = "--log-level=3";
     // One process less to start before a page is heard.
     flags += " --disable-features=AudioServiceOutOfProcess";
-    // The engine refuses to confine processes of root's, who would keep too much power in there. It has to be
-    // told; anybody else is confined, or sees no page.
+    // The engine's own sandbox is for ordinary users: root's processes it refuses to start in there.
     if (::geteuid() == 0) flags += " --no-sandbox";
     return flags;
 }
