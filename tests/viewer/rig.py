@@ -219,12 +219,18 @@ class Station:
         page, = self.own["temporary"].glob("*/temp.html")
         return page.stat().st_mtime
 
-    def below(self, pid=None):
+    def below(self):
         """The processes that the application has started, and theirs."""
-        found = []
-        for child in self.rig.run("pgrep", "-P", str(pid or self.process.pid)).split():
-            found += [int(child), *self.below(child)]
-        return found
+        parents = {}
+        for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+            try:
+                parents[int(stat.parent.name)] = int(stat.read_text().rsplit(")", 1)[1].split()[1])
+            except OSError:
+                pass  # gone meanwhile
+        found = {self.process.pid}
+        while more := {pid for pid, parent in parents.items() if parent in found} - found:
+            found |= more
+        return sorted(found - {self.process.pid})
 
     def renderers(self):
         """Those that run a page."""
@@ -245,3 +251,7 @@ class Station:
     def complaints(self):
         self.messages.seek(0)
         return self.messages.read()
+
+    def remove(self):
+        self.messages.close()
+        shutil.rmtree(self.folder)
