@@ -275,6 +275,8 @@ TEST_F(TimeLimit, EndsWhatCannotComeToAnEnd) {
     Begin([&] { client.Get(cutsOff.Url(), folder, 0); });
     EXPECT_FALSE(EndsBehind(1'000'000'000));
     EXPECT_TRUE(Runs());
+    thread.Kill();
+    Look();
 }
 
 TEST(Client, LeavesTheShowRunning) {
