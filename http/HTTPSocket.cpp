@@ -26,7 +26,7 @@ InternetHeadersRef HTTPSocket::PageHeaders() {
 }
 
 void HTTPSocket::Get(const String& url) {
-    SendRequest("GET", url, nullptr);
+    SendRequest("GET", url);
 }
 
 void HTTPSocket::Get(const String& url, const FolderItemRef& file) {
@@ -34,16 +34,15 @@ void HTTPSocket::Get(const String& url, const FolderItemRef& file) {
 }
 
 bool HTTPSocket::Get(const String& url, const FolderItemRef& file, std::int32_t timeout) {
-    return Wait("GET", url, file, timeout);
+    return SendRequest("GET", url, file, timeout);
 }
 
 String HTTPSocket::Get(const String& url, std::int32_t timeout) {
-    Wait("GET", url, nullptr, timeout);
-    return _pageBuffer.Text();
+    return SendRequest("GET", url, timeout);
 }
 
 void HTTPSocket::GetHeaders(const String& url) {
-    SendRequest("HEAD", url, nullptr);
+    SendRequest("HEAD", url);
 }
 
 InternetHeadersRef HTTPSocket::GetHeaders(const String& url, std::int32_t timeout) {
@@ -52,7 +51,7 @@ InternetHeadersRef HTTPSocket::GetHeaders(const String& url, std::int32_t timeou
 }
 
 void HTTPSocket::Post(const String& url) {
-    SendRequest("POST", url, nullptr);
+    SendRequest("POST", url);
 }
 
 void HTTPSocket::Post(const String& url, const FolderItemRef& file) {
@@ -60,12 +59,11 @@ void HTTPSocket::Post(const String& url, const FolderItemRef& file) {
 }
 
 bool HTTPSocket::Post(const String& url, const FolderItemRef& file, std::int32_t timeout) {
-    return Wait("POST", url, file, timeout);
+    return SendRequest("POST", url, file, timeout);
 }
 
 String HTTPSocket::Post(const String& url, std::int32_t timeout) {
-    Wait("POST", url, nullptr, timeout);
-    return _pageBuffer.Text();
+    return SendRequest("POST", url, timeout);
 }
 
 void HTTPSocket::SendRequest(const String& method, const String& url) {
