@@ -28,6 +28,7 @@ class Engine {
     /// Chooses the voice that `name` stands for: a first name, a voice, language or variant of the engine's
     /// own, or one of the former and a variant joined by "+". A `speed` of 2 halves the time that it takes.
     void Choose(const std::string& name, double speed = 1);
+    /// Whether the chosen voice is one that SpeakJapanese is for.
     bool IsJapanese() const;
 
     enum class Reading {

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,30 +16,81 @@
 #include "speech/say/Engine.h"
 #include "speech/say/JapaneseVoice.h"
 #include "speech/say/Leveller.h"
+#include "speech/say/OpenJTalk.h"
 #include "speech/say/SpeechFile.h"
 #include "speech/say/SpokenText.h"
+#include "speech/say/VoiceNames.h"
 
 namespace {
 
 using namespace sorakaze::speech;
 
+/// Levels the samples of one voice into the file. The rate of the samples is known when they begin.
+class Recorder {
+  public:
+    explicit Recorder(const char* file) : file_(file) {}
+
+    void Write(int sampleRate, std::span<const std::int16_t> samples) {
+        if (!leveller_) {
+            sound_.emplace(file_, sampleRate);
+            leveller_.emplace(sampleRate,
+                              [this](std::span<const std::int16_t> levelled) { sound_->Write(levelled); });
+        }
+        leveller_->Write(samples);
+    }
+    void Finish() {
+        leveller_->Finish();
+        sound_->Finish();
+    }
+    bool Begun() const { return leveller_.has_value(); }
+    /// For another voice to begin again.
+    void Forget() {
+        leveller_.reset();
+        sound_.reset();
+    }
+
+  private:
+    const char* file_;
+    std::optional<SpeechFile> sound_;
+    std::optional<Leveller> leveller_;
+};
+
+/// False where Open JTalk isn't installed or fails: then the engine speaks.
+bool SayByOpenJTalk(const std::string& voice, const std::string& text, double speed, const char* file,
+                    Recorder& recorder) {
+    const auto found = FindOpenJTalk({}, FoldName(voice), speed);
+    if (!found) return false;
+    try {
+        const auto folder = std::filesystem::absolute(file).parent_path();
+        SpeakOpenJTalk(*found, text, folder, [&](int sampleRate, std::span<const std::int16_t> samples) {
+            recorder.Write(sampleRate, samples);
+        });
+        return recorder.Begun();
+    } catch (const std::runtime_error&) {
+        recorder.Forget();
+        return false;
+    }
+}
+
 void SayTo(const std::string& voice, std::string_view text, const char* file, double speed) {
     Engine engine;
     engine.Choose(voice, speed);
-    SpeechFile sound(file, engine.SampleRate());
-    Leveller leveller(engine.SampleRate(),
-                      [&](std::span<const std::int16_t> samples) { sound.Write(samples); });
+    Recorder recorder(file);
+    const auto record = [&](std::span<const std::int16_t> samples) {
+        recorder.Write(engine.SampleRate(), samples);
+    };
     const std::string spoken = SpokenText(text);
-    if (spoken.find_first_not_of(' ') != std::string::npos) {
-        const auto level = [&](std::span<const std::int16_t> samples) { leveller.Write(samples); };
-        if (engine.IsJapanese()) {
-            SpeakJapanese(engine, spoken, speed, level);
-        } else {
-            engine.Speak(spoken, level);
+    const bool silent = spoken.find_first_not_of(' ') == std::string::npos;
+    const bool done = !silent && engine.IsJapanese() && SayByOpenJTalk(voice, spoken, speed, file, recorder);
+    if (!done) {
+        record({});
+        if (!silent && engine.IsJapanese()) {
+            SpeakJapanese(engine, spoken, speed, record);
+        } else if (!silent) {
+            engine.Speak(spoken, record);
         }
     }
-    leveller.Finish();
-    sound.Finish();
+    recorder.Finish();
 }
 
 void Complain(std::string_view message) {
