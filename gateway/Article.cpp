@@ -180,7 +180,7 @@ Article ReadArticle(std::string_view html, std::string_view title, Edition editi
     if (content) CollectParagraphs(content, paragraphs, ended);
     const std::string_view name = WithoutQualifier(title);
     const std::string_view lead = Lead(paragraphs, name);
-    Append(NamesIn(lead), article.names);
+    Append(NamesIn(lead, edition), article.names);
     article.told = Told(lead, name, edition);
     return article;
 }

@@ -16,7 +16,7 @@ constexpr std::size_t kEnglishSentences = 2;
 /// A longer text is thrown away whole by who asks.
 constexpr std::size_t kJapaneseCharacters = 200;
 /// How far behind a name its verb can stand.
-constexpr std::size_t kVerbBytes = 600;
+constexpr std::size_t kVerbBytes = 1500;
 
 using Words = std::initializer_list<std::string_view>;
 
@@ -45,30 +45,42 @@ Bracket BracketOf(std::string_view character) {
     return Bracket::None;
 }
 
-/// Brackets go with all that is in them, one that has no partner goes alone. Straight quotes go too.
-std::string WithoutBrackets(std::string_view text) {
+enum class Removal { Shortens, Overwrites };
+
+/// Brackets go with all that is in them, one that has no partner goes alone. Straight quotes go too. What is
+/// overwritten, marks of bold included, keeps everything else at its place.
+std::string WithoutBrackets(std::string_view text, Removal removal = Removal::Shortens) {
     struct Open {
         Bracket bracket;
         std::size_t at;
     };
     std::vector<Open> open;
     std::string out;
+    const bool overwrites = removal == Removal::Overwrites;
     for (std::size_t at = 0; at < text.size();) {
         const std::string_view character = CharacterAt(text, at);
         at += character.size();
         const Bracket bracket = BracketOf(character);
-        if (bracket == Bracket::None) {
-            if (character != "\"") out += character;
-        } else if (bracket == Bracket::OpensRound || bracket == Bracket::OpensSquare) {
-            open.push_back({bracket, out.size()});
-        } else {
+        const bool stays = bracket == Bracket::None && character != "\"" &&
+                           !(overwrites && (character[0] == kBoldBegins || character[0] == kBoldEnds));
+        const std::size_t begin = out.size();
+        if (stays) {
+            out += character;
+        } else if (overwrites) {
+            out.append(character.size(), ' ');
+        }
+        if (bracket == Bracket::OpensRound || bracket == Bracket::OpensSquare) {
+            open.push_back({bracket, begin});
+        } else if (bracket != Bracket::None) {
             const Bracket wanted =
                 bracket == Bracket::ClosesRound ? Bracket::OpensRound : Bracket::OpensSquare;
             const auto partner = std::find_if(open.rbegin(), open.rend(), [&](const Open& candidate) {
                 return candidate.bracket == wanted;
             });
             if (partner == open.rend()) continue;
+            const std::size_t length = out.size() - partner->at;
             out.resize(partner->at);
+            if (overwrites) out.append(length, ' ');
             open.erase(partner.base() - 1, open.end());
         }
     }
@@ -235,12 +247,23 @@ std::size_t WithoutBlanks(std::string_view text) {
     return Characters(text) - static_cast<std::size_t>(std::ranges::count(text, ' '));
 }
 
+/// Where the first sentence's subject ends: at "は" with a comma behind it.
+std::size_t JapaneseTopic(std::string_view text) {
+    const std::size_t topic = text.find("は、");
+    return topic > text.find("。") ? text.npos : topic;
+}
+
+/// How much of a paragraph names its subject, as far as can be told.
+std::size_t SubjectEnd(std::string_view text, Edition edition) {
+    const std::size_t end = edition == Edition::Japanese ? JapaneseTopic(text) : EnglishVerb(text);
+    return end != text.npos ? end : std::min(text.find(". "), text.find("。"));
+}
+
 std::string ToldInJapanese(std::string_view text, std::string_view title) {
-    constexpr std::string_view kTopic = "は";
-    std::size_t topic = text.find("は、");
-    if (topic == text.npos || topic > text.find("。")) {
+    std::size_t topic = JapaneseTopic(text);
+    if (topic == text.npos) {
         topic = text.find_first_not_of(' ');
-        if (topic == text.npos || !text.substr(topic).starts_with(kTopic)) return {};
+        if (topic == text.npos || !text.substr(topic).starts_with("は")) return {};
     }
     Sentences sentences(text.substr(topic), title, Edition::Japanese);
     const std::size_t left = kJapaneseCharacters - std::min(WithoutBlanks(title), kJapaneseCharacters);
@@ -270,8 +293,9 @@ void AddPieces(std::string_view text, std::vector<std::string>& names) {
 
 }  // namespace
 
-std::vector<std::string> NamesIn(std::string_view paragraph) {
+std::vector<std::string> NamesIn(std::string_view paragraph, Edition edition) {
     std::vector<std::string> names;
+    paragraph = paragraph.substr(0, SubjectEnd(WithoutBrackets(paragraph, Removal::Overwrites), edition));
     for (std::size_t at = paragraph.find(kBoldBegins); at != paragraph.npos;
          at = paragraph.find(kBoldBegins, at + 1)) {
         const std::size_t end = std::min(paragraph.find(kBoldEnds, at), paragraph.size());

@@ -15,9 +15,10 @@ namespace sorakaze::gateway {
 inline constexpr char kBoldBegins = '\x01';
 inline constexpr char kBoldEnds = '\x02';
 
-/// What the paragraph calls its subject: all that is bold, and what the first brackets hold, which is where
-/// the spelling in other scripts stands.
-std::vector<std::string> NamesIn(std::string_view paragraph);
+/// What the paragraph calls its subject before it says what that is: all that is bold, and what the first
+/// brackets hold, which is where the spelling in other scripts stands. What is bold later is as often a
+/// member's name.
+std::vector<std::string> NamesIn(std::string_view paragraph, Edition edition);
 
 /// What follows the name `title` in the announcer's words: " was an American guitarist. He ..." of a
 /// paragraph that begins "James Marshall "Jimi" Hendrix (born ...) was an American guitarist.[1] He ...":

@@ -104,12 +104,10 @@ class Speech {
     }
 
     void Work() {
-        const auto result = process_.Run();
-        std::string sound;
-        if (result.status == 0) {
-            std::ifstream file(folder_ / "speech.wav", std::ios::binary);
-            sound.assign(std::istreambuf_iterator<char>(file), {});
-        }
+        process_.Run();
+        // The file has its name only when it is complete.
+        std::ifstream file(folder_ / "speech.wav", std::ios::binary);
+        std::string sound(std::istreambuf_iterator<char>(file), {});
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
         const std::lock_guard lock(mutex_);

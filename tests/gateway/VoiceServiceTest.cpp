@@ -135,6 +135,7 @@ TEST_F(VoiceServiceTest, SpeakersAreDistinctAndEquallyLoud) {
         SCOPED_TRACE(speaker);
         const std::string bytes = Speak(Form(kSentence, speaker));
         const Sound sound = Read(bytes);
+        ASSERT_GT(sound.rate, 0);
         EXPECT_TRUE(heard.insert(bytes).second);
         EXPECT_GT(sound.Seconds(), 3);
         EXPECT_LT(sound.Seconds(), 8);
