@@ -21,6 +21,7 @@ Desktop::~Desktop() {
     loudspeaker_.reset();
     if (window_) window_->voiceHTMLViewer.Load = nullptr;
     viewer_.reset();
+    gateway_.reset();
     host_.Close();
     mpris_.reset();
     view_.reset();
@@ -45,7 +46,6 @@ void Desktop::_Startup() {
 
 void Desktop::_MakeDefaultView() {
     window_ = std::make_unique<mainWindow>();
-    ReadDeployment();
     RegisterPlayerScripts(runtime_.Scripts(), player_, *window_);
     view_ = std::make_unique<window::WindowView>(*window_, runtime_);
     host_.SetParent(view_.get());
@@ -60,6 +60,7 @@ void Desktop::_MakeDefaultView() {
     view_->show();
     WatchTheShow();
     loudspeaker_ = std::make_unique<output::Loudspeaker>(engine_);
+    OfferServices();
 }
 
 void Desktop::_RuntimeRun() {
@@ -71,12 +72,19 @@ void Desktop::_UnhandledException(std::exception_ptr exception) {
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
-void Desktop::ReadDeployment() {
+void Desktop::OfferServices() {
+    Deployment& deployment = window_->deployment;
+    std::string complaint;
     try {
-        window_->deployment = sorakaze::ReadDeployment(runtime_.ResourcesFolder() / "deployment.json");
+        deployment = ReadDeployment(runtime_.ResourcesFolder() / "deployment.json");
     } catch (const DeploymentError& error) {
-        runtime_.ShowMessage(error.what());
+        complaint = std::string("deployment.json: ") + error.what();
     }
+    gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
+                                 deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
+                                deployment.searchHost, deployment.voiceHost, complaint);
+    if (complaint.empty()) return;
+    runtime_.Events().Post([this, complaint] { runtime_.ShowMessage(complaint); });
 }
 
 void Desktop::WatchTheShow() {

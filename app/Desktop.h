@@ -14,6 +14,7 @@
 #include "app/window/QtHost.h"
 #include "app/window/QtLoop.h"
 #include "app/window/WindowView.h"
+#include "gateway/StandIn.h"
 #include "player/LocalPlayer.h"
 
 namespace sorakaze {
@@ -44,8 +45,9 @@ class Desktop {
     void _RuntimeRun();
     void _UnhandledException(std::exception_ptr exception);
 
-    /// One that can't be used is told of, and the defaults stand.
-    void ReadDeployment();
+    /// Where the deployment names no services, those that the application brings itself. A deployment that
+    /// can't be used is told of, and the defaults stand.
+    void OfferServices();
     void WatchTheShow();
     void OnTrack(const player::TrackEvent& event);
     /// Tells the desktop what is on. Called with the baton.
@@ -60,6 +62,7 @@ class Desktop {
     std::unique_ptr<mainWindow> window_;
     std::unique_ptr<window::WindowView> view_;
     std::unique_ptr<output::Loudspeaker> loudspeaker_;
+    std::unique_ptr<gateway::Gateway> gateway_;
     std::unique_ptr<viewer::Viewer> viewer_;
     std::unique_ptr<desktop::Mpris> mpris_;
     desktop::NowPlaying nowPlaying_;  ///< for the baton's holder

@@ -24,6 +24,8 @@ def make():
     station.make()
     shutil.rmtree(FOLDER, ignore_errors=True)
     shutil.copytree(station.ROOT / "build/Sorakaze/Sorakaze.app", FOLDER / "Sorakaze.app")
+    # The artist is looked up where nobody answers.
+    (FOLDER / "Sorakaze.app/Contents/Resources/deployment.json").write_text('{"encyclopaediaEnglish": "127.0.0.1:1"}')
     (FOLDER / "Programs").mkdir()
     (FOLDER / "Music").mkdir()
     (FOLDER / "Programs/Air.txt").write_text("mode: songs 1\nopening: 0, play [[iTunes]]\n")

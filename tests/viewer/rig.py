@@ -179,7 +179,7 @@ class Station:
         self.app = self.folder / "Sorakaze.app"
         shutil.copytree(STATION / "Sorakaze.app", self.app)
         (self.app / "Contents/Resources/deployment.json").write_text(
-            f'{{"voice": "127.0.0.1:{service.server_port}"}}')
+            f'{{"voice": "127.0.0.1:{service.server_port}", "encyclopaediaEnglish": "", "encyclopaediaJapanese": ""}}')
         (self.folder / "Programs").mkdir()
         (self.folder / "Music").mkdir()
         (self.folder / "Music/tone.wav").write_bytes(service.tone)
