@@ -30,6 +30,11 @@ std::span<const Track> Tracks() {
         Track{"The Corner Consort/Little Fugue in a Large Hat.opus", PlayFugue, HatCover, PictureFormat::Png,
               "Little Fugue in a Large Hat", "The Corner Consort", "Pocket Counterpoint", 12, 2003,
               "Classical"},
+        // Without sort tags: an English show spells these in Latin letters by itself.
+        Track{"灯台守の三重奏/夜更けの郵便船.m4a", PlayMailBoat, BoatCover, PictureFormat::Jpeg,
+              "夜更けの郵便船", "灯台守の三重奏", "港の時刻表", 8, 2015, "Chamber"},
+        Track{"金魚すくい同好会/百年目の風鈴.ogg", PlayWindChime, ChimeCover, PictureFormat::Png,
+              "百年目の風鈴 (夕涼み)", "金魚すくい同好会", "縁側の夏", 2, 2019, "Folk"},
     };
     return kTracks;
 }
@@ -37,10 +42,12 @@ std::span<const Track> Tracks() {
 std::span<const Playlist> Playlists() {
     static constexpr std::array kMorning = {0, 5, 3, 2, 7, 6};
     static constexpr std::array kLate = {6, 4, 1};
+    static constexpr std::array kFarAway = {1, 8, 5, 9};
     static constexpr std::array kEverything = {3, 0, 7, 5, 2, 6, 4, 1};
     static constexpr std::array kPlaylists = {
         Playlist{"Morning Mix.m3u8", kMorning},
         Playlist{"Late Hours.pls", kLate},
+        Playlist{"Far Away.m3u8", kFarAway},
         Playlist{"One of Each.xspf", kEverything},
     };
     return kPlaylists;

@@ -182,4 +182,45 @@ Color HatCover(double x, double y) {
     return color;
 }
 
+/// A mail boat with one lit window on a sea by night.
+Color BoatCover(double x, double y) {
+    Color color = Mix(Rgb(0x0D1B2A), Rgb(0x33658A), y * 1.3);
+    if (InDisc(x, y, 0.22, 0.20, 0.07) && !InDisc(x, y, 0.25, 0.185, 0.06)) color = Rgb(0xF6E7CB);
+    for (int star = 0; star < 12; ++star) {
+        const double k = star;
+        if (InDisc(x, y, std::fmod(0.13 + k * 0.382, 1.0), 0.06 + 0.30 * std::fmod(k * 0.618, 1.0), 0.0045))
+            color = Rgb(0xFFFFFF);
+    }
+    if (InBox(x, y, 0.42, 0.42, 0.66, 0.60)) color = Rgb(0xF2EFE9);
+    if (InBox(x, y, 0.46, 0.46, 0.53, 0.53)) color = Rgb(0xFFC857);
+    if (InBox(x, y, 0.57, 0.28, 0.62, 0.43)) color = y < 0.33 ? Rgb(0x2E282A) : Rgb(0xD64045);
+    if (y > 0.58 && y < 0.72 && x > 0.24 + (y - 0.58) * 0.7 && x < 0.82 - (y - 0.58) * 0.9)
+        color = y < 0.62 ? Rgb(0xF2EFE9) : Rgb(0x9E2A2B);
+    for (int wave = 0; wave < 4; ++wave) {
+        const double k = wave;
+        if (y > 0.69 + 0.075 * k + 0.014 * std::sin(x * (14 + 3 * k) + 1.9 * k))
+            color = Mix(Rgb(0x1D4E6F), Rgb(0x0B1D33), 0.3 * k);
+    }
+    return color;
+}
+
+/// A glass chime under the eaves, and its slip of paper in the wind.
+Color ChimeCover(double x, double y) {
+    Color color = Mix(Rgb(0xBEE3DB), Rgb(0xFFF1D0), y);
+    if (y < 0.10) color = std::fmod(x * 9, 1.0) < 0.08 ? Rgb(0x4A3728) : Rgb(0x7F5A3C);
+    const double drift = 0.10 * (y - 0.52) + 0.03 * (1 + std::sin(y * 9));
+    if (std::abs(x - 0.5 - (y > 0.52 ? drift : 0)) < 0.004 && y > 0.10 && y < 0.66) color = Rgb(0x555B6E);
+    if (InOval(x, y, 0.5, 0.38, 0.17, 0.16) && y < 0.48) {
+        color = Mix(color, Rgb(0x89C2D9), 0.45 + 0.3 * std::hypot(x - 0.44, y - 0.31) / 0.2);
+        // Two goldfish on the glass.
+        if (InOval(x, y, 0.45, 0.40, 0.035, 0.018) || InOval(x, y, 0.56, 0.36, 0.030, 0.016))
+            color = Rgb(0xEE4266);
+        if (InDisc(x, y, 0.42, 0.30, 0.018)) color = Rgb(0xFFFFFF);
+    }
+    if (std::abs(x - 0.5 - drift) < 0.055 && y > 0.64 && y < 0.90)
+        color =
+            std::abs(y - 0.77) < 0.09 && std::abs(x - 0.5 - drift) < 0.012 ? Rgb(0x2D3142) : Rgb(0xFFFDF7);
+    return color;
+}
+
 }  // namespace sorakaze::station

@@ -15,5 +15,7 @@ Color StairsCover(double x, double y);
 Color StonesCover(double x, double y);
 Color WindowCover(double x, double y);
 Color HatCover(double x, double y);
+Color BoatCover(double x, double y);
+Color ChimeCover(double x, double y);
 
 }  // namespace sorakaze::station

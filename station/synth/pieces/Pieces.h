@@ -15,5 +15,7 @@ Stereo PlayBlues();
 Stereo PlayMarimbas();
 Stereo PlayLoFi();
 Stereo PlayFugue();
+Stereo PlayMailBoat();
+Stereo PlayWindChime();
 
 }  // namespace sorakaze::station
