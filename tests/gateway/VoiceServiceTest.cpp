@@ -173,7 +173,7 @@ TEST_F(VoiceServiceTest, HostileTextsAreOnlySpoken) {
                                  "$(touch " + folder.Path().string() + "/x) \\",
                                  "</audio><script>alert(1)</script>",
                                  "-o /etc/passwd",
-                                 std::string("nul\0 \x1b[2J\n\xFF\xFE", 14),
+                                 std::string("nul\0 \x1b[2J\n\xFF\xFE", 12),
                                  std::string(100'000, 'x'),
                                  std::string(60'000, '\'')};
     for (const std::string& text : texts) {
