@@ -259,6 +259,43 @@ TEST(Threads, TheStudiosClockKeepsToTheWallDuringNetworkCalls) {
     EXPECT_GE(passed, 1);
 }
 
+TEST(Threads, TheStudiosClockKeepsToTheWallInWaitsForTheNetwork) {
+    TestRuntime test;
+    Thread thread;
+    std::int32_t passed = 0;
+    std::chrono::duration<double> took{};
+    thread.RunEvent = [&] {
+        const Scheduler::KeepToWall toTheWall(test.runtime.Threads());
+        const std::int32_t before = Ticks();
+        const auto begin = std::chrono::steady_clock::now();
+        App.DoEventsWhile([&] { return Ticks() - before < 10; });
+        took = std::chrono::steady_clock::now() - begin;
+        passed = Ticks() - before;
+    };
+    thread.Run();
+    RunToEnd(thread);
+    EXPECT_EQ(passed, 10);
+    EXPECT_GE(took.count() * kTicksPerSecond, 9) << "the tick it began in may have been under way";
+    // An hour, at the studio's speed again.
+    test.Pass(60 * 60 * kTicksPerSecond);
+}
+
+TEST(Threads, WaitsWithDoEventsLeaveEventsToTheMainThread) {
+    TestRuntime test;
+    Thread thread;
+    bool handled = false;
+    thread.RunEvent = [&] {
+        test.runtime.Events().Post([&] {
+            EXPECT_TRUE(test.runtime.Threads().OnMainThread());
+            handled = true;
+        });
+        App.DoEventsWhile([&] { return !handled; });
+    };
+    thread.Run();
+    RunToEnd(thread);
+    EXPECT_TRUE(handled);
+}
+
 TEST(Timers, FireAtTheirPeriodOnTheMainThread) {
     TestRuntime test;
     Timer timer;

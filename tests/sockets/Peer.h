@@ -4,13 +4,15 @@
 // events.
 #pragma once
 
-#include <arpa/inet.h>
 #include <dirent.h>
 #include <gtest/gtest.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <utility>
@@ -51,6 +53,13 @@ class PeerEnd {
         bytes.resize(at);
         return bytes;
     }
+    /// What is there; empty where the other end has closed.
+    std::string ReceiveSome() const {
+        std::string bytes(1 << 16, '\0');
+        bytes.resize(
+            static_cast<std::size_t>(std::max<ssize_t>(recv(descriptor_, bytes.data(), bytes.size(), 0), 0)));
+        return bytes;
+    }
     void Close() {
         if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
     }
@@ -68,35 +77,44 @@ class PeerEnd {
 
 class Listener {
   public:
-    explicit Listener(int family = AF_INET) : descriptor_(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in6 six{};
-        six.sin6_family = AF_INET6;
-        six.sin6_addr = in6addr_loopback;
-        sockaddr_in four{};
-        four.sin_family = AF_INET;
-        four.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const bool isSix = family == AF_INET6;
-        auto* address = isSix ? reinterpret_cast<sockaddr*>(&six) : reinterpret_cast<sockaddr*>(&four);
-        socklen_t size = isSix ? sizeof six : sizeof four;
-        // A small window: a peer that doesn't read is noticed soon.
-        const int window = 64 * 1024;
-        setsockopt(descriptor_.Descriptor(), SOL_SOCKET, SO_RCVBUF, &window, sizeof window);
-        works_ = bind(descriptor_.Descriptor(), address, size) == 0 &&
-                 listen(descriptor_.Descriptor(), 128) == 0 &&
-                 getsockname(descriptor_.Descriptor(), address, &size) == 0;
-        port_ = ntohs(isSix ? six.sin6_port : four.sin_port);
+    /// A small window by default: a peer that doesn't read is noticed soon. 0 for the system's.
+    explicit Listener(const char* address = "127.0.0.1", int port = 0, int backlog = 128,
+                      int window = 64 * 1024) {
+        addrinfo hints{};
+        hints.ai_flags = AI_NUMERICHOST;
+        hints.ai_socktype = SOCK_STREAM;
+        addrinfo* found = nullptr;
+        if (getaddrinfo(address, std::to_string(port).c_str(), &hints, &found) != 0) return;
+        std::memcpy(&bound_, found->ai_addr, found->ai_addrlen);
+        size_ = found->ai_addrlen;
+        freeaddrinfo(found);
+        descriptor_ = PeerEnd(socket(bound_.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        if (window > 0) setsockopt(descriptor_.Descriptor(), SOL_SOCKET, SO_RCVBUF, &window, sizeof window);
+        const int reuse = 1;
+        setsockopt(descriptor_.Descriptor(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+        auto* place = reinterpret_cast<sockaddr*>(&bound_);
+        works_ = bind(descriptor_.Descriptor(), place, size_) == 0 &&
+                 listen(descriptor_.Descriptor(), backlog) == 0 &&
+                 getsockname(descriptor_.Descriptor(), place, &size_) == 0;
     }
     bool Works() const { return works_; }
-    int Port() const { return port_; }
+    int Port() const {
+        // At the same place for both families.
+        return ntohs(reinterpret_cast<const sockaddr_in*>(&bound_)->sin_port);
+    }
     PeerEnd Accept() const {
         return PeerEnd(accept4(descriptor_.Descriptor(), nullptr, nullptr, SOCK_CLOEXEC));
+    }
+    void ConnectHere(int descriptor) const {
+        EXPECT_EQ(connect(descriptor, reinterpret_cast<const sockaddr*>(&bound_), size_), 0);
     }
     void Close() { descriptor_.Close(); }
 
   private:
-    PeerEnd descriptor_;
+    PeerEnd descriptor_{-1};
+    sockaddr_storage bound_{};
+    socklen_t size_ = 0;
     bool works_ = false;
-    int port_ = 0;
 };
 
 /// Notes its events in `log`: C, D, S, and E with the code.

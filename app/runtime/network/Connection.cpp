@@ -10,7 +10,6 @@
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
 #include <cerrno>
-#include <chrono>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -21,9 +20,6 @@ namespace sorakaze::network {
 namespace {
 
 using asio::ip::tcp;
-
-/// How long an address may stay silent while there are others to try. The last one has the system's patience.
-constexpr std::chrono::seconds kPatience{3};
 
 /// Bytes sent in one go before other connections have their turn.
 constexpr std::size_t kSendTurn = 1 << 20;
@@ -139,7 +135,7 @@ class TcpConnection final : public Connection,
             if (!self->over_) self->Tried(to, error);
         });
         if (next_ == untried_.size()) return;
-        patience_.expires_after(kPatience);
+        patience_.expires_after(network_->Patience());
         patience_.async_wait([self = shared_from_this(), attempt = next_](std::error_code cancelled) {
             if (cancelled || self->over_ || self->connected_ || self->next_ != attempt) return;
             // The attempt ends with an error, which leads to the next one.
@@ -177,8 +173,8 @@ class TcpConnection final : public Connection,
     }
 
     void Fail(Failure failure) {
-        exchange_->TellFailed(failure);
         End();
+        exchange_->TellFailed(failure);
     }
 
     void AwaitData() {

@@ -30,9 +30,14 @@ void Network::Stop() {
     thread_.join();
 }
 
-void Network::SetResolver(Resolver resolver) {
+void Network::SetSurroundings(Surroundings surroundings) {
     const std::lock_guard lock(mutex_);
-    resolver_ = std::move(resolver);
+    surroundings_ = std::move(surroundings);
+}
+
+std::chrono::milliseconds Network::Patience() {
+    const std::lock_guard lock(mutex_);
+    return surroundings_.patience;
 }
 
 void Network::Post(std::function<void()> call) {
@@ -45,7 +50,7 @@ void Network::LookUp(const std::string& host, std::weak_ptr<void> wanted,
     LookUps::Job job{host, {}, std::move(wanted), {}};
     {
         const std::lock_guard lock(mutex_);
-        job.resolve = resolver_;
+        job.resolve = surroundings_.resolver;
     }
     job.done = [self = weak_from_this(), done = std::move(done)](std::vector<std::string> addresses) {
         if (const auto network = self.lock()) {

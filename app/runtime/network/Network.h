@@ -4,6 +4,7 @@
 // for the baton.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -19,6 +20,14 @@ class Network : public std::enable_shared_from_this<Network> {
   public:
     struct Loop;
 
+    /// What a test puts in the world's place.
+    struct Surroundings {
+        Resolver resolver = ResolveBySystem;
+        /// How long an address may stay silent while there are others to try. The last one has the system's
+        /// patience.
+        std::chrono::milliseconds patience{3000};
+    };
+
     /// Throws std::system_error where the system has no thread or descriptor left.
     Network();
     ~Network();
@@ -26,10 +35,11 @@ class Network : public std::enable_shared_from_this<Network> {
     /// Ends all connections and the thread. What is asked for afterwards is dropped.
     void Stop();
 
-    /// In place of the system's resolver, for look-ups from now on.
-    void SetResolver(Resolver resolver);
-
     // Any thread:
+
+    /// For connections from now on.
+    void SetSurroundings(Surroundings surroundings);
+    std::chrono::milliseconds Patience();
 
     /// Runs `call` on the network's thread.
     void Post(std::function<void()> call);
@@ -46,7 +56,7 @@ class Network : public std::enable_shared_from_this<Network> {
     const std::unique_ptr<Loop> loop_;
     std::mutex mutex_;  ///< guards both below
     bool stopped_ = false;
-    Resolver resolver_ = ResolveBySystem;
+    Surroundings surroundings_;
     std::thread thread_;
 };
 
