@@ -176,7 +176,8 @@ void SocketCore::Poll() {
 
 void SocketCore::Write(const String& data) {
     if (!core_->connected) {
-        core_->SetOwnError(SocketError::kInvalidState);
+        // Why there is no connection is told first.
+        if (!core_->ownError) core_->SetOwnError(SocketError::kInvalidState);
         return;
     }
     core_->exchange->Queue(data.Bytes());
