@@ -129,7 +129,8 @@ class Rig:
         self.folder.chmod(0o711)
         self.processes = []
         read, write = os.pipe()
-        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-ac", pass_fds=[write])
+        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-ac", "-noreset",
+                   pass_fds=[write])
         os.close(write)
         with open(read) as number:
             display = number.readline().strip()

@@ -39,9 +39,9 @@ void ConfigureProfile(QWebEngineProfile& profile) {
 LoadedPage::LoadedPage(const QUrl& page, QWebEngineProfile& profile) : QWebEnginePage(&profile), page_(page) {
     Configure();
     RefuseWhatIsAsked();
-    // A page that thinks itself hidden may hold its breath.
-    setVisible(true);
     load(page_);
+    // A page that thinks itself hidden may hold its breath. Said before the load it would be lost.
+    setVisible(true);
 }
 
 void LoadedPage::Configure() {
