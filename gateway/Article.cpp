@@ -14,6 +14,10 @@
 namespace sorakaze::gateway {
 namespace {
 
+constexpr std::size_t kMostNames = 64;
+/// No article's beginning is longer.
+constexpr std::size_t kMostBytes = 2u << 20;
+
 bool IsHiddenByStyle(const GumboNode* element) {
     std::string style;
     std::ranges::copy_if(Attribute(element, "style"), std::back_inserter(style),
@@ -154,6 +158,7 @@ std::string_view Lead(const std::vector<std::string>& paragraphs, std::string_vi
 }
 
 void Append(std::vector<std::string>&& more, std::vector<std::string>& names) {
+    more.resize(std::min(more.size(), kMostNames));
     std::ranges::move(more, std::back_inserter(names));
 }
 
@@ -161,7 +166,7 @@ void Append(std::vector<std::string>&& more, std::vector<std::string>& names) {
 
 Article ReadArticle(std::string_view html, std::string_view title, Edition edition) {
     Article article;
-    const HtmlTree tree(html);
+    const HtmlTree tree(html.substr(0, kMostBytes));
     if (!tree.Root()) return article;
     article.disambiguates = Find(tree.Root(), &IsDisambiguationNotice) != nullptr;
 
@@ -170,7 +175,7 @@ Article ReadArticle(std::string_view html, std::string_view title, Edition editi
         box.isOfWork = HasClass(table, {"haudio", "vevent"});
         CollectRows(table, box);
         article.box = Judge(box);
-        article.names = NamesIn(box);
+        Append(NamesIn(box), article.names);
     }
 
     const GumboNode* content = Find(tree.Root(), &IsContent);

@@ -3,7 +3,6 @@
 #include "gateway/Encyclopaedia.h"
 
 #include <algorithm>
-#include <span>
 #include <utility>
 #include <vector>
 
@@ -20,19 +19,53 @@ constexpr std::chrono::minutes kAbsent{60};
 /// A site that didn't answer may do so for the next song.
 constexpr std::chrono::seconds kUnanswered{60};
 
-/// What tells a musician or a band from others of the same name.
-constexpr std::string_view kEnglishQualifiers[] = {" (band)",           " (musician)",
-                                                   " (singer)",         " (rapper)",
-                                                   " (group)",          " (duo)",
-                                                   " (musical group)",  " (DJ)",
-                                                   " (composer)",       " (guitarist)",
-                                                   " (American band)",  " (British band)",
-                                                   " (musical duo)",    " (singer-songwriter)",
-                                                   " (record producer)"};
+/// What tells a musician or a band from others of the same name. A site takes fifty titles at once.
+constexpr std::string_view kEnglishQualifiers[] = {"band",
+                                                   "musician",
+                                                   "singer",
+                                                   "rapper",
+                                                   "group",
+                                                   "duo",
+                                                   "musical group",
+                                                   "DJ",
+                                                   "musical duo",
+                                                   "composer",
+                                                   "guitarist",
+                                                   "music producer",
+                                                   "pianist",
+                                                   "drummer",
+                                                   "record producer",
+                                                   "singer-songwriter",
+                                                   "British rapper",
+                                                   "American rapper",
+                                                   "South Korean group",
+                                                   "Japanese group"};
+constexpr std::string_view kEnglishOrigins[] = {"American", "British", "English", "Canadian", "Australian",
+                                                "French",   "German",  "Swedish", "Japanese"};
+constexpr std::string_view kFromThere[] = {"band", "singer", "musician"};
 constexpr std::string_view kJapaneseQualifiers[] = {
-    " (バンド)",   " (歌手)",         " (ミュージシャン)",         " (音楽グループ)",     " (音楽家)",
-    " (ラッパー)", " (音楽ユニット)", " (シンガーソングライター)", " (アイドルグループ)", " (作曲家)",
-    " (DJ)",       " (グループ)"};
+    "バンド",   "歌手",         "ミュージシャン",         "音楽グループ",     "音楽家",
+    "ラッパー", "音楽ユニット", "シンガーソングライター", "アイドルグループ", "作曲家",
+    "DJ",       "グループ"};
+
+constexpr std::size_t kLongestQualified = 80;
+
+std::vector<std::string> Qualified(std::string_view name, Edition edition) {
+    std::vector<std::string> titles;
+    const auto add = [&](std::string_view qualifier) {
+        titles.push_back(std::string(name) + " (" + std::string(qualifier) + ')');
+    };
+    if (name.size() > kLongestQualified) return titles;
+    if (edition == Edition::Japanese) {
+        std::ranges::for_each(kJapaneseQualifiers, add);
+        return titles;
+    }
+    std::ranges::for_each(kEnglishQualifiers, add);
+    for (const std::string_view origin : kEnglishOrigins) {
+        for (const std::string_view what : kFromThere) add(std::string(origin) + ' ' + std::string(what));
+    }
+    return titles;
+}
 
 std::string PageOf(std::string_view name, std::string_view told, Edition edition) {
     // The reader of this page takes tags out and decodes nothing: an ampersand stands for itself, and what
@@ -117,13 +150,8 @@ class Encyclopaedia::Inquiry {
         if (!answered_) return {};
         const std::string& title = nearest.redirectedFrom.empty() ? nearest.title : nearest.redirectedFrom;
         if (!IsOfThatName(title)) return {};
-        std::vector<std::string> titles;
-        const auto qualifiers = search_.edition == Edition::Japanese
-                                    ? std::span(kJapaneseQualifiers)
-                                    : std::span<const std::string_view>(kEnglishQualifiers);
-        for (const std::string_view qualifier : qualifiers) {
-            titles.push_back(std::string(WithoutQualifier(title)) + std::string(qualifier));
-        }
+        const std::vector<std::string> titles = Qualified(WithoutQualifier(title), search_.edition);
+        if (titles.empty()) return {};
         auto candidates = Candidates(TitlesQuestion(titles));
         std::erase_if(candidates, [&](const Candidate& candidate) {
             return candidate.disambiguates || candidate.redirectedToSection ||

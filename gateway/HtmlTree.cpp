@@ -14,34 +14,50 @@ namespace sorakaze::gateway {
 namespace {
 
 constexpr int kDeepest = 256;
+constexpr int kMostAttributes = 500;
 constexpr std::size_t kBlockBytes = 256 * 1024;
 /// A tree takes some twenty times its page's length.
-constexpr std::size_t kBytesOfTreePerByte = 100;
+constexpr std::size_t kBytesOfTreePerByte = 40;
 
 constexpr std::string_view kWithoutEnd[] = {"area",  "base", "br",   "col",   "embed",  "hr",    "img",
                                             "input", "link", "meta", "param", "source", "track", "wbr"};
 
-/// How deep the elements nest, as far as that can be told without parsing: the parser's time grows with the
-/// square of it.
-int Depth(std::string_view html) {
+/// The attributes of the tag whose name ends at `at`, counted generously; `at` moves to its end.
+int Attributes(std::string_view html, std::size_t& at) {
+    int count = 0;
+    char before = ' ';
+    for (; at < html.size() && html[at] != '>'; ++at) {
+        const char c = html[at];
+        if ((c == '"' || c == '\'') && before == '=') at = std::min(html.find(c, at + 1), html.size() - 1);
+        const bool separates = std::isspace(static_cast<unsigned char>(c)) || c == '/';
+        if (separates) ++count;
+        if (!separates || before != '=') before = c;
+    }
+    return count;
+}
+
+/// Whether the parser, whose time grows with the square of how deep elements nest and of how many attributes
+/// one has, would be done with it in time: as far as that can be told without parsing.
+bool IsReasonable(std::string_view html) {
     std::unordered_map<std::string, int> open;
     int depth = 0;
-    int deepest = 0;
-    for (std::size_t at = html.find('<'); at != html.npos; at = html.find('<', at + 1)) {
-        const bool closes = html.substr(at + 1, 1) == "/";
+    for (std::size_t at = html.find('<'); at != html.npos; at = html.find('<', at)) {
+        const bool closes = html.substr(++at, 1) == "/";
+        if (closes) ++at;
         std::string name;
-        for (std::size_t i = at + 1 + closes;
-             i < html.size() && std::isalnum(static_cast<unsigned char>(html[i])); ++i) {
-            name += static_cast<char>(std::tolower(static_cast<unsigned char>(html[i])));
+        for (; at < html.size() && std::isalnum(static_cast<unsigned char>(html[at])); ++at) {
+            name += static_cast<char>(std::tolower(static_cast<unsigned char>(html[at])));
         }
-        if (name.empty() || std::ranges::find(kWithoutEnd, name) != std::end(kWithoutEnd)) continue;
+        if (name.empty()) continue;
+        if (Attributes(html, at) > kMostAttributes) return false;
+        if (std::ranges::find(kWithoutEnd, name) != std::end(kWithoutEnd)) continue;
         int& ofName = open[name];
         if (closes && ofName == 0) continue;
         ofName += closes ? -1 : 1;
         depth += closes ? -1 : 1;
-        deepest = std::max(deepest, depth);
+        if (depth > kDeepest) return false;
     }
-    return deepest;
+    return true;
 }
 
 }  // namespace
@@ -81,7 +97,7 @@ class HtmlTree::Arena {
 
 HtmlTree::HtmlTree(std::string_view html)
     : arena_(std::make_unique<Arena>(4 * kBlockBytes + html.size() * kBytesOfTreePerByte)) {
-    if (Depth(html) > kDeepest) return;
+    if (!IsReasonable(html)) return;
     GumboOptions options = kGumboDefaultOptions;
     options.allocator = &Arena::Allocate;
     options.deallocator = &Arena::Free;

@@ -102,6 +102,9 @@ Options Without() {
     return options;
 }
 
+/// A user's proxy isn't asked for what is on this machine.
+[[maybe_unused]] const int kNoProxy = ::setenv("no_proxy", "*", 1);
+
 const std::string kSearch = "/search?hl=en&q=a+en.wikipedia.org&btnI=I'm+feeling+Lucky";
 
 TEST(GatewayTest, OnlyWhoKnowsTheTokenIsAnswered) {
