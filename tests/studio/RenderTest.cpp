@@ -64,6 +64,29 @@ TEST(Render, TheSoundIsWhatTheProgramSays) {
     EXPECT_LT(sound.LargestStep(), 0.048);
 }
 
+TEST(Render, SpokenPagesAreHeardFromTheirTickOn) {
+    StudioStation station;
+    station.Write(
+        "Programs/Show.txt",
+        "mode: songs 1\nj_personality: Kyoko\nopening: 0, wait 1\n"
+        "opening: 0, sayj こんばんは。The Beatlesの曲を<b>2024年</b>にお送りします。\nopening: 0, wait 1\n"
+        "opening: 0, sayj では、お聴きください。\nopening: 0, wait 5\n");
+    for (const char* name : {"one.wav", "two.wav"}) {
+        const auto outcome = station.Render(name, "--limit 7");
+        EXPECT_EQ(outcome.status, 0) << outcome.error;
+        EXPECT_EQ(outcome.error.find("voice service"), std::string::npos) << outcome.error;
+    }
+    EXPECT_EQ(test::ReadFile(station.Path() / "one.wav"), test::ReadFile(station.Path() / "two.wav"));
+    const SoundFile sound(station.Path() / "one.wav");
+    const double first = TickOf(station, "sayj"), second = TickOf(station, "sayj", 1);
+    EXPECT_EQ(second - first, 60) << "the show goes on at once, and nothing of it waits for the service";
+    EXPECT_EQ(sound.Peak(0, first), 0);
+    EXPECT_GT(sound.Peak(first, first + 12), 0.05);
+    EXPECT_GT(sound.Peak(first + 12, second), 0.2);
+    EXPECT_GT(sound.Peak(second + 1, second + 60), 0.2);
+    EXPECT_LT(sound.Peak(second + 180, 400), 0.002) << "the first speech ended where the second began";
+}
+
 TEST(Render, AStopLeavesNoClickAndThePlayersLevelComesBack) {
     StudioStation station;
     station.WriteTone("Music/a.wav", 500, 0.5, 90);
