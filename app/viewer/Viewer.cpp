@@ -93,9 +93,10 @@ void Viewer::Begin() {
 
 void Viewer::End(QProcess& process) {
     process.disconnect(process.parent());
-    if (process.state() == QProcess::NotRunning) return;
+    const auto group = static_cast<pid_t>(process.processId());
+    if (group <= 0) return;
     // Both: right after the fork there is no group yet, and nothing but this one process.
-    ::kill(-static_cast<pid_t>(process.processId()), SIGKILL);
+    ::kill(-group, SIGKILL);
     process.kill();
 }
 
