@@ -4,6 +4,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <array>
 
 #include "speech/kotoeri/Characters.h"
@@ -45,6 +46,45 @@ Morpheme FromNode(const MeCab::Node& node) {
         false};
 }
 
+/// For each byte of a sentence, and its end, whether a piece must begin there or must not: MeCab's constants.
+using Boundaries = std::vector<int>;
+
+Boundaries BoundariesOf(std::u32string_view sentence, const std::vector<Given>& given) {
+    std::vector<std::size_t> bytes = {0};  // where each character begins
+    for (const char32_t code : sentence) bytes.push_back(bytes.back() + Encode({&code, 1}).size());
+    Boundaries boundaries(bytes.back() + 1, MECAB_ANY_BOUNDARY);
+    for (std::size_t at = 1; at < sentence.size(); ++at) {
+        if (IsDigit(sentence[at - 1]) != IsDigit(sentence[at])) boundaries[bytes[at]] = MECAB_TOKEN_BOUNDARY;
+    }
+    for (const Given& one : given) {
+        const std::size_t begin = bytes[one.begin];
+        const std::size_t end = bytes[one.begin + one.size];
+        std::fill(boundaries.begin() + static_cast<std::ptrdiff_t>(begin),
+                  boundaries.begin() + static_cast<std::ptrdiff_t>(end), MECAB_INSIDE_TOKEN);
+        boundaries[begin] = boundaries[end] = MECAB_TOKEN_BOUNDARY;
+    }
+    return boundaries;
+}
+
+/// Asks for a cut behind each kanji of the words that the path doesn't know: some are words by themselves.
+/// False where there is nothing more to cut.
+bool SplitUnknownKanji(Boundaries& boundaries, const std::vector<const MeCab::Node*>& path) {
+    bool found = false;
+    std::size_t at = 0;
+    for (const MeCab::Node* node : path) {
+        const std::u32string text = Decode({node->surface, node->length});
+        const bool splits = node->stat == MECAB_UNK_NODE && text.size() > 1 &&
+                            std::all_of(text.begin(), text.end(), IsKanji) &&
+                            boundaries[at + 1] != MECAB_INSIDE_TOKEN;
+        for (const char32_t code : text) {
+            at += Encode({&code, 1}).size();
+            if (splits) boundaries[at] = MECAB_TOKEN_BOUNDARY;
+        }
+        found = found || splits;
+    }
+    return found;
+}
+
 }  // namespace
 
 struct Dictionary::Impl {
@@ -72,26 +112,24 @@ Dictionary::~Dictionary() = default;
 
 std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence, const std::vector<Given>& given) const {
     const std::string bytes = Encode(sentence);
-    const std::unique_ptr<MeCab::Lattice> lattice(impl_->model->createLattice());
-    lattice->set_sentence(bytes.data(), bytes.size());
-    const auto byteOf = [&](std::size_t at) { return Encode(sentence.substr(0, at)).size(); };
-    for (std::size_t at = 1; at < sentence.size(); ++at) {
-        if (IsDigit(sentence[at - 1]) != IsDigit(sentence[at]))
-            lattice->set_boundary_constraint(byteOf(at), MECAB_TOKEN_BOUNDARY);
-    }
-    for (const Given& one : given) {
-        const std::size_t begin = byteOf(one.begin);
-        const std::size_t end = byteOf(one.begin + one.size);
-        lattice->set_boundary_constraint(begin, MECAB_TOKEN_BOUNDARY);
-        for (std::size_t at = begin + 1; at < end; ++at)
-            lattice->set_boundary_constraint(at, MECAB_INSIDE_TOKEN);
-        lattice->set_boundary_constraint(end, MECAB_TOKEN_BOUNDARY);
-    }
-    if (!impl_->tagger->parse(lattice.get())) return {{std::u32string(sentence), {}, {}}};
+    Boundaries boundaries = BoundariesOf(sentence, given);
+    std::unique_ptr<MeCab::Lattice> lattice;  // owns the path
+    std::vector<const MeCab::Node*> path;
+    do {
+        // Each time a new one: a lattice that was parsed once can't take new boundaries.
+        lattice.reset(impl_->model->createLattice());
+        lattice->set_sentence(bytes.data(), bytes.size());
+        for (std::size_t at = 0; at < boundaries.size(); ++at) {
+            if (boundaries[at] != MECAB_ANY_BOUNDARY) lattice->set_boundary_constraint(at, boundaries[at]);
+        }
+        if (!impl_->tagger->parse(lattice.get())) return {{std::u32string(sentence), {}, {}}};
+        path = LikeliestPath(*impl_->model, *lattice);
+    } while (SplitUnknownKanji(boundaries, path));
+
     std::vector<Morpheme> morphemes;
     auto next = given.begin();
     std::size_t at = 0;
-    for (const MeCab::Node* node : LikeliestPath(*impl_->model, *lattice)) {
+    for (const MeCab::Node* node : path) {
         morphemes.push_back(FromNode(*node));
         if (next != given.end() && at == next->begin) {
             morphemes.back().reading = (next++)->reading;

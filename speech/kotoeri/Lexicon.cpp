@@ -27,6 +27,17 @@ constexpr auto kPreferences = std::to_array<Preference>({
     // clang-format on
 });
 
+struct Kanji {
+    std::u32string_view reading;
+    std::u32string_view kanji;
+};
+
+constexpr auto kKanji = std::to_array<Kanji>({
+// clang-format off
+#include "speech/kotoeri/Kanji.inc"
+    // clang-format on
+});
+
 constexpr bool BySurface(const Entry& a, const Entry& b) {
     return a.surface < b.surface;
 }
@@ -62,6 +73,13 @@ std::u32string_view BetterReading(std::u32string_view surface, std::u32string_vi
                    (preference.place == Place::Anywhere || preference.place == place);
         });
     return found == kPreferences.end() ? std::u32string_view() : found->better;
+}
+
+std::u32string_view KanjiReading(char32_t kanji) {
+    const auto* const found = std::find_if(kKanji.begin(), kKanji.end(), [kanji](const Kanji& group) {
+        return group.kanji.find(kanji) != std::u32string_view::npos;
+    });
+    return found == kKanji.end() ? std::u32string_view() : found->reading;
 }
 
 }  // namespace sorakaze::kotoeri

@@ -28,4 +28,7 @@ enum class Place { Anywhere, BehindAttribute };
 /// dictionary's reading will do.
 std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading, Place place);
 
+/// The commonest reading in hiragana of a kanji that is no word by itself; empty where none is known.
+std::u32string_view KanjiReading(char32_t kanji);
+
 }  // namespace sorakaze::kotoeri

@@ -31,6 +31,11 @@ bool Inflects(const Grammar& grammar) {
     return grammar.kind == U"動詞" || grammar.kind == U"形容詞" || grammar.kind == U"助動詞";
 }
 
+/// Likely part of a name that the dictionary doesn't know.
+bool IsUnknownKanji(const Morpheme& morpheme) {
+    return morpheme.reading.empty() && IsKanji(morpheme.surface.front());
+}
+
 /// だ and です stand behind nouns as well and are words of their own there.
 bool IsCopula(const Grammar& grammar) {
     return grammar.kind == U"助動詞" &&
@@ -68,6 +73,16 @@ std::u32string_view ReadingAmongNeighbours(const Morpheme* before, const Morphem
     return {};
 }
 
+/// A word that the dictionary doesn't know, character by character.
+std::u32string ReadCharacters(std::u32string_view text) {
+    std::u32string reading;
+    for (const char32_t code : text) {
+        const std::u32string_view known = IsKanji(code) ? KanjiReading(code) : std::u32string_view();
+        reading += known.empty() ? ToHiragana({&code, 1}) : std::u32string(known);
+    }
+    return reading;
+}
+
 /// Reads the morphemes of one sentence one by one.
 class MorphemeReader {
   public:
@@ -85,7 +100,8 @@ class MorphemeReader {
         const Morpheme* after = at + 1 < morphemes_.size() ? &morphemes_[at + 1] : nullptr;
         const auto among = ReadingAmongNeighbours(before, morpheme, after);
         if (!among.empty()) return std::u32string(among);
-        if (IsAllKana(morpheme.surface) || morpheme.reading.empty()) return ToHiragana(morpheme.surface);
+        if (IsAllKana(morpheme.surface)) return ToHiragana(morpheme.surface);
+        if (morpheme.reading.empty()) return ReadCharacters(morpheme.surface);
         if (IsDigits(morpheme)) return morpheme.surface;
         if (lexicon_ == Lexicon::Used && !IsSuffix(morpheme.grammar)) {
             const Place place =
@@ -106,6 +122,8 @@ bool Continues(const Morpheme& before, const Morpheme& morpheme) {
     if (LeansOnWhatIsBefore(morpheme.surface.front()) && IsKana(before.surface.back())) return true;
     if (before.surface.back() == U'っ' || before.surface.back() == U'ッ')
         return IsKana(morpheme.surface.front()) || IsKanji(morpheme.surface.front());
+    if (IsUnknownKanji(before) || IsUnknownKanji(morpheme))
+        return IsKanji(before.surface.back()) && IsKanji(morpheme.surface.front());
     if (before.surface == U"ヶ" || morpheme.surface == U"ヶ") return true;
     if (before.grammar.kind == U"接頭詞") return true;
     if (IsSuffix(morpheme.grammar)) return true;

@@ -56,7 +56,9 @@ TEST(Reading, Kanji) {
         {"佐々木", "ささき"},
         {"寂々", "せきせき"},
         {"々", "々"},
-        {"窈", "窈"},  // a kanji that no dictionary word has
+        {"濤", "とう"},
+        {"玖保", "くほ"},  // no word by itself
+        {"龘", "龘"},      // in no word at all
         {"髙橋", "たかはし"},
         {"\uFA19", "かみ"},  // 神 in its compatibility form
         {"夢ヶ丘", "ゆめがおか"},
@@ -114,7 +116,7 @@ TEST(Reading, WhatHasNoReadingStays) {
 
 /// Every kind of text at every length that matters to a dictionary's buffers: nothing of it is lost.
 TEST(Reading, LongTextsAreReadToTheirEnds) {
-    for (const std::string unit : {"夢", "あ", "ア", "ー", "っ", "一", "1", "々", "窈", "「", "🎵", "한",
+    for (const std::string unit : {"夢", "あ", "ア", "ー", "っ", "一", "1", "々", "龘", "「", "🎵", "한",
                                    "1夢", "夢は", "宇多田ヒカル", "か\u3099", "ｶﾞ", "\xFF", "\xE3"}) {
         std::string text;
         for (int i = 0; i < 5000; ++i) text += unit;
