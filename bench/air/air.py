@@ -70,7 +70,7 @@ def await_window(pid):
 
 def display():
     read, write = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp"], pass_fds=[write],
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp", "-noreset"], pass_fds=[write],
                               stderr=subprocess.DEVNULL)
     os.close(write)
     os.environ["DISPLAY"] = ":" + os.read(read, 16).decode().strip()
