@@ -21,8 +21,8 @@ struct Options {
     /// the first sound.
     std::function<std::filesystem::path()> temporaryFolder;
 
-    /// The encyclopaedia's two sites, as scheme and host ("https://..."). Empty: no encyclopaedia, every
-    /// search finds nothing.
+    /// The encyclopaedia's two sites, as scheme and host ("https://...", and nothing but TLS is spoken).
+    /// Empty: no encyclopaedia, every search finds nothing.
     std::string englishSite = "https://en.wikipedia.org";
     std::string japaneseSite = "https://ja.wikipedia.org";
     /// A file of certificates to trust in place of the system's; for tests.
