@@ -103,7 +103,7 @@ class Onlookers : public ShowObserver {
 
     void OnShowEvent(const ShowEvent& event) override {
         anythingHeard =
-            anythingHeard || event.what == "track" || event.what == "say" || event.what == "sound";
+            anythingHeard || event.what == "track" || event.what.starts_with("say") || event.what == "sound";
         if (event.what == "track") {
             lastTrackBegan = event.ticks;
             ++tracksBegun;
