@@ -99,6 +99,8 @@ const Counters* CountersWith(std::u32string_view counter) {
 
 /// Changes the end of `number`'s reading and the beginning of the counter's where they meet.
 void Meet(std::u32string& number, char32_t lastSign, std::u32string& counter, const Counters& group) {
+    constexpr std::u32string_view kVoiceless = U"かきくけこさしすせそたちつてとはひふへほ";
+    if (kVoiceless.find(counter.front()) == std::u32string_view::npos) return;
     if (group.doubling.find(lastSign) != std::u32string_view::npos) {
         number.back() = U'っ';
         if (lastSign == U'十') number = number.substr(0, number.size() - 2) + U"ゅっ";

@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t kLongestSentence = 400;
 
 bool IsJapanese(char32_t code) {
-    return IsKana(code) || IsKanji(code) || IsDigit(code);
+    return IsKana(code) || IsKanji(code);
 }
 
 bool IsOneOf(char32_t code, std::u32string_view set) {
@@ -39,27 +39,59 @@ bool Closes(char32_t code) {
     return IsOneOf(code, U"」』）】〉》］｝〕”’)]}、。，．！？…‥：；!?,.:;");
 }
 
-/// The reading as it grows: knows where the next word needs a comma before it.
+enum class Piece { None, Word, Text, Opening, Closing, Blank };
+
+Piece PieceOf(char32_t code) {
+    if (IsBlank(code)) return Piece::Blank;
+    if (Opens(code)) return Piece::Opening;
+    if (Closes(code)) return Piece::Closing;
+    return Piece::Text;
+}
+
+/// The reading as it grows. Commas stand around words that were read; what is no Japanese keeps its form.
 class Line {
   public:
-    void AddWord(std::u32string_view word) { Add(word, true, true); }
-    void AddMark(char32_t mark) {
-        Add({&mark, 1}, !Closes(mark) && !IsBlank(mark), !Opens(mark) && !IsBlank(mark));
+    void Add(std::u32string_view text, Piece piece) {
+        const bool touches = last_ == Piece::None || last_ == Piece::Opening || last_ == Piece::Blank ||
+                             piece == Piece::Closing || piece == Piece::Blank;
+        if (!touches && (parted_ || last_ == Piece::Word || piece == Piece::Word)) text_ += U',';
+        text_ += text;
+        last_ = piece;
+        parted_ = false;
     }
-    void Part() { partBefore_ = true; }
+    /// A comma follows, wherever one can stand.
+    void Part() { parted_ = true; }
 
     const std::u32string& Text() const { return text_; }
 
   private:
-    void Add(std::u32string_view piece, bool commaBefore, bool commaAfter) {
-        if (commaBefore && partBefore_ && !text_.empty()) text_ += U',';
-        text_ += piece;
-        partBefore_ = commaAfter;
-    }
-
     std::u32string text_;
-    bool partBefore_ = false;
+    Piece last_ = Piece::None;
+    bool parted_ = false;
 };
+
+/// The length of the Japanese sentence that the text begins with, 0 where it begins with something else; of
+/// an overlong one a little more than is read at once. Digits belong to it, but only where something Japanese
+/// follows.
+std::size_t SentenceLength(std::u32string_view text) {
+    std::size_t length = 0;
+    for (std::size_t at = 0; at < std::min(text.size(), kLongestSentence + 1); ++at) {
+        if (IsJapanese(text[at]))
+            length = at + 1;
+        else if (!IsDigit(text[at]))
+            break;
+    }
+    return length;
+}
+
+/// The length of what else the text begins with. Digits behind letters are theirs.
+std::size_t TextLength(std::u32string_view text) {
+    std::size_t at = 0;
+    while (at < text.size() && !IsJapanese(text[at]) && !IsSeparator(text[at]) &&
+           PieceOf(text[at]) == Piece::Text)
+        ++at;
+    return at;
+}
 
 /// How much of an overlong sentence to read first: up to where kanji follow kana, or all that is allowed.
 std::size_t CutLength(std::u32string_view sentence) {
@@ -120,26 +152,18 @@ std::vector<std::u32string> Reader::ReadSentence(std::u32string_view sentence) c
 std::string Reader::Read(std::string_view bytes) const {
     const std::u32string text = TidyText(Decode(bytes));
     Line line;
-    for (std::size_t at = 0; at < text.size();) {
-        const auto begin = text.begin() + static_cast<std::ptrdiff_t>(at);
-        if (IsJapanese(text[at])) {
-            const auto end = std::find_if_not(begin, text.end(), IsJapanese);
-            const std::u32string_view all(&text[at], static_cast<std::size_t>(end - begin));
-            const std::u32string_view sentence = all.substr(0, CutLength(all));
-            for (const auto& word : ReadSentence(sentence)) line.AddWord(word);
-            at += sentence.size();
-        } else if (IsSeparator(text[at])) {
+    for (std::u32string_view rest = text; !rest.empty();) {
+        std::size_t size = 1;
+        if (const std::size_t length = SentenceLength(rest); length > 0) {
+            size = CutLength(rest.substr(0, length));
+            for (const auto& word : ReadSentence(rest.substr(0, size))) line.Add(word, Piece::Word);
+        } else if (IsSeparator(rest.front())) {
             line.Part();
-            ++at;
-        } else if (IsBlank(text[at]) || Opens(text[at]) || Closes(text[at])) {
-            line.AddMark(text[at++]);
         } else {
-            const auto end = std::find_if(begin, text.end(), [](char32_t code) {
-                return IsJapanese(code) || IsSeparator(code) || IsBlank(code) || Opens(code) || Closes(code);
-            });
-            line.AddWord({&text[at], static_cast<std::size_t>(end - begin)});
-            at += static_cast<std::size_t>(end - begin);
+            size = std::max<std::size_t>(TextLength(rest), 1);
+            line.Add(rest.substr(0, size), PieceOf(rest.front()));
         }
+        rest.remove_prefix(size);
     }
     // Nothing but separators is a title too.
     return Encode(line.Text().empty() ? text : line.Text());

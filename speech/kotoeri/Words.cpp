@@ -119,8 +119,9 @@ class MorphemeReader {
 
 /// Whether the morpheme goes on with the word that `before` ends.
 bool Continues(const Morpheme& before, const Morpheme& morpheme) {
-    if (LeansOnWhatIsBefore(morpheme.surface.front()) && IsKana(before.surface.back())) return true;
-    if (before.surface.back() == U'っ' || before.surface.back() == U'ッ')
+    const char32_t last = before.surface.back();
+    if (LeansOnWhatIsBefore(morpheme.surface.front()) && (IsKana(last) || IsKanji(last))) return true;
+    if (last == U'っ' || last == U'ッ')
         return IsKana(morpheme.surface.front()) || IsKanji(morpheme.surface.front());
     if (IsUnknownKanji(before) || IsUnknownKanji(morpheme))
         return IsKanji(before.surface.back()) && IsKanji(morpheme.surface.front());

@@ -96,7 +96,8 @@ TEST(Reading, Numbers) {
 TEST(Reading, WhatHasNoReadingStays) {
     ExpectReadings({
         {"", ""},
-        {"Hello, world", "Hello, world"},
+        {"Hello, world: R2D2 (3.14)", "Hello, world: R2D2 (3.14)"},
+        {"Ａ．Ｂ・２Ｃの夢2", "Ａ．Ｂ,２Ｃ,の,ゆめ,2"},
         {"ＡＢＣの歌", "ＡＢＣ,の,うた"},
         {"안녕하세요", "안녕하세요"},
         {"Привет", "Привет"},
