@@ -58,10 +58,10 @@ class mainWindow : public Window {
     /// Brings a playing sound down to silence step by step over about `seconds`, then stops it. Waits.
     void fadeOut(const SoundRef& sound, double seconds);
     void logger(const String& message);
-    /// The text with its multibyte runs turned into romaji.
-    String convertRoma(const String& text);
     /// The romaji of one run of multibyte characters, by way of the reading that kanji2kanaCmd prints.
     String kanji2roma(const String& run);
+    /// The text with its multibyte runs turned into romaji.
+    String convertRoma(const String& text);
     void doEnding();
 
     // The operations on the player. What the script behind one gives comes back as it is.

@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/SkippingClock.h"
 #include "tests/support/TestShow.h"
 
 namespace sorakaze {
@@ -121,6 +125,53 @@ TEST_F(LookupTest, FailuresAreSilentAndLeaveTheArtistAlone) {
     EXPECT_EQ(window.artist, "a");
     EXPECT_THAT(window.wikiHistory, IsEmpty());
     EXPECT_THAT(show.host.Messages(), IsEmpty());
+}
+
+/// A show that waits for a search engine whatever it does: time passes a hundred times as fast as it should.
+struct SlowLookupTest : testing::Test {
+    explicit SlowLookupTest(
+        std::unique_ptr<test::SkippingClock> made = std::make_unique<test::SkippingClock>())
+        : clock(*made),
+          show("mode: songs 2\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\nending: 0, wait 1\n", 1,
+               nullptr, std::move(made)) {}
+
+    void RunShow() {
+        const std::jthread hurry([this](const std::stop_token& ends) {
+            while (!ends.stop_requested()) {
+                clock.Skip(std::chrono::milliseconds(20));
+                show.runtime.Threads().Notify();
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+            }
+        });
+        show.RunShow();
+    }
+    std::int32_t SecondOf(const std::string& event) const { return show.trace.TickOf(event) / 60; }
+
+    test::SkippingClock& clock;
+    test::TestShow show;
+};
+
+TEST_F(SlowLookupTest, TheNextButOneTracksLookupIsAllThatAShowWaitsFor) {
+    test::ScriptedServer silent([](test::ScriptedServer::Connection& client) { client.WaitForClose(); });
+    show.window.deployment.searchHost = "127.0.0.1:" + std::to_string(silent.Port());
+    RunShow();
+    ASSERT_FALSE(show.OnAir());
+    EXPECT_LE(SecondOf("line play [[iTunes]]"), 4) << "the track itself waits for nothing";
+    EXPECT_NEAR(SecondOf("prepared 1 "), 30, 3);
+    EXPECT_NEAR(SecondOf("prepared 2 "), 60, 5);
+    EXPECT_NEAR(SecondOf("end") - SecondOf("prepared 2 "), 1, 4) << "the third track's is not waited for";
+    EXPECT_EQ(show.player.log[0], "play Library 1");
+    EXPECT_EQ(show.player.log[1], "play Library 2");
+    EXPECT_EQ(show.trace.All("prepared 1 ").at(0), "song 1 artist 1 album 1 ");
+    EXPECT_THAT(show.host.Messages(), IsEmpty());
+}
+
+TEST_F(SlowLookupTest, NobodyThereCostsTheShowNothing) {
+    show.window.deployment.searchHost = "127.0.0.1:1";
+    RunShow();
+    ASSERT_FALSE(show.OnAir());
+    EXPECT_LE(SecondOf("prepared 2 "), 8);
+    EXPECT_LE(SecondOf("end"), 30);
 }
 
 }  // namespace

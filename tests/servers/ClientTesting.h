@@ -11,26 +11,13 @@
 
 #include "app/runtime/Thread.h"
 #include "http/HTTPSocket.h"
+#include "tests/support/SkippingClock.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::test {
 
 /// Long enough for a busy machine: no test is to reach it.
 inline constexpr std::int32_t kPatience = 60;
-
-/// The wall's clock, which a test can put forward. Any thread.
-class SkippingClock final : public Clock {
-  public:
-    TickCount Tick() const override { return Now().count() * 3 / 50'000'000; }
-    std::chrono::nanoseconds Now() const override { return wall_.Now() + skipped_.load(); }
-    bool IsDriven() const override { return false; }
-    void Advance() noexcept override {}
-    void Skip(std::chrono::nanoseconds time) { skipped_ = skipped_.load() + time; }
-
-  private:
-    WallClock wall_;
-    std::atomic<std::chrono::nanoseconds> skipped_{std::chrono::nanoseconds(0)};
-};
 
 /// A client that counts what its socket tells it.
 class Client : public HTTPSocket {
