@@ -112,9 +112,8 @@ class Speaker {
 }  // namespace
 
 void SpeakJapanese(Engine& engine, const std::string& text, double speed, const Engine::Sink& sink) {
-    const std::string ordinary = OrdinaryWidths(text);
     Speaker speaker(engine, speed, sink);
-    for (const SpokenClause& clause : FindClauses(ordinary, FindMorphemes(ordinary))) speaker.Speak(clause);
+    for (const SpokenClause& clause : FindClauses(text, FindMorphemes(text))) speaker.Speak(clause);
 }
 
 }  // namespace sorakaze::speech

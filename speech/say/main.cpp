@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "speech/say/Engine.h"
+#include "speech/say/JapaneseText.h"
 #include "speech/say/JapaneseVoice.h"
 #include "speech/say/Leveller.h"
 #include "speech/say/OpenJTalk.h"
@@ -79,7 +80,7 @@ void SayTo(const std::string& voice, std::string_view text, const char* file, do
     const auto record = [&](std::span<const std::int16_t> samples) {
         recorder.Write(engine.SampleRate(), samples);
     };
-    const std::string spoken = SpokenText(text);
+    const std::string spoken = OrdinaryWidths(SpokenText(text));
     const bool silent = spoken.find_first_not_of(' ') == std::string::npos;
     const bool done = !silent && engine.IsJapanese() && SayByOpenJTalk(voice, spoken, speed, file, recorder);
     if (!done) {

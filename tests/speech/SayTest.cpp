@@ -187,6 +187,7 @@ TEST_F(SayTest, TextIsReadAsItStands) {
                      "90P hello"),
               spoken("90P hello"));
     EXPECT_EQ(spoken("hello\xFF\xC3 there"), spoken("hello there"));
+    EXPECT_EQ(spoken("ＡＢＣ　１７！"), spoken("ABC 17!"));
     EXPECT_GT(spoken("-5 degrees").size(), spoken("-v").size());
 }
 
