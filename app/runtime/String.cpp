@@ -133,6 +133,7 @@ std::int32_t InStr(std::int32_t start, const String& s, const String& find) {
 
 String NthField(const String& s, const String& separator, std::int32_t n) {
     String field;
+    if (n < 1) return field;
     ForEachPiece(s.Bytes(), separator.Bytes(), [&](std::string_view piece) {
         if (--n == 0) field = String(piece);
         return n > 0;
