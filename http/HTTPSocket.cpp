@@ -26,23 +26,24 @@ InternetHeadersRef HTTPSocket::PageHeaders() {
 }
 
 void HTTPSocket::Get(const String& url) {
-    SendRequest("GET", url);
+    Begin("GET", url, nullptr);
 }
 
 void HTTPSocket::Get(const String& url, const FolderItemRef& file) {
-    SendRequest("GET", url, file);
+    Begin("GET", url, file);
 }
 
 bool HTTPSocket::Get(const String& url, const FolderItemRef& file, std::int32_t timeout) {
-    return SendRequest("GET", url, file, timeout);
+    return Wait("GET", url, file, timeout);
 }
 
 String HTTPSocket::Get(const String& url, std::int32_t timeout) {
-    return SendRequest("GET", url, timeout);
+    Wait("GET", url, nullptr, timeout);
+    return _pageBuffer.Text();
 }
 
 void HTTPSocket::GetHeaders(const String& url) {
-    SendRequest("HEAD", url);
+    Begin("HEAD", url, nullptr);
 }
 
 InternetHeadersRef HTTPSocket::GetHeaders(const String& url, std::int32_t timeout) {
@@ -51,28 +52,28 @@ InternetHeadersRef HTTPSocket::GetHeaders(const String& url, std::int32_t timeou
 }
 
 void HTTPSocket::Post(const String& url) {
-    SendRequest("POST", url);
+    Begin("POST", url, nullptr);
 }
 
 void HTTPSocket::Post(const String& url, const FolderItemRef& file) {
-    SendRequest("POST", url, file);
+    Begin("POST", url, file);
 }
 
 bool HTTPSocket::Post(const String& url, const FolderItemRef& file, std::int32_t timeout) {
-    return SendRequest("POST", url, file, timeout);
+    return Wait("POST", url, file, timeout);
 }
 
 String HTTPSocket::Post(const String& url, std::int32_t timeout) {
-    return SendRequest("POST", url, timeout);
+    Wait("POST", url, nullptr, timeout);
+    return _pageBuffer.Text();
 }
 
 void HTTPSocket::SendRequest(const String& method, const String& url) {
-    SendRequest(method, url, nullptr);
+    Begin(method, url, nullptr);
 }
 
 void HTTPSocket::SendRequest(const String& method, const String& url, const FolderItemRef& file) {
-    synchronous = false;
-    _DoConnect(url, method, file);
+    Begin(method, url, file);
 }
 
 bool HTTPSocket::SendRequest(const String& method, const String& url, const FolderItemRef& file,
@@ -83,6 +84,11 @@ bool HTTPSocket::SendRequest(const String& method, const String& url, const Fold
 String HTTPSocket::SendRequest(const String& method, const String& url, std::int32_t timeout) {
     Wait(method, url, nullptr, timeout);
     return _pageBuffer.Text();
+}
+
+void HTTPSocket::Begin(const String& method, const String& url, const FolderItemRef& file) {
+    synchronous = false;
+    _DoConnect(url, method, file);
 }
 
 bool HTTPSocket::Wait(const String& method, const String& url, const FolderItemRef& file,
@@ -133,27 +139,6 @@ String HTTPSocket::EncodeFormData(const DictionaryRef& form) {
 
 String HTTPSocket::_EncodeURLString(const String& text) {
     return http::EncodeURLString(text);
-}
-
-String HTTPSocket::Lookahead() const {
-    return String(_received.View()) + TCPSocket::Lookahead();
-}
-
-String HTTPSocket::Read(std::int32_t n) {
-    if (_received.IsEmpty()) return TCPSocket::Read(n);
-    if (n <= 0) return {};
-    const String read = _received.Read(static_cast<std::size_t>(n));
-    return read + TCPSocket::Read(n - LenB(read));
-}
-
-String HTTPSocket::ReadAll() {
-    if (_received.IsEmpty()) return TCPSocket::ReadAll();
-    return _received.Read(_received.View().size()) + TCPSocket::ReadAll();
-}
-
-void HTTPSocket::Purge() {
-    _received.Clear();
-    TCPSocket::Purge();
 }
 
 }  // namespace sorakaze

@@ -6,8 +6,9 @@
 //
 // An object makes one request at a time and is used from one thread at a time. Failures are codes, found in
 // ErrorCode: 0 none, -1 timeout, 1 the download's target can't be written, else the socket's code. A status
-// such as 404 is no failure: its page arrives like any other. A body is kept whole in memory, without a
-// bound; for large ones there is the download to a file.
+// such as 404 is no failure: its page arrives like any other. A head is kept in memory until its end
+// has come, and a body is kept there whole, both without a bound; for large bodies there is the download to a
+// file.
 #pragma once
 
 #include <chrono>
@@ -20,9 +21,9 @@
 #include "app/runtime/FolderItem.h"
 #include "app/runtime/FunctionRef.h"
 #include "app/runtime/TCPSocket.h"
+#include "http/HeadSearch.h"
 #include "http/InternetHeaders.h"
 #include "http/PageBuffer.h"
-#include "http/ReceivedBytes.h"
 #include "http/SocketInterfaces.h"
 
 namespace sorakaze {
@@ -108,11 +109,7 @@ class HTTPSocket : public TCPSocket, public Readable, public Writeable, public _
 
     InternetHeadersRef GetRequestHeaders() override { return requestHeaders; }
 
-    // The received data as SocketCore has it; what is known of the head lies here already.
-    String Lookahead() const;
-    String Read(std::int32_t n) override;
-    String ReadAll();
-    void Purge();
+    String Read(std::int32_t n) override { return TCPSocket::Read(n); }
     void Write(const String& data) override { TCPSocket::Write(data); }
 
   protected:
@@ -123,24 +120,41 @@ class HTTPSocket : public TCPSocket, public Readable, public Writeable, public _
     void _DoConnect(String url, String method, FolderItemRef file);
     bool _SetDownloadFile(const FolderItemRef& file);
     void _KillDownloadStream();
+    void FailDownload();
     void _SendRequest(const String& method);
     void _ResetVariables();
+    void Begin(const String& method, const String& url, const FolderItemRef& file);
     bool Wait(const String& method, const String& url, const FolderItemRef& file, std::int32_t timeout);
     void WaitForPage();
     void GiveWay(FunctionRef<bool()> nothingHappens, std::chrono::nanoseconds lookAgain);
 
     // The response.
     void _HandleNewData();
+    bool GoesOnBehindHead(std::size_t emptyLineSize);
     void _ParseHeaders(const String& text);
     void _ProcessData(const String& data);
     void _ProcessPage();
     void SetError(std::int32_t code);
-    /// Calls the handler if one is installed; it may replace itself. False if it has ended the socket.
+    /// Knows whether the connection is still that of its making, or a handler has closed it, begun another
+    /// request or ended the socket.
+    class ThisConnection {
+      public:
+        explicit ThisConnection(const HTTPSocket& socket)
+            : socket_(socket), life_(socket.threadProtection), number_(socket.ConnectionNumber()) {}
+        bool Stands() const { return !life_.expired() && socket_.ConnectionNumber() == number_; }
+
+      private:
+        const HTTPSocket& socket_;
+        const std::weak_ptr<bool> life_;
+        const std::uint64_t number_;
+    };
+    /// Calls the handler if one is installed; it may replace itself. False if the connection that it was told
+    /// of isn't any more.
     template <typename... Parameters, typename... Arguments>
     bool Fire(const std::function<void(Parameters...)>& handler, const Arguments&... arguments) {
-        const std::weak_ptr<bool> socket = threadProtection;
+        const ThisConnection connection(*this);
         if (const auto call = handler) call(arguments...);
-        return !socket.expired();
+        return connection.Stands();
     }
 
     // Authentication. Its deviations from what is customary are the class's own: a challenge has one
@@ -182,8 +196,7 @@ class HTTPSocket : public TCPSocket, public Readable, public Writeable, public _
     String _proxyAuthenticationKey;  ///< value of one Proxy-Authorization header
     String _lastServerNonce;         ///< of the last challenge that had one
     DictionaryRef _Nonces;           ///< from nonce to use count; made at first need
-    /// Taken from the socket's buffer while the head's end is looked for.
-    http::ReceivedBytes _received;
+    http::HeadSearch _headSearch;
     // NOLINTEND(bugprone-reserved-identifier)
 };
 

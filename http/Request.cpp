@@ -49,7 +49,7 @@ bool HTTPSocket::_SetDownloadFile(const FolderItemRef& file) {
     if (created) created->Close();
     BinaryStreamRef stream = created ? file->OpenAsBinaryFile(true) : nullptr;
     if (!stream) {
-        SetError(kFileError);
+        FailDownload();
         return false;
     }
     _downloadStream = std::move(stream);
@@ -61,6 +61,14 @@ void HTTPSocket::_KillDownloadStream() {
     _downloadFile = nullptr;
     if (_downloadStream) _downloadStream->Close();
     _downloadStream = nullptr;
+}
+
+/// The target can't be written. What there is of a connection goes with it, and is none to the next error.
+void HTTPSocket::FailDownload() {
+    Close();
+    _connectionValid = false;
+    _KillDownloadStream();
+    SetError(kFileError);
 }
 
 void HTTPSocket::Event_Connected() {

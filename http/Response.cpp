@@ -25,6 +25,24 @@ class Protection {
     const std::weak_ptr<bool> flag_;
 };
 
+/// Calls it at the scope's end, however that comes.
+template <typename Call>
+class AtEnd {
+  public:
+    explicit AtEnd(Call call) : call_(std::move(call)) {}
+    ~AtEnd() { call_(); }
+    AtEnd(const AtEnd&) = delete;
+    AtEnd& operator=(const AtEnd&) = delete;
+
+  private:
+    const Call call_;
+};
+
+/// Of bytes, for the socket: no more than it counts.
+std::int32_t Count(std::size_t size) {
+    return static_cast<std::int32_t>(std::min<std::size_t>(size, std::numeric_limits<std::int32_t>::max()));
+}
+
 constexpr std::int32_t kUnauthorized = 401;
 constexpr std::int32_t kProxyUnauthorized = 407;
 
@@ -37,23 +55,28 @@ void HTTPSocket::Event_DataAvailable() {
 void HTTPSocket::_HandleNewData() {
     if (*threadProtection) return;
     const Protection protection(threadProtection);
-    if (_pageHeaders) {
-        _ProcessData(ReadAll());
-        return;
+    if (!_pageHeaders) {
+        const auto end = _headSearch.FindEnd(LookaheadView(), ReadPosition());
+        if (!end) return;
+        _ParseHeaders(TCPSocket::Read(Count(end->headSize)));
+        if (!GoesOnBehindHead(2 * end->lineEndSize)) return;
     }
-    _received.Append(TCPSocket::ReadAll());
-    const auto end = _received.FindHeadEnd();
-    if (!end) return;
-    _ParseHeaders(_received.Read(end->headSize));
+    _ProcessData(ReadAll());
+}
+
+/// Asks and tells the owner what the head calls for. False if the connection isn't there any more.
+bool HTTPSocket::GoesOnBehindHead(std::size_t emptyLineSize) {
+    const ThisConnection connection(*this);
+    // Also where a handler throws, the empty line is no part of the body.
+    const AtEnd dropEmptyLine([&] {
+        if (connection.Stands()) TCPSocket::Read(Count(emptyLineSize));
+    });
     if (AnswersChallenge()) {
         _DoConnect(_processingURL, _httpAction, _downloadFile);
-        return;
+        return false;
     }
-    // The handler may read, or begin another request: what is left behind it is the rest.
     const InternetHeadersRef headers = _pageHeaders;
-    if (!synchronous && !Fire(HeadersReceived, headers, _httpStatusCode)) return;
-    _received.Read(2 * end->lineEndSize);
-    _ProcessData(ReadAll());
+    return synchronous || Fire(HeadersReceived, headers, _httpStatusCode);
 }
 
 bool HTTPSocket::AnswersChallenge() {
@@ -81,9 +104,7 @@ void HTTPSocket::_ProcessData(const String& data) {
         _pageBuffer.Append(data);
     } else if (!_downloadStream->Write(data)) {
         // The disk is full, say. What is missing in the file must not pass for a whole one.
-        Close();
-        _KillDownloadStream();
-        SetError(kFileError);
+        FailDownload();
         return;
     }
     if (!synchronous && !Fire(ReceiveProgress, _currentLength, _totalLength, data)) return;
@@ -95,7 +116,7 @@ void HTTPSocket::Event_Error() {
     const bool wasConnected = std::exchange(_connectionValid, false);
     if (!wasConnected)
         SetError(LastErrorCode());
-    else if (!Lookahead().IsEmpty())
+    else if (!LookaheadView().empty())
         _HandleNewData();
     else
         _ProcessPage();

@@ -52,7 +52,9 @@ struct SocketCore::Core {
     std::optional<std::int32_t> ownError;    ///< an error that never reached the network, not fired yet
     std::shared_ptr<Connection> connection;  ///< goes with `exchange`
     std::string received;
-    std::size_t taken = 0;  ///< bytes of `received` that were read
+    std::size_t taken = 0;      ///< bytes of `received` that were read
+    std::uint64_t removed = 0;  ///< bytes that have stood before those of `received`
+    std::uint64_t number = 0;   ///< of the connection
     bool connected = false;
     bool ended = false;  ///< the socket is no more
     std::int32_t lastError = SocketError::kNone;
@@ -79,6 +81,7 @@ struct SocketCore::Core {
     std::string_view Unread() const { return std::string_view(received).substr(taken); }
 
     void DropReceived() {
+        removed += received.size();
         received.clear();
         taken = 0;
     }
@@ -86,7 +89,7 @@ struct SocketCore::Core {
     bool TakeReceived() {
         if (taken > received.size() / 2) {
             received.erase(0, taken);
-            taken = 0;
+            removed += std::exchange(taken, 0);
         }
         if (!exchange->TakeReceived(received)) return false;
         if (exchange->IsPaused()) connection->Serve();
@@ -130,6 +133,7 @@ void SocketCore::Connect() {
 }
 
 void SocketCore::Close() {
+    ++core_->number;
     core_->Detach();
     core_->SetOwnError(std::nullopt);
 }
@@ -201,6 +205,7 @@ String SocketCore::Read(std::int32_t n) {
 }
 
 String SocketCore::ReadAll() {
+    core_->removed += core_->received.size();
     std::string all = std::exchange(core_->received, {});
     all.erase(0, std::exchange(core_->taken, 0));
     return all;
@@ -217,6 +222,18 @@ std::int32_t SocketCore::LastErrorCode() const {
 bool SocketCore::HasEvents() const {
     const std::lock_guard lock(core_->mutex);
     return core_->ownError || (core_->exchange && core_->exchange->AnyDue());
+}
+
+std::uint64_t SocketCore::ConnectionNumber() const {
+    return core_->number;
+}
+
+std::uint64_t SocketCore::ReadPosition() const {
+    return core_->removed + core_->taken;
+}
+
+void SocketCore::Receive(std::string_view bytes) {
+    core_->received += bytes;
 }
 
 }  // namespace sorakaze

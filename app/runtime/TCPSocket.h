@@ -86,6 +86,14 @@ class SocketCore {
     virtual void Event_Error() {}
     virtual void Event_SendComplete() {}
 
+    /// Another number from every Connect and Close on: what goes on behind an event sees whether its handler
+    /// has left the connection as it was.
+    std::uint64_t ConnectionNumber() const;
+    /// How many bytes, of all connections, have been read or dropped: where LookaheadView() begins.
+    std::uint64_t ReadPosition() const;
+    /// Adds to the received data, as if it had been taken up. For sockets that stand on no network.
+    void Receive(std::string_view bytes);
+
   private:
     struct Core;
     const std::shared_ptr<Core> core_;

@@ -124,8 +124,6 @@ TEST(Client, FiresEventsOrWritesFiles) {
     EXPECT_TRUE(client.Get(server.Url(), file, kLongSeconds));
     EXPECT_EQ(content(), "hello");
     EXPECT_EQ(client.Page() + client.events, "");
-    EXPECT_FALSE(Client().Get("", file, kLongSeconds));
-    EXPECT_EQ(content(), "");
 
     // What the disk doesn't take must not pass for a whole file.
     const auto atMost = [](rlim_t bytes) {
@@ -138,6 +136,8 @@ TEST(Client, FiresEventsOrWritesFiles) {
     atMost(RLIM_INFINITY);
     EXPECT_FALSE(whole);
     EXPECT_EQ(client.ErrorCode(), 1);
+    EXPECT_FALSE(client.Get("", file, kLongSeconds));
+    EXPECT_EQ(content(), "");
 }
 
 TEST(Client, AnswersChallengesOfServerAndProxyInOneWait) {
@@ -181,13 +181,15 @@ TEST(Client, TellsWhatBroke) {
         const ScriptedServer gone([](Connection&) {});
         nobody = gone.Url();
     }
-    Client client;
+    /// Who changes one form changes no other.
+    struct : Client {
+        using Client::SendRequest;
+        String SendRequest(const String&, const String&, std::int32_t) override { return "another"; }
+    } client;
     EXPECT_EQ(client.Get(nobody, kLongSeconds), "");
     EXPECT_EQ(client.ErrorCode(), SocketError::kRefused);
     EXPECT_EQ(client.GetHeaders(nobody, kLongSeconds), nullptr);
     EXPECT_EQ(client.PageHeaders(), nullptr);
-    client.Get("", kLongSeconds);
-    EXPECT_EQ(client.ErrorCode(), SocketError::kNameNotFound);
     // A page that is torn is what there was of it.
     ScriptedServer tears([](Connection& connection) {
         connection.ReadRequest();
@@ -195,6 +197,9 @@ TEST(Client, TellsWhatBroke) {
     });
     EXPECT_EQ(client.Get(tears.Url(), kLongSeconds), "part");
     EXPECT_EQ(client.ErrorCode(), 0);
+    // It is still there where no connection comes about.
+    EXPECT_EQ(client.Get("", kLongSeconds), "part");
+    EXPECT_EQ(client.ErrorCode(), SocketError::kNameNotFound);
 }
 
 /// 30 seconds without a sign of life, told by a clock that goes as the test wants.
@@ -253,44 +258,30 @@ TEST_F(TimeLimit, CountsFromTheLastSignOfLife) {
     EXPECT_FALSE(client.IsConnected());
 }
 
+/// A folder can't be written to; the wait forgets that it knew, and waits for a page that can't come.
 TEST_F(TimeLimit, EndsWhatCannotComeToAnEnd) {
-    ScriptedServer cutsOff(ScriptedServer::Answer("HTTP/1.0 200 OK\r\nA: 1\r\n"));
-    bool result = true;
-    Begin([&] { client.Get(cutsOff.Url(), kSeconds); });
-    WaitWhile([&] {
-        return cutsOff.Requests().empty() || client.IsConnected() || !client.Lookahead().Bytes().size();
-    });
-    EXPECT_TRUE(EndsBehind(kTicks));
-    EXPECT_EQ(client.ErrorCode(), -1);
-    EXPECT_EQ(client.PageHeaders(), nullptr);
-
-    // A folder can't be written to; the wait forgets that it knew, and waits for a page that can't come.
     const auto folder = std::make_shared<FolderItem>(runtime.folder.Path());
-    Begin([&] { result = client.Get(cutsOff.Url(), folder, kSeconds); });
+    bool result = true;
+    Begin([&] { result = client.Get("", folder, kSeconds); });
     Look();
     EXPECT_EQ(client.ErrorCode(), 0);
     EXPECT_TRUE(EndsBehind(kTicks));
     EXPECT_EQ(client.ErrorCode(), -1);
     EXPECT_FALSE(result);
-    Begin([&] { client.Get(cutsOff.Url(), folder, 0); });
+    Begin([&] { client.Get("", folder, 0); });
     EXPECT_FALSE(EndsBehind(1'000'000'000));
     EXPECT_TRUE(Runs());
     thread.Kill();
     Look();
 }
 
-TEST(Client, LeavesTheShowRunning) {
+TEST(Client, HandlesEventsWhileItWaitsOnTheMainThread) {
     TestRuntime runtime;
     std::promise<void> timerFired;
-    std::atomic<int> closed{0};
-    ScriptedServer silent([&](Connection& connection) {
-        connection.ReadRequest();
-        if (connection.Number() == 0) timerFired.get_future().wait();
-        if (connection.Number() == 0) connection.Send(kHello);
-        if (connection.Number() > 0) connection.WaitForClose();
-        ++closed;
+    ScriptedServer server([&](Connection& connection) {
+        timerFired.get_future().wait();
+        connection.Send(kHello);
     });
-    // With Yield, the main thread handles its events while it waits.
     Timer timer;
     timer.SetPeriod(20);
     timer.SetMode(Timer::kSingle);
@@ -300,47 +291,62 @@ TEST(Client, LeavesTheShowRunning) {
     };
     Client client;
     client.Yield = true;
-    EXPECT_EQ(client.Get(silent.Url(), kLongSeconds), "hello");
-
-    // A wait on another thread ends at once with its kill, and its connection with it.
-    for (const bool yield : {true, false}) {
-        Thread thread;
-        thread.RunEvent = [&] {
-            Client own;
-            own.Yield = yield;
-            own.Get(silent.Url(), 0);
-            ADD_FAILURE() << "went on behind its kill";
-        };
-        const std::size_t before = silent.Requests().size();
-        thread.Run();
-        {
-            const Scheduler::KeepToWall toTheWall(runtime.runtime.Threads());
-            WaitWhile([&] { return silent.Requests().size() == before; });
-            thread.Kill();
-            const int closedBefore = closed;
-            WaitWhile([&] { return closed == closedBefore; });
-        }
-    }
+    EXPECT_EQ(client.Get(server.Url(), kLongSeconds), "hello");
 }
 
-TEST(Client, BeginsTheNextRequestWithinAnEvent) {
+TEST(Client, AHandlerMayEndOrReplaceItsRequest) {
     TestRuntime runtime;
-    ScriptedServer server(ScriptedServer::Answer(kHello));
-    Client client;
-    int pages = 0;
-    client.PageReceived = [&](const String& url, std::int32_t, const InternetHeadersRef&,
-                              const String& page) {
-        EXPECT_EQ(page, "hello");
-        EXPECT_EQ(url.Bytes(), server.Url("/" + std::to_string(pages)));
-        if (++pages < 20) client.Get(server.Url("/" + std::to_string(pages)));
+    ScriptedServer server([](Connection& connection) {
+        const std::string request = connection.ReadRequest();
+        const auto first = request.find("/4") != std::string::npos ? "401" : "200";
+        connection.Send(request.find("GET / ") == 0 ? kHello : std::string("x ") + first + "\r\n\r\nfirst");
+    });
+    const auto file = std::make_shared<FolderItem>(runtime.folder.Path() / "page.txt");
+    const auto folder = std::make_shared<FolderItem>(runtime.folder.Path());
+    const std::string page = "connected headers:200 5/0 page:hello ";
+    const std::string download = "connected headers:200 5/0 file:page.txt ";
+    std::unique_ptr<Client> client;
+    const struct {
+        const char* name;
+        std::function<void()> act;
+        std::string events;  ///< from then on
+    } actions[] = {
+        {"close", [&] { client->Close(); }, ""},
+        {"another request", [&] { client->Get(server.Url()); }, page},
+        {"a download", [&] { client->Get(server.Url(), file); }, download},
+        {"one that can't be", [&] { client->Get(server.Url(), folder); }, "error:1 "},
+        {"end", [&] { client.reset(); }, ""},
     };
-    // Also from where the present one isn't over.
-    client.HeadersReceived = [&](const InternetHeadersRef&, std::int32_t) {
-        if (pages == 0 && server.Requests().size() < 2) client.Get(server.Url("/0"));
-    };
-    client.Get(server.Url("/first"));
-    PollWhile(client, [&] { return pages < 20; });
-    EXPECT_EQ(server.Requests().size(), 21u);
+    for (const std::string status : {"200", "401"}) {
+        for (int event = 0; event < 4; ++event) {
+            for (const auto& action : actions) {
+                SCOPED_TRACE(action.name + (" in event " + std::to_string(event)) + " of " + status);
+                client = std::make_unique<Client>();
+                client->NoteEvents();
+                bool acted = false;
+                const auto actIn = [&](int which, auto& handler) {
+                    if (which != event) return;
+                    handler = [&, noted = handler](const auto&... arguments) {
+                        if (acted) return noted(arguments...);
+                        acted = true;
+                        client->events.clear();
+                        action.act();
+                    };
+                };
+                actIn(0, client->Connected);
+                actIn(1, client->HeadersReceived);
+                actIn(2, client->ReceiveProgress);
+                actIn(3, client->PageReceived);
+                client->Get(server.Url("/" + status));
+                PollWhile(*client, [&] { return !acted; });
+                if (!client) continue;
+                const auto goesOn = [&] { return client->events.size() < action.events.size(); };
+                PollWhile(*client, goesOn);
+                while (client->HasEvents()) client->Poll();
+                EXPECT_EQ(client->events, action.events);
+            }
+        }
+    }
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class Client : public HTTPSocket {
     }
     /// ...sends...
     void Arrive(std::string_view bytes) {
-        _received.Append(String(bytes));
+        Receive(bytes);
         Event_DataAvailable();
     }
     /// ...and closes.
@@ -51,13 +51,14 @@ class Client : public HTTPSocket {
                (_pageHeaders ? "[" + _pageHeaders->_FormatHTTPHeaders().Bytes() + "]" : "-") + Page();
     }
 
-    /// Notes every event that isn't an authentication's, and how far it has come.
+    /// Notes every event that isn't an authentication's; a progress only where no head came before it.
     void NoteEvents() {
         Connected = [this] { events += "connected "; };
         HeadersReceived = [this](const InternetHeadersRef&, std::int32_t status) {
             events += "headers:" + std::to_string(status) + " ";
         };
         ReceiveProgress = [this](std::int32_t received, std::int32_t total, const String&) {
+            if (events.find("headers") == std::string::npos) events += "stray ";
             last = std::to_string(received) + "/" + std::to_string(total) + " ";
         };
         PageReceived = [this](const String&, std::int32_t, const InternetHeadersRef&, const String& page) {

@@ -1,27 +1,15 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "http/ReceivedBytes.h"
+#include "http/HeadSearch.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace sorakaze::http {
 
-String ReceivedBytes::Read(std::size_t size) {
-    String read(View().substr(0, size));
-    begin_ += read.Bytes().size();
-    searched_ = 0;
-    places_ = {};
-    if (IsEmpty()) Clear();
-    return read;
-}
-
-void ReceivedBytes::Clear() {
-    *this = ReceivedBytes();
-}
-
-std::optional<ReceivedBytes::HeadEnd> ReceivedBytes::FindHeadEnd() {
-    const std::string_view text = View();
+std::optional<HeadSearch::HeadEnd> HeadSearch::FindEnd(std::string_view text, std::uint64_t position) {
+    if (position != position_) *this = HeadSearch();
+    position_ = position;
     const std::size_t searched = std::exchange(searched_, text.size());
     for (std::size_t i = 0; i < kTextCount; ++i) {
         // It may have begun in the last bytes of the search before.
