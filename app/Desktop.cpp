@@ -79,6 +79,9 @@ void Desktop::OfferServices() {
         deployment = ReadDeployment(runtime_.ResourcesFolder() / "deployment.json");
     } catch (const DeploymentError& error) {
         complaint = std::string("deployment.json: ") + error.what();
+        // It may have meant to look nothing up.
+        deployment.encyclopaediaEnglish.clear();
+        deployment.encyclopaediaJapanese.clear();
     }
     gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
                                  deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},

@@ -46,7 +46,7 @@ class Desktop {
     void _UnhandledException(std::exception_ptr exception);
 
     /// Where the deployment names no services, those that the application brings itself. A deployment that
-    /// can't be used is told of, and the defaults stand.
+    /// can't be used is told of; the defaults stand, but nothing is looked up.
     void OfferServices();
     void WatchTheShow();
     void OnTrack(const player::TrackEvent& event);

@@ -88,6 +88,7 @@ std::string PageClient::Perform(const std::string& address, std::size_t largest)
     const CURLcode result =
         message && message->msg == CURLMSG_DONE ? message->data.result : CURLE_ABORTED_BY_CALLBACK;
     curl_multi_remove_handle(multi, easy);
+    if (result == CURLE_OPERATION_TIMEDOUT) throw PageTimeout("it doesn't answer");
     if (result != CURLE_OK) throw PageError(curl_easy_strerror(result));
     long status = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);

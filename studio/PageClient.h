@@ -18,6 +18,12 @@ class PageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// Nothing came in time.
+class PageTimeout : public PageError {
+  public:
+    using PageError::PageError;
+};
+
 class PageClient {
   public:
     /// Once `cancelled` is asked for, what is under way fails at once, and all that follows.

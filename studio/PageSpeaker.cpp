@@ -21,6 +21,7 @@ struct Outcome {
     std::filesystem::path file;
     std::shared_ptr<sound::Voice> voice;
     std::string complaint;
+    bool late = false;
 };
 
 /// Blocks; without the baton. Empty where there is nothing to hear.
@@ -43,6 +44,9 @@ Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::Mixin
         std::ofstream(outcome.file, std::ios::binary) << bytes;
         outcome.voice = engine.Open(outcome.file);
         if (!outcome.voice) outcome.complaint = "its answer is no sound that can be played";
+    } catch (const PageTimeout& error) {
+        outcome.complaint = error.what();
+        outcome.late = true;
     } catch (const PageError& error) {
         outcome.complaint = error.what();
     }
@@ -81,6 +85,10 @@ void PageSpeaker::End() {
     Remove(std::exchange(file_, {}));
 }
 
+bool PageSpeaker::IsSpeaking() const {
+    return voice_ && voice_->IsPlaying();
+}
+
 void PageSpeaker::Load(const FolderItemRef& file) {
     ++loaded_;
     distant_.Kill();
@@ -88,6 +96,8 @@ void PageSpeaker::Load(const FolderItemRef& file) {
     auto form = FindForm(ReadPage(file->Path()));
     if (!form) return;
     form->action = Resolve("", form->action);
+    // Half a minute for each line would be long.
+    if (!form->action.empty() && form->action == late_) return;
     if (form->action.empty()) {
         complain_("The voice service is silent: its address is none of plain HTTP.");
     } else if (IsLoopback(form->action)) {
@@ -110,6 +120,7 @@ void PageSpeaker::Speak(const PageForm& form, Blocking kind) {
     runtime.Threads().Block(kind, [&](std::stop_token cancelled) {
         outcome = MakeVoice(form, file, *runtime.Engine(), cancelled);
     });
+    if (outcome.late) late_ = form.action;
     if (page != loaded_) return;
     if (!outcome.complaint.empty()) complain_("The voice service is silent: " + outcome.complaint + ".");
     if (!outcome.voice) return;

@@ -28,6 +28,9 @@ class PageSpeaker {
     PageSpeaker(const PageSpeaker&) = delete;
     PageSpeaker& operator=(const PageSpeaker&) = delete;
 
+    /// Whether a page is heard.
+    bool IsSpeaking() const;
+
   private:
     void Load(const FolderItemRef& file);
     void Speak(const PageForm& form, Blocking kind);
@@ -37,6 +40,7 @@ class PageSpeaker {
     const std::function<void(const std::string&)> complain_;
     Thread distant_;            ///< waits for a service that isn't on this machine
     std::uint64_t loaded_ = 0;  ///< pages; a page speaks for as long as it is the last
+    std::string late_;          ///< the service that didn't answer in time: it isn't asked again
     std::shared_ptr<sound::Voice> voice_;
     std::filesystem::path file_;  ///< that the voice is read from
 };

@@ -31,6 +31,8 @@ constexpr std::size_t kSamplesPerTick = kFramesPerTick * sound::kChannels;
 constexpr std::size_t kTicksPerBlock = 16;
 /// How long the ramps of the last sounds go on behind the end of a show.
 constexpr TickCount kTailTicks = 2;
+/// How long a page may go on speaking behind the end of a show.
+constexpr TickCount kLastWordsTicks = 120 * kTicksPerSecond;
 /// A show for which no limit was given is over when for this long no track has begun...
 constexpr std::int32_t kIdleTicks = 20 * 60 * kTicksPerSecond;
 /// ...or when it has run for this long.
@@ -163,7 +165,12 @@ class Session {
         limit_.Run();
         runtime_.Events().DoEventsWhile([this] { return !IsOver(); });
         const bool standstill = !stopped_ && OnAir() && recorder_.Error().empty();
+        const bool ended = begun_ && !stopped_ && !OnAir();
         Stop();
+        // A sentence out of a page is no part of the show's end: it is heard to its own.
+        for (TickCount tick = 0; ended && speaker_.IsSpeaking() && tick < kLastWordsTicks; ++tick) {
+            runtime_.GetClock().Advance();
+        }
         for (TickCount tick = 0; tick < kTailTicks; ++tick) runtime_.GetClock().Advance();
         console_.EndProgress();
         if (!fault_.empty()) throw StudioError(kWrongCall, fault_);
@@ -183,7 +190,7 @@ class Session {
   private:
     bool OnAir() const { return !(window_.programStart.Caption() == kStartCaption); }
 
-    /// Our own where the deployment names no others. Without lookups nothing depends on what a network does.
+    /// Our own where the deployment names no others. Off line nothing depends on what a network does.
     void OfferServices() {
         Deployment& deployment = window_.deployment;
         try {
@@ -191,12 +198,17 @@ class Session {
         } catch (const DeploymentError& error) {
             throw StudioError(kFailed, std::string("deployment.json: ") + error.what());
         }
+        if (options_.offline) {
+            for (std::string* place : {&deployment.searchHost, &deployment.voiceHost,
+                                       &deployment.encyclopaediaEnglish, &deployment.encyclopaediaJapanese}) {
+                place->clear();
+            }
+        }
         std::string complaint;
         gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
                                      deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
                                     deployment.searchHost, deployment.voiceHost, complaint);
         if (!complaint.empty()) console_.Message(complaint);
-        if (options_.offline) deployment.searchHost.clear();
     }
 
     void Begin() {

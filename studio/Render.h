@@ -20,7 +20,7 @@ struct RenderOptions {
     std::optional<std::int32_t> songSeconds;
     std::optional<double> limitSeconds;
     std::optional<std::uint64_t> seed;
-    bool offline = false;  ///< no artist is looked up
+    bool offline = false;  ///< nothing beyond this machine is asked
     bool quiet = false;    ///< no transcript
 };
 

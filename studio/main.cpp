@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     render->add_option("--seed", options.seed, "The same seed makes the same draws");
     render->add_option("--trace", options.trace, "Write the show's events here, as JSON Lines");
     render->add_flag("--offline", options.offline,
-                     "Look no artist up: with a seed, the same show comes out bit for bit");
+                     "Ask nothing beyond this machine: with a seed, the same show comes out bit for bit");
     render->add_flag("--quiet", options.quiet, "No transcript");
 
     auto* list = app.add_subcommand("list", "List a station's programs and playlists");

@@ -87,6 +87,17 @@ TEST(Render, SpokenPagesAreHeardFromTheirTickOn) {
     EXPECT_LT(sound.Peak(second + 180, 400), 0.002) << "the first speech ended where the second began";
 }
 
+TEST(Render, LastWordsOutOfAPageAreHeardToTheirEnd) {
+    StudioStation station;
+    station.Write("Programs/Show.txt",
+                  "mode: songs 0\nopening: 0, wait 1\nending: 0, sayj こんやは、おやすみなさい。\n");
+    ASSERT_EQ(station.Render("show.wav", "").status, 0);
+    const SoundFile sound(station.Path() / "show.wav");
+    const double end = TickOf(station, "end");
+    EXPECT_GT(sound.Seconds(), end / 60 + 1);
+    EXPECT_GT(sound.Peak(end + 6, sound.Seconds() * 60), 0.2);
+}
+
 TEST(Render, AStopLeavesNoClickAndThePlayersLevelComesBack) {
     StudioStation station;
     station.WriteTone("Music/a.wav", 500, 0.5, 90);
