@@ -17,9 +17,10 @@ namespace fs = std::filesystem;
 
 // The machine's default dictionary may be another, in another encoding and with other fields.
 constexpr const char* kPlaces[] = {"/var/lib/mecab/dic/ipadic-utf8", "/usr/share/mecab/dic/ipadic-utf8",
-                                   "/usr/lib/mecab/dic/ipadic-utf8", "/var/lib/mecab/dic/ipadic",
-                                   "/usr/share/mecab/dic/ipadic",    "/usr/lib/mecab/dic/ipadic",
-                                   "/usr/lib64/mecab/dic/ipadic"};
+                                   "/usr/lib/mecab/dic/ipadic-utf8", "/usr/local/lib/mecab/dic/ipadic-utf8",
+                                   "/var/lib/mecab/dic/ipadic",      "/usr/share/mecab/dic/ipadic",
+                                   "/usr/lib/mecab/dic/ipadic",      "/usr/lib64/mecab/dic/ipadic",
+                                   "/usr/local/lib/mecab/dic/ipadic"};
 
 std::unique_ptr<MeCab::Model> Open(const fs::path& folder) {
     // The settings of the machine and of the user are passed over: the dictionary's own stand in for them.
@@ -39,29 +40,22 @@ std::unique_ptr<MeCab::Model> Open(const fs::path& folder) {
 
 Morpheme FromNode(const MeCab::Node& node) {
     const Feature feature = FeatureOf(node);
-    return {
-        Decode({node.surface, node.length}),
-        Decode(feature[kReading]),
-        {Decode(feature[0]), Decode(feature[1]), Decode(feature[2]), Decode(feature[3]), Decode(feature[4])},
-        false};
+    return {Decode({node.surface, node.length}),
+            Decode(feature[kReading]),
+            {Decode(feature[0]), Decode(feature[1]), Decode(feature[2]), Decode(feature[3]),
+             Decode(feature[4]), Decode(feature[5])},
+            false};
 }
 
-/// For each byte of a sentence, and its end, whether a piece must begin there or must not: MeCab's constants.
+/// For each byte of a sentence, and its end, whether a piece must begin there: MeCab's constants.
 using Boundaries = std::vector<int>;
 
-Boundaries BoundariesOf(std::u32string_view sentence, const std::vector<Given>& given) {
+Boundaries BoundariesOf(std::u32string_view sentence) {
     std::vector<std::size_t> bytes = {0};  // where each character begins
     for (const char32_t code : sentence) bytes.push_back(bytes.back() + Encode({&code, 1}).size());
     Boundaries boundaries(bytes.back() + 1, MECAB_ANY_BOUNDARY);
     for (std::size_t at = 1; at < sentence.size(); ++at) {
         if (IsDigit(sentence[at - 1]) != IsDigit(sentence[at])) boundaries[bytes[at]] = MECAB_TOKEN_BOUNDARY;
-    }
-    for (const Given& one : given) {
-        const std::size_t begin = bytes[one.begin];
-        const std::size_t end = bytes[one.begin + one.size];
-        std::fill(boundaries.begin() + static_cast<std::ptrdiff_t>(begin),
-                  boundaries.begin() + static_cast<std::ptrdiff_t>(end), MECAB_INSIDE_TOKEN);
-        boundaries[begin] = boundaries[end] = MECAB_TOKEN_BOUNDARY;
     }
     return boundaries;
 }
@@ -73,9 +67,8 @@ bool SplitUnknownKanji(Boundaries& boundaries, const std::vector<const MeCab::No
     std::size_t at = 0;
     for (const MeCab::Node* node : path) {
         const std::u32string text = Decode({node->surface, node->length});
-        const bool splits = node->stat == MECAB_UNK_NODE && text.size() > 1 &&
-                            std::all_of(text.begin(), text.end(), IsKanji) &&
-                            boundaries[at + 1] != MECAB_INSIDE_TOKEN;
+        const bool splits =
+            node->stat == MECAB_UNK_NODE && text.size() > 1 && std::all_of(text.begin(), text.end(), IsKanji);
         for (const char32_t code : text) {
             at += Encode({&code, 1}).size();
             if (splits) boundaries[at] = MECAB_TOKEN_BOUNDARY;
@@ -110,9 +103,9 @@ Dictionary::Dictionary(const fs::path& folder) : impl_(std::make_unique<Impl>())
 
 Dictionary::~Dictionary() = default;
 
-std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence, const std::vector<Given>& given) const {
+std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence) const {
     const std::string bytes = Encode(sentence);
-    Boundaries boundaries = BoundariesOf(sentence, given);
+    Boundaries boundaries = BoundariesOf(sentence);
     std::unique_ptr<MeCab::Lattice> lattice;  // owns the path
     std::vector<const MeCab::Node*> path;
     do {
@@ -127,16 +120,8 @@ std::vector<Morpheme> Dictionary::Cut(std::u32string_view sentence, const std::v
     } while (SplitUnknownKanji(boundaries, path));
 
     std::vector<Morpheme> morphemes;
-    auto next = given.begin();
-    std::size_t at = 0;
-    for (const MeCab::Node* node : path) {
-        morphemes.push_back(FromNode(*node));
-        if (next != given.end() && at == next->begin) {
-            morphemes.back().reading = (next++)->reading;
-            morphemes.back().isGiven = true;
-        }
-        at += morphemes.back().surface.size();
-    }
+    morphemes.reserve(path.size());
+    for (const MeCab::Node* node : path) morphemes.push_back(FromNode(*node));
     return morphemes;
 }
 

@@ -24,20 +24,14 @@ struct Grammar {
     std::u32string third;        ///< 人名, 助数詞, ...
     std::u32string fourth;       ///< 姓, 名, ...
     std::u32string conjugation;  ///< 五段・カ行イ音便, 特殊・ダ, ...
+    std::u32string form;         ///< 連用形, ...
 };
 
 struct Morpheme {
     std::u32string surface;
     std::u32string reading;  ///< katakana; empty where the dictionary doesn't know the word
     Grammar grammar;
-    bool isGiven = false;  ///< then the reading is hiragana, with blanks between words
-};
-
-/// A stretch of a sentence whose reading is known beforehand.
-struct Given {
-    std::size_t begin;  ///< characters
-    std::size_t size;
-    std::u32string reading;  ///< hiragana, blanks between words
+    bool isGiven = false;  ///< by the lexicon: the reading is hiragana, with blanks between words
 };
 
 class Dictionary {
@@ -49,10 +43,9 @@ class Dictionary {
     Dictionary(const Dictionary&) = delete;
     Dictionary& operator=(const Dictionary&) = delete;
 
-    /// The likeliest way to cut the sentence, with every given stretch as one piece and digits by themselves.
-    /// The sentence holds real characters only and is of bounded length; the pieces together are the
-    /// sentence.
-    std::vector<Morpheme> Cut(std::u32string_view sentence, const std::vector<Given>& given) const;
+    /// The likeliest way to cut the sentence, with digits by themselves. The sentence holds real characters
+    /// only and is of bounded length; the pieces together are the sentence.
+    std::vector<Morpheme> Cut(std::u32string_view sentence) const;
 
   private:
     struct Impl;

@@ -55,13 +55,18 @@ static_assert(std::adjacent_find(kSorted.begin(), kSorted.end(), [](const Entry&
 
 }  // namespace
 
-std::optional<Entry> EntryAtBeginning(std::u32string_view text) {
+std::span<const Entry> Entries() {
+    return kSorted;
+}
+
+std::optional<Entry> EntryAtBeginning(std::u32string_view text,
+                                      const std::function<bool(const Entry&)>& suits) {
     std::optional<Entry> longest;
     const auto* entry =
         std::lower_bound(kSorted.begin(), kSorted.end(), Entry{text.substr(0, 1), {}}, BySurface);
     for (; entry != kSorted.end() && entry->surface.front() == text.front(); ++entry) {
-        if (text.starts_with(entry->surface) && (!longest || entry->surface.size() > longest->surface.size()))
-            longest = *entry;
+        const bool isLonger = !longest || entry->surface.size() > longest->surface.size();
+        if (isLonger && text.starts_with(entry->surface) && suits(*entry)) longest = *entry;
     }
     return longest;
 }

@@ -4,7 +4,9 @@
 // that titles love.
 #pragma once
 
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,8 +20,12 @@ struct Entry {
     std::u32string_view reading;  ///< hiragana, blanks between words
 };
 
-/// The longest entry that `text` begins with.
-std::optional<Entry> EntryAtBeginning(std::u32string_view text);
+/// All of them, sorted by their surfaces.
+std::span<const Entry> Entries();
+
+/// The longest entry that `text` begins with and that suits.
+std::optional<Entry> EntryAtBeginning(std::u32string_view text,
+                                      const std::function<bool(const Entry&)>& suits);
 
 /// Where a word stands: behind a particle, an adjective or the like, or wherever else.
 enum class Place { Anywhere, BehindAttribute };

@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "speech/kotoeri/Characters.h"
-#include "speech/kotoeri/Lexicon.h"
 #include "speech/kotoeri/TidyText.h"
+#include "speech/kotoeri/WithEntries.h"
 #include "speech/kotoeri/Words.h"
 
 namespace sorakaze::kotoeri {
@@ -132,14 +133,9 @@ Reader::Reader(const std::filesystem::path& folder, Lexicon lexicon)
     : dictionary_(folder), lexicon_(lexicon) {}
 
 std::vector<std::u32string> Reader::ReadSentence(std::u32string_view sentence) const {
-    std::vector<Given> given;
-    for (std::size_t at = 0; at < sentence.size() && lexicon_ == Lexicon::Used;) {
-        const auto entry = EntryAtBeginning(sentence.substr(at));
-        if (entry) given.push_back({at, entry->surface.size(), std::u32string(entry->reading)});
-        at += entry ? entry->surface.size() : 1;
-    }
-    std::vector<Morpheme> morphemes = dictionary_.Cut(Widened(sentence), given);
-    if (const auto repeated = WithoutRepetitions(morphemes)) morphemes = dictionary_.Cut(*repeated, given);
+    std::vector<Morpheme> morphemes = dictionary_.Cut(Widened(sentence));
+    if (const auto repeated = WithoutRepetitions(morphemes)) morphemes = dictionary_.Cut(*repeated);
+    if (lexicon_ == Lexicon::Used) morphemes = WithEntries(std::move(morphemes));
     std::size_t at = 0;
     for (Morpheme& morpheme : morphemes) {
         if (IsDigit(morpheme.surface.front()))

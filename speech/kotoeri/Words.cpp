@@ -5,42 +5,11 @@
 #include <algorithm>
 
 #include "speech/kotoeri/Characters.h"
+#include "speech/kotoeri/Grammar.h"
 #include "speech/kotoeri/Numbers.h"
 
 namespace sorakaze::kotoeri {
 namespace {
-
-bool IsKanjiNumber(const Morpheme& morpheme) {
-    return morpheme.grammar.kind == U"名詞" && morpheme.grammar.subkind == U"数" &&
-           IsNumber(morpheme.surface);
-}
-
-bool IsDigits(const Morpheme& morpheme) {
-    return std::all_of(morpheme.surface.begin(), morpheme.surface.end(), IsDigit);
-}
-
-bool IsSuffix(const Grammar& grammar) {
-    return grammar.kind == U"名詞" && grammar.subkind == U"接尾";
-}
-
-bool IsCounter(const Grammar& grammar) {
-    return IsSuffix(grammar) && grammar.third == U"助数詞";
-}
-
-bool Inflects(const Grammar& grammar) {
-    return grammar.kind == U"動詞" || grammar.kind == U"形容詞" || grammar.kind == U"助動詞";
-}
-
-/// Likely part of a name that the dictionary doesn't know.
-bool IsUnknownKanji(const Morpheme& morpheme) {
-    return morpheme.reading.empty() && IsKanji(morpheme.surface.front());
-}
-
-/// だ and です stand behind nouns as well and are words of their own there.
-bool IsCopula(const Grammar& grammar) {
-    return grammar.kind == U"助動詞" &&
-           (grammar.conjugation == U"特殊・ダ" || grammar.conjugation == U"特殊・デス");
-}
 
 bool IsEnding(const Morpheme& before, const Morpheme& morpheme) {
     const Grammar& grammar = morpheme.grammar;
