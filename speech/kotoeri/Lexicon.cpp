@@ -14,11 +14,13 @@ constexpr auto kEntries = std::to_array<Entry>({
     // clang-format on
 });
 
+constexpr bool Places::*kAnywhere = nullptr;
+
 struct Preference {
     std::u32string_view surface;
     std::u32string_view reading;  ///< the dictionary's, katakana
     std::u32string_view better;   ///< hiragana
-    Place place;                  ///< where it is better
+    bool Places::*place;          ///< where it is better
 };
 
 constexpr auto kPreferences = std::to_array<Preference>({
@@ -71,11 +73,12 @@ std::optional<Entry> EntryAtBeginning(std::u32string_view text,
     return longest;
 }
 
-std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading, Place place) {
+std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading,
+                                  const Places& places) {
     const auto* const found =
         std::find_if(kPreferences.begin(), kPreferences.end(), [&](const Preference& preference) {
             return preference.surface == surface && preference.reading == reading &&
-                   (preference.place == Place::Anywhere || preference.place == place);
+                   (preference.place == kAnywhere || places.*preference.place);
         });
     return found == kPreferences.end() ? std::u32string_view() : found->better;
 }

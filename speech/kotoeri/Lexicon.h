@@ -27,12 +27,17 @@ std::span<const Entry> Entries();
 std::optional<Entry> EntryAtBeginning(std::u32string_view text,
                                       const std::function<bool(const Entry&)>& suits);
 
-/// Where a word stands: behind a particle, an adjective or the like, or wherever else.
-enum class Place { Anywhere, BehindAttribute };
+/// Where a word stands.
+struct Places {
+    bool behindAttribute = false;  ///< a particle, an adjective or the like
+    bool beforeParticle = false;   ///< or last
+    bool behindDigits = false;     ///< likely, though a sentence's digits may never come here: 17歳の夏
+};
 
 /// What a word is read as in titles where the dictionary reads it otherwise (in katakana); empty where the
 /// dictionary's reading will do.
-std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading, Place place);
+std::u32string_view BetterReading(std::u32string_view surface, std::u32string_view reading,
+                                  const Places& places);
 
 /// The commonest reading in hiragana of a kanji that is no word by itself; empty where none is known.
 std::u32string_view KanjiReading(char32_t kanji);

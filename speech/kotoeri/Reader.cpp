@@ -127,6 +127,12 @@ std::optional<std::u32string> WithoutRepetitions(const std::vector<Morpheme>& mo
     return found ? std::optional(sentence) : std::nullopt;
 }
 
+/// っ doubles the sound that follows in its word. Where none does, it has none.
+std::u32string_view WithoutFinalStop(std::u32string_view word) {
+    while (word.ends_with(U'っ')) word.remove_suffix(1);
+    return word;
+}
+
 }  // namespace
 
 Reader::Reader(const std::filesystem::path& folder, Lexicon lexicon)
@@ -152,7 +158,10 @@ std::string Reader::Read(std::string_view bytes) const {
         std::size_t size = 1;
         if (const std::size_t length = SentenceLength(rest); length > 0) {
             size = CutLength(rest.substr(0, length));
-            for (const auto& word : ReadSentence(rest.substr(0, size))) line.Add(word, Piece::Word);
+            for (const auto& word : ReadSentence(rest.substr(0, size))) {
+                const std::u32string_view spoken = WithoutFinalStop(word);
+                if (!spoken.empty()) line.Add(spoken, Piece::Word);
+            }
         } else if (IsSeparator(rest.front())) {
             line.Part();
         } else {
@@ -162,7 +171,11 @@ std::string Reader::Read(std::string_view bytes) const {
         rest.remove_prefix(size);
     }
     // Nothing but separators is a title too.
-    return Encode(line.Text().empty() ? text : line.Text());
+    return Encode(line.Text().empty() ? ToHiragana(text) : line.Text());
+}
+
+std::string ReadWithoutDictionary(std::string_view text) {
+    return Encode(ToHiragana(TidyText(Decode(text))));
 }
 
 }  // namespace sorakaze::kotoeri

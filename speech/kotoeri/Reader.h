@@ -18,7 +18,8 @@ class Reader {
 
     /// The reading of any bytes. Readings, not pronunciations: the particle は stays は. What has no reading
     /// stays as it is: Latin letters, digits, other scripts, emoji, stray bytes. A middle dot or a wide blank
-    /// between words becomes their comma. Time and memory are linear in the text.
+    /// between words becomes their comma. A word's final っ, which nothing follows that it could double, is
+    /// left out. Time and memory are linear in the text.
     std::string Read(std::string_view text) const;
 
   private:
@@ -27,5 +28,8 @@ class Reader {
     Dictionary dictionary_;
     Lexicon lexicon_;
 };
+
+/// What can be read where there is no dictionary: kana become hiragana, all the rest stays.
+std::string ReadWithoutDictionary(std::string_view text);
 
 }  // namespace sorakaze::kotoeri

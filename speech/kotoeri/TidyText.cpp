@@ -49,6 +49,38 @@ std::u32string Composed(std::u32string_view text) {
     return result;
 }
 
+bool IsVariationSelector(char32_t code) {
+    return (code >= 0xFE00 && code <= 0xFE0F) || (code >= 0xE0100 && code <= 0xE01EF);
+}
+/// Zero-width blank, word joiner, byte order mark.
+bool HasNoWidth(char32_t code) {
+    return code == 0x200B || code == 0x2060 || code == 0xFEFF;
+}
+/// With punctuation and all of half width.
+bool IsJapanese(char32_t code) {
+    return IsKanji(code) || (code >= 0x3000 && code <= 0x30FF) || (code >= 0xFF00 && code <= 0xFFEF);
+}
+
+/// Without what is unseen beside Japanese characters and would part their words. Emoji keep theirs.
+std::u32string WithoutUnseen(std::u32string_view text) {
+    std::u32string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char32_t before = result.empty() ? U'\0' : result.back();
+        if (IsVariationSelector(text[at]) && (IsKanji(before) || IsKana(before))) continue;
+        if (HasNoWidth(text[at])) {
+            const auto end =
+                std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), HasNoWidth);
+            const bool isUnseen = IsJapanese(before) || (end != text.end() && IsJapanese(*end));
+            const auto size = static_cast<std::size_t>(end - text.begin()) - at;
+            if (!isUnseen) result += text.substr(at, size);
+            at += size - 1;
+            continue;
+        }
+        result += text[at];
+    }
+    return result;
+}
+
 /// Each stretch of real characters composed; stray bytes between them stay what they are.
 std::u32string ComposedAround(std::u32string_view text) {
     std::u32string result;
@@ -106,34 +138,40 @@ char32_t WithoutMark(char32_t kana) {
     return U_SUCCESS(error) && size == 2 ? units[0] : kana;
 }
 
-bool IsMarked(char32_t code) {
-    return code >= U'ヷ' && code <= U'ヺ';
+/// ヷ to ヺ are no longer written.
+void Append(std::u32string& result, char32_t code) {
+    if (code >= U'ヷ' && code <= U'ヺ') {
+        result += U'ヴ';
+        result += U"ァィェォ"[code - U'ヷ'];
+    } else {
+        result += code;
+    }
 }
 
 }  // namespace
 
 std::u32string TidyText(std::u32string_view text) {
     std::u32string result;
-    for (char32_t code : ComposedAround(text)) {
-        code = NewForm(FullWidth(code));
+    for (const char32_t original : ComposedAround(WithoutUnseen(text))) {
+        const char32_t code = NewForm(FullWidth(original));
         const char32_t before = result.empty() ? U'\0' : result.back();
         if (code == kVoiced || code == kHalfVoiced) {
             const char32_t pair = WithMark(before, code);
             if (pair != 0) {
-                result.back() = pair;
+                result.pop_back();
+                Append(result, pair);
             } else if (!IsKana(before)) {
-                result += code;
+                // It mustn't go on top of what it stood behind.
+                const char32_t apart = code == kVoiced ? U'゛' : U'゜';
+                result += original == code ? code : apart;
             }
-        } else if (IsMarked(code)) {
-            result += U'ヴ';
-            result += U"ァィェォ"[code - U'ヷ'];
         } else if ((code == U'ゝ' || code == U'ヽ') && IsKana(before)) {
             result += WithoutMark(before);
         } else if ((code == U'ゞ' || code == U'ヾ') && IsKana(before)) {
             const char32_t voiced = WithMark(WithoutMark(before), kVoiced);
-            result += voiced != 0 ? voiced : before;
+            Append(result, voiced != 0 ? voiced : before);
         } else {
-            result += code;
+            Append(result, code);
         }
     }
     return result;

@@ -6,28 +6,21 @@
 
 #include "speech/kotoeri/Characters.h"
 #include "speech/kotoeri/Grammar.h"
+#include "speech/kotoeri/Joints.h"
 #include "speech/kotoeri/Numbers.h"
 
 namespace sorakaze::kotoeri {
 namespace {
-
-bool IsEnding(const Morpheme& before, const Morpheme& morpheme) {
-    const Grammar& grammar = morpheme.grammar;
-    if (!Inflects(before.grammar)) return false;
-    if (grammar.kind == U"助動詞") return !IsCopula(grammar) && !IsCopula(before.grammar);
-    if (grammar.kind == U"動詞") return grammar.subkind == U"接尾" || grammar.subkind == U"非自立";
-    return grammar.kind == U"助詞" && grammar.subkind == U"接続助詞" &&
-           std::u32string_view(U"て で ば ちゃ じゃ つつ ながら").find(morpheme.surface) !=
-               std::u32string_view::npos;
-}
 
 bool IsAttribute(const Grammar& grammar) {
     return grammar.kind == U"助詞" || grammar.kind == U"連体詞" || Inflects(grammar);
 }
 
 /// Readings that depend on the neighbours, whatever the word is.
-std::u32string_view ReadingAmongNeighbours(const Morpheme* before, const Morpheme& morpheme,
-                                           const Morpheme* after) {
+std::u32string_view ReadingAmongNeighbours(const std::vector<Morpheme>& morphemes, std::size_t at) {
+    const Morpheme& morpheme = morphemes[at];
+    const Morpheme* before = at > 0 ? &morphemes[at - 1] : nullptr;
+    const Morpheme* after = at + 1 < morphemes.size() ? &morphemes[at + 1] : nullptr;
     if (morpheme.surface == U"何" && after &&
         std::u32string_view(U"でだのとて").find(after->surface.front()) != std::u32string_view::npos)
         return U"なん";
@@ -39,6 +32,12 @@ std::u32string_view ReadingAmongNeighbours(const Morpheme* before, const Morphem
     // 瑠璃色, but 三色
     if (morpheme.surface == U"色" && IsSuffix(morpheme.grammar) && before && before->grammar.subkind != U"数")
         return U"いろ";
+    if (morpheme.surface == U"罰") {
+        const Morpheme* verb =
+            after && IsParticle(after->grammar) && at + 2 < morphemes.size() ? after + 1 : after;
+        const bool strikes = verb && (verb->surface.front() == U'当' || verb->surface.starts_with(U"あた"));
+        return strikes ? U"ばち" : U"ばつ";
+    }
     return {};
 }
 
@@ -65,49 +64,51 @@ class MorphemeReader {
             std::replace(reading.begin(), reading.end(), U' ', U',');
             return reading;
         }
-        const Morpheme* before = at > 0 ? &morphemes_[at - 1] : nullptr;
-        const Morpheme* after = at + 1 < morphemes_.size() ? &morphemes_[at + 1] : nullptr;
-        const auto among = ReadingAmongNeighbours(before, morpheme, after);
+        const auto among = ReadingAmongNeighbours(morphemes_, at);
         if (!among.empty()) return std::u32string(among);
         if (IsAllKana(morpheme.surface)) return ToHiragana(morpheme.surface);
         if (morpheme.reading.empty()) return ReadCharacters(morpheme.surface);
         if (IsDigits(morpheme)) return morpheme.surface;
         if (lexicon_ == Lexicon::Used && !IsSuffix(morpheme.grammar)) {
-            const Place place =
-                before && IsAttribute(before->grammar) ? Place::BehindAttribute : Place::Anywhere;
-            const auto better = BetterReading(morpheme.surface, morpheme.reading, place);
+            const auto better = BetterReading(morpheme.surface, morpheme.reading, PlacesAt(at));
             if (!better.empty()) return std::u32string(better);
         }
         return ToHiragana(morpheme.reading);
     }
 
   private:
+    Places PlacesAt(std::size_t at) const {
+        const bool isFirst = at == 0, isLast = at + 1 == morphemes_.size();
+        const Morpheme* after = isLast ? nullptr : &morphemes_[at + 1];
+        return {.behindAttribute = !isFirst && IsAttribute(morphemes_[at - 1].grammar),
+                .beforeParticle = isLast || IsParticle(after->grammar),
+                .behindDigits = isFirst && (isLast || after->surface == U"の")};
+    }
+
     const std::vector<Morpheme>& morphemes_;
     Lexicon lexicon_;
 };
 
-/// Whether the morpheme goes on with the word that `before` ends.
-bool Continues(const Morpheme& before, const Morpheme& morpheme) {
-    const char32_t last = before.surface.back();
-    if (LeansOnWhatIsBefore(morpheme.surface.front()) && (IsKana(last) || IsKanji(last))) return true;
-    if (last == U'っ' || last == U'ッ')
-        return IsKana(morpheme.surface.front()) || IsKanji(morpheme.surface.front());
-    if (IsUnknownKanji(before) || IsUnknownKanji(morpheme))
-        return IsKanji(before.surface.back()) && IsKanji(morpheme.surface.front());
-    if (before.surface == U"ヶ" || morpheme.surface == U"ヶ") return true;
-    if (before.grammar.kind == U"接頭詞") return true;
-    if (IsSuffix(morpheme.grammar)) return true;
-    if (IsDigits(before)) return IsDigits(morpheme) || IsKanjiNumber(morpheme) || morpheme.surface == U"月";
-    return IsEnding(before, morpheme);
+/// The dictionary takes a zero for a symbol where nothing counted follows. Beside a numeral it is one itself.
+void CountZeros(std::vector<Morpheme>& morphemes) {
+    const auto count = [](auto begin, auto end) {
+        for (auto next = begin; next != end; begin = next++) {
+            if (next->surface == U"〇" && IsKanjiNumber(*begin)) next->grammar = begin->grammar;
+        }
+    };
+    count(morphemes.begin(), morphemes.end());
+    count(morphemes.rbegin(), morphemes.rend());
 }
 
 }  // namespace
 
-std::vector<std::u32string> Words(const std::vector<Morpheme>& morphemes, Lexicon lexicon) {
+std::vector<std::u32string> Words(std::vector<Morpheme> morphemes, Lexicon lexicon) {
+    CountZeros(morphemes);
     const MorphemeReader reader(morphemes, lexicon);
+    const std::vector<bool> joints = Joints(morphemes);
     std::vector<std::u32string> words;
     for (std::size_t at = 0; at < morphemes.size();) {
-        const bool continues = at > 0 && Continues(morphemes[at - 1], morphemes[at]);
+        const bool continues = joints[at];
         std::u32string reading;
         if (IsKanjiNumber(morphemes[at])) {
             std::u32string number;

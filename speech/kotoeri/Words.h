@@ -12,6 +12,6 @@ namespace sorakaze::kotoeri {
 
 /// The pieces of a sentence as readings in hiragana, joined to the words that somebody would hear: a verb
 /// with its endings, a number with what it counts, a name's parts by themselves. What has no reading stays.
-std::vector<std::u32string> Words(const std::vector<Morpheme>& morphemes, Lexicon lexicon);
+std::vector<std::u32string> Words(std::vector<Morpheme> morphemes, Lexicon lexicon);
 
 }  // namespace sorakaze::kotoeri

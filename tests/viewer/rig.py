@@ -4,6 +4,7 @@
 what is heard of the answer, with the time of each. For scripts/try-viewer and the benchmark."""
 import array
 import http.server
+import json
 import math
 import operator
 import os
@@ -172,18 +173,21 @@ class Rig:
 
 
 class Station:
-    """The application in a folder of its own, with one program whose opening is `lines`, run as `user`."""
+    """The application in a folder of its own, with one program whose opening is `lines`, run as `user`. Without a `service`
+    it speaks with its own."""
 
     def __init__(self, rig, user, service, lines):
         self.rig = rig
-        self.folder = rig.folder / user
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix=user, dir=rig.folder))
+        self.folder.chmod(0o711)
         self.app = self.folder / "Sorakaze.app"
         shutil.copytree(STATION / "Sorakaze.app", self.app)
         (self.app / "Contents/Resources/deployment.json").write_text(
-            f'{{"voice": "127.0.0.1:{service.server_port}", "encyclopaediaEnglish": "", "encyclopaediaJapanese": ""}}')
+            json.dumps({"voice": f"127.0.0.1:{service.server_port}" if service else "", "encyclopaediaEnglish": "",
+                        "encyclopaediaJapanese": ""}))
         (self.folder / "Programs").mkdir()
         (self.folder / "Music").mkdir()
-        (self.folder / "Music/tone.wav").write_bytes(service.tone)
+        (self.folder / "Music/tone.wav").write_bytes(tone())
         (self.folder / "Programs/Voice.txt").write_text(
             "mode: songs 1\nj_personality:Kyoko\n" + "".join(f"opening: 0, {line}\n" for line in lines))
         account = pwd.getpwnam(user)
@@ -216,9 +220,10 @@ class Station:
         return self.rig.run("xdotool", "search", "--onlyvisible", "--pid", str(self.process.pid)).split()
 
     def page_written(self):
-        """When the page that is being loaded was written."""
-        page, = self.own["temporary"].glob("*/temp.html")
-        return page.stat().st_mtime
+        """When the page that is being loaded, or will be soon, was written."""
+        while not (pages := list(self.own["temporary"].glob("*/temp.html"))):
+            time.sleep(0.01)
+        return pages[0].stat().st_mtime
 
     def below(self):
         """The processes that the application has started, and theirs."""
