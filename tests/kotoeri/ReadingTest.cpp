@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "app/runtime/Utf8.h"
+#include "speech/kotoeri/Characters.h"
 #include "speech/kotoeri/Reader.h"
 
 namespace sorakaze::kotoeri {
@@ -44,6 +45,10 @@ TEST(Reading, Kana) {
         {"ﾝ", "ん"},
         {"ー", "ー"},
         {"っ", "っ"},
+        {"あっ、夢", "あ、,ゆめ"},
+        {"ドキッ！えっ夢ッ☆", "どき！,え,ゆめ,☆"},
+        {"ﾜﾞワ゛ワヾヱヾヲ゛", "ゔぁゔぁわゔぁえゔぇゔぉ"},
+        {"A゛夢ﾟﾞ", "A゛,ゆめ,゜゛"},
         {"ヶ", "け"},
         {"歌って踊った", "うたって,おどった"},
         {"行っちゃった", "いっちゃった"},
@@ -66,6 +71,70 @@ TEST(Reading, Kanji) {
         {"宇多田ヒカル", "うただ,ひかる"},
         {"瑠璃色の夢", "るりいろ,の,ゆめ"},
         {"何だよ", "なん,だ,よ"},
+        {"歳の差", "とし,の,さ"},
+        {"歳をとる", "とし,を,とる"},
+        {"歳の夏", "さい,の,なつ"},
+        {"都バス", "と,ばす"},
+        {"水の都", "みず,の,みやこ"},
+        {"罰が当たる", "ばち,が,あたる"},
+        {"罪と罰", "つみ,と,ばつ"},
+        {"葛\U000E0100城の\u200B夢\uFEFF", "かつらぎ,の,ゆめ"},
+    });
+}
+
+/// What the lexicon knows is none within other words and other people's names.
+TEST(Reading, EntriesAreWholeWords) {
+    ExpectReadings({
+        {"吉永小百合", "よしなが,さゆり"},
+        {"田中孝介", "たなか,こうすけ"},
+        {"山中孝介", "やまなか,こうすけ"},
+        {"松本隆博", "まつもと,たかひろ"},
+        {"松本隆太郎", "まつもと,りゅうたろう"},
+        {"遠藤実香", "えんどう,みか"},
+        {"遠藤実は", "えんどう,みのる,は"},
+        {"前川清美", "まえかわ,きよみ"},
+        {"優里香", "ゆりか"},
+        {"春風亭小朝", "しゅんぷうていこあさ"},
+        {"六段の調べ", "ろくだん,の,しらべ"},
+        {"青春風景", "せいしゅん,ふうけい"},
+        {"深夜風呂", "しんや,ふろ"},
+        {"表現世界", "ひょうげん,せかい"},
+        {"現世界", "げんせかい"},
+        {"夢現実", "ゆめ,げんじつ"},
+        {"恋文学", "こい,ぶんがく"},
+        {"海外道中", "かいがい,どうちゅう"},
+        {"梅雨音頭", "つゆ,おんど"},
+        {"春雨傘", "はるさめ,かさ"},
+        {"永久にんじん", "えいきゅう,にんじん"},
+        {"八百万円", "はっぴゃくまんえん"},
+        {"八百万の神", "やおよろず,の,かみ"},
+        {"百二十歳", "ひゃくにじゅっさい"},
+    });
+    for (const Entry& entry : Entries()) {
+        std::string read = TheReader().Read(Encode(entry.surface));
+        std::string reading = Encode(entry.reading);
+        std::erase(read, ',');
+        std::erase(reading, ' ');
+        EXPECT_TRUE(read == reading) << Encode(entry.surface) << " is read " << read;
+    }
+}
+
+/// No comma in what the dictionary cuts because it doesn't know it.
+TEST(Reading, WordsInKanaStayWhole) {
+    ExpectReadings({
+        {"倉橋ヨエコ", "くらはし,よえこ"},
+        {"加藤ミキヨ", "かとう,みきよ"},
+        {"江利チエミ", "えり,ちえみ"},
+        {"風の谷のナウシカ", "かぜ,の,たに,の,なうしか"},
+        {"丸の内サディスティック", "まるのうち,さでぃすてぃっく"},
+        {"夏川りみ", "なつかわ,りみ"},
+        {"竹内まりや", "たけうち,まりや"},
+        {"竹内まりやの歌", "たけうち,まりや,の,うた"},
+        {"林だよ", "はやし,だ,よ"},
+        {"風街ろまん", "かぜまち,ろまん"},
+        {"贈りもの", "おくりもの"},
+        {"贈りものの歌", "おくりもの,の,うた"},
+        {"勝手にしやがれ", "かって,に,しやがれ"},
     });
 }
 
@@ -82,6 +151,8 @@ TEST(Reading, Numbers) {
         {"三ヶ月", "さんかげつ"},
         {"一九八四", "いちきゅうはちよん"},
         {"二〇〇一年", "にぜろぜろいちねん"},
+        {"二〇〇〇", "にぜろぜろぜろ"},
+        {"〇〇七", "ぜろぜろなな"},
         {"十一回", "じゅういっかい"},
         {"十回", "じゅっかい"},
         {"二十歳", "はたち"},
@@ -117,7 +188,7 @@ TEST(Reading, WhatHasNoReadingStays) {
 
 /// Every kind of text at every length that matters to a dictionary's buffers: nothing of it is lost.
 TEST(Reading, LongTextsAreReadToTheirEnds) {
-    for (const std::string unit : {"夢", "あ", "ア", "ー", "っ", "一", "1", "々", "龘", "「", "🎵", "한",
+    for (const std::string unit : {"夢", "あ", "ア", "ー", "っか", "一", "1", "々", "龘", "「", "🎵", "한",
                                    "1夢", "夢は", "宇多田ヒカル", "か\u3099", "ｶﾞ", "\xFF", "\xE3"}) {
         std::string text;
         for (int i = 0; i < 5000; ++i) text += unit;
@@ -137,6 +208,7 @@ TEST(Reading, AMissingDictionaryIsTold) {
         EXPECT_THAT(problem.what(), testing::HasSubstr("mecab-ipadic-utf8"));
         EXPECT_THAT(problem.what(), testing::Not(testing::HasSubstr("\n")));
     }
+    EXPECT_TRUE(ReadWithoutDictionary("宇多田ﾋｶﾙ ABC\xFF") == "宇多田ひかる ABC\xFF");
 }
 
 }  // namespace
