@@ -15,8 +15,8 @@ namespace sorakaze::gateway {
 namespace {
 
 constexpr std::size_t kMostNames = 64;
-/// No article's beginning is longer.
-constexpr std::size_t kMostBytes = 2u << 20;
+/// No lead is longer, and no row of a box.
+constexpr std::size_t kLongestText = 16u << 10;
 
 bool IsHiddenByStyle(const GumboNode* element) {
     std::string style;
@@ -60,7 +60,7 @@ std::size_t BlankBytes(std::string_view text, std::size_t at) {
 }
 
 void AppendText(std::string_view text, std::string& out) {
-    for (std::size_t at = 0; at < text.size();) {
+    for (std::size_t at = 0; at < text.size() && out.size() < kLongestText;) {
         if (const std::size_t blank = BlankBytes(text, at)) {
             out += ' ';
             at += blank;
@@ -72,7 +72,8 @@ void AppendText(std::string_view text, std::string& out) {
     }
 }
 
-/// What a reader reads, with bold marked. `lineEnd` stands for a line's end and between the items of a list.
+/// What a reader reads, as far as the bound, with bold marked. `lineEnd` stands for a line's end and between
+/// the items of a list.
 void AppendSpoken(const GumboNode* node, char lineEnd, std::string& out) {
     if (node->type == GUMBO_NODE_TEXT || node->type == GUMBO_NODE_WHITESPACE) {
         return AppendText(node->v.text.text, out);
@@ -151,6 +152,7 @@ void CollectParagraphs(const GumboNode* content, std::vector<std::string>& parag
 /// paragraphs too.
 std::string_view Lead(const std::vector<std::string>& paragraphs, std::string_view name) {
     const auto lead = std::ranges::find_if(paragraphs, [&](std::string_view text) {
+        if (text.size() >= kLongestText) return false;
         text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
         return text.find(kBoldEnds) != text.npos || text.starts_with(name);
     });
@@ -166,7 +168,7 @@ void Append(std::vector<std::string>&& more, std::vector<std::string>& names) {
 
 Article ReadArticle(std::string_view html, std::string_view title, Edition edition) {
     Article article;
-    const HtmlTree tree(html.substr(0, kMostBytes));
+    const HtmlTree tree(html);
     if (!tree.Root()) return article;
     article.disambiguates = Find(tree.Root(), &IsDisambiguationNotice) != nullptr;
 

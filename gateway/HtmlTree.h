@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A page of HTML as a tree. The parsing is a library's; what is here keeps pages made to exhaust it away.
+// A page of HTML as a tree. The parsing is a library's; what is here bounds what a page can make it do.
 #pragma once
 
 #include <gumbo.h>
@@ -15,8 +15,10 @@ namespace sorakaze::gateway {
 
 class HtmlTree {
   public:
-    /// A page whose elements nest deeper than pages do, or that needs more memory than its length explains,
-    /// is an empty tree. `html` must live as long as the tree.
+    /// A page that is longer or has more elements than pages do, or that takes more memory or time than its
+    /// length explains, is an empty tree, and so is one that nests deeper than 256 elements: who walks a tree
+    /// may do so by recursion. Takes a third of a second at most, and little stack. `html` must live as long
+    /// as the tree.
     explicit HtmlTree(std::string_view html);
     ~HtmlTree();
     HtmlTree(const HtmlTree&) = delete;

@@ -37,7 +37,7 @@ bool IsSound(const GumboNode* node) {
     return plays && !Attribute(node, "src").empty();
 }
 
-/// The trees that HtmlTree makes aren't deep.
+/// By recursion, since no HtmlTree is deep.
 void CollectFields(const GumboNode* node, PageForm& form) {
     const std::string_view name = Attribute(node, "name");
     const bool hidden = Lowered(Attribute(node, "type")) == "hidden";

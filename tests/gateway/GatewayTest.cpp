@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netdb.h>
+#include <pthread.h>
 
 #include <cstring>
 #include <latch>
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "gateway/Article.h"
 #include "gateway/Gateway.h"
 #include "gateway/LoopbackServer.h"
 #include "gateway/Names.h"
@@ -210,6 +212,45 @@ TEST(LoopbackServerTest, HandsOnTargetsAsTheyCameAndFormsDecoded) {
         for (int i = 0; i < 40; ++i) idle.push_back(std::make_unique<Client>(server.Port()));
     }
     while (ask("GET /after").find("GET /after") == std::string::npos) {
+    }
+}
+
+/// Text and elements that hold one another up: `piece` so many times, on a stack as small as the server's.
+TEST(ArticleTest, WhatIsMadeToExhaustTheParserIsNoArticle) {
+    struct Case {
+        std::string before, piece;
+        int times;
+        std::string behind;
+    };
+    const Case cases[] = {
+        {"", "<div><!--</div>-->", 9'900, ""},
+        {"", "<div><style></div></style>", 9'900, ""},
+        {"", "<div><table></div></table>", 4'900, ""},
+        {"", "<div>", 9'900, "<frameset>"},
+        {"", "<p><b>x</b>", 200'000, ""},
+        {"<a ", "b='>' ", 90'000, ">"},
+        {"<b><PlainText>", "<span>", 150'000, ""},
+        {"<p><b>A</b>", "[", 250'000, std::string(250'000, ')') + " was a singer.</p>"},
+    };
+    for (const Case& c : cases) {
+        std::string page = c.before;
+        for (int i = 0; i < c.times; ++i) page += c.piece;
+        page += c.behind + "<p><b>A</b> was a singer.</p>";
+        Article article;
+        std::pair job{&page, &article};
+        const auto read = [](void* closure) -> void* {
+            const auto& [from, to] = *static_cast<decltype(job)*>(closure);
+            *to = ReadArticle(*from, "A", Edition::English);
+            return nullptr;
+        };
+        pthread_attr_t small;
+        pthread_attr_init(&small);
+        pthread_attr_setstacksize(&small, 1 << 20);
+        pthread_t thread{};
+        ASSERT_EQ(pthread_create(&thread, &small, read, &job), 0);
+        pthread_join(thread, nullptr);
+        pthread_attr_destroy(&small);
+        EXPECT_EQ(article.told, c.piece == "[" ? " was a singer." : "") << c.before << c.piece;
     }
 }
 
