@@ -160,7 +160,11 @@ std::string Reader::Read(std::string_view bytes) const {
             size = CutLength(rest.substr(0, length));
             for (const auto& word : ReadSentence(rest.substr(0, size))) {
                 const std::u32string_view spoken = WithoutFinalStop(word);
-                if (!spoken.empty()) line.Add(spoken, Piece::Word);
+                if (spoken.empty()) {
+                    line.Part();
+                } else {
+                    line.Add(spoken, Piece::Word);
+                }
             }
         } else if (IsSeparator(rest.front())) {
             line.Part();
