@@ -11,7 +11,6 @@
 #include <future>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "app/runtime/TextStreams.h"
 #include "app/runtime/Thread.h"
