@@ -117,16 +117,6 @@ std::string WithoutMarks(std::string_view text) {
     return out;
 }
 
-/// What stands behind the first name in bold, or behind the title where nothing is bold.
-std::optional<std::string> BehindName(std::string_view paragraph, std::string_view title) {
-    const std::string plain = WithoutBrackets(paragraph);
-    const std::size_t end = plain.find(kBoldEnds);
-    if (end != plain.npos) return Tidied(WithoutMarks(std::string_view(plain).substr(end)));
-    const std::string tidied = Tidied(WithoutMarks(plain));
-    if (!tidied.starts_with(title)) return {};
-    return tidied.substr(title.size());
-}
-
 std::string_view NextWord(std::string_view text, std::size_t& at) {
     while (at < text.size() && text[at] == ' ') ++at;
     const std::size_t begin = at;
@@ -134,26 +124,57 @@ std::string_view NextWord(std::string_view text, std::size_t& at) {
     return text.substr(begin, at - begin);
 }
 
-/// Where the sentence's verb stands: the first "is" or the like that an article follows, or else the first of
-/// all, but none of a clause inside.
-std::size_t EnglishVerb(std::string_view text) {
-    std::size_t weak = text.npos;
-    std::string_view before;
-    for (std::size_t at = 0; at < std::min(text.size(), kVerbBytes);) {
-        const std::string_view word = NextWord(text, at);
-        const std::size_t begin = at - word.size();
-        if (IsOneOf(word, {"is", "was", "are", "were"}) &&
-            !IsOneOf(before, {"who", "which", "that", "name", "names", "he", "she", "they", "it"})) {
-            std::size_t next = at;
-            if (IsOneOf(NextWord(text, next),
-                        {"a", "an", "the", "one", "two", "three", "four", "both", "among"})) {
-                return begin;
-            }
-            weak = std::min(weak, begin);
+bool IsVerb(std::string_view word) {
+    return IsOneOf(word, {"is", "was", "are", "were", "has", "have", "had"});
+}
+
+/// Words that a clause of its own verb follows.
+bool OpensClause(std::string_view word) {
+    return IsOneOf(word, {"who", "which", "whose", "whom", "when", "where", "that", "while", "after",
+                          "before", "because", "since", "until", "although", "though", "as", "if"});
+}
+
+/// Of a name that goes on, or of what else it is called: "Rogers Nelson, better known as Prince".
+bool IsPartOfName(std::string_view words) {
+    for (std::size_t at = 0; at < words.size();) {
+        const std::string_view word = NextWord(words, at);
+        if (word.empty()) break;
+        if (IsOneOf(word,
+                    {"It", "He", "She", "They", "Its", "His", "Her", "Their", "This", "These", "One"})) {
+            return false;
         }
-        before = word;
+        if (!std::islower(static_cast<unsigned char>(word[0]))) continue;
+        if (!IsOneOf(
+                word,
+                {"and",    "or",           "the",           "de",         "da",       "di",        "del",
+                 "der",    "den",          "van",           "von",        "la",       "le",        "el",
+                 "al",     "bin",          "ibn",           "y",          "e",        "also",      "known",
+                 "as",     "better",       "best",          "commonly",   "often",    "sometimes", "simply",
+                 "called", "formerly",     "originally",    "previously", "stylized", "stylised",  "a.k.a.",
+                 "aka",    "mononymously", "professionally"})) {
+            return false;
+        }
     }
-    return weak;
+    return true;
+}
+
+struct Behind {
+    std::string text;
+    /// Nothing but the name stands before the text.
+    bool beginsSo;
+};
+
+/// What stands behind the first name in bold, or behind the title where nothing is bold.
+std::optional<Behind> BehindName(std::string_view paragraph, std::string_view title) {
+    const std::string plain = WithoutBrackets(paragraph);
+    const std::size_t end = plain.find(kBoldEnds);
+    if (end != plain.npos) {
+        const std::string before = Tidied(WithoutMarks(plain.substr(0, plain.find(kBoldBegins))));
+        return Behind{Tidied(WithoutMarks(std::string_view(plain).substr(end))), IsPartOfName(before)};
+    }
+    const std::string tidied = Tidied(WithoutMarks(plain));
+    if (!tidied.starts_with(title)) return {};
+    return Behind{tidied.substr(title.size()), true};
 }
 
 /// True if the full stop at `at` ends an abbreviation or an initial.
@@ -212,6 +233,70 @@ class Sentences {
     Edition edition_;
 };
 
+struct Predicate {
+    /// Where the verb stands, or where the name ends that has none.
+    std::size_t at;
+    bool isKnown;
+};
+
+/// The verb of the first sentence, whose subject's name `text` follows: behind what is left of the name, or
+/// behind a comma that follows it. What stands between may be any kind of phrase, and verbs within clauses
+/// and of other subjects are none of the name's: if it isn't certain, there is none.
+class PredicateSearch {
+  public:
+    PredicateSearch(std::string_view text, std::string_view title) : text_(text) {
+        const std::string_view first = Sentences(text, title, Edition::English).Next();
+        if (!first.empty()) text_ = first;
+        text_ = text_.substr(0, kVerbBytes);
+    }
+
+    Predicate Run() {
+        for (std::size_t at = 0; at < text_.size();) {
+            std::string_view word = NextWord(text_, at);
+            const std::size_t begin = at - word.size();
+            const bool pauses = word.ends_with(',') || IsOneOf(word, {"–", "—", "-"});
+            if (word.ends_with(',')) word.remove_suffix(1);
+            if (!clause_ && !phrase_ && IsVerb(word)) return {begin, true};
+            if (!Take(word, pauses)) return {begin, false};
+            if (pauses) Pause();
+        }
+        return {text_.size(), false};
+    }
+
+  private:
+    /// False if the name's own verb can't come any more.
+    bool Take(std::string_view word, bool pauses) {
+        const bool isAs = word == "as" && !clause_;
+        if (clause_) {
+            needsVerb_ = needsVerb_ && !IsVerb(word);
+        } else if (OpensClause(word) && !isAs) {
+            clause_ = true;
+            // "who" is mostly the subject itself; others have one of their own first, commas in it included.
+            needsVerb_ = pauses || word != "who";
+        } else if (inName_ || joins_) {
+            return IsPartOfName(word);
+        } else if (!phrase_ && IsOneOf(word, {"and", "but"})) {
+            phrase_ = joins_ = true;
+        } else {
+            const bool isTitle = std::ranges::none_of(word, [](unsigned char c) { return std::islower(c); });
+            phrase_ = phrase_ || !(isTitle || IsOneOf(word, {"Jr.", "Sr.", "also"}));
+        }
+        return true;
+    }
+
+    void Pause() {
+        if (clause_ && needsVerb_) return;
+        clause_ = phrase_ = joins_ = inName_ = false;
+    }
+
+    std::string_view text_;
+    bool inName_ = true;      ///< before the first comma
+    bool clause_ = false;     ///< in one that a word like "who" has opened
+    bool needsVerb_ = false;  ///< the clause doesn't end at a comma yet
+    bool phrase_ = false;     ///< behind a comma, and other words since
+    bool joins_ = false;      ///< in a phrase that begins with "and"
+};
+
 /// A sentence that is too long ends at its last comma within the bound.
 std::string CutAtComma(std::string_view sentence, std::size_t characters, std::string_view comma,
                        std::string_view stop) {
@@ -226,9 +311,19 @@ std::string CutAtComma(std::string_view sentence, std::size_t characters, std::s
     return end == 0 ? std::string() : std::string(sentence.substr(0, end)) + std::string(stop);
 }
 
-std::string ToldInEnglish(std::string_view text, std::string_view title) {
-    const std::size_t verb = EnglishVerb(text);
-    if (verb != text.npos) text.remove_prefix(verb);
+/// Whether the announcer's name can stand before the whole of a sentence that this is the end of.
+bool GoesOn(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    if (first == text.npos) return false;
+    return text[first] == ',' || std::islower(static_cast<unsigned char>(text[first])) ||
+           text.starts_with("'s ") || text.starts_with("’s ");
+}
+
+std::string ToldInEnglish(const Behind& behind, std::string_view title) {
+    std::string_view text = behind.text;
+    const Predicate predicate = PredicateSearch(text, title).Run();
+    if (!behind.beginsSo || (!predicate.isKnown && !GoesOn(text))) return {};
+    if (predicate.isKnown) text.remove_prefix(predicate.at);
     Sentences sentences(text, title, Edition::English);
     std::string told(sentences.Next());
     if (Characters(told) > kEnglishCharacters) told = CutAtComma(told, kEnglishCharacters, ", ", ".");
@@ -254,9 +349,14 @@ std::size_t JapaneseTopic(std::string_view text) {
 }
 
 /// How much of a paragraph names its subject, as far as can be told.
-std::size_t SubjectEnd(std::string_view text, Edition edition) {
-    const std::size_t end = edition == Edition::Japanese ? JapaneseTopic(text) : EnglishVerb(text);
-    return end != text.npos ? end : std::min(text.find(". "), text.find("。"));
+std::size_t SubjectEnd(std::string_view paragraph, Edition edition) {
+    const std::string plain = WithoutBrackets(paragraph, Removal::Overwrites);
+    const std::string_view text = plain;
+    const std::size_t end = std::min(text.find(". "), text.find("。"));
+    if (edition == Edition::Japanese) return std::min(JapaneseTopic(text), end);
+    const std::size_t behindName = paragraph.find(kBoldEnds);
+    if (behindName == paragraph.npos) return end;
+    return behindName + PredicateSearch(text.substr(behindName), "").Run().at;
 }
 
 std::string ToldInJapanese(std::string_view text, std::string_view title) {
@@ -295,7 +395,7 @@ void AddPieces(std::string_view text, std::vector<std::string>& names) {
 
 std::vector<std::string> NamesIn(std::string_view paragraph, Edition edition) {
     std::vector<std::string> names;
-    paragraph = paragraph.substr(0, SubjectEnd(WithoutBrackets(paragraph, Removal::Overwrites), edition));
+    paragraph = paragraph.substr(0, SubjectEnd(paragraph, edition));
     for (std::size_t at = paragraph.find(kBoldBegins); at != paragraph.npos;
          at = paragraph.find(kBoldBegins, at + 1)) {
         const std::size_t end = std::min(paragraph.find(kBoldEnds, at), paragraph.size());
@@ -317,9 +417,9 @@ std::vector<std::string> NamesIn(std::string_view paragraph, Edition edition) {
 }
 
 std::string Told(std::string_view paragraph, std::string_view title, Edition edition) {
-    const auto text = BehindName(paragraph, title);
-    if (!text) return {};
-    return edition == Edition::Japanese ? ToldInJapanese(*text, title) : ToldInEnglish(*text, title);
+    const auto behind = BehindName(paragraph, title);
+    if (!behind) return {};
+    return edition == Edition::Japanese ? ToldInJapanese(behind->text, title) : ToldInEnglish(*behind, title);
 }
 
 }  // namespace sorakaze::gateway
