@@ -37,19 +37,14 @@ bool TakePrefix(std::string_view& text, std::string_view prefix) {
 }
 
 /// A plus may have been one or a blank. In a row of three the middle one was a plus between blanks, as bands
-/// write their names, and so was one at an end, since names don't begin or end with blanks.
+/// write their names. All others were blanks: where a remark in brackets was cut out of a name there can be
+/// two, or one at an end. A plus at an end is lost that way.
 std::string WithBlanks(std::string_view name) {
     std::string text;
     for (std::size_t at = 0; at < name.size();) {
         const std::size_t next = std::min(name.find_first_not_of('+', at), name.size());
-        const std::size_t pluses = next - at;
-        if (pluses == 3) {
-            text += " + ";
-        } else if (pluses == 1 && (at == 0 || next == name.size())) {
-            text += '+';
-        } else {
-            text.append(pluses, ' ');
-        }
+        const bool isInside = at > 0 && next < name.size();
+        if (isInside && next > at) text += next - at == 3 ? " + " : " ";
         if (next < name.size()) text += name[next];
         at = next + 1;
     }
@@ -88,7 +83,7 @@ std::optional<Search> ParseSearch(std::string_view target) {
     const std::size_t host = target.rfind('+');
     if (host == target.npos) return {};
     search.name = WithBlanks(target.substr(0, host));
-    if (!IsTitle(search.name) || search.name.find_first_not_of(' ') == search.name.npos) return {};
+    if (!IsTitle(search.name)) return {};
     return search;
 }
 

@@ -11,10 +11,13 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "gateway/Article.h"
 #include "gateway/Gateway.h"
+#include "gateway/LeadText.h"
 #include "gateway/LoopbackServer.h"
 #include "gateway/Names.h"
 #include "gateway/SearchTarget.h"
@@ -254,6 +257,38 @@ TEST(ArticleTest, WhatIsMadeToExhaustTheParserIsNoArticle) {
     }
 }
 
+TEST(LeadTextTest, TheVerbIsTheNamesOwn) {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"Emma Bunton", "*Emma Lee Bunton* rose to fame with the Spice Girls. Their debut album was a hit.",
+         " rose to fame with the Spice Girls. Their debut album was a hit."},
+        {"Ladytron", "*Ladytron* formed in 1999. The song was a hit.",
+         " formed in 1999. The song was a hit."},
+        {"Jimi", "*James* \"*Jimi*\" Hendrix played. He was a guitarist.", ""},
+        {"Foo", "*Foo* have been a band since 1990. One of them is a drummer.",
+         " have been a band since 1990. One of them is a drummer."},
+        {"Ana", "*Ana Silva*, whose father was a footballer, is known for samba.", " is known for samba."},
+        {"Ana", "*Ana Silva*, whose father, a footballer, was famous, is a singer.", " is a singer."},
+        {"Ana", "*Ana Silva* Lopes, whose songs sold well, is a singer.", ""},
+        {"Ana", "*Ana* Maria *Silva*, who sang in Foo, Bar, and Baz, was a singer. She died.",
+         " was a singer. She died."},
+        {"Ana", "*Ana Silva*, OBE, known as *A.*, has sold records.", " has sold records."},
+        {"Foo", "*Foo*, from Leeds, toured, and their album, *Bar*, was a hit.",
+         ", from Leeds, toured, and their album, Bar, was a hit."},
+        {"Foo", "*Foo* toured with Bar, and its album, *Baz*, was a hit.",
+         " toured with Bar, and its album, Baz, was a hit."},
+        {"Foo", "*Foo* – a band after Bar was dissolved – are two singers.", " are two singers."},
+        {"Ana", "The mother of *Ana Silva* was a footballer.", ""},
+    };
+    for (const auto& [title, text, told] : cases) {
+        std::string paragraph = text;
+        bool opens = true;
+        for (char& c : paragraph) {
+            if (c == '*') c = std::exchange(opens, !opens) ? kBoldBegins : kBoldEnds;
+        }
+        EXPECT_EQ(Told(paragraph, title, Edition::English), told) << text;
+    }
+}
+
 TEST(SearchTargetTest, ANameIsReadBetweenItsKnownEnds) {
     const std::pair<const char*, const char*> cases[] = {
         {"the+beatles", "the beatles"},
@@ -265,7 +300,8 @@ TEST(SearchTargetTest, ANameIsReadBetweenItsKnownEnds) {
         {"%41&q=b&btnI=c", "%41&q=b&btnI=c"},
         {"Bj\xC3\xB6rk", "Bj\xC3\xB6rk"},
         {"florence+++the+machine", "florence + the machine"},
-        {"+44", "+44"},
+        {"ryuichi+sakamoto+", "ryuichi sakamoto"},
+        {"+b++c", "b c"},
         {"椎名+林檎", "椎名 林檎"},
         {"\xFF", nullptr},
         {"", nullptr},
