@@ -184,22 +184,25 @@ bool HasProfession(const InformationBox& box) {
 
 BoxSays Judge(const InformationBox& box) {
     const Labels labels(box);
-    if (box.isOfWork ||
-        labels.HaveOneOf(
-            {"released",         "recorded", "length",  "directed by", "developer",  "publisher", "starring",
-             "stylistic origin", "medium",   "channel", "date",        "attendance", "リリース",  "録音",
-             "発売日",           "収録曲",   "時間",    "監督",        "文化的起源", "様式的起源"})) {
+    const bool hasGenre = labels.HaveOneOf({"genre", "ジャンル"});
+    if (box.isOfWork || labels.HaveOneOf({"released", "recorded", "length", "directed by", "starring",
+                                          "stylistic origin", "リリース", "録音", "発売日", "収録曲", "時間",
+                                          "監督", "文化的起源", "様式的起源"})) {
         return BoxSays::SomethingElse;
     }
     if (std::ranges::any_of(box.headings,
                             [](const std::string& text) { return Lower(text) == "musical career"; }) ||
-        labels.HaveOneOf({"instrument", "担当楽器"}) || HasProfession(box)) {
+        labels.HaveOneOf({"instrument", "担当楽器"}) || HasProfession(box) ||
+        (hasGenre && labels.HaveOneOf({"label", "レーベル"}))) {
         return BoxSays::Musician;
     }
-    if (labels.HaveOneOf({"genre", "ジャンル"}) &&
-        labels.HaveOneOf({"label", "member", "past member", "member of", "formerly of", "associated act",
-                          "spinoff", "spinoff of", "origin", "出身地", "レーベル", "事務所", "メンバー",
-                          "旧メンバー", "共同作業者"})) {
+    // A musician may have a career in one of these beside.
+    if (labels.HaveOneOf({"developer", "publisher", "medium", "channel", "date", "attendance"})) {
+        return BoxSays::SomethingElse;
+    }
+    if (hasGenre && labels.HaveOneOf({"member", "past member", "member of", "formerly of", "associated act",
+                                      "spinoff", "spinoff of", "origin", "出身地", "事務所", "メンバー",
+                                      "旧メンバー", "共同作業者"})) {
         return BoxSays::Musician;
     }
     return BoxSays::Nothing;
