@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <unordered_map>
 
 #include "gateway/SearchTarget.h"
 
@@ -12,6 +14,11 @@ namespace sorakaze::gateway {
 namespace {
 
 using Json = nlohmann::json;
+
+/// More than are asked for at once, and longer than the answers.
+constexpr std::size_t kMostPages = 64;
+constexpr std::size_t kMostRedirects = 4 * kMostPages;
+constexpr int kMostLinks = 4;
 
 constexpr std::string_view kQuery =
     "/w/api.php?action=query&format=json&formatversion=2&redirects=1&prop=pageprops%7Ccategories"
@@ -44,15 +51,27 @@ Candidate ReadPage(const Json& page) {
     return candidate;
 }
 
+using Redirects = std::unordered_map<std::string, const Json*>;
+
+/// By where they lead to.
+Redirects ReadRedirects(const Json& list) {
+    Redirects redirects;
+    for (const Json& redirect : list) {
+        if (redirects.size() >= kMostRedirects) break;
+        redirects.try_emplace(Text(Member(redirect, "to")), &redirect);
+    }
+    return redirects;
+}
+
 /// A chain of redirects is told link by link.
-void TakeRedirects(const Json& redirects, Candidate& candidate) {
+void TakeRedirects(const Redirects& redirects, Candidate& candidate) {
     std::string to = candidate.title;
-    for (std::size_t link = 0; link < redirects.size(); ++link) {
-        const auto found =
-            std::ranges::find_if(redirects, [&](const Json& r) { return Text(Member(r, "to")) == to; });
+    for (int link = 0; link < kMostLinks; ++link) {
+        const auto found = redirects.find(to);
         if (found == redirects.end()) return;
-        candidate.redirectedFrom = Text(Member(*found, "from"));
-        candidate.redirectedToSection |= !Member(*found, "tofragment").is_null();
+        const Json& redirect = *found->second;
+        candidate.redirectedFrom = Text(Member(redirect, "from"));
+        candidate.redirectedToSection |= !Member(redirect, "tofragment").is_null();
         to = candidate.redirectedFrom;
     }
 }
@@ -74,14 +93,17 @@ std::string TitlesQuestion(std::span<const std::string> titles) {
 }
 
 std::vector<Candidate> ReadCandidates(std::string_view json) {
+    if (json.size() > kLongestCandidates) return {};
     const Json answer = Json::parse(json, nullptr, false);
     const Json& query = Member(answer, "query");
+    const Redirects redirects = ReadRedirects(Member(query, "redirects"));
     std::vector<Candidate> candidates;
     for (const Json& page : Member(query, "pages")) {
+        if (candidates.size() >= kMostPages) break;
         if (Number(Member(page, "ns"), -1) != 0 || !Member(page, "missing").is_null()) continue;
         Candidate candidate = ReadPage(page);
         if (candidate.title.empty()) continue;
-        TakeRedirects(Member(query, "redirects"), candidate);
+        TakeRedirects(redirects, candidate);
         candidates.push_back(std::move(candidate));
     }
     return candidates;
@@ -94,7 +116,9 @@ std::string BeginningQuestion(std::string_view title) {
 }
 
 std::optional<std::string> ReadBeginning(std::string_view json) {
-    const Json answer = Json::parse(json, nullptr, false);
+    // What lies deeper isn't kept: it would take many times its length.
+    const auto keep = [](int depth, Json::parse_event_t, Json&) { return depth <= 2; };
+    const Json answer = Json::parse(json, keep, false);
     const Json& text = Member(Member(answer, "parse"), "text");
     if (!text.is_string()) return {};
     return text.get<std::string>();

@@ -6,6 +6,7 @@
 // cost two requests and a few tens of kilobytes.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -27,6 +28,8 @@ struct Candidate {
 /// followed.
 std::string NearMatchQuestion(std::string_view name);
 std::string TitlesQuestion(std::span<const std::string> titles);
+/// What the site may answer to the two; 500 categories take a tenth of it.
+inline constexpr std::size_t kLongestCandidates = 512u << 10;
 /// Articles alone, in the site's order. Empty if the answer can't be read.
 std::vector<Candidate> ReadCandidates(std::string_view json);
 
