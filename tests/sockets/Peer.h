@@ -4,15 +4,13 @@
 // events.
 #pragma once
 
-#include <dirent.h>
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netdb.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <utility>
@@ -24,97 +22,52 @@
 namespace sorakaze::test {
 
 /// One accepted connection; its calls block.
-class PeerEnd {
-  public:
-    explicit PeerEnd(int descriptor) : descriptor_(descriptor) {}
+struct PeerEnd {
+    explicit PeerEnd(int accepted) : descriptor(accepted) {}
     ~PeerEnd() { Close(); }
-    PeerEnd(PeerEnd&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    PeerEnd& operator=(PeerEnd&& other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
+    PeerEnd(PeerEnd&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
 
-    void Send(const std::string& bytes) const {
-        for (std::size_t at = 0; at < bytes.size();) {
-            const ssize_t sent = send(descriptor_, bytes.data() + at, bytes.size() - at, MSG_NOSIGNAL);
-            if (sent <= 0) return;
-            at += static_cast<std::size_t>(sent);
-        }
-    }
-    /// `n` bytes, fewer where the other end closes.
-    std::string Receive(std::size_t n) const {
+    void Send(const std::string& bytes) const { send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
+    /// `n` bytes, fewer where the other end closes; without MSG_WAITALL what is there.
+    std::string Receive(std::size_t n, int flags = MSG_WAITALL) const {
         std::string bytes(n, '\0');
-        std::size_t at = 0;
-        while (at < n) {
-            const ssize_t received = recv(descriptor_, bytes.data() + at, n - at, 0);
-            if (received <= 0) break;
-            at += static_cast<std::size_t>(received);
-        }
-        bytes.resize(at);
-        return bytes;
-    }
-    /// What is there; empty where the other end has closed.
-    std::string ReceiveSome() const {
-        std::string bytes(1 << 16, '\0');
-        bytes.resize(
-            static_cast<std::size_t>(std::max<ssize_t>(recv(descriptor_, bytes.data(), bytes.size(), 0), 0)));
+        bytes.resize(static_cast<std::size_t>(
+            std::max<ssize_t>(recv(descriptor, bytes.data(), bytes.size(), flags), 0)));
         return bytes;
     }
     void Close() {
-        if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
+        if (descriptor >= 0) close(std::exchange(descriptor, -1));
     }
     /// Tears the connection.
     void Reset() {
         const linger now{1, 0};
-        setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+        setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &now, sizeof now);
         Close();
     }
-    int Descriptor() const { return descriptor_; }
 
-  private:
-    int descriptor_;
+    int descriptor;
 };
 
 class Listener {
   public:
     /// A small window by default: a peer that doesn't read is noticed soon. 0 for the system's.
     explicit Listener(const char* address = "127.0.0.1", int port = 0, int backlog = 128,
-                      int window = 64 * 1024) {
-        addrinfo hints{};
-        hints.ai_flags = AI_NUMERICHOST;
-        hints.ai_socktype = SOCK_STREAM;
-        addrinfo* found = nullptr;
-        if (getaddrinfo(address, std::to_string(port).c_str(), &hints, &found) != 0) return;
-        std::memcpy(&bound_, found->ai_addr, found->ai_addrlen);
-        size_ = found->ai_addrlen;
-        freeaddrinfo(found);
-        descriptor_ = PeerEnd(socket(bound_.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        if (window > 0) setsockopt(descriptor_.Descriptor(), SOL_SOCKET, SO_RCVBUF, &window, sizeof window);
-        const int reuse = 1;
-        setsockopt(descriptor_.Descriptor(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
-        auto* place = reinterpret_cast<sockaddr*>(&bound_);
-        works_ = bind(descriptor_.Descriptor(), place, size_) == 0 &&
-                 listen(descriptor_.Descriptor(), backlog) == 0 &&
-                 getsockname(descriptor_.Descriptor(), place, &size_) == 0;
+                      int window = 64 * 1024)
+        : bound_{AF_INET, htons(static_cast<in_port_t>(port)), {inet_addr(address)}, {}},
+          end_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        if (window > 0) setsockopt(end_.descriptor, SOL_SOCKET, SO_RCVBUF, &window, sizeof window);
+        socklen_t size = sizeof bound_;
+        EXPECT_EQ(bind(end_.descriptor, Place(), size) + listen(end_.descriptor, backlog), 0);
+        getsockname(end_.descriptor, Place(), &size);
     }
-    bool Works() const { return works_; }
-    int Port() const {
-        // At the same place for both families.
-        return ntohs(reinterpret_cast<const sockaddr_in*>(&bound_)->sin_port);
-    }
-    PeerEnd Accept() const {
-        return PeerEnd(accept4(descriptor_.Descriptor(), nullptr, nullptr, SOCK_CLOEXEC));
-    }
-    void ConnectHere(int descriptor) const {
-        EXPECT_EQ(connect(descriptor, reinterpret_cast<const sockaddr*>(&bound_), size_), 0);
-    }
-    void Close() { descriptor_.Close(); }
+    sockaddr* Place() { return reinterpret_cast<sockaddr*>(&bound_); }
+    int Port() const { return ntohs(bound_.sin_port); }
+    PeerEnd Accept() const { return PeerEnd(accept4(end_.descriptor, nullptr, nullptr, SOCK_CLOEXEC)); }
+    void Close() { end_.Close(); }
 
   private:
-    PeerEnd descriptor_{-1};
-    sockaddr_storage bound_{};
-    socklen_t size_ = 0;
-    bool works_ = false;
+    sockaddr_in bound_;
+    PeerEnd end_;
 };
 
 /// Notes its events in `log`: C, D, S, and E with the code.
@@ -125,7 +78,7 @@ class NotingSocket : public TCPSocket {
         ConnectTo(to.Port(), address);
     }
 
-    void ConnectTo(int port, const char* address = "127.0.0.1") {
+    void ConnectTo(int port, const std::string& address = "127.0.0.1") {
         Address = address;
         Port = port;
         Connect();
@@ -134,18 +87,13 @@ class NotingSocket : public TCPSocket {
     void Until(FunctionRef<bool()> condition) {
         const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
         const std::int32_t deadline = Ticks() + 30 * kTicksPerSecond;
-        for (;;) {
-            Poll();
-            if (condition()) return;
+        for (Poll(); !condition(); Poll()) {
             App.DoEventsWhile([&] { return !HasEvents() && Ticks() <= deadline; });
-            if (Ticks() > deadline) {
-                ADD_FAILURE() << "waited in vain behind " << log;
-                return;
-            }
+            if (Ticks() > deadline) FAIL() << "waited in vain behind " << log;
         }
     }
     void UntilLogEnds(const std::string& end) {
-        Until([&] { return log.size() >= end.size() && log.ends_with(end); });
+        Until([&] { return log.ends_with(end); });
     }
 
     std::string log;
@@ -163,13 +111,5 @@ class NotingSocket : public TCPSocket {
         if (onEvent) onEvent(event[0]);
     }
 };
-
-inline std::size_t OpenDescriptors() {
-    std::size_t count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    while (readdir(folder)) ++count;
-    closedir(folder);
-    return count;
-}
 
 }  // namespace sorakaze::test
