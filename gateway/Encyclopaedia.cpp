@@ -16,8 +16,6 @@ constexpr std::size_t kRemembered = 64;
 constexpr std::chrono::hours kForTheRun{24 * 365};
 /// What isn't in the encyclopaedia now won't be within the hour.
 constexpr std::chrono::minutes kAbsent{60};
-/// A site that didn't answer may do so for the next song.
-constexpr std::chrono::seconds kUnanswered{60};
 
 /// What tells a musician or a band from others of the same name. A site takes fifty titles at once.
 constexpr std::string_view kEnglishQualifiers[] = {"band",
@@ -99,14 +97,14 @@ class Encyclopaedia::Inquiry {
     bool Answered() const { return answered_; }
 
   private:
-    std::optional<std::string> Ask(const std::string& question) {
-        auto answer = session_.Get(site_, question);
+    std::optional<std::string> Ask(const std::string& question, std::size_t longest) {
+        auto answer = session_.Get(site_, question, longest);
         answered_ = answered_ && answer.has_value();
         return answer;
     }
 
     std::vector<Candidate> Candidates(const std::string& question) {
-        const auto answer = Ask(question);
+        const auto answer = Ask(question, kLongestCandidates);
         return answer ? ReadCandidates(*answer) : std::vector<Candidate>();
     }
 
@@ -131,7 +129,7 @@ class Encyclopaedia::Inquiry {
 
     std::optional<Found> Tell(const Candidate& candidate) {
         if (candidate.disambiguates) return {};
-        const auto answer = Ask(BeginningQuestion(candidate.title));
+        const auto answer = Ask(BeginningQuestion(candidate.title), std::string::npos);
         const auto markup = answer ? ReadBeginning(*answer) : std::nullopt;
         if (!markup) return {};
         const Article article = ReadArticle(*markup, candidate.title, search_.edition);
@@ -187,9 +185,9 @@ std::optional<ArticleAddress> Encyclopaedia::Find(const Search& search) {
     }
     Inquiry inquiry(client_, site, search);
     auto found = inquiry.Run();
-    const std::chrono::seconds keep = found                ? std::chrono::seconds(kForTheRun)
-                                      : inquiry.Answered() ? std::chrono::seconds(kAbsent)
-                                                           : kUnanswered;
+    // What wasn't answered may be for the next song.
+    if (!found && !inquiry.Answered()) return {};
+    const std::chrono::minutes keep = found ? kForTheRun : kAbsent;
     const auto result = address(found);
     const std::lock_guard lock(mutex_);
     Remember({search, std::move(found), clock_() + keep});

@@ -28,8 +28,10 @@ struct Options {
     /// A file of certificates to trust in place of the system's; for tests.
     std::filesystem::path certificates;
     std::chrono::milliseconds totalTime{15'000};  ///< of all that one search asks of the site
-    std::size_t articleSize = 8u << 20;           ///< bytes; an article that is longer is not read
-    unsigned requestsPerMinute = 20;              ///< to the sites; a search above that finds nothing
+    std::size_t articleSize = 4u << 20;           ///< bytes; an article that is longer is not read
+    /// To the sites; a search above that finds nothing. A song takes two to four, and the shortest is half a
+    /// minute on the air.
+    unsigned requestsPerMinute = 8;
 };
 
 class Gateway {

@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <map>
 #include <mutex>
 #include <new>
 #include <set>
@@ -16,7 +17,8 @@ namespace {
 constexpr int kRedirects = 3;
 constexpr std::chrono::seconds kShortestPause{60};
 constexpr std::chrono::seconds kLongestPause{3600};
-constexpr const char* kUserAgent = "Sorakaze/" SORAKAZE_VERSION " (unattended radio; a few requests an hour)";
+/// A site that can't be reached isn't tried again before.
+constexpr std::chrono::seconds kUnreachable{60};
 
 struct EndsMulti {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
@@ -58,18 +60,33 @@ std::size_t Collect(char* data, std::size_t, std::size_t size, void* closure) {
 }  // namespace
 
 struct SiteClient::Shared {
-    Shared(SiteLimits theLimits, Clock clock)
-        : limits(std::move(theLimits)), requests(limits.requestsPerMinute, std::move(clock)) {}
+    Shared(SiteLimits theLimits, Clock theClock)
+        : limits(std::move(theLimits)),
+          clock(std::move(theClock)),
+          requests(limits.requestsPerMinute, clock) {}
 
     const SiteLimits limits;
+    const Clock clock;
     RequestLimit requests;
-    std::mutex mutex;  ///< guards the two below; `sessions` hold only live handles
+    std::mutex mutex;  ///< guards the three below; `sessions` hold only live handles
     bool stopped = false;
     std::set<CURLM*> sessions;
+    std::map<std::string, std::chrono::steady_clock::time_point> unreachable;  ///< sites, until then
 
     bool Stopped() {
         const std::lock_guard lock(mutex);
         return stopped;
+    }
+
+    bool IsReachable(const std::string& site) {
+        const std::lock_guard lock(mutex);
+        const auto found = unreachable.find(site);
+        return found == unreachable.end() || clock() >= found->second;
+    }
+
+    void NoteUnreachable(const std::string& site) {
+        const std::lock_guard lock(mutex);
+        if (!stopped) unreachable[site] = clock() + kUnreachable;
     }
 };
 
@@ -92,7 +109,9 @@ struct SiteClient::Session::Impl {
         set(CURLOPT_PROTOCOLS_STR, "https");
         set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
         set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-        set(CURLOPT_USERAGENT, kUserAgent);
+        const std::string agent = "Sorakaze/" SORAKAZE_VERSION " (unattended radio; at most " +
+                                  std::to_string(shared.limits.requestsPerMinute) + " requests a minute)";
+        set(CURLOPT_USERAGENT, agent.c_str());
         set(CURLOPT_WRITEFUNCTION, &Collect);
         if (!shared.limits.certificates.empty()) {
             set(CURLOPT_CAINFO, shared.limits.certificates.c_str());
@@ -148,20 +167,24 @@ SiteClient::Session::~Session() {
     impl_->shared.sessions.erase(impl_->multi.get());
 }
 
-std::optional<std::string> SiteClient::Session::Get(const std::string& site, const std::string& path) {
+std::optional<std::string> SiteClient::Session::Get(const std::string& site, const std::string& path,
+                                                    std::size_t longest) {
     CURL* easy = impl_->easy.get();
     std::string address = site + path;
     const std::string origin = Origin(site);
+    if (!impl_->shared.IsReachable(site)) return {};
     for (int redirect = 0; redirect <= kRedirects; ++redirect) {
         const auto left = impl_->Left();
         if (left.count() <= 0 || impl_->shared.Stopped() || !impl_->shared.requests.Take()) return {};
-        Body body{{}, impl_->shared.limits.answerSize};
+        Body body{{}, std::min(longest, impl_->shared.limits.answerSize)};
         curl_easy_setopt(easy, CURLOPT_URL, address.c_str());
         curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(left.count()));
         curl_easy_setopt(easy, CURLOPT_WRITEDATA, &body);
-        if (!impl_->Perform()) return {};
+        const bool whole = impl_->Perform();
         long status = 0;
         curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+        if (status == 0 || (!whole && impl_->Left().count() <= 0)) impl_->shared.NoteUnreachable(site);
+        if (!whole) return {};
         if (status == 200) return std::move(body.bytes);
         impl_->PauseIfAsked(status);
         const char* elsewhere = nullptr;

@@ -41,8 +41,10 @@ class SiteClient {
         Session& operator=(const Session&) = delete;
 
         /// The body of what `site` ("https://host") has under `path`; nothing if it can't be had for any
-        /// reason. Redirects are followed as long as they stay on the site.
-        std::optional<std::string> Get(const std::string& site, const std::string& path);
+        /// reason, or is longer than `longest` bytes. Redirects are followed as long as they stay on the
+        /// site. A site that didn't begin an answer, or end it in time, is left alone for a minute, and
+        /// nothing can be had of it in that time.
+        std::optional<std::string> Get(const std::string& site, const std::string& path, std::size_t longest);
 
       private:
         struct Impl;

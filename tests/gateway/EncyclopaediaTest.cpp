@@ -10,6 +10,11 @@
 #include "tests/gateway/ArticleShelf.h"
 #include "tests/support/TestShow.h"
 
+namespace sorakaze::test {
+extern std::atomic<int> lookUps;
+extern std::atomic<bool> isFound;
+}  // namespace sorakaze::test
+
 namespace sorakaze::gateway {
 namespace {
 
@@ -123,6 +128,34 @@ TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
     now += 61s;
     EXPECT_TRUE(encyclopaedia.Find({Edition::English, "ac/dc"})) << "a failure isn't remembered for long";
     EXPECT_FALSE(encyclopaedia.Page({Edition::Japanese, "AC/DC"}));
+}
+
+TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
+    const test::TlsSite site(authority.Certify("name.invalid"),
+                             [&](const std::string& target) { return shelf.Ask(target); });
+    const std::string address = "https://name.invalid" + site.Address().substr(17);
+    test::isFound = false;
+    {
+        Options options;
+        options.englishSite = address;
+        const Gateway gateway(options);
+        test::TestShow show;
+        show.window.deployment.searchHost = gateway.Host();
+        for (const char* name : {"ac/dc", "therapy?"}) show.window.getContents(name);
+        EXPECT_EQ(show.window.wikiContents.Bytes(), "");
+    }
+    EXPECT_EQ(test::lookUps, 1);
+    std::chrono::steady_clock::time_point now{};
+    Encyclopaedia encyclopaedia(address, "", Limits(), [&] { return now; });
+    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "ac/dc"}));
+    EXPECT_EQ(test::lookUps, 2);
+    test::isFound = true;
+    now += 59s;
+    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "therapy?"}));
+    EXPECT_EQ(test::lookUps, 2);
+    now += 1s;
+    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "ac/dc"}));
+    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "therapy?"}));
 }
 
 }  // namespace
