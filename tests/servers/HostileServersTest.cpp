@@ -6,59 +6,45 @@
 
 #include <thread>
 
+#include "app/runtime/Thread.h"
 #include "tests/servers/ClientTesting.h"
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/SkippingClock.h"
 
 namespace sorakaze::test {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using Peer = ScriptedServer::Connection;
 
 const std::string kHead = "HTTP/1.0 200 OK\r\nContent-type: text/plain\r\n\r\n";
 
 struct HostileServers : testing::Test {
-    HostileServers() : HostileServers(std::make_unique<SkippingClock>()) {}
-    explicit HostileServers(std::unique_ptr<SkippingClock> made) : clock(*made), world(std::move(made)) {}
-
     /// Any thread: that many seconds have passed for whoever waits.
     void Skip(std::chrono::seconds time) {
         clock.Skip(time);
         world.runtime.Threads().Notify();
     }
-    /// Runs the body on the main thread, or on another.
-    template <typename Body>
-    void On(bool thread, Body body) {
-        if (!thread) return body();
-        Thread other;
-        other.RunEvent = body;
-        other.Run();
-        world.runtime.Events().DoEventsWhile([&] { return other.State() == Thread::kRunning; });
-    }
 
-    SkippingClock& clock;
-    TestRuntime world;
+    SkippingClock& clock = *new SkippingClock;
+    TestRuntime world{std::unique_ptr<Clock>(&clock)};
 };
 
 TEST_F(HostileServers, EachComesToItsEnd) {
     using Script = std::function<void(Peer&, const Client&)>;
-    const auto says = [](std::string bytes) {
-        return Script([bytes](Peer& peer, const Client&) {
+    enum class End { Close, Reset, Silence };
+    // Says something, and when the client has got it, ends so.
+    const auto says = [](std::string bytes, End end = End::Close) {
+        return Script([bytes, end](Peer& peer, const Client& client) {
             peer.ReadRequest();
             peer.Send(bytes);
-        });
-    };
-    // Says something, and when the client has got it, dies.
-    const auto dies = [](std::string bytes) {
-        return Script([bytes](Peer& peer, const Client& client) {
-            peer.ReadRequest();
-            peer.Send(bytes);
-            client.UntilPieces(bytes.empty() ? 0 : 1);
-            peer.Reset();
+            client.UntilPieces(bytes.empty() || end == End::Close ? 0 : 1);
+            if (end == End::Reset) peer.Reset();
+            if (end == End::Silence) peer.WaitForClose();
         });
     };
     constexpr int kNever = -1;
-    using namespace std::string_literals;
     const struct Case {
         const char* name;
         Script script;
@@ -73,20 +59,15 @@ TEST_F(HostileServers, EachComesToItsEnd) {
              peer.SendInPieces("HTTP/1.0 200 OK\r\nX: a\r\n b\r\n\r\nthe body", 1);
          },
          200, "the body", kNever, "a b"},
-        {"feeds only", says("HTTP/1.0 200 OK\nX: a\n\nbody\n"), 200, "body\n", kNever, "a"},
-        {"returns only", says("HTTP/1.0 200 OK\rX: a\r\rbody"), 200, "body", kNever, "a"},
         {"mixed line ends", says("HTTP/1.0 200 OK\r\nX: a\nY: b\n\nbody"), 200, "body", kNever, "a\nY: b"},
         {"zero bytes", says("HTTP/1.0 200 OK\r\n\0: \0\r\nX: a\0b\r\n\r\n\0body\0"s), 200, "\0body\0"s,
          kNever, "a\0b"s},
         {"a status line of garbage", says("\xff\0\x80\xc3 \xe6\x9c nonsense\r\n\r\nbody"s), 0, "body"},
-        {"no header", says("HTTP/1.0 200\r\n\r\nbody"), 200, "body"},
-        {"a length too short", says("HTTP/1.0 200 OK\r\nContent-length: 1\r\n\r\nbody"), 200, "body"},
         {"3 GB claimed", says("HTTP/1.0 200 OK\r\nContent-length: 3000000000\r\n\r\nbody"), 200, "body"},
         {"a length below nothing", says("HTTP/1.0 200 OK\r\nContent-length: -1e99\r\n\r\nbody"), 200, "body"},
         {"chunks", says("HTTP/1.1 200 OK\r\nTransfer-encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n"), 200,
          "4\r\nbody\r\n0\r\n\r\n"},
         {"closes at once", [](Peer&, const Client&) {}, 0, ""},
-        {"closes when asked", says(""), 0, ""},
         {"speaks before it is asked",
          [](Peer& peer, const Client&) {
              peer.Send(kHead + "body");
@@ -94,50 +75,43 @@ TEST_F(HostileServers, EachComesToItsEnd) {
          },
          200, "body"},
         {"reset at once", [](Peer& peer, const Client&) { peer.Reset(); }, 0, ""},
-        {"reset when asked", dies(""), 0, ""},
-        {"reset in the body", dies(kHead + "bo"), 200, "bo"},
+        {"reset when asked", says("", End::Reset), 0, ""},
+        {"reset in the body", says(kHead + "bo", End::Reset), 200, "bo"},
         // A head without an end is waited for even when nobody is left to send it.
-        {"reset in the status line", dies("HTTP/1"), 0, "", 1},
-        {"reset in the head", dies("HTTP/1.0 200 OK\r\nX: a\r\n"), 0, "", 1},
+        {"reset in the head", says("HTTP/1.0 200 OK\r\nX: a\r\n", End::Reset), 0, "", 1},
         {"closed in the head", says("HTTP/1.0 200 OK\r\nX: a\r\n"), 0, "", 1},
         {"silent", [](Peer& peer, const Client&) { peer.WaitForClose(); }, 0, "", 0},
-        {"silent in the head",
-         [](Peer& peer, const Client&) {
-             peer.Send("HTTP/1.0 200 OK\r\nX: a\r\n");
-             peer.WaitForClose();
-         },
-         0, "", 1},
-        {"silent in the body",
-         [](Peer& peer, const Client&) {
-             peer.Send(kHead + "bo");
-             peer.WaitForClose();
-         },
-         200, "bo", 1},
+        {"silent in the head", says("HTTP/1.0 200 OK\r\nX: a\r\n", End::Silence), 0, "", 1},
+        {"silent in the body", says(kHead + "bo", End::Silence), 200, "bo", 1},
     };
     for (const bool onThread : {false, true}) {
         for (const auto& row : cases) {
             SCOPED_TRACE(std::string(row.name) + (onThread ? ", on a thread" : ", on the main thread"));
-            On(onThread, [&] {
+            Thread thread;
+            thread.RunEvent = [&] {
                 Client client;
                 const ScriptedServer server([&](Peer& peer) { row.script(peer, client); });
                 const std::jthread time([&](const std::stop_token& ended) {
-                    const auto flies = [&] {
-                        return row.timeFliesAfter != kNever && client.attempts > 0 &&
-                               client.pieces >= row.timeFliesAfter;
-                    };
                     for (; !ended.stop_requested(); std::this_thread::sleep_for(1ms))
-                        if (flies()) Skip(std::chrono::seconds(kPatience));
+                        if (row.timeFliesAfter != kNever && client.attempts > 0 &&
+                            client.pieces >= row.timeFliesAfter)
+                            Skip(std::chrono::seconds(kPatience));
                 });
-                EXPECT_EQ(client.Fetch(server.Url(), kPatience).Bytes(), row.page);
+                EXPECT_EQ(client.Get(server.Url(), kPatience).Bytes(), row.page);
+                client.gone = true;
                 EXPECT_EQ(client.HTTPStatusCode(), row.status);
                 // A connection that was torn before it was noticed counts as none.
                 if (row.timeFliesAfter != kNever || client.attempts > 0) {
                     EXPECT_EQ(client.ErrorCode(), row.timeFliesAfter == kNever ? 0 : -1);
                 }
-                if (!row.header.empty()) {
-                    EXPECT_EQ(client.PageHeaders()->Value("X").Bytes(), row.header);
-                }
-            });
+                if (row.header.empty()) return;
+                EXPECT_EQ(client.PageHeaders()->Value("X").Bytes(), row.header);
+            };
+            if (onThread)
+                thread.Run();
+            else
+                thread.RunEvent();
+            world.runtime.Events().DoEventsWhile([&] { return thread.State() == Thread::kRunning; });
         }
     }
 }
@@ -154,50 +128,13 @@ TEST_F(HostileServers, AnAnswerIsHeardWhileNobodyReadsThePost) {
     }
 }
 
-TEST_F(HostileServers, HeadsOfAnySizeCostTheirSize) {
-    constexpr int kLines = 100'000;
-    std::string same = "HTTP/1.0 200 OK\r\n";
-    std::string different = same;
-    for (int i = 0; i < kLines; ++i) {
-        same += "X: " + std::to_string(i) + "\r\n";
-        different += "X" + std::to_string(i) + ": \r\n";
-    }
-    for (const std::string* head : {&same, &different}) {
-        const ScriptedServer server(ScriptedServer::Answer(*head + "\r\nbody"));
-        Client client;
-        EXPECT_EQ(client.Get(server.Url(), kPatience), "body");
-        ASSERT_TRUE(client.PageHeaders());
-        EXPECT_EQ(client.PageHeaders()->Count(), kLines);
-        EXPECT_EQ(client.PageHeaders()->NameCount("X"), head == &same ? kLines : 0);
-    }
-    // Without an end, byte by byte: looking for the end doesn't begin anew with each.
-    std::atomic<bool> said{false};
-    Client client;
-    const ScriptedServer server([&](Peer& peer) {
-        peer.SendInPieces(std::string_view(same).substr(0, 20'000), 1);
-        for (int i = 0; i < 20; ++i) peer.Send(same);
-        said = true;
-        peer.WaitForClose();
-    });
-    const std::jthread time([&](const std::stop_token& ended) {
-        for (; !ended.stop_requested(); std::this_thread::sleep_for(1ms))
-            if (said) Skip(std::chrono::seconds(kPatience));
-    });
-    EXPECT_EQ(client.Get(server.Url(), kPatience), "");
-    EXPECT_EQ(client.ErrorCode(), -1);
-}
-
 TEST_F(HostileServers, OnlyABodyThatGrowsKeepsAWaitAlive) {
     const std::string body = "a body that takes its time";
     const struct {
         const char* name;
         std::string atOnce;
         std::string slowly;
-        bool toFile;
-        bool arrives;
-    } cases[] = {{"the body", kHead, body, false, true},
-                 {"the head", "", kHead, false, false},
-                 {"a download", kHead, body, true, false}};
+    } cases[] = {{"the body", kHead, body}, {"the head", "", kHead}, {"a download", kHead, body}};
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
         Client client;
@@ -211,27 +148,26 @@ TEST_F(HostileServers, OnlyABodyThatGrowsKeepsAWaitAlive) {
                 client.UntilPieces(++pieces);
             }
         });
-        if (row.toFile) {
-            EXPECT_EQ(client.Get(server.Url(), FileAt(world.folder.Path() / "download"), 30), row.arrives);
+        const bool arrives = &row == cases;
+        if (&row == &cases[2]) {
+            const auto file = std::make_shared<FolderItem>(world.folder.Path() / "download");
+            EXPECT_FALSE(client.Get(server.Url(), file, 30));
         } else {
-            EXPECT_EQ(client.Get(server.Url(), 30).Bytes(), row.arrives ? body : "");
+            EXPECT_EQ(client.Get(server.Url(), 30).Bytes(), arrives ? body : "");
         }
         client.gone = true;
-        EXPECT_EQ(client.ErrorCode(), row.arrives ? 0 : -1);
+        EXPECT_EQ(client.ErrorCode(), arrives ? 0 : -1);
     }
 }
 
 TEST_F(HostileServers, AKilledWaitIsOverAtOnce) {
-    const std::string piece(1 << 16, 'x');
     std::atomic<int> closed{0};
     const ScriptedServer server([&](Peer& peer) {
         // A body without end, then silence.
         peer.Send(kHead);
-        if (peer.Number() == 0)
-            while (peer.Send(piece)) {
-            }
-        else
-            peer.WaitForClose();
+        while (peer.Number() == 0 && peer.Send(kHead)) {
+        }
+        peer.WaitForClose();
         ++closed;
     });
     Client* client = nullptr;
@@ -245,12 +181,8 @@ TEST_F(HostileServers, AKilledWaitIsOverAtOnce) {
     };
     for (const int number : {0, 1}) {
         thread.Run();
-        int passes = 0;
-        world.runtime.Events().DoEventsWhile([&] {
-            ++passes;
-            return !client || client->pieces < (number == 0 ? 20 : 1);
-        });
-        EXPECT_GT(passes, 1) << "others run meanwhile";
+        world.runtime.Events().DoEventsWhile(
+            [&] { return !client || client->pieces < (number == 0 ? 20 : 1); });
         client = nullptr;
         thread.Kill();
         EXPECT_EQ(thread.State(), Thread::kNotRunning);
