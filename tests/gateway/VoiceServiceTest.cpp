@@ -224,6 +224,7 @@ TEST_F(VoiceServiceTest, ManyAtOnceEndTheOldest) {
     }
     for (auto& listener : listeners) listener.join();
     EXPECT_THAT(statuses, testing::Each(200));
+    service.Stop();  // waits for those that were ended, too
     EXPECT_TRUE(FolderIsEmpty());
 }
 
