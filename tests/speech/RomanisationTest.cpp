@@ -10,42 +10,30 @@ namespace {
 /// A show whose reader of kanji prints `output` whatever it is asked, and a mark for each call.
 struct RomanisationTest : testing::Test {
     void Print(const std::string& output) {
-        const auto path = "Sorakaze.app/Contents/Resources/SayKotoeri";
-        show.folder.Write(path,
+        show.folder.Write(program,
                           "#!/bin/sh\n[ $# = 2 ] && [ \"$1\" = -o ] && cat <<'end'\n" + output + "\nend\n");
-        std::filesystem::permissions(show.folder.Path() / path, std::filesystem::perms::all);
+        std::filesystem::permissions(program, std::filesystem::perms::all);
     }
 
     test::TestShow show;
+    const std::filesystem::path program = show.folder.Path() / "Sorakaze.app/Contents/Resources/SayKotoeri";
 };
 
 TEST_F(RomanisationTest, ReadingsAreSpeltByTheTable) {
     const std::pair<const char*, const char*> cases[] = {
         {"きょう,は,,てんき", "kyou ha tennki"},
-        {"がっこう", "gakkou"},
         {"ざっし", "zasshi"},
-        {"みっつ", "mittsu"},
         {"まっちゃ", "maccha"},
-        {"こっち", "kocchi"},
-        {"ちょっと", "chotto"},
         {"っあ", "ltua"},
         {"いっぬ", "iltunu"},
         {"っっか", "kkka"},
         {"あっ", "a"},
-        {"っ", ""},
         {"がっ,こう", "galtu kou"},
         {"っカ", "ltuカ"},
-        {"っ、", ",,"},
-        {"っ。", ".."},
-        {"っー", "--"},
-        {"あんない", "annnai"},
-        {"しんぶん", "shinnbunn"},
-        {"らーめん", "ra-menn"},
-        {"ゃ", "ゃ"},
-        {"ぐぁ", "gula"},
-        {"うぉ", "ulo"},
+        {"っ、っ。っー", ",,..--"},
+        {"ゃらーめん", "ゃra-menn"},
+        {"ぐぁうぉてぃ", "gulaulothi"},
         {"ゔぁいおりん", "vaiorinn"},
-        {"てぃっしゅ", "thisshu"},
         {"", ""},
         {"か\nき,,,く", "kaki  ku"},  // line ends go first; three commas are a pair and one
         {"っ\xFFん,ＡＢ漢", "ltu\xFFnn ＡＢ漢"},
@@ -59,9 +47,7 @@ TEST_F(RomanisationTest, ReadingsAreSpeltByTheTable) {
 TEST_F(RomanisationTest, EachMultibyteRunIsReadByItself) {
     Print("とうきょうっ");
     const std::pair<const char*, const char*> cases[] = {
-        {"", ""},
         {"Hello, World! 42", "Hello, World! 42"},
-        {"abc東京def", "abctoukyoudef"},
         {"東京 大阪!", "toukyou toukyou!"},
         {"\xE6東\xFF", "\xE6toukyou\xFF"},  // stray bytes are single ones
         {"$(reboot)`京`\"", "$(reboot)`toukyou`\""},
@@ -69,7 +55,7 @@ TEST_F(RomanisationTest, EachMultibyteRunIsReadByItself) {
     for (const auto& [text, romaji] : cases) {
         EXPECT_EQ(show.window.convertRoma(text).Bytes(), romaji) << text;
     }
-    std::filesystem::remove(show.folder.Path() / "Sorakaze.app/Contents/Resources/SayKotoeri");
+    std::filesystem::remove(program);
     EXPECT_EQ(show.window.convertRoma("a東京b").Bytes(), "ab");
 }
 
@@ -79,9 +65,8 @@ TEST_F(RomanisationTest, TheTableHasNoRowThatHidesALaterOne) {
     ASSERT_EQ(show.window.romeArray.size(), 167u);
     for (std::size_t row = 0; row < kana.size(); ++row) {
         EXPECT_FALSE(show.window.romeArray[row].IsEmpty());
-        for (std::size_t later = row + 1; later < kana.size(); ++later) {
+        for (std::size_t later = row + 1; later < kana.size(); ++later)
             EXPECT_FALSE(kana[later].Bytes().starts_with(kana[row].Bytes())) << kana[row] << kana[later];
-        }
     }
 }
 
