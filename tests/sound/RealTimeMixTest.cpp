@@ -9,7 +9,6 @@
 
 #include <cstdarg>
 #include <cstddef>
-#include <thread>
 
 #include "tests/sound/SoundTesting.h"
 
@@ -18,8 +17,10 @@ namespace {
 thread_local bool watched = false;
 thread_local int offences = 0;
 
-void Note() {
+template <typename Function>
+Function* Noted(Function* function) {
     if (watched) ++offences;
+    return function;
 }
 
 template <typename Function>
@@ -37,46 +38,38 @@ void* __libc_memalign(std::size_t, std::size_t);
 void __libc_free(void*);
 
 void* malloc(std::size_t size) {
-    Note();
-    return __libc_malloc(size);
+    return Noted(__libc_malloc)(size);
 }
 void* calloc(std::size_t count, std::size_t size) {
-    Note();
-    return __libc_calloc(count, size);
+    return Noted(__libc_calloc)(count, size);
 }
 void* realloc(void* old, std::size_t size) {
-    Note();
-    return __libc_realloc(old, size);
+    return Noted(__libc_realloc)(old, size);
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    Note();
-    return __libc_memalign(alignment, size);
+    return Noted(__libc_memalign)(alignment, size);
 }
 void free(void* old) {
-    Note();
-    __libc_free(old);
+    Noted(__libc_free)(old);
 }
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) {
-    Note();
     static auto* const next = Next<int(pthread_mutex_t*)>("pthread_mutex_lock");
-    return next(mutex);
+    return Noted(next)(mutex);
 }
 int pthread_cond_signal(pthread_cond_t* condition) {
-    Note();
     static auto* const next = Next<int(pthread_cond_t*)>("pthread_cond_signal");
-    return next(condition);
+    return Noted(next)(condition);
 }
 /// Atomic waits and notifications of the C++ library go through here.
 long syscall(long number, ...) {
-    Note();
     va_list list;
     va_start(list, number);
     long a[6];
     for (long& argument : a) argument = va_arg(list, long);
     va_end(list);
     static auto* const next = Next<long(long, ...)>("syscall");
-    return next(number, a[0], a[1], a[2], a[3], a[4], a[5]);
+    return Noted(next)(number, a[0], a[1], a[2], a[3], a[4], a[5]);
 }
 }
 

@@ -3,36 +3,21 @@
 #include "tests/sound/SoundTesting.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
+#include <complex>
 #include <numbers>
-#include <sstream>
 
 #include "app/runtime/sound/SoundFileWriter.h"
 
 namespace sorakaze::sound::testing {
 
-ScratchFolder::ScratchFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "sorakaze-sound-XXXXXX").string();
-    path_ = mkdtemp(pattern.data());
-}
-
-ScratchFolder::~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
 Samples Sine(double hertz, std::size_t frames, float level, int rate, int channels) {
-    Samples samples;
-    samples.reserve(frames * static_cast<std::size_t>(channels));
-    for (std::size_t i = 0; i < frames; ++i) {
-        const double phase = 2 * std::numbers::pi * hertz * static_cast<double>(i) / rate;
-        samples.insert(samples.end(), static_cast<std::size_t>(channels),
-                       level * static_cast<float>(std::sin(phase)));
+    Samples samples(frames * static_cast<std::size_t>(channels));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const auto frame = static_cast<double>(i / static_cast<std::size_t>(channels));
+        samples[i] = level * static_cast<float>(std::sin(2 * std::numbers::pi * hertz * frame / rate));
     }
     return samples;
 }
@@ -47,56 +32,48 @@ void WriteSound(const std::filesystem::path& file, std::span<const float> sample
     writer->Finish();
 }
 
-void WriteBytes(const std::filesystem::path& file, std::string_view bytes) {
-    std::ofstream(file, std::ios::binary) << bytes;
-}
-
 std::string ReadBytes(const std::filesystem::path& file) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(file, std::ios::binary).rdbuf();
-    return bytes.str();
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void Encode(const std::filesystem::path& file, const Samples& samples, int rate, int channels,
             const std::string& options) {
-    const auto raw = file.string() + ".raw";
-    WriteBytes(raw, {reinterpret_cast<const char*>(samples.data()), samples.size() * sizeof(float)});
+    const ScratchFolder folder;
+    const auto* const bytes = reinterpret_cast<const char*>(samples.data());
+    folder.Write("raw", {bytes, samples.size() * sizeof(float)});
     const std::string command = "ffmpeg -nostdin -v error -y -f f32le -ar " + std::to_string(rate) + " -ac " +
-                                std::to_string(channels) + " -i '" + raw + "' " + options + " '" +
-                                file.string() + "'";
+                                std::to_string(channels) + " -i '" + (folder / "raw").string() + "' " +
+                                options + " '" + file.string() + "'";
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
-    std::filesystem::remove(raw);
 }
 
-Samples Mix(MixingEngine& engine, std::size_t frames, std::size_t block) {
+Samples Mix(MixingEngine& engine, std::size_t frames) {
     Samples samples(frames * kChannels);
     for (std::span<float> rest = samples; !rest.empty();) {
-        const std::size_t count = std::min(rest.size(), block * kChannels);
+        const std::size_t count = std::min<std::size_t>(rest.size(), 800 * kChannels);
         engine.Mix(rest.first(count));
         rest = rest.subspan(count);
     }
     return samples;
 }
 
-Samples MixWhole(MixingEngine& engine, Voice& voice) {
-    voice.Start();
-    Samples all;
-    while (voice.IsPlaying()) {
-        const Samples more = Mix(engine, 800);
-        all.insert(all.end(), more.begin(), more.end());
-    }
-    const auto latency = static_cast<std::size_t>(engine.Latency().count);
-    const Samples tail = Mix(engine, latency);
-    all.insert(all.end(), tail.begin(), tail.end());
-    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(latency * kChannels));
-    all.resize(static_cast<std::size_t>(voice.Position().count) * kChannels);
-    return all;
-}
-
 Samples DecodeWhole(const std::filesystem::path& file) {
     MixingEngine engine(Reading::Offline);
     const auto voice = engine.Open(file);
-    return voice ? MixWhole(engine, *voice) : Samples{};
+    if (!voice) return {};
+    voice->Start();
+    Samples all;
+    const auto mix = [&](std::size_t frames) {
+        const Samples more = Mix(engine, frames);
+        all.insert(all.end(), more.begin(), more.end());
+    };
+    while (voice->IsPlaying()) mix(800);
+    const auto latency = engine.Latency().count;
+    mix(static_cast<std::size_t>(latency));
+    all.erase(all.begin(), all.begin() + latency * kChannels);
+    all.resize(static_cast<std::size_t>(voice->Position().count) * kChannels);
+    return all;
 }
 
 Samples Channel(std::span<const float> samples, int channel) {
@@ -121,23 +98,17 @@ float LargestStep(std::span<const float> samples) {
 }
 
 Tone MeasureTone(std::span<const float> channel, double hertz) {
+    const auto turn = [&](std::size_t i) {
+        return std::polar(1.0, 2 * std::numbers::pi * hertz * static_cast<double>(i) / kSampleRate);
+    };
     // Least squares on the sine and the cosine, which whole or half periods make orthogonal closely enough.
-    double sine = 0, cosine = 0, total = 0;
-    for (std::size_t i = 0; i < channel.size(); ++i) {
-        const double phase = 2 * std::numbers::pi * hertz * static_cast<double>(i) / kSampleRate;
-        sine += channel[i] * std::sin(phase);
-        cosine += channel[i] * std::cos(phase);
-    }
     const double count = static_cast<double>(channel.size());
-    sine *= 2 / count;
-    cosine *= 2 / count;
-    for (std::size_t i = 0; i < channel.size(); ++i) {
-        const double phase = 2 * std::numbers::pi * hertz * static_cast<double>(i) / kSampleRate;
-        const double rest = channel[i] - sine * std::sin(phase) - cosine * std::cos(phase);
-        total += rest * rest;
-    }
-    const double amplitude = std::hypot(sine, cosine);
-    return {amplitude, 10 * std::log10(amplitude * amplitude / 2 / std::max(total / count, 1e-20))};
+    std::complex<double> sum;
+    for (std::size_t i = 0; i < channel.size(); ++i) sum += turn(i) * (2 * double{channel[i]} / count);
+    double rest = 0;
+    for (std::size_t i = 0; i < channel.size(); ++i)
+        rest += std::norm(channel[i] - std::real(std::conj(sum) * turn(i)));
+    return {std::abs(sum), 10 * std::log10(std::norm(sum) / 2 / std::max(rest / count, 1e-20))};
 }
 
 }  // namespace sorakaze::sound::testing

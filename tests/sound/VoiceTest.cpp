@@ -18,13 +18,11 @@ constexpr float kShortestRampStep = kLevel / 96;  // of the ramp at a voice's st
 
 class VoiceTest : public ::testing::Test {
   protected:
-    std::shared_ptr<Voice> Open(std::size_t frames, float level = kLevel) {
-        const auto file = folder_ / (std::to_string(frames) + "-" + std::to_string(level) + ".wav");
-        if (!std::filesystem::exists(file)) WriteSound(file, Constant(level, frames));
-        return engine_.Open(file);
+    std::shared_ptr<Voice> Open(std::size_t frames) {
+        WriteSound(folder_ / "level.wav", Constant(kLevel, frames));
+        return engine_.Open(folder_ / "level.wav");
     }
-    /// The gains of the next `frames` frames of the one voice, by its left channel. The limiter's latency is
-    /// made up for by mixing silence ahead once.
+    /// The gains of the next `frames` frames of the one voice, by its left channel.
     Samples Gains(std::size_t frames) {
         Samples gains = Channel(Mix(engine_, frames), 0);
         for (float& gain : gains) gain /= kLevel;
@@ -38,18 +36,14 @@ class VoiceTest : public ::testing::Test {
 
 TEST_F(VoiceTest, StartsWithAShortRampAndIsUntouchedBehindIt) {
     const auto voice = Open(48000);
-    EXPECT_FALSE(voice->IsPlaying());
     EXPECT_EQ(Peak(Mix(engine_, 800)), 0.0f);
     voice->Start();
     voice->Start();
-    EXPECT_TRUE(voice->IsPlaying());
-    EXPECT_EQ(engine_.Sounding(), 1);
     const Samples gains = Gains(2400);
     EXPECT_EQ(gains[latency_ - 1], 0.0f);
-    for (std::size_t i = 0; i < 96; ++i)
-        EXPECT_NEAR(gains[latency_ + i], static_cast<float>(i + 1) / 96, 1e-5f);
-    EXPECT_TRUE(std::all_of(gains.begin() + static_cast<std::ptrdiff_t>(latency_) + 95, gains.end(),
-                            [](float gain) { return gain == 1.0f; }));
+    for (std::size_t i = 0; i + latency_ < gains.size(); ++i)
+        EXPECT_NEAR(gains[latency_ + i], std::min(1.0f, static_cast<float>(i + 1) / 96), i < 95 ? 1e-5f : 0);
+    EXPECT_EQ(engine_.Sounding(), 1);
     EXPECT_EQ(voice->Position(), Frames{2400});
     EXPECT_EQ(engine_.Mixed(), Frames{3200});
 }
@@ -61,15 +55,11 @@ TEST_F(VoiceTest, GainMovesLinearlyFromWhereItIs) {
     EXPECT_FLOAT_EQ(Gains(800 + latency_).back(), 0.8f);
 
     voice->SetGain(0.2f, Frames{4800});
-    Samples gains = Gains(2400 + latency_);
-    EXPECT_NEAR(gains[latency_ + 1199], 0.65f, 1e-5f);
-    EXPECT_NEAR(gains[latency_ + 2399], 0.5f, 1e-5f);
+    EXPECT_NEAR(Gains(2400 + latency_).back(), 0.5f, 1e-5f);
     const float momentary = 0.8f - 0.6f * static_cast<float>(2400 + latency_) / 4800;
     voice->SetGain(1.0f, Frames{1000});
-    gains = Gains(2000);
-    for (std::size_t i = 0; i < 1000; ++i)
-        EXPECT_NEAR(gains[latency_ + i], momentary + (1 - momentary) * static_cast<float>(i + 1) / 1000,
-                    1e-5f);
+    Samples gains = Gains(2000);
+    EXPECT_NEAR(gains[latency_ + 499], (momentary + 1) / 2, 1e-5f);
     EXPECT_EQ(gains[latency_ + 1000], 1.0f);
 
     voice->SetGain(0.0f);  // at once means the shortest ramp
@@ -84,19 +74,19 @@ TEST_F(VoiceTest, GainMovesLinearlyFromWhereItIs) {
 }
 
 TEST_F(VoiceTest, StopsAndDropsWithoutAClick) {
-    for (const char* how : {"stop", "drop", "stop in the first ramp", "stop before the first block"}) {
-        SCOPED_TRACE(how);
+    const struct {
+        std::size_t after;  ///< frames
+        bool drop;
+    } cases[] = {{1600, false}, {1600, true}, {48, false}, {0, false}};
+    for (const auto& [after, drop] : cases) {
+        SCOPED_TRACE(after);
         auto voice = Open(48000);
         voice->Start();
-        Samples sound;
-        if (how == std::string("stop") || how == std::string("drop")) sound = Mix(engine_, 1600);
-        if (how == std::string("stop in the first ramp")) sound = Mix(engine_, 48);
-        const Frames before = voice->Position();
-        if (how == std::string("drop")) {
+        Samples sound = Mix(engine_, after);
+        if (drop) {
             voice.reset();
         } else {
             voice->Stop();
-            EXPECT_FALSE(voice->IsPlaying());
             voice->Start();
             EXPECT_FALSE(voice->IsPlaying()) << "stopped for good";
         }
@@ -105,74 +95,35 @@ TEST_F(VoiceTest, StopsAndDropsWithoutAClick) {
         sound.insert(sound.end(), tail.begin(), tail.end());
         EXPECT_LE(LargestStep(sound), kShortestRampStep * 1.01f);
         EXPECT_EQ(Peak(std::span(tail).subspan((latency_ + 240) * kChannels)), 0.0f);
-        if (voice) {
-            EXPECT_LE(voice->Position().count, before.count + 240);
-        }
     }
 }
 
 TEST_F(VoiceTest, EndsInTheBlockThatMixesItsLastFrame) {
-    for (const std::size_t frames : {1u, 799u, 800u, 801u, 8192u, 300'000u}) {
+    for (const std::size_t frames : {1u, 799u, 800u, 801u, 300'000u}) {
         SCOPED_TRACE(frames);
         const auto voice = Open(frames);
         voice->Start();
-        const std::size_t blocks = (frames + 799) / 800;
-        Mix(engine_, (blocks - 1) * 800);
+        Mix(engine_, (frames - 1) / 800 * 800);
         EXPECT_TRUE(voice->IsPlaying());
         Mix(engine_, 800);
         EXPECT_FALSE(voice->IsPlaying());
         EXPECT_EQ(engine_.Sounding(), 0);
         EXPECT_EQ(voice->Position(), Frames{static_cast<std::int64_t>(frames)});
-        EXPECT_EQ(voice->Length(), Frames{static_cast<std::int64_t>(frames)});
+        EXPECT_EQ(voice->Length(), voice->Position());
     }
 }
 
 TEST_F(VoiceTest, OutlivesItsEngine) {
     auto engine = std::make_unique<MixingEngine>(Reading::Offline);
     WriteSound(folder_ / "a.wav", Constant(kLevel, 48000));
-    const auto started = engine->Open(folder_ / "a.wav");
-    const auto opened = engine->Open(folder_ / "a.wav");
+    const auto started = engine->Open(folder_ / "a.wav"), opened = engine->Open(folder_ / "a.wav");
     started->Start();
     Mix(*engine, 800);
     engine.reset();
-    EXPECT_FALSE(started->IsPlaying());
     opened->Start();
     opened->SetGain(0.5f);
-    EXPECT_FALSE(opened->IsPlaying());
+    EXPECT_FALSE(started->IsPlaying() || opened->IsPlaying());
     EXPECT_EQ(started->Position(), Frames{800});
-}
-
-/// A show in small: voices of several formats start, fade, stop and end.
-Samples RenderScript(const ScratchFolder& folder, std::size_t block) {
-    MixingEngine engine(Reading::Offline);
-    const auto track = engine.Open(folder / "track.mp3");
-    const auto jingle = engine.Open(folder / "jingle.flac");
-    auto effect = engine.Open(folder / "track.mp3");
-    Samples all;
-    for (int step = 0; step < 200; ++step) {
-        if (step == 5) track->Start();
-        if (step == 20) {
-            jingle->Start();
-            effect->Start();
-        }
-        if (step >= 50 && step < 120) effect->SetGain(static_cast<float>(119 - step) / 70, Frames{800});
-        if (step == 90) track->SetGain(0.3f, Frames{12345});
-        if (step == 130) effect.reset();
-        if (step == 150) track->Stop();
-        const Samples more = Mix(engine, 2400, block);
-        all.insert(all.end(), more.begin(), more.end());
-    }
-    return all;
-}
-
-TEST_F(VoiceTest, OfflineMixesAreTheSameBitForBit) {
-    Encode(folder_ / "track.mp3", Sine(300, 44100 * 12, 0.9f, 44100), 44100, 2);
-    Encode(folder_ / "jingle.flac", Sine(700, 32000 * 3, 0.9f, 32000), 32000, 2);
-    const Samples once = RenderScript(folder_, 800);
-    EXPECT_GT(Peak(once), 0.9f);
-    EXPECT_EQ(once, RenderScript(folder_, 800));
-    EXPECT_EQ(once, RenderScript(folder_, 75)) << "the size of the blocks is of no account";
-    EXPECT_EQ(once, RenderScript(folder_, 2400));
 }
 
 TEST_F(VoiceTest, RealTimeMixingNeverWaitsAndLosesNoFrame) {
@@ -185,7 +136,8 @@ TEST_F(VoiceTest, RealTimeMixingNeverWaitsAndLosesNoFrame) {
     voice->Start();
     // Twelve seconds at once are more than a ring holds, so a gap is certain; then block after block, far
     // faster than the workers look after a ring. Gaps begin and end softly.
-    Samples heard = Mix(engine, kFrames, kFrames);
+    Samples heard(kFrames * kChannels);
+    engine.Mix(heard);
     EXPECT_GE(engine.Underruns(), 1u);
     float largestStep = LargestStep(heard);
     while (voice->IsPlaying()) {
