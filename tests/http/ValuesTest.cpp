@@ -1,0 +1,332 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Responses, headers, challenges and URLs as bytes, without a network. The digests and the Base64 come from
+// another implementation.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "http/LineEnd.h"
+#include "http/Url.h"
+#include "tests/http/HttpTesting.h"
+#include "tests/support/TestRuntime.h"
+
+namespace sorakaze::test {
+namespace {
+
+using namespace std::string_literals;
+
+/// Characters, pieces of them and strays: every cut lies in another surrounding.
+const std::string kNoText =
+    "\xF0\x9F\x8E\xB5\xE3\x81\x82\xC3\x80\xBF\x80\xBF\x80\xE3\x81\xF0\x9F\x80\xE3\xE3\xFF\xF4\xC3";
+
+/// What comes of a conversation must not depend on the pieces in which it comes.
+TEST(Response, IsTheSameInOnePieceAndInAnyTwo) {
+    const struct {
+        std::string bytes, outcome;
+        const char* method = "GET";
+    } cases[] = {
+        {"HTTP/1.1 200 OK\r\nA: 1\r\nContent-Length: 4\r\n\r\nbody", "200/4/[A: 1\r\nContent-Length: 4]body"},
+        {"HTTP/1.0 200 OK\r\nA: 1\n\nb", "200/0/[A: 1]b"},
+        {"x 7\r\n\r\n\r\n\r\n\n\n", "7/0/[]\r\n\r\n\n\n"},
+        {"x 200 y\r\nA: \0\r\n\r\n\0"s + kNoText + "\0"s, "200/0/[A: \0]\0"s + kNoText + "\0"s},
+        {"x 200\r\nContent-length: 1\r\n\r\nlong", "200/1/[Content-length: 1]long"},
+        {"x -1e99\rContent-length: 9999999999 b\r\r",
+         "-2147483648/2147483647/[Content-length: 9999999999 b]"},
+        {"x  200 OK\nContent-length: many\n\n", "0/0/[Content-length: many]"},
+        {"\r\n\r\nbody", "0/0/[]body"},
+        {"x 302 y\r\nLocation: z\r\n\r\nbody", "302/0/[Location: z]", "HEAD"},
+        {"x 401 y\r\nWWW-Authenticate: Basic\r\n\r\nno", "401/0/[WWW-Authenticate: Basic]no"},
+    };
+    const TestRuntime runtime;
+    for (const auto& test : cases) {
+        for (std::size_t cut = 0; cut <= test.bytes.size(); ++cut) {
+            SCOPED_TRACE(test.bytes + " cut at " + std::to_string(cut));
+            Client client;
+            SocketCore& socket = client;
+            client.Open(test.method, true);
+            // What the owner has read is no part of the head, and what is awaited can be read.
+            client.Arrive("owner's");
+            socket.Read(7);
+            const std::string_view bytes = test.bytes;
+            client.Arrive(bytes.substr(0, cut));
+            EXPECT_TRUE(client.HasHead() || socket.LookaheadView() == bytes.substr(0, cut));
+            EXPECT_EQ(client.PageLength(), Len(client.Page()));
+            client.Arrive(bytes.substr(cut));
+            EXPECT_EQ(client.PageLength(), Len(client.Page()));
+            // But for a challenge that nobody answers, only the connection's end completes it.
+            EXPECT_EQ(client.IsComplete(), test.bytes.starts_with("x 401"));
+            client.End();
+            ASSERT_EQ(client.Outcome(), test.outcome);
+        }
+    }
+}
+
+/// Every text of line ends and a letter, in one piece and in any two, against a search from its start. What
+/// its owner reads meanwhile is none of it.
+TEST(Response, HeadEndsWhereTheBytesAtHandSayIt) {
+    constexpr std::size_t kSize = 8, kTexts = 6561;
+    std::string text(kSize, ' ');
+    for (std::size_t number = 0; number < kTexts; ++number) {
+        for (std::size_t i = 0, rest = number; i < kSize; ++i, rest /= 3) text[i] = "\r\na"[rest % 3];
+        for (std::size_t cut = 1; cut <= kSize; ++cut) {
+            for (const std::size_t read : {0, 1}) {
+                http::HeadSearch search;
+                std::size_t end = std::string::npos, size = 0;
+                const auto expect = [&](const std::string& part, std::size_t position) {
+                    const std::string shown(http::DetermineEOLCharacter(part));
+                    // The kind that the text shows, or else the last of the others.
+                    for (const std::string& lineEnd : {"\n"s, "\r\n"s, "\r"s, shown}) {
+                        const std::size_t at = part.find(lineEnd + lineEnd);
+                        if (at < part.size()) end = at, size = lineEnd.size();
+                    }
+                    const auto found = search.FindEnd(part, position);
+                    ASSERT_EQ(found ? found->headSize : std::string::npos, end)
+                        << testing::PrintToString(part);
+                    ASSERT_EQ(found ? found->lineEndSize : 0, size);
+                };
+                expect(text.substr(0, cut), 0);
+                if (size == 0) expect(text.substr(read), read);
+                if (HasFailure()) return;
+            }
+        }
+    }
+}
+
+/// Each would be seen as a test without end if its cost grew with the square of its size.
+TEST(Response, MegabytesByteByByte) {
+    const TestRuntime runtime;
+    const std::string head = "x 200\r\nA: " + std::string(2'000'000, 'a') + "\r\n\r\n";
+    Client client;
+    client.Open("GET", true);
+    for (const char& byte : head) client.Arrive({&byte, 1});
+    EXPECT_EQ(LenB(client.PageHeaders()->Value("A")), 2'000'000);
+    const std::string kana = "あ";
+    for (int i = 0; i < 1'500'000; ++i) {
+        client.Arrive({&kana[static_cast<std::size_t>(i % 3)], 1});
+        ASSERT_EQ(client.PageLength(), i / 3 + 1 + (i % 3 == 1)) << i;
+    }
+}
+
+TEST(Response, FiresItsEventsInOrder) {
+    TestRuntime runtime;
+    Client client;
+    client.NoteEvents();
+    const auto talk = [&](const char* method, bool waits) {
+        client.Open(method, waits);
+        for (const char* piece : {"x 200\r\nContent-length: 4\r\n\r\nab", "cd"}) client.Arrive(piece);
+        client.End();
+        client.End();
+        return std::exchange(client.events, {});
+    };
+    EXPECT_EQ(talk("GET", false), "connected headers:200 4/4 page:abcd error:0 ");
+    EXPECT_EQ(talk("HEAD", false), "connected headers:200 error:0 ");
+    EXPECT_EQ(talk("GET", true), "");
+    // One that comes while another is handled waits for the next.
+    client.ReceiveProgress = [&](std::int32_t received, std::int32_t, const String&) {
+        if (received == 2) client.Arrive("X");
+    };
+    EXPECT_EQ(talk("GET", false), "connected headers:200 4/4 page:abXcd error:0 ");
+}
+
+TEST(Response, AHandlerThatThrowsLeavesTheBody) {
+    const TestRuntime runtime;
+    for (const std::string status : {"200", "401"}) {
+        Client client;
+        client.AuthenticationRequired = [](auto&&...) -> bool { throw std::runtime_error("handler"); };
+        client.HeadersReceived = [](auto&&...) { throw std::runtime_error("handler"); };
+        client.Open("GET", false);
+        EXPECT_THROW(client.Arrive("x " + status + "\r\n\r\nbo"), std::runtime_error);
+        client.Arrive("dy");
+        EXPECT_EQ(client.Page(), "body");
+    }
+}
+
+TEST(Url, PartsAndForms) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"http://host:8080/a/b?c=d#e", "host:8080|/a/b?c=d#e|host|8080"},
+        {"", "|/||0"},
+        {"/a", "|/a||0"},
+        {"host/?u=http://other", "other|/|other|0"},
+        {"http://me@host?q=1/2", "me@host?q=1|/2|me@host?q=1|0"},
+        {"://夜:99999999999:7/朝", "夜:99999999999:7|/朝|夜|2147483647"},
+    };
+    for (const auto& [url, expected] : cases) {
+        const auto [server, path, address, port] = http::ParseURL(url);
+        EXPECT_EQ(server + "|" + path + "|" + address + "|" + Str(port), expected) << url;
+    }
+    const TestRuntime runtime;
+    const auto form = std::make_shared<Dictionary>();
+    form->SetValue("%&=,/\\][{}`~-_()*^$#!+;<>\r\n", "azAZ09.:?@'\"|夜\x80");
+    form->SetValue("", 7);
+    EXPECT_EQ(Client().EncodeFormData(form).Bytes(),
+              "%25%26%3D%2C%2F%5C%5D%5B%7B%7D%60%7E%2D%5F%28%29%2A%5E%24%23%21%2B%3B%3C%3E%0D%0A="
+              "azAZ09.:?@'\"|夜\x80&=7");
+}
+
+TEST(Authentication, AsksAndAnswers) {
+    const TestRuntime runtime;
+    const struct {
+        std::string head, asked, keys = "/";
+    } cases[] = {
+        {"401\r\nwww-authenticate: bASIC Realm=\"夜の家\"", "W:夜の家",
+         "Basic QWxhZGRpbjpvcGVuIHNlc2FtZQ==/"},
+        {"407\r\nProxy-Authenticate: Basic realm=\"\"", "P:", "/Basic QWxhZGRpbjpvcGVuIHNlc2FtZQ=="},
+        {"407\r\nWWW-Authenticate: Basic realm=\"p\"", "P:"},
+        {"401\r\nWWW-Authenticate: Basic", "W:"},
+        {"401\r\nWWW-Authenticate: Bearer realm=token", "W:oke"},
+        {"401\r\nWWW-Authenticate: X realm=\"1\"\r\nWWW-Authenticate: Basic realm=\"2\"", "W:1"},
+        {"401\r\nWWW-Authenticate: X realm=\"a\", b=\"c\"", "W:a\", b=\"c"},
+        {"401\r\nWWW-Authenticate: X charset=\"a\", realm=\"c\"", "W:"},
+        {"403\r\nWWW-Authenticate: Basic realm=\"a\"", ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.head);
+        Client client;
+        std::string asked;
+        const auto answer = [&asked](const char* who) {
+            return [&asked, who](const String& realm, const auto& headers, String& name, String& password) {
+                EXPECT_TRUE(headers && name.IsEmpty() && password.IsEmpty());
+                asked += who + realm.Bytes();
+                name = "Aladdin";
+                password = "open sesame";
+                return true;
+            };
+        };
+        client.AuthenticationRequired = answer("W:");
+        client.ProxyAuthenticationRequired = answer("P:");
+        client.Open("GET", true);
+        client.Arrive("HTTP/1.0 " + test.head + "\r\n\r\npage");
+        EXPECT_EQ(asked, test.asked);
+        EXPECT_EQ(client.Keys(), test.keys);
+        EXPECT_EQ(client.Page(), test.keys == "/" ? "page" : "");
+    }
+}
+
+TEST(Authentication, KeysAndNonces) {
+    const TestRuntime runtime;
+    Client client;
+    EXPECT_EQ(client._CreateAuthenticationData("basic", std::string(40, 'n'), std::string(40, 'p'), nullptr),
+              "Basic bm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubjpwcHBwcHBwcHBwcHBwcHBw\r\n"
+              "cHBwcHBwcHBwcHBwcHBwcHBwcHBwcHBw");
+    EXPECT_EQ(Client::_EncodeHex(std::string("\0\x0F\xFF", 3)), "000fff");
+    const auto known = Client::_ParseAuthenticationParams(
+        "realm=\"testrealm@host.com\"\r\nmethod=\"GET\"\r\n"
+        "nonce=\"dcd98b7102dd2f0e8b11d0f600bfb0c093\"\r\nuri=\"/dir/index.html\"");
+    const std::string expected =
+        "Digest username=\"Mufasa\", realm=\"testrealm@host.com\", "
+        "nonce=\"dcd98b7102dd2f0e8b11d0f600bfb0c093\", "
+        "uri=\"/dir/index.html\", qop=auth, nc=00000001, cnonce=\"0a4f113b\", "
+        "response=\"efa6604a607a11c266743c3ec5fae1c3\", ";
+    for (const char* opaque : {"", "opaque=\"\""}) {
+        EXPECT_EQ(client.DigestAuthentication("Mufasa", "Circle Of Life", known, "0a4f113b"),
+                  expected + opaque);
+        known->SetValue("OPAQUE", "secret");
+    }
+    std::string nonce;
+    for (int i = 0; i < 100; ++i) {
+        const std::string last = std::exchange(nonce, Client::_CreateNonce().Bytes());
+        EXPECT_THAT(nonce, testing::MatchesRegex("[0-9A-Za-z]{25}"));
+        EXPECT_NE(nonce, last);
+    }
+    // The last nonce that was seen serves where a challenge has none.
+    client.AuthenticationRequired = [](auto&&...) { return true; };
+    const std::pair<const char*, const char*> challenges[] = {
+        {"nonce=\"n1\"", "realm=\"\", nonce=\"n1\", uri="},
+        {"realm=\"r\", nonce=\"n2\"", "realm=\"r\", nonce=\"n2\", nonce=\"n1\", uri="},
+        {"opaque=\"o\"", "nonce=\"n1\", uri="},
+    };
+    for (const auto& [challenge, key] : challenges) {
+        client.Open("GET", true);
+        client.Arrive("HTTP/1.0 401\r\nWWW-Authenticate: Digest "s + challenge + "\r\n\r\n");
+        EXPECT_THAT(client.Keys(), testing::HasSubstr(key));
+    }
+}
+
+struct Headers : InternetHeaders {
+    explicit Headers(const String& text = {}) { _ParseHeaders(text); }
+
+    /// Key=value of all entries.
+    std::string Entries() const {
+        std::string entries;
+        for (std::int32_t i = 0; i < Count(); ++i)
+            entries += _Headers->Key(i).Bytes() + "=" + Value(i).Bytes() + "|";
+        return entries;
+    }
+};
+
+TEST(InternetHeaders, Parse) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"HTTP/1.0 200 OK\r\nA: 1\r\nB:2", "A=1|B=2|"},
+        {"HTTP/1.0 200 a:b\nA: 1\n", "HTTP/1.0 200 a=b|A=1|"},
+        {"x\rA: 1\rB: 2", "A=1|B=2|"},
+        {"A: 1\nB: 2\r\nC: 3", "A=1\nB: 2|C=3|"},
+        {"A: 1\r\n  2\r\n\t3\r\nB : \t 4 ", "A=1  2 3|B =4 |"},
+        {"Via: a\r\nvia: b\r\nX: 1\r\nVIA: c", "Via=a|via:1=b|X=1|VIA:2=c|"},
+        {": a\r\n:b\r\n\xFF\0: \xC3\0"s, "=a|:1=b|\xFF\0=\xC3\0|"s},
+    };
+    for (const auto& [text, entries] : cases) {
+        EXPECT_EQ(Headers(text).Entries(), entries);
+        EXPECT_EQ(Headers(text).Source().Bytes(), text);
+    }
+}
+
+TEST(InternetHeaders, InstancesAreCountedChangedAndRemoved) {
+    Headers headers("Received: a\r\nX: 1\r\nreceived: b\r\nRECEIVED: c");
+    EXPECT_EQ(headers.NameCount("none"), 0);
+    EXPECT_EQ(headers.CommaSeparatedValues("ReceiveD"), "a, b, c");
+    EXPECT_EQ(headers.Value("received", -3) + headers.Value("received", 2), "ac");
+    EXPECT_EQ(headers.Value("received", 3) + headers.Value(4), "");
+    EXPECT_EQ(headers.Name(3), "received");
+    EXPECT_THROW(headers.Name(4), OutOfBoundsException);
+    const std::pair<std::function<void()>, const char*> changes[] = {
+        {[&] { headers.Delete("Received", 3); }, "Received=a|X=1|received:1=b|RECEIVED:2=c|"},
+        {[&] { headers.Delete("Received", 0); }, "X=1|Received=b|Received:1=c|"},
+        {[&] { headers.SetHeader("Received", "e", 1); }, "X=1|Received=b|Received:1=e|"},
+        {[&] { headers.SetHeader("received", "f"); }, "X=1|received=f|"},
+        // Behind a gap nothing is counted, nor removed; the gap is filled before what is behind it.
+        {[&] { headers.SetHeader("x", "9", 3); }, "X=1|received=f|x:3=9|"},
+        {[&] {
+             for (const char* value : {"2", "3", "4"}) headers.AppendHeader("X", value);
+         },
+         "X=1|received=f|x:3=9|X:1=2|X:2=3|X:4=4|"},
+        {[&] { headers.Delete("X:2"); }, "X=1|received=f|x:3=9|X:1=2|X:4=4|"},
+        {[&] { headers.AppendHeader("X", "5"); }, "X=1|received=f|x:3=9|X:1=2|X:4=4|X:2=5|"},
+        {[&] { headers.Delete("X", 3), headers.Delete("X"); }, "received=f|"},
+        {[&] { headers.DeleteAllHeaders(); }, ""},
+    };
+    for (const auto& [change, entries] : changes) {
+        change();
+        EXPECT_EQ(headers.Entries(), entries);
+    }
+}
+
+TEST(InternetHeaders, Format) {
+    const std::string text =
+        "X: 1\r\nCC: c\r\nbcc: secret\r\nTo: a\r\nReceived: 2\r\nfrom: me\r\nto: b\r\n"
+        "Received: 1\r\nReturn-Path: <>\r\nX: 2\r\nSubject: \r\nDate: today\r\n: nameless";
+    const Headers headers(text);
+    EXPECT_EQ(headers._FormatHTTPHeaders(), text);
+    EXPECT_EQ(headers._FormatEmailHeaders(),
+              "Return-Path: <>\r\nReceived: 2\r\nReceived: 1\r\nDate: today\r\nSubject: \r\nFrom: me\r\n"
+              "To: a, b\r\nCC: c\r\nX: 1\r\nX: 2\r\n: nameless");
+}
+
+/// Anything quadratic would be seen as a test without end.
+TEST(InternetHeaders, HundredThousandLines) {
+    for (const bool same : {true, false}) {
+        std::string text;
+        for (int i = 0; i < 100'000; ++i) text += (same ? "Name" : "Name" + std::to_string(i)) + ": a\r\n";
+        Headers headers(text);
+        EXPECT_EQ(headers.NameCount("name"), same ? 100'000 : 0);
+        EXPECT_EQ(LenB(headers._FormatHTTPHeaders()), LenB(text) - 2);
+        EXPECT_EQ(LenB(headers._FormatEmailHeaders()), LenB(text) - 2);
+        headers.Delete("Name", 0);
+        headers.SetHeader("Name", "b");
+        EXPECT_EQ(headers.Count(), same ? 1 : 100'001);
+    }
+}
+
+}  // namespace
+}  // namespace sorakaze::test
