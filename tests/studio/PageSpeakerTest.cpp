@@ -25,18 +25,16 @@ namespace fs = std::filesystem;
 std::string Page(const std::string& action, const std::string& text) {
     return "<html>\r<body onload=\"x\">\r<form method=\"post\" action=\"" + action +
            "\">\r\t<input type=\"hidden\" name=\"__VIEWSTATE\" id=\"v\" value=\"a+/=\" />\r"
-           "\t<input type=\"hidden\" name=\"__EVENTVALIDATION\" value=\"b\" />\r"
            "\t<input type=\"hidden\" name=\"RadioButton1\" value=\"Kyoko\" />\r"
            "\t<input type=\"hidden\" name=\"WriteText\" rows=\"2\" cols=\"20\" value=\"" +
            text +
            "\" />\r\t<input type=\"hidden\" name=\"SpeedText\" value=\"1.0\" />\r"
+           "\t<input type=\"hidden\" name=\"__EVENTVALIDATION\" value=\"b\" />\r"
            "\t<input type=\"hidden\" name=\"PlayButton.x\" value=\"400\" />\r"
-           "\t<input type=\"hidden\" name=\"PlayButton.y\" value=\"25\" />\r</form>\r"
-           "<iframe name=\"sub\" height=\"0px\" width=\"0px\"></iframe>\r</body>\r</html>\r";
+           "\t<input type=\"hidden\" name=\"PlayButton.y\" value=\"25\" />\r</form>\r</html>\r";
 }
 
-class PageSpeakerTest : public testing::Test {
-  protected:
+struct PageSpeakerTest : testing::Test {
     PageSpeakerTest() {
         process::PrepareWritableFolder(sounds.Path());
         server.Start([](const auto&) { return true; },
@@ -125,25 +123,20 @@ TEST_F(PageSpeakerTest, ADistantServiceIsWaitedForBesideTheShow) {
 TEST_F(PageSpeakerTest, WhatGoesWrongIsOneLineAndSilence) {
     struct Case {
         std::string page;
-        std::string complaint;
+        testing::Matcher<const std::vector<std::string>&> complaints;
     };
     const Case cases[] = {
-        {Page(Address("/other"), "x"), "404"},
-        {Page("http://127.0.0.1:1/voice_neo/vsdemo.aspx", "x"), "connect"},
-        {Page("https://127.0.0.1/x", "x"), "plain HTTP"},
-        {Page("file:///etc/passwd", "x"), "plain HTTP"},
-        {Page(Address(), ""), ""},
-        {Page(Address("/strange"), "x"), ""},
+        {Page(Address("/other"), "x"), ElementsAre(HasSubstr("404"))},
+        {Page("http://127.0.0.1:1/voice_neo/vsdemo.aspx", "x"), ElementsAre(HasSubstr("connect"))},
+        {Page("file:///etc/passwd", "x"), ElementsAre(HasSubstr("plain HTTP"))},
+        {Page(Address(), ""), IsEmpty()},
+        {Page(Address("/strange"), "x"), IsEmpty()},
     };
     for (const Case& one : cases) {
         complaints.clear();
         Load(one.page);
         EXPECT_EQ(engine.Sounding(), 0);
-        if (one.complaint.empty()) {
-            EXPECT_THAT(complaints, IsEmpty()) << one.page;
-        } else {
-            EXPECT_THAT(complaints, ElementsAre(HasSubstr(one.complaint)));
-        }
+        EXPECT_THAT(complaints, one.complaints) << one.page;
     }
     for (const char* answer : {"<audio src=file:///etc/passwd>", "<audio src='data:audio/wav;base64,AAAA'>",
                                "<audio src=voice_neo/none.wav>", "<audio src=/strange>"}) {
@@ -176,7 +169,6 @@ TEST(VoicePagesTest, AreReadAsABrowserReadsThem) {
         {"<audio><source src=a><source src=b></audio>", "a"},
         {"<!-- <audio src=x> --><p>", ""},
         {"<embed src=' /s.mp3 '>", "/s.mp3"},
-        {"<audio src=''>", ""},
     };
     for (const auto& [page, sound] : kSounds) EXPECT_EQ(FindSound(page), sound) << page;
 
@@ -184,11 +176,8 @@ TEST(VoicePagesTest, AreReadAsABrowserReadsThem) {
         {"speech/1.wav", "http://h:8/t/v/speech/1.wav"},
         {"/x", "http://h:8/x"},
         {"//o/x", "http://o/x"},
-        {"http://o/x", "http://o/x"},
         {"../y", "http://h:8/t/y"},
-        {"https://o/x", ""},
         {"file:///x", ""},
-        {"data:audio/wav,x", ""},
         {"", ""},
     };
     for (const auto& [reference, address] : kReferences)

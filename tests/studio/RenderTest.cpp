@@ -4,32 +4,38 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <thread>
 
 #include "tests/studio/StudioRun.h"
 
-namespace sorakaze {
+namespace sorakaze::test {
 namespace {
 
-using test::SoundFile;
-using test::StudioStation;
-using test::TraceFields;
+struct Render : testing::Test {
+    std::vector<std::string> Fields(const std::string& what, const std::string& field) const {
+        return TraceFields(station.Path() / "trace.jsonl", what, field);
+    }
+    double TickOf(const std::string& what, std::size_t index = 0) const {
+        const auto ticks = Fields(what, "ticks");
+        return index < ticks.size() ? std::stod(ticks[index]) : -1;
+    }
+    /// What came of the program.
+    SoundFile Play(const std::string& program, const std::string& options = "") const {
+        station.Write("Programs/Show.txt", program);
+        const auto outcome = station.Render("show.wav", options);
+        EXPECT_EQ(outcome.status, 0) << outcome.error;
+        return SoundFile(station.Path() / "show.wav");
+    }
 
-double TickOf(const StudioStation& station, const std::string& what, std::size_t index = 0) {
-    const auto ticks = TraceFields(station.Path() / "trace.jsonl", what, "ticks");
-    return index < ticks.size() ? std::stod(ticks[index]) : -1;
-}
-
-TEST(Render, TheSoundIsWhatTheProgramSays) {
     StudioStation station;
+};
+
+TEST_F(Render, TheSoundIsWhatTheProgramSays) {
     station.WriteTone("Sounds/tone.wav", 1000, 0.5, 10);
     station.WriteTone("Music/track.wav", 500, 0.25, 60);
-    station.Write("Programs/Show.txt",
-                  "mode: songs 1\nopening: 0, play Sounds/tone.wav\nopening: 0, wait 2\n"
-                  "intro: 0, wait 1\nintro: 0, play [[iTunes]]\nending: 0, wait 1\n");
-    const auto outcome = station.Render("show.wav", "--song-seconds 30");
-    ASSERT_EQ(outcome.status, 0) << outcome.error;
-    const SoundFile sound(station.Path() / "show.wav");
+    const SoundFile sound = Play(
+        "mode: songs 1\nopening: 0, play Sounds/tone.wav\nopening: 0, wait 2\n"
+        "intro: 0, wait 1\nintro: 0, play [[iTunes]]\nending: 0, wait 1\n",
+        "--song-seconds 30");
     ASSERT_EQ(sound.rate, 48000);
     ASSERT_EQ(sound.channels, 2);
 
@@ -39,13 +45,13 @@ TEST(Render, TheSoundIsWhatTheProgramSays) {
         const double tick = 120 + 3 * step;
         EXPECT_NEAR(sound.Peak(tick + 0.5, tick + 2.5), 0.5 * (70 - step) / 100, 0.002) << step;
     }
-    const double trackBegins = TickOf(station, "track");
+    const double trackBegins = TickOf("track");
     EXPECT_EQ(trackBegins, 120 + 213 + 1 + 12 + 60);
     EXPECT_EQ(sound.Peak(120 + 213 + 1, trackBegins), 0) << "silence where the program waits";
 
     // The track at its own level, its fade over about four seconds, silence during the ending.
-    const double fade = TickOf(station, "fade");
-    const double ended = TickOf(station, "ended");
+    const double fade = TickOf("fade");
+    const double ended = TickOf("ended");
     EXPECT_NEAR(sound.Peak(trackBegins + 1, fade), 0.25, 0.002);
     EXPECT_GE(fade - trackBegins, 30 * 60);
     EXPECT_LE(fade - trackBegins, 30 * 60 + 12);
@@ -57,15 +63,14 @@ TEST(Render, TheSoundIsWhatTheProgramSays) {
         EXPECT_LE(last - peak, 0.05) << "no step that can be heard: " << tick;
         last = peak;
     }
-    EXPECT_EQ(sound.Peak(ended + 1, TickOf(station, "end")), 0);
-    EXPECT_NEAR(sound.Seconds(), TickOf(station, "end") / 60, 0.05);
+    EXPECT_EQ(sound.Peak(ended + 1, TickOf("end")), 0);
+    EXPECT_NEAR(sound.Seconds(), TickOf("end") / 60, 0.05);
 
     // A 1000 Hz sine of this amplitude moves by 0.0458 from sample to sample; a click would stand out.
     EXPECT_LT(sound.LargestStep(), 0.048);
 }
 
-TEST(Render, SpokenPagesAreHeardFromTheirTickOn) {
-    StudioStation station;
+TEST_F(Render, SpokenPagesAreHeardFromTheirTickOn) {
     station.Write(
         "Programs/Show.txt",
         "mode: songs 1\nj_personality: Kyoko\nopening: 0, wait 1\n"
@@ -76,9 +81,9 @@ TEST(Render, SpokenPagesAreHeardFromTheirTickOn) {
         EXPECT_EQ(outcome.status, 0) << outcome.error;
         EXPECT_EQ(outcome.error.find("voice service"), std::string::npos) << outcome.error;
     }
-    EXPECT_EQ(test::ReadFile(station.Path() / "one.wav"), test::ReadFile(station.Path() / "two.wav"));
+    EXPECT_EQ(ReadFile(station.Path() / "one.wav"), ReadFile(station.Path() / "two.wav"));
     const SoundFile sound(station.Path() / "one.wav");
-    const double first = TickOf(station, "sayj"), second = TickOf(station, "sayj", 1);
+    const double first = TickOf("sayj"), second = TickOf("sayj", 1);
     EXPECT_EQ(second - first, 60) << "the show goes on at once, and nothing of it waits for the service";
     EXPECT_EQ(sound.Peak(0, first), 0);
     EXPECT_GT(sound.Peak(first, first + 12), 0.05);
@@ -87,70 +92,43 @@ TEST(Render, SpokenPagesAreHeardFromTheirTickOn) {
     EXPECT_LT(sound.Peak(second + 180, 400), 0.002) << "the first speech ended where the second began";
 }
 
-TEST(Render, LastWordsOutOfAPageAreHeardToTheirEnd) {
-    StudioStation station;
-    station.Write("Programs/Show.txt",
-                  "mode: songs 0\nopening: 0, wait 1\nending: 0, sayj こんやは、おやすみなさい。\n");
-    ASSERT_EQ(station.Render("show.wav", "").status, 0);
-    const SoundFile sound(station.Path() / "show.wav");
-    const double end = TickOf(station, "end");
+TEST_F(Render, LastWordsOutOfAPageAreHeardToTheirEnd) {
+    const SoundFile sound =
+        Play("mode: songs 0\nopening: 0, wait 1\nending: 0, sayj こんやは、おやすみなさい。\n");
+    const double end = TickOf("end");
     EXPECT_GT(sound.Seconds(), end / 60 + 1);
     EXPECT_GT(sound.Peak(end + 6, sound.Seconds() * 60), 0.2);
 }
 
-TEST(Render, AStopLeavesNoClickAndThePlayersLevelComesBack) {
-    StudioStation station;
+TEST_F(Render, AStopLeavesNoClickAndThePlayersLevelComesBack) {
     station.WriteTone("Music/a.wav", 500, 0.5, 90);
     station.WriteTone("Music/b.wav", 500, 0.5, 90);
-    station.Write("Programs/Show.txt", "mode: songs 2\nintro: 0, play [[iTunes]]\nopening: 0, wait 1\n");
-    ASSERT_EQ(station.Render("show.wav", "--song-seconds 30 --limit 50").status, 0);
-    const SoundFile sound(station.Path() / "show.wav");
-    const double second = TickOf(station, "track", 1);
+    const SoundFile sound = Play("mode: songs 2\nintro: 0, play [[iTunes]]\nopening: 0, wait 1\n",
+                                 "--song-seconds 30 --limit 50");
+    const double second = TickOf("track", 1);
     ASSERT_GT(second, 0);
     EXPECT_NEAR(sound.Peak(second + 1, 49.5 * 60), 0.5, 0.002);
     EXPECT_LT(sound.LargestStep(), 0.5 * 2 * M_PI * 500 / 48000 * 1.1);
     EXPECT_NEAR(sound.Seconds(), 50, 0.1);
 }
 
-TEST(Render, LoudVoicesTogetherStayWithinFullScale) {
-    StudioStation station;
-    station.WriteTone("Sounds/loud.wav", 300, 1.0, 8);
-    station.WriteTone("Music/loud.wav", 310, 1.0, 40);
-    station.Write("Programs/Show.txt",
-                  "personality: Fred M\nmode: songs 1\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n"
-                  "intro: 0, play Sounds/loud.wav\nintro: 0, say Talking over everything there is.\nintro: "
-                  "0, wait 2\n");
-    ASSERT_EQ(station.Render("show.wav", "--limit 20").status, 0);
-    const SoundFile sound(station.Path() / "show.wav");
-    const double peak = sound.Peak(0, 20 * 60);
-    EXPECT_LT(peak, 1.0) << "16-bit full scale is reached only by clipping";
-    EXPECT_GT(peak, 0.9);
-}
-
-TEST(Render, SpeechIsHeardToItsEndBeforeTheShowGoesOn) {
-    StudioStation station;
+TEST_F(Render, SpeechIsHeardToItsEndBeforeTheShowGoesOn) {
     station.WriteTone("Sounds/tone.wav", 1000, 0.5, 1);
-    station.Write("Programs/Show.txt",
-                  "personality: Samantha Lee\nmode: songs 0\nopening: 0, say -5 degrees, and $((6*7)) "
-                  "\"quoted\" minutes.\n"
-                  "opening: 0, say \nopening: 0, play Sounds/tone.wav\nopening: 0, wait 1\n");
-    const auto outcome = station.Render("show.wav");
-    ASSERT_EQ(outcome.status, 0) << outcome.error;
-    EXPECT_EQ(outcome.error.find("読み上げ"), std::string::npos) << outcome.error;
-    const SoundFile sound(station.Path() / "show.wav");
-    const auto seconds = TraceFields(station.Path() / "trace.jsonl", "say", "seconds");
+    const SoundFile sound = Play(
+        "personality: Samantha Lee\nmode: songs 0\nopening: 0, say -5 degrees, and $((6*7)) \"quoted\" "
+        "minutes.\nopening: 0, say \nopening: 0, play Sounds/tone.wav\nopening: 0, wait 1\n");
+    const auto seconds = Fields("say", "seconds");
     ASSERT_FALSE(seconds.empty());
     const double spoken = std::stod(seconds[0]);
     EXPECT_GT(spoken, 1.5);
     EXPECT_LT(spoken, 8);
     EXPECT_GT(sound.Peak(0, spoken * 60), 0.3);
-    EXPECT_GE(TickOf(station, "sound"), spoken * 60);
-    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "say", "voice")[0], "Samantha");
-    EXPECT_NE(outcome.out.find("Samantha: -5 degrees"), std::string::npos);
+    EXPECT_GE(TickOf("sound"), spoken * 60);
+    EXPECT_EQ(Fields("say", "voice")[0], "Samantha");
+    EXPECT_TRUE(Fields("message", "text").empty());
 }
 
-TEST(Render, TheSameSeedGivesTheSameFileInEveryFormat) {
-    StudioStation station;
+TEST_F(Render, TheSameSeedGivesTheSameFileInEveryFormat) {
     for (int i = 0; i < 3; ++i)
         station.WriteTone("Music/" + std::to_string(i) + ".mp3", 300 + 100 * i, 0.4, 33);
     station.WriteTone("Sounds/j/a.flac", 900, 0.3, 1);
@@ -160,53 +138,44 @@ TEST(Render, TheSameSeedGivesTheSameFileInEveryFormat) {
         "mode: all\nopening: 0, say Good morning.\nintro: 0, say Next, [[song]].\nintro: 0, play [[iTunes]]\n"
         "intro: 1, play [[iTunes]]\njingle: 0, play Sounds/j\njingle: 0, wait 1\nending: 0, say Bye.\n");
     double length = 0;
-    for (const char* format : {"wav", "flac", "opus", "ogg", "mp3"}) {
-        const std::string a = std::string("a.") + format;
-        const std::string b = std::string("b.") + format;
+    for (const std::string format : {"wav", "flac", "opus", "ogg", "mp3"}) {
+        const std::string a = "a." + format, b = "b." + format;
         ASSERT_EQ(station.Render(a, "--song-seconds 30").status, 0);
-        const std::string trace = test::ReadFile(station.Path() / "trace.jsonl");
+        const std::string trace = ReadFile(station.Path() / "trace.jsonl");
         ASSERT_EQ(station.Render(b, "--song-seconds 30").status, 0);
-        EXPECT_EQ(test::ReadFile(station.Path() / a), test::ReadFile(station.Path() / b)) << format;
-        EXPECT_EQ(trace, test::ReadFile(station.Path() / "trace.jsonl"));
+        EXPECT_EQ(ReadFile(station.Path() / a), ReadFile(station.Path() / b)) << format;
+        EXPECT_EQ(trace, ReadFile(station.Path() / "trace.jsonl"));
         const SoundFile sound(station.Path() / a);
         if (length == 0) length = sound.Seconds();
         EXPECT_GT(length, 90);
         EXPECT_NEAR(sound.Seconds(), length, 0.15) << format;
     }
-    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "track", "number"),
-              (std::vector<std::string>{"1", "2", "3"}));
+    EXPECT_EQ(Fields("track", "number"), (std::vector<std::string>{"1", "2", "3"}));
 }
 
-TEST(Render, TracksThatAreGoneDamagedOrNoSoundDontEndTheShow) {
-    StudioStation station;
+TEST_F(Render, TracksThatAreGoneDamagedOrNoSoundDontEndTheShow) {
     const auto damaged = station.WriteTone("Music/a.mp3", 440, 0.4, 40);
-    std::string bytes = test::ReadFile(damaged);
+    std::string bytes = ReadFile(damaged);
     for (std::size_t i = bytes.size() / 4; i < bytes.size() / 2; ++i) bytes[i] = static_cast<char>(i * 31);
     station.Write("Music/a.mp3", bytes);
     station.Write("Music/b.mp3", "this is no sound");
     station.WriteTone("Music/d.wav", 660, 0.4, 3);
     station.Write("Music/List.m3u", "a.mp3\nb.mp3\ngone.mp3\nd.wav\nList.m3u\n");
-    station.Write("Programs/Show.txt", "mode: all\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n");
-    const auto outcome = station.Render("show.wav", "--playlist List --song-seconds 30");
-    ASSERT_EQ(outcome.status, 0) << outcome.error;
-    const auto prepared = TraceFields(station.Path() / "trace.jsonl", "prepared", "song");
-    EXPECT_EQ(prepared, (std::vector<std::string>{"a", "b", "gone", "d", ""}));
-    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "track", "number"),
-              (std::vector<std::string>{"1", "4"}));
-    EXPECT_NEAR(TickOf(station, "ended", 1) - TickOf(station, "track", 1), 180, 12)
-        << "a track that ends early";
+    Play("mode: all\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n", "--playlist List --song-seconds 30");
+    EXPECT_EQ(Fields("prepared", "song"), (std::vector<std::string>{"a", "b", "gone", "d", ""}));
+    EXPECT_EQ(Fields("track", "number"), (std::vector<std::string>{"1", "4"}));
+    EXPECT_NEAR(TickOf("ended", 1) - TickOf("track", 1), 180, 12) << "a track that ends early";
 }
 
-TEST(Render, AnInterruptStopsTheShowAndLeavesAPlayableFile) {
-    StudioStation station;
+TEST_F(Render, AnInterruptStopsTheShowAndLeavesAPlayableFile) {
     station.WriteTone("Music/a.wav", 440, 0.4, 60);
     station.Write("Programs/Show.txt", "opening: 0, wait 1\nintro: 0, play [[iTunes]]\n");
     const auto outcome = station.Render("show.wav", "--limit 9000000", "timeout -s INT 1");
     EXPECT_NE(outcome.status, 1) << outcome.error;
     const SoundFile sound(station.Path() / "show.wav");
     EXPECT_GT(sound.Seconds(), 2);
-    EXPECT_EQ(TraceFields(station.Path() / "trace.jsonl", "end", "ticks").size(), 1u);
+    EXPECT_EQ(Fields("end", "ticks").size(), 1u);
 }
 
 }  // namespace
-}  // namespace sorakaze
+}  // namespace sorakaze::test

@@ -11,7 +11,6 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <numbers>
-#include <sstream>
 
 #include "app/runtime/sound/SoundFileWriter.h"
 
@@ -54,7 +53,6 @@ Outcome StudioStation::Run(const std::string& arguments, const std::string& befo
                              error.string() + "'";
     Outcome outcome;
     std::FILE* pipe = popen(line.c_str(), "r");
-    if (!pipe) return outcome;
     char buffer[4096];
     for (std::size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
         outcome.out.append(buffer, size);
@@ -78,9 +76,8 @@ SoundFile::SoundFile(const fs::path& file) {
     rate = info.samplerate;
     channels = info.channels;
     std::vector<float> block(65536 * static_cast<std::size_t>(channels));
-    for (sf_count_t read = 0; (read = sf_readf_float(opened, block.data(), 65536)) > 0;) {
+    for (sf_count_t read = 0; (read = sf_readf_float(opened, block.data(), 65536)) > 0;)
         samples.insert(samples.end(), block.begin(), block.begin() + read * channels);
-    }
     sf_close(opened);
 }
 
@@ -91,25 +88,21 @@ double SoundFile::Seconds() const {
 double SoundFile::Peak(double fromTick, double toTick) const {
     double peak = 0;
     const auto end = std::min(static_cast<std::size_t>(toTick * 800) * 2, samples.size());
-    for (std::size_t i = static_cast<std::size_t>(fromTick * 800) * 2; i < end; i += 2) {
-        peak = std::max(peak, std::abs(static_cast<double>(samples[i])));
-    }
+    for (std::size_t i = static_cast<std::size_t>(fromTick * 800) * 2; i < end; i += 2)
+        peak = std::max(peak, std::abs(double{samples[i]}));
     return peak;
 }
 
 double SoundFile::LargestStep() const {
     double step = 0;
-    for (std::size_t i = 2; i < samples.size(); i += 2) {
-        step = std::max(step, std::abs(static_cast<double>(samples[i]) - samples[i - 2]));
-    }
+    for (std::size_t i = 2; i < samples.size(); i += 2)
+        step = std::max(step, std::abs(double{samples[i]} - samples[i - 2]));
     return step;
 }
 
 std::string ReadFile(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator(in), {}};
 }
 
 std::vector<std::string> TraceFields(const fs::path& trace, const std::string& what,
