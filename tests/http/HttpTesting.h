@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "http/HTTPSocket.h"
 
@@ -51,27 +52,52 @@ class Client : public HTTPSocket {
                (_pageHeaders ? "[" + _pageHeaders->_FormatHTTPHeaders().Bytes() + "]" : "-") + Page();
     }
 
-    /// Notes every event that isn't an authentication's; a progress only where no head came before it.
+    /// Notes every event; a progress only where no head came before it.
     void NoteEvents() {
-        Connected = [this] { events += "connected "; };
-        HeadersReceived = [this](const InternetHeadersRef&, std::int32_t status) {
-            events += "headers:" + std::to_string(status) + " ";
+        Connected = [this] { Note(0, "connected "); };
+        HeadersReceived = [this](auto&&, std::int32_t status) { Note(1, "headers:" + Told(status)); };
+        ReceiveProgress = [this](std::int32_t received, std::int32_t total, auto&&) {
+            last = std::to_string(received) + "/" + Told(total);
+            Note(2, events.find("headers") == std::string::npos ? "stray " : "");
         };
-        ReceiveProgress = [this](std::int32_t received, std::int32_t total, const String&) {
-            if (events.find("headers") == std::string::npos) events += "stray ";
-            last = std::to_string(received) + "/" + std::to_string(total) + " ";
+        PageReceived = [this](auto&&, auto&&, auto&&, const String& page) {
+            Note(3, last + "page:" + page.Bytes() + " ");
         };
-        PageReceived = [this](const String&, std::int32_t, const InternetHeadersRef&, const String& page) {
-            events += last + "page:" + page.Bytes() + " ";
+        DownloadComplete = [this](auto&&, auto&&, auto&&, const FolderItemRef& file) {
+            Note(4, last + "file:" + file->Name().Bytes() + " ");
         };
-        DownloadComplete = [this](const String&, std::int32_t, const InternetHeadersRef&,
-                                  const FolderItemRef& file) {
-            events += last + "file:" + file->Name().Bytes() + " ";
+        Error = [this](std::int32_t code) { Note(5, "error:" + Told(code)); };
+    }
+    /// Notes the challenges and answers that many.
+    void Answer(int challenges, const String& name, const String& password) {
+        left = challenges;
+        const auto answer = [=, this](const char* who) {
+            return [=, this](const String& realm, auto&&, String& askedName, String& askedPassword) {
+                events += who + realm.Bytes() + " ";
+                askedName = name;
+                askedPassword = password;
+                return left-- > 0;
+            };
         };
-        Error = [this](std::int32_t code) { events += "error:" + std::to_string(code) + " "; };
+        AuthenticationRequired = answer("server:");
+        ProxyAuthenticationRequired = answer("proxy:");
     }
     std::string events;
-    std::string last;  ///< the last progress
+    std::string last;           ///< the last progress
+    int left = 0;               ///< challenges to be answered
+    int actsIn = 0;             ///< the event in which, and instead of its note,
+    std::function<void()> act;  ///< this is done once. It may end the client
+
+  private:
+    static std::string Told(std::int32_t number) { return std::to_string(number) + " "; }
+    void Note(int event, const std::string& text) {
+        if (!act || event != actsIn) {
+            events += text;
+        } else {
+            events.clear();
+            std::exchange(act, {})();
+        }
+    }
 };
 
 }  // namespace sorakaze::test

@@ -22,13 +22,7 @@ void Talk(std::string_view bytes, unsigned pieces, bool waits) {
     std::mt19937 draw(pieces);
     const std::size_t most = 1u << pieces % 12;
     test::Client client;
-    if (pieces & 16) {
-        client.ProxyAuthenticationRequired = client.AuthenticationRequired =
-            [](const String&, const InternetHeadersRef&, String& name, String&) {
-                name = "n";
-                return true;
-            };
-    }
+    if (pieces & 16) client.Answer(1, "n", "p");
     client.NoteEvents();
     client.Open("GET", waits);
     std::optional<http::HeadSearch::HeadEnd> end;

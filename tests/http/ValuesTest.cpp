@@ -94,16 +94,22 @@ TEST(Response, HeadEndsWhereTheBytesAtHandSayIt) {
     }
 }
 
-/// Each would be seen as a test without end if its cost grew with the square of its size.
+/// Would be seen as a test without end if the cost of any of it grew with the square of its size.
 TEST(Response, MegabytesByteByByte) {
     const TestRuntime runtime;
-    const std::string head = "x 200\r\nA: " + std::string(2'000'000, 'a') + "\r\n\r\n";
+    std::string head = "x 200\r\nA: " + std::string(1'000'000, 'a') + "\r\n";
+    for (int i = 0; i < 100'000; ++i) head += "B: b\r\n";
+    head += "\r\n";
     Client client;
     client.Open("GET", true);
     for (const char& byte : head) client.Arrive({&byte, 1});
-    EXPECT_EQ(LenB(client.PageHeaders()->Value("A")), 2'000'000);
+    const auto headers = client.PageHeaders();
+    EXPECT_EQ(headers->NameCount("B"), 100'000);
+    headers->Delete("B", 0);
+    headers->SetHeader("B", "c");
+    EXPECT_EQ(LenB(headers->_FormatHTTPHeaders()), 1'000'000 + 9);
     const std::string kana = "あ";
-    for (int i = 0; i < 1'500'000; ++i) {
+    for (std::int32_t i = 0; i < 1'500'000; ++i) {
         client.Arrive({&kana[static_cast<std::size_t>(i % 3)], 1});
         ASSERT_EQ(client.PageLength(), i / 3 + 1 + (i % 3 == 1)) << i;
     }
@@ -170,37 +176,24 @@ TEST(Authentication, AsksAndAnswers) {
     const struct {
         std::string head, asked, keys = "/";
     } cases[] = {
-        {"401\r\nwww-authenticate: bASIC Realm=\"夜の家\"", "W:夜の家",
+        {"401\r\nwww-authenticate: bASIC Realm=\"夜の家\"", "server:夜の家 ",
          "Basic QWxhZGRpbjpvcGVuIHNlc2FtZQ==/"},
-        {"407\r\nProxy-Authenticate: Basic realm=\"\"", "P:", "/Basic QWxhZGRpbjpvcGVuIHNlc2FtZQ=="},
-        {"407\r\nWWW-Authenticate: Basic realm=\"p\"", "P:"},
-        {"401\r\nWWW-Authenticate: Basic", "W:"},
-        {"401\r\nWWW-Authenticate: Bearer realm=token", "W:oke"},
-        {"401\r\nWWW-Authenticate: X realm=\"1\"\r\nWWW-Authenticate: Basic realm=\"2\"", "W:1"},
-        {"401\r\nWWW-Authenticate: X realm=\"a\", b=\"c\"", "W:a\", b=\"c"},
-        {"401\r\nWWW-Authenticate: X charset=\"a\", realm=\"c\"", "W:"},
+        {"407\r\nProxy-Authenticate: Basic realm=\"\"", "proxy: ", "/Basic QWxhZGRpbjpvcGVuIHNlc2FtZQ=="},
+        {"407\r\nWWW-Authenticate: Basic realm=\"p\"", "proxy: "},
+        {"401\r\nWWW-Authenticate: Bearer realm=token", "server:oke "},
+        {"401\r\nWWW-Authenticate: X realm=\"1\"\r\nWWW-Authenticate: Basic realm=\"2\"", "server:1 "},
+        {"401\r\nWWW-Authenticate: X realm=\"a\", b=\"c\"", "server:a\", b=\"c "},
+        {"401\r\nWWW-Authenticate: X charset=\"a\", realm=\"c\"", "server: "},
         {"403\r\nWWW-Authenticate: Basic realm=\"a\"", ""},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.head);
         Client client;
-        std::string asked;
-        const auto answer = [&asked](const char* who) {
-            return [&asked, who](const String& realm, const auto& headers, String& name, String& password) {
-                EXPECT_TRUE(headers && name.IsEmpty() && password.IsEmpty());
-                asked += who + realm.Bytes();
-                name = "Aladdin";
-                password = "open sesame";
-                return true;
-            };
-        };
-        client.AuthenticationRequired = answer("W:");
-        client.ProxyAuthenticationRequired = answer("P:");
+        client.Answer(1, "Aladdin", "open sesame");
         client.Open("GET", true);
-        client.Arrive("HTTP/1.0 " + test.head + "\r\n\r\npage");
-        EXPECT_EQ(asked, test.asked);
+        client.Arrive("HTTP/1.0 " + test.head + "\r\n\r\n");
+        EXPECT_EQ(client.events, test.asked);
         EXPECT_EQ(client.Keys(), test.keys);
-        EXPECT_EQ(client.Page(), test.keys == "/" ? "page" : "");
     }
 }
 
@@ -311,21 +304,6 @@ TEST(InternetHeaders, Format) {
     EXPECT_EQ(headers._FormatEmailHeaders(),
               "Return-Path: <>\r\nReceived: 2\r\nReceived: 1\r\nDate: today\r\nSubject: \r\nFrom: me\r\n"
               "To: a, b\r\nCC: c\r\nX: 1\r\nX: 2\r\n: nameless");
-}
-
-/// Anything quadratic would be seen as a test without end.
-TEST(InternetHeaders, HundredThousandLines) {
-    for (const bool same : {true, false}) {
-        std::string text;
-        for (int i = 0; i < 100'000; ++i) text += (same ? "Name" : "Name" + std::to_string(i)) + ": a\r\n";
-        Headers headers(text);
-        EXPECT_EQ(headers.NameCount("name"), same ? 100'000 : 0);
-        EXPECT_EQ(LenB(headers._FormatHTTPHeaders()), LenB(text) - 2);
-        EXPECT_EQ(LenB(headers._FormatEmailHeaders()), LenB(text) - 2);
-        headers.Delete("Name", 0);
-        headers.SetHeader("Name", "b");
-        EXPECT_EQ(headers.Count(), same ? 1 : 100'001);
-    }
 }
 
 }  // namespace
