@@ -44,6 +44,8 @@ TEST_F(HostileServers, EachComesToItsEnd) {
             if (end == End::Silence) peer.WaitForClose();
         });
     };
+    std::string manyNames = "HTTP/1.0 200 OK\r\n";
+    for (int i = 0; i < 100'000; ++i) manyNames += "X" + std::to_string(i) + ": a\r\n";
     constexpr int kNever = -1;
     const struct Case {
         const char* name;
@@ -67,6 +69,7 @@ TEST_F(HostileServers, EachComesToItsEnd) {
         {"a length below nothing", says("HTTP/1.0 200 OK\r\nContent-length: -1e99\r\n\r\nbody"), 200, "body"},
         {"chunks", says("HTTP/1.1 200 OK\r\nTransfer-encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n"), 200,
          "4\r\nbody\r\n0\r\n\r\n"},
+        {"100,000 header lines", says(manyNames + "X: a\r\n\r\nbody"), 200, "body", kNever, "a"},
         {"closes at once", [](Peer&, const Client&) {}, 0, ""},
         {"speaks before it is asked",
          [](Peer& peer, const Client&) {
