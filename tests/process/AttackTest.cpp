@@ -5,271 +5,176 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <poll.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
 
 #include <csignal>
-#include <cstddef>
 #include <cstring>
-#include <map>
-#include <sstream>
 
 #include "tests/process/Scratch.h"
 
 namespace sorakaze::process {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
-struct Force {
-    const char* name;
-    Mechanisms most;
-};
-
-const Force kForces[] = {{"everything", All()},
-                         {"no Landlock", {0, true, true, true, true}},
-                         {"no view", {99, true, true, false, true}},
-                         {"no filter", {99, true, true, true, false}},
-                         {"no user namespace", {99, true, false, true, true}},
-                         {"no namespaces", WithoutNamespaces()},
-                         {"the first Landlock alone", {1, false, false, false, true}}};
+const std::pair<const char*, Mechanisms> kForces[] = {
+    {"everything", kEverything},
+    {"no Landlock", {0, true, true, true, true}},
+    {"no view", {99, true, true, false, true}},
+    {"no filter", {99, true, true, true, false}},
+    {"no user namespace", {99, true, false, true, true}},
+    {"no namespaces", kWithoutNamespaces},
+    {"the first Landlock alone", {1, false, false, false, true}}};
 
 std::string Unconfined(const fs::path& folder, const std::string& line) {
     const std::string whole =
         "exec 2>/dev/null; cd '" + folder.string() + "'; PATH=" ATTACKS_FOLDER ":$PATH; " + line;
     std::string output;
     FILE* pipe = ::popen(whole.c_str(), "r");
-    for (int byte; pipe && (byte = std::fgetc(pipe)) != EOF;) output += static_cast<char>(byte);
-    if (pipe) ::pclose(pipe);
+    for (int byte; (byte = std::fgetc(pipe)) != EOF;) output += static_cast<char>(byte);
+    ::pclose(pipe);
     return output;
 }
 
-/// A user's home, and a station that commands may read.
-class Household {
-  public:
+/// A user's home $H, a station $S that commands may read, the application's process $P and a descriptor $D
+/// that it left open.
+struct Household {
     Household() {
-        scratch_.Write("home/.profile", "mine");
-        scratch_.Write("home/Music/song.flac", "la la la");
-        scratch_.Write("home/.ssh/id", "SECRET");
-        scratch_.Write("station/program", "station");
-        fs::permissions(scratch_.Path("home/.ssh"), fs::perms::owner_all);
-        fs::create_directory_symlink(scratch_.Path("home/.ssh"), scratch_.Folder() / "planted");
-        leak_ = Descriptor(::open(scratch_.Path("home/.ssh/id").c_str(), O_RDONLY));
-    }
-
-    std::string Line(const std::string& attack) const {
-        return "H='" + scratch_.Path("home").string() + "' S='" + scratch_.Path("station").string() +
-               "' P=" + std::to_string(::getpid()) + " D=" + std::to_string(leak_.Get()) + "; " + attack;
-    }
-    std::string Confined(const std::string& attack) const {
-        Confinement confinement = scratch_.Bounds();
-        confinement.readable = {scratch_.Path("station")};
-        return scratch_.Run(Line(attack), confinement).output;
-    }
-    std::string Unconfined(const std::string& attack) const {
-        return process::Unconfined(scratch_.Folder(), Line(attack));
+        scratch.Write("home/.profile", "mine");
+        scratch.Write("home/Music/song.flac", "la la la");
+        scratch.Write("home/.ssh/id", "SECRET");
+        scratch.Write("station/program", "station");
+        fs::permissions(scratch / "home/.ssh", fs::perms::owner_all);
+        fs::create_directory_symlink(scratch / "home/.ssh", scratch.Folder() / "planted");
+        leak = Descriptor(::open((scratch / "home/.ssh/id").c_str(), O_RDONLY));
+        bounds = scratch.Bounds();
+        bounds.readable = {scratch / "station"};
+        prelude = "IFS=; H='" + (scratch / "home").string() + "' S='" + (scratch / "station").string() +
+                  "' P=" + std::to_string(::getpid()) + " D=" + std::to_string(leak.Get()) +
+                  "; each() { for file in $H/.profile $S/program; do \"$@\" $file; done; }; ";
     }
 
     /// Names, modes, times and contents of all that a command must leave alone.
     std::string State() const {
-        std::map<std::string, std::string> entries;
-        for (const char* part : {"home", "station"})
-            for (const fs::path& path : fs::recursive_directory_iterator(scratch_.Path(part))) {
-                struct stat status {};
-                ::lstat(path.c_str(), &status);
-                std::ostringstream text;
-                text << status.st_mode << ' ' << status.st_mtim.tv_sec << ' ' << status.st_nlink << ' '
-                     << (S_ISREG(status.st_mode) ? Scratch::ReadFile(path) : "");
-                entries[path] = text.str();
-            }
-        return testing::PrintToString(entries);
+        return Unconfined(scratch.Folder(),
+                          "find ../home ../station -printf '%p %m %n %T@\\n' -type f -exec cat {} +");
     }
 
-  private:
-    Scratch scratch_;
-    Descriptor leak_;
+    const Scratch scratch;
+    Descriptor leak;
+    Confinement bounds;
+    std::string prelude;
 };
 
 TEST(Attack, NothingOfTheUserIsReadOrChanged) {
-    const char* attacks[] = {"echo x > \"$H/new\"",
-                             "echo x >> \"$H/.profile\"",
-                             "rm -rf \"$H/Music\"",
-                             "mv \"$H/Music\" .",
-                             "cat \"$H/.ssh/id\"",
-                             "cat \"../home/.ssh/id\"",
-                             "cat planted/id",
-                             "rm planted/id; echo x > planted/new",
-                             "cat \"/proc/$P/root$H/.ssh/id\"",
-                             "cat /proc/$P/fd/$D <&$D",
-                             "ln -s \"$H/.ssh\" s; cat s/id; echo x > s/x",
-                             "attack hard-link \"$H/.ssh/id\" && cat linked",
-                             "echo x > \"$S/program\"",
-                             "rm \"$S/program\"",
-                             "attack cut \"$S/program\"",
-                             "attack cut \"$H/.profile\"",
-                             "attack cut-path \"$S/program\"",
-                             "attack cut-path \"$H/.profile\"",
-                             "attack mode \"$S/program\"",
-                             "attack mode \"$H/.profile\"",
-                             "attack open-mode \"$S/program\"",
-                             "touch -d 2001-01-01 \"$H/.profile\"",
-                             "touch -d 2001-01-01 \"$S/program\"",
-                             "attack descriptors | sed s/done/SECRET/"};
-    for (const char* attack : attacks) {
-        {
-            const Household control;
-            const std::string before = control.State();
-            const std::string output = control.Unconfined(attack);
-            EXPECT_TRUE(output.find("SECRET") != std::string::npos || control.State() != before)
-                << "harmless: " << attack;
-        }
-        for (const Force& force : kForces) {
-            const Under under(force.most);
+    for (const std::string attack :
+         {"echo x > $H/new", "each sh -c 'echo x >> $0'", "rm -rf $H/Music", "mv $H/Music .",
+          "cat $H/.ssh/id", "cat ../home/.ssh/id", "cat planted/id", "rm planted/id; echo x > planted/new",
+          "cat /proc/$P/root$H/.ssh/id", "cat /proc/$P/fd/$D <&$D", "attack descriptors | sed s/done/SECRET/",
+          "ln -s $H/.ssh s; cat s/id; echo x > s/x", "link $H/.ssh/id linked; cat linked", "each rm",
+          "each perl -e 'sysopen F, shift, 512'", "each perl -e 'truncate shift, 0'",
+          "each perl -e 'open F, shift; chmod 0, *F'", "each chmod 0", "each touch -d 2001-01-01"}) {
+        const Household control;
+        const std::string untouched = control.State();
+        EXPECT_TRUE(Unconfined(control.scratch.Folder(), control.prelude + attack).find("SECRET") !=
+                        std::string::npos ||
+                    control.State() != untouched)
+            << "harmless: " << attack;
+        for (const auto& [name, most] : kForces) {
+            const Under under(most);
             const Household house;
             const std::string before = house.State();
-            EXPECT_THAT(house.Confined(attack), Not(HasSubstr("SECRET"))) << force.name << ": " << attack;
-            EXPECT_EQ(house.State(), before) << force.name << ": " << attack;
+            EXPECT_THAT(ConfinedProcess(house.prelude + attack, house.bounds).Run().output,
+                        Not(HasSubstr("SECRET")))
+                << name << ": " << attack;
+            EXPECT_EQ(house.State(), before) << name << ": " << attack;
         }
     }
 }
 
 TEST(Attack, TheRealHomeIsOutOfReach) {
-    const char* home = std::getenv("HOME");
-    if (!home || ::access(home, W_OK) != 0) GTEST_SKIP() << "nobody is at home";
-    const fs::path damage = fs::path(home) / "sorakaze-attack-test";
+    const std::string home = std::getenv("HOME") ? std::getenv("HOME") : "/root";
     const Scratch scratch;
-    for (const Force& force : kForces) {
-        const Under under(force.most);
-        EXPECT_EQ(scratch.Run("echo x > '" + damage.string() + "'; ls -A '" + home + "'; ls -A ~root").output,
-                  "")
-            << force.name;
-        EXPECT_FALSE(fs::exists(damage)) << force.name;
+    for (const auto& [name, most] : kForces) {
+        const Under under(most);
+        EXPECT_EQ(scratch.Run("mktemp '" + home + "/XXX'; ls -A ~root '" + home + "'").output, "") << name;
     }
 }
 
-/// Sockets of the user's own, and how many of them somebody reached.
-class Listeners {
-  public:
-    explicit Listeners(const Scratch& scratch)
-        : outside_(scratch.Path("socket").string()), inside_((scratch.Folder() / "socket").string()) {
-        Internet(SOCK_STREAM);
-        Internet(SOCK_DGRAM);
-        abstract_ = "@sorakaze test " + std::to_string(::getpid());
-        for (const std::string& name : {outside_, abstract_, inside_}) Local(name);
-    }
-    ~Listeners() {
-        for (const pollfd& socket : sockets_) ::close(socket.fd);
-    }
-    std::string Line() const {
-        return "attack tcp " + ports_[0] + "; attack udp " + ports_[1] + "; attack local '" + outside_ +
-               "'; attack local '" + abstract_ + "'; ";
-    }
-    std::string LineInside() const { return "attack local '" + inside_ + "'; "; }
-    int Reached() { return ::poll(sockets_.data(), sockets_.size(), 0); }
-
-  private:
-    void Internet(int type) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        const int socket = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), length), 0);
-        EXPECT_TRUE(type != SOCK_STREAM || ::listen(socket, 8) == 0);
-        ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
-        ports_.push_back(std::to_string(ntohs(address.sin_port)));
-        sockets_.push_back({socket, POLLIN, 0});
-    }
-    void Local(const std::string& name) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::memcpy(address.sun_path, name.data(), name.size());
-        if (name[0] == '@') address.sun_path[0] = 0;
-        const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address),
-                         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size())),
-                  0);
-        if (name[0] != '@') fs::permissions(name, fs::perms::all);
-        sockets_.push_back({socket, POLLIN, 0});
-    }
-
-    std::string outside_, inside_, abstract_;
-    std::vector<std::string> ports_;
-    std::vector<pollfd> sockets_;
-};
+/// A socket of the user's own.
+pollfd Listen(int type, const sockaddr* address, socklen_t length) {
+    const int socket = ::socket(address->sa_family, type | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(::bind(socket, address, length), 0);
+    EXPECT_TRUE(type != SOCK_STREAM || ::listen(socket, 8) == 0);
+    return {socket, POLLIN, 0};
+}
 
 TEST(Attack, NoSocketIsReached) {
-    {
-        const Scratch scratch;
-        Listeners control(scratch);
-        Unconfined(scratch.Folder(), control.Line() + control.LineInside());
-        EXPECT_EQ(control.Reached(), 5);
-    }
     const Scratch scratch;
-    Listeners listeners(scratch);
-    for (const Force& force : kForces) {
-        const Under under(force.most);
-        // Only the filter knows a socket in the folder that the command may write.
-        const std::string line =
-            listeners.Line() + (force.most.systemCallFilter ? listeners.LineInside() : "");
-        const std::string output = scratch.Run(line).output;
-        EXPECT_THAT(output, testing::StartsWith("E")) << force.name;
-        EXPECT_THAT(output, Not(HasSubstr("done"))) << force.name;
-        EXPECT_EQ(listeners.Reached(), 0) << force.name;
+    std::vector<pollfd> sockets;
+    // Only the filter knows a socket in the folder that the command may write, the last.
+    std::string line, lastLine;
+    for (const std::string& name : {(scratch / "socket").string(), "@test " + std::to_string(::getpid()),
+                                    (scratch.Folder() / "socket").string()}) {
+        sockaddr_un address{AF_UNIX, {}};
+        std::memcpy(address.sun_path, name.data(), name.size());
+        if (name[0] == '@') address.sun_path[0] = 0;
+        sockets.push_back(Listen(SOCK_DGRAM, reinterpret_cast<sockaddr*>(&address),
+                                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size())));
+        if (name[0] != '@') fs::permissions(name, fs::perms::all);
+        line += std::exchange(lastLine, "attack local '" + name + "'; ");
     }
+    for (const int type : {SOCK_STREAM, SOCK_DGRAM}) {
+        sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+        socklen_t length = sizeof address;
+        sockets.push_back(Listen(type, reinterpret_cast<sockaddr*>(&address), length));
+        ::getsockname(sockets.back().fd, reinterpret_cast<sockaddr*>(&address), &length);
+        line += std::string("bash -c 'echo x > /dev/") + (type == SOCK_STREAM ? "tcp" : "udp") +
+                "/127.0.0.1/" + std::to_string(ntohs(address.sin_port)) + "' && echo done; ";
+    }
+    const auto reached = [&] { return ::poll(sockets.data(), sockets.size(), 0); };
+    for (const auto& [name, most] : kForces) {
+        const Under under(most);
+        const std::string output = scratch.Run(line + (most.systemCallFilter ? lastLine : "")).output;
+        EXPECT_THAT(output, testing::AllOf(StartsWith("E"), Not(HasSubstr("done")))) << name;
+        EXPECT_EQ(reached(), 0) << name;
+    }
+    Unconfined(scratch.Folder(), line + lastLine);
+    EXPECT_EQ(reached(), 5);
+    for (const pollfd& socket : sockets) ::close(socket.fd);
 }
 
-/// A program of the user's that goes about its business.
-class Victim {
-  public:
-    Victim() {
-        const char* words[] = {"sleep", "1000", nullptr};
-        EXPECT_EQ(::posix_spawn(&process, "/bin/sleep", nullptr, nullptr, const_cast<char**>(words), nullptr),
-                  0);
-    }
-    ~Victim() {
-        if (!Lives()) return;
-        ::kill(process, SIGKILL);
-        ::waitpid(process, nullptr, 0);
-    }
-    bool Lives() { return !ended_ && !(ended_ = ::waitpid(process, nullptr, WNOHANG) == process); }
-    void AwaitEnd() { ended_ = ::waitpid(process, nullptr, 0) == process; }
-
-    pid_t process = -1;
-
-  private:
-    bool ended_ = false;
-};
-
 TEST(Attack, NoOtherProcessIsTouched) {
-    const auto line = [](pid_t process, const char* attack) {
-        return std::string(attack) + ' ' + std::to_string(process) + "; ";
+    const auto start = [] {
+        const pid_t process = ::fork();
+        if (process == 0)
+            for (::prctl(PR_SET_PDEATHSIG, SIGKILL);;) ::pause();
+        return process;
     };
-    for (const char* attack : {"attack signal", "attack thread-signal", "kill -TERM"}) {
-        Victim control;
-        Unconfined("/", line(control.process, attack));
-        control.AwaitEnd();
+    const auto line = [](const char* attack, pid_t process) { return attack + std::to_string(process); };
+    for (const char* attack : {"attack thread-signal ", "kill -TERM "}) {
+        const pid_t control = start();
+        Unconfined("/", line(attack, control));
+        EXPECT_EQ(::waitpid(control, nullptr, 0), control);
     }
-    Victim victim;
-    for (const Force& force : kForces) {
-        const Under under(force.most);
-        const Scratch scratch;
-        for (const char* attack :
-             {"attack signal", "attack thread-signal", "attack trace", "attack memory-of"}) {
-            EXPECT_THAT(scratch.Run(line(victim.process, attack)).output, testing::StartsWith("E"))
-                << force.name << ": " << attack;
-        }
-        scratch.Run(line(victim.process, "kill -TERM"));
-        EXPECT_TRUE(victim.Lives()) << force.name;
+    const pid_t victim = start();
+    const Scratch scratch;
+    for (const auto& [name, most] : kForces) {
+        const Under under(most);
+        for (const char* attack : {"attack thread-signal ", "attack trace ", "attack memory-of "})
+            EXPECT_THAT(scratch.Run(line(attack, victim)).output, StartsWith("E")) << name << attack;
+        EXPECT_NE(scratch.Run(line("kill -TERM ", victim)).status, 0) << name;
+        EXPECT_EQ(::waitpid(victim, nullptr, WNOHANG), 0) << name;
     }
+    ::kill(victim, SIGKILL);
+    ::waitpid(victim, nullptr, 0);
 }
 
 TEST(Attack, NothingIsTypedIntoATerminal) {
@@ -278,15 +183,14 @@ TEST(Attack, NothingIsTypedIntoATerminal) {
     // Left open for every program that starts, by mistake.
     const Descriptor terminal(::open(::ptsname(master.Get()), O_RDWR | O_NOCTTY));
     termios raw{};
-    ::tcgetattr(terminal.Get(), &raw);
     ::cfmakeraw(&raw);
     ::tcsetattr(terminal.Get(), TCSANOW, &raw);
     pollfd typed{terminal.Get(), POLLIN, 0};
     const Scratch scratch;
-    for (const Force& force : kForces) {
-        const Under under(force.most);
-        EXPECT_THAT(scratch.Run("attack type").output, testing::StartsWith("E")) << force.name;
-        EXPECT_EQ(::poll(&typed, 1, 0), 0) << force.name;
+    for (const auto& [name, most] : kForces) {
+        const Under under(most);
+        EXPECT_THAT(scratch.Run("attack type").output, StartsWith("E")) << name;
+        EXPECT_EQ(::poll(&typed, 1, 0), 0) << name;
     }
     // Root may, where the kernel has that call at all.
     const bool could = ::geteuid() == 0 && Unconfined("/", "attack type") == "done\n";
@@ -295,12 +199,9 @@ TEST(Attack, NothingIsTypedIntoATerminal) {
 
 TEST(Attack, TheKernelsCornersAreRefused) {
     const Scratch scratch;
-    EXPECT_EQ(scratch.Run("attack calls; ls").output,
-              "bpf:EPERM\nkeyctl:EPERM\nperf:EPERM\nunshare:EPERM\nclone:EPERM\nclone3:ENOSYS\nmount:EPERM\n"
-              "io_uring:ENOSYS\nuserfaultfd:ENOSYS\nmemfd:ENOSYS\nkexec:EPERM\nsymlink:EPERM\nfifo:EPERM\n"
-              "young:ENOSYS\n");
+    EXPECT_EQ(scratch.Run("attack calls; ls").output, "done\n");
 #if defined(__x86_64__)
-    for (const char* attack : {"attack x32", "attack ia32"})
+    for (const char* attack : {"perl -e 'syscall 0x40000000 + 39'", "attack ia32"})
         EXPECT_EQ(scratch.Run(attack).status, 128 + SIGSYS) << attack;
 #endif
 }

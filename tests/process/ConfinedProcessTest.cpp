@@ -1,113 +1,210 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What an honest command finds: a shell that works, the folders that it was promised, and an end that tells
-// the truth.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
+// the truth. Commands that take all there is, that don't end, and that want to outlive their line or the
+// application.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/wait.h>
 
-#include <thread>
+#include <atomic>
+#include <csignal>
 
-#include "app/runtime/process/ConfinedProcess.h"
 #include "tests/process/Scratch.h"
 
 namespace sorakaze::process {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::HasSubstr;
 
-TEST(ConfinedProcess, RunsShellLines) {
-    const Scratch scratch;
-    const struct {
-        const char* name;
-        std::string line;
-        int status;
-        std::string output;
-    } cases[] = {
-        {"output", "echo hello", 0, "hello\n"},
-        {"substitution", "echo \"$(printf 'a%s' b) `echo c` \\$d\"", 0, "ab c $d\n"},
-        {"pipe", "printf 'b\\na\\n' | sort | tr a-z A-Z", 0, "A\nB\n"},
-        {"exit status", "exit 7", 7, ""},
-        {"unknown command", "no-such-command-anywhere", 127, ""},
-        {"ended by a signal", "kill -9 $$", 137, ""},
-        {"aborted", "sh -c 'kill -ABRT $$'; echo $?", 0, "134\n"},
-        {"a line that looks like options", "-c", 127, ""},
-        {"standard error is dropped", "echo lost >&2; echo kept", 0, "kept\n"},
-        {"nothing to read", "cat; echo end", 0, "end\n"},
-        {"a file to read back in the line", "echo 'ことば' > 'あ い.txt'; cat 'あ い.txt'", 0, "ことば\n"},
-        {"environment", "env | cut -d= -f1 | sort | tr '\\n' ' '", 0, "HOME LANG PATH PWD TMPDIR "},
-        {"background process left behind", "sleep 1000 & echo on", 0, "on\n"},
-        {"moving and removing", "mkdir a b; echo x > a/f; mv a/f b/g; cat b/g; rm -r a b; ls", 0,
-         "x\nあ い.txt\n"},
-    };
-    for (const auto& [name, line, status, output] : cases) {
-        const CommandResult result = scratch.Run(line);
-        EXPECT_EQ(result.status, status) << name;
-        EXPECT_EQ(result.output, output) << name;
-        EXPECT_FALSE(result.killed || result.timedOut) << name;
-    }
-    EXPECT_EQ(scratch.ReadBack("あ い.txt"), "ことば\n");
-}
-
-TEST(ConfinedProcess, FindsWhatStandsInTheSearchedFolders) {
-    const Scratch scratch;
-    scratch.AddProgram("Resources 資源", "say", "#!/bin/sh\necho \"our say: $*\"\n");
-    scratch.AddProgram("later", "say", "#!/bin/sh\necho wrong\n");
-    scratch.AddProgram("later", "ls", "#!/bin/sh\necho our ls\n");
-    Confinement confinement = scratch.Bounds();
-    confinement.searchFirst = {scratch.Path("Resources 資源"), scratch.Path("later")};
-    EXPECT_EQ(scratch.Run("say -v Alex \"a  b\"", confinement).output, "our say: -v Alex a  b\n");
-    EXPECT_EQ(scratch.Run("ls", confinement).output, "our ls\n");
-}
-
-TEST(ConfinedProcess, ReadsButDoesNotWriteWhatIsReadable) {
-    const Scratch scratch;
-    scratch.Write("data 辞書/deep/file", "words");
-    std::filesystem::create_directory_symlink(scratch.Path("data 辞書"), scratch.Path("link"));
-    Confinement confinement = scratch.Bounds();
-    confinement.readable = {scratch.Path("link"), scratch.Path("nowhere"), "/bin/sh", "/dev"};
-    const std::string line = "cat '" + scratch.Path("link").string() + "/deep/file'; cat '" +
-                             scratch.Path("data 辞書").string() + "/deep/file'; echo x > '" +
-                             scratch.Path("link").string() + "/deep/file' || echo refused";
-    EXPECT_EQ(scratch.Run(line, confinement).output, "wordswordsrefused\n");
-    EXPECT_EQ(scratch.ReadSecretly("data 辞書/deep/file"), "words");
-}
-
-TEST(ConfinedProcess, KeepsTheOutputThatFits) {
+TEST(ConfinedProcess, RunsShellLinesWhateverTheApplicationDoesWithItsSignals) {
+    const auto pipe = ::signal(SIGPIPE, SIG_IGN), child = ::signal(SIGCHLD, SIG_IGN);
+    sigset_t term, before;
+    ::sigemptyset(&term);
+    ::sigaddset(&term, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &term, &before);
     const Scratch scratch;
     Confinement confinement = scratch.Bounds();
     confinement.outputSize = 100'000;
-    const CommandResult result = scratch.Run("head -c 30000000 /dev/zero; exit 4", confinement);
-    EXPECT_EQ(result.status, 4);
-    EXPECT_EQ(result.output, std::string(100'000, '\0'));
+    const struct {
+        const char* line;
+        int status;
+        std::string output;
+    } cases[] = {
+        {"echo \"$(printf 'a%s' b) `echo c` \\$d\"", 0, "ab c $d\n"},
+        {"printf 'b\\na\\n' | sort | tr a-z A-Z; exit 7", 7, "A\nB\n"},
+        {"(yes; echo $? > yes) | head -n 1; cat yes; rm yes; kill -TERM $$; exit 5", 128 + SIGTERM,
+         "y\n141\n"},
+        {"-c", 127, ""},
+        {"echo lost >&2; cat; echo kept", 0, "kept\n"},
+        {"head -c 30000000 /dev/zero; exit 4", 4, std::string(confinement.outputSize, '\0')},
+        {"echo 'ことば' > 'あ い.txt'; cat 'あ い.txt'", 0, "ことば\n"},
+        {"env | cut -d= -f1 | sort | tr '\\n' ' '", 0, "HOME LANG PATH PWD TMPDIR "},
+        {"mkdir a b; echo x > a/f; mv a/f b/g; cat b/g; rm -r a b; ls", 0, "x\nあ い.txt\n"},
+    };
+    for (const auto& [line, status, output] : cases) {
+        const CommandResult result = ConfinedProcess(line, confinement).Run();
+        EXPECT_EQ(result.status, status) << line;
+        EXPECT_EQ(result.output, output) << line;
+        EXPECT_FALSE(result.killed || result.timedOut) << line;
+    }
+    EXPECT_EQ(Scratch::Read(scratch.Folder() / "あ い.txt"), "ことば\n");
+    for (const char* nowhere : {"", "/nowhere/at all"}) {
+        confinement.writableFolder = nowhere;
+        EXPECT_EQ(ConfinedProcess("echo x", confinement).Run().status, 127);
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    ::signal(SIGPIPE, pipe);
+    ::signal(SIGCHLD, child);
 }
 
-TEST(ConfinedProcess, KillEndsItBeforeDuringAndAfter) {
+TEST(ConfinedProcess, FindsAndReadsButDoesNotWriteWhatItIsGiven) {
     const Scratch scratch;
-    ConfinedProcess before("echo never", scratch.Bounds());
-    before.Kill();
-    CommandResult result = before.Run();
+    scratch.Write("Resources 資源/say", "#!/bin/sh\necho \"our say: $*\"\n");
+    for (const char* name : {"later/say", "later/ls"}) scratch.Write(name, "#!/bin/sh\necho our later one\n");
+    for (const char* name : {"Resources 資源/say", "later/say", "later/ls"})
+        fs::permissions(scratch / name, fs::perms::owner_all);
+    scratch.Write("data 辞書/deep/file", "words\n");
+    fs::create_directory_symlink(scratch / "data 辞書", scratch / "link");
+    Confinement confinement = scratch.Bounds();
+    confinement.searchFirst = {scratch / "Resources 資源", scratch / "later"};
+    confinement.readable = {scratch / "link", scratch / "nowhere", "/bin/sh", "/dev"};
+    const std::string line = "say -v Alex \"a  b\"; ls; cd '" + (scratch / "").string() +
+                             "'; cat link/deep/file 'data 辞書/deep/file'; echo x > link/deep/file";
+    const CommandResult result = ConfinedProcess(line, confinement).Run();
+    EXPECT_EQ(result.output, "our say: -v Alex a  b\nour later one\nwords\nwords\n");
+    EXPECT_NE(result.status, 0);
+    EXPECT_EQ(Scratch::Read(scratch / "data 辞書/deep/file"), "words\n");
+}
+
+TEST(ConfinedProcess, KillEndsItBeforeAndDuring) {
+    const Scratch scratch;
+    // The line says by its file that it runs.
+    ConfinedProcess process("echo out; echo > started; sleep 1000", scratch.Bounds());
+    CommandResult result;
+    std::thread runner([&] { result = process.Run(); });
+    scratch.Await("started");
+    process.Kill();
+    runner.join();
+    EXPECT_TRUE(result.killed && !result.timedOut);
+    EXPECT_EQ(result.status, 128 + SIGKILL);
+    EXPECT_EQ(result.output, "out\n");
+    result = process.Run();
     EXPECT_TRUE(result.killed);
     EXPECT_NE(result.status, 0);
     EXPECT_EQ(result.output, "");
+}
 
-    // The line says by its file that it runs; only then it is killed.
-    ConfinedProcess during("echo > started; sleep 1000", scratch.Bounds());
-    std::thread runner([&] { result = during.Run(); });
-    scratch.AwaitFile("started");
-    during.Kill();
-    runner.join();
-    EXPECT_TRUE(result.killed);
-    EXPECT_EQ(result.status, 137);
-    EXPECT_FALSE(result.timedOut);
-    during.Kill();
+TEST(Bounds, EachEndsWhatGoesBeyondIt) {
+    const struct {
+        const char* line;
+        std::chrono::milliseconds wallTime = 30s;
+    } cases[] = {
+        {"exec >&-; sleep 1000", 200ms},
+        {"while :; do :; done"},
+        {"yes", 500ms},
+        {"perl -e 'fork while 1'", 1s},
+        {"head -c 3000000 /dev/zero > big"},
+        {"while :; do head -c 1000000 /dev/zero > $((n+=1)); done"},
+        {"for n in 3 4 5 6 7 8 9; do eval \"exec $n>f\"; rm f; head -c 1000000 /dev/zero >&$n; done; sleep "
+         "60"},
+        {"while :; do : > $((n+=1)); done"},
+        {"while :; do mkdir d; cd d; done"},
+        {"for n in 1 2 3 4 5 6 7 8; do (head -c 40000000 /dev/zero; sleep 60) | tail -c 40000000 & done; "
+         "wait"},
+    };
+    for (const Mechanisms& most : {kEverything, kWithoutNamespaces}) {
+        const Under under(most);
+        for (const auto& [line, wallTime] : cases) {
+            const Scratch scratch;
+            const fs::path kept = scratch.Folder() / "kept";
+            std::ofstream(kept) << "from before";
+            Confinement bounds = scratch.Bounds();
+            bounds.wallTime = wallTime;
+            bounds.processorTime = 1s;
+            bounds.outputSize = bounds.fileSize = 1 << 20;
+            bounds.folderSize = 4 << 20;
+            bounds.addressSpace = 64 << 20;
+            const CommandResult result = ConfinedProcess(line, bounds).Run();
+            EXPECT_TRUE(result.timedOut && !result.killed) << line;
+            EXPECT_LE(result.output.size(), bounds.outputSize) << line;
+            EXPECT_EQ(Scratch::Read(kept), "from before") << line;
+            // The next one runs as if nothing had happened, and no more is left than a file may hold.
+            EXPECT_EQ(ConfinedProcess("rm kept; test $(cat $(find . -type f) | wc -c) -le 1048576", bounds)
+                          .Run()
+                          .status,
+                      0)
+                << line;
+        }
+    }
+}
 
-    ConfinedProcess after("echo done", scratch.Bounds());
-    result = after.Run();
-    after.Kill();
-    EXPECT_FALSE(result.killed);
-    EXPECT_EQ(result.output, "done\n");
+TEST(Bounds, ProcessesAndMemoryRunOut) {
+    const Scratch scratch;
+    Confinement bounds = scratch.Bounds();
+    bounds.processes = 9;  // the one in the shell's place and eight more
+    bounds.addressSpace = 100 << 20;
+    const std::pair<const char*, const char*> cases[] = {
+        {"exec perl -e 'while (defined($child = fork)) { $child or sleep; $n++ } print $n'", "8"},
+        {"head -c 50000000 /dev/zero | tail -c 50000000 | wc -c", "50000000\n"},
+        {"head -c 120000000 /dev/zero | tail -c 120000000 | wc -c", "0\n"}};
+    for (const auto& [line, output] : cases)
+        EXPECT_EQ(ConfinedProcess(line, bounds).Run().output, output) << line;
+}
+
+TEST(Bounds, NothingOutlivesItsLineOrTheApplication) {
+    // Leaves a process behind that holds a lock, in a session of its own where it may.
+    const std::string linger =
+        "(trap '' HUP TERM; setsid true && s=setsid; $s flock lock sh -c '> held; sleep 1000' >&- &);"
+        "until [ -e held ]; do :; done; echo done";
+    for (const Mechanisms& most :
+         {kEverything, kWithoutNamespaces, Mechanisms{99, false, false, false, false}}) {
+        const Under under(most);
+        const Scratch line, application;
+        const auto lock = [](const Scratch& scratch, int how) {
+            const Descriptor file(::open((scratch.Folder() / "lock").c_str(), O_RDWR | O_CLOEXEC));
+            return ::flock(file.Get(), LOCK_EX | how) == 0;
+        };
+        EXPECT_EQ(line.Run(linger).output, "done\n");
+        EXPECT_TRUE(lock(line, LOCK_NB));
+        const pid_t host = ::fork();
+        if (host == 0) {
+            application.Run(linger + "; sleep 1000");
+            ::_exit(1);
+        }
+        application.Await("held");
+        EXPECT_FALSE(lock(application, LOCK_NB));
+        ::kill(host, SIGKILL);
+        ::waitpid(host, nullptr, 0);
+        EXPECT_TRUE(lock(application, 0));
+    }
+}
+
+TEST(Bounds, ManyRunsFromManyThreadsLeaveNothingBehind) {
+    const auto descriptors = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const Scratch scratch;
+    const auto before = descriptors();
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number)
+        threads.emplace_back([&, number] {
+            for (int run = 0; run < 25; ++run) {
+                ConfinedProcess process("echo a | cat", scratch.Bounds());
+                std::thread killer([&] { number % 2 == 1 ? process.Kill() : void(); });
+                const CommandResult result = process.Run();
+                killer.join();
+                // Killed or not, the end is told as it was.
+                const bool whole = result.status == 0 && result.output == "a\n";
+                wrong += !(whole || (result.killed && result.status != 0));
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(descriptors(), before);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG | __WALL), -1);
+    EXPECT_EQ(errno, ECHILD);
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -21,22 +20,24 @@
 
 namespace sorakaze::process {
 
+namespace fs = std::filesystem;
+
 class Scratch {
   public:
     Scratch() {
-        std::string name = (std::filesystem::temp_directory_path() / "confined 試験 XXXXXX").string();
-        if (!::mkdtemp(name.data())) throw std::runtime_error("no temporary folder");
-        root_ = name;
-        std::filesystem::create_directory(Folder());
-        std::filesystem::permissions(Folder(), std::filesystem::perms::owner_all);
+        std::string name = fs::temp_directory_path() / "confined 試験 XXXXXX";
+        root_ = ::mkdtemp(name.data());
+        fs::create_directory(Folder());
+        fs::permissions(Folder(), fs::perms::owner_all);
         PrepareWritableFolder(Folder());
     }
-    ~Scratch() { std::filesystem::remove_all(root_); }
+    ~Scratch() { fs::remove_all(root_); }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    std::filesystem::path Path(const std::string& name) const { return root_ / name; }
-    std::filesystem::path Folder() const { return root_ / "書く folder"; }
+    /// Beside the writable folder.
+    fs::path operator/(const std::string& name) const { return root_ / name; }
+    fs::path Folder() const { return root_ / "書く folder"; }
 
     Confinement Bounds() const {
         Confinement confinement;
@@ -44,52 +45,33 @@ class Scratch {
         confinement.searchFirst = {ATTACKS_FOLDER};
         return confinement;
     }
-    CommandResult Run(const std::string& line) const { return Run(line, Bounds()); }
-    CommandResult Run(const std::string& line, const Confinement& confinement) const {
-        return ConfinedProcess(line, confinement).Run();
-    }
+    CommandResult Run(const std::string& line) const { return ConfinedProcess(line, Bounds()).Run(); }
 
-    /// Beside the writable folder.
     void Write(const std::string& name, const std::string& text) const {
-        std::filesystem::create_directories(Path(name).parent_path());
-        std::ofstream(Path(name)) << text;
+        fs::create_directories((root_ / name).parent_path());
+        std::ofstream(root_ / name) << text;
     }
-    void AddProgram(const std::string& folder, const std::string& name, const std::string& text) const {
-        Write(folder + '/' + name, text);
-        std::filesystem::permissions(Path(folder) / name, std::filesystem::perms::owner_all);
-    }
-    std::string ReadSecretly(const std::string& name) const { return ReadFile(Path(name)); }
-    /// What a command wrote into the writable folder.
-    std::string ReadBack(const std::string& name) const { return ReadFile(Folder() / name); }
-
-    /// Waits until a command has made the file.
-    void AwaitFile(const std::string& name) const {
-        while (!std::filesystem::exists(Folder() / name)) std::this_thread::yield();
-    }
-
-    static std::string ReadFile(const std::filesystem::path& path) {
+    static std::string Read(const fs::path& path) {
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
+    /// Waits until a command has made the file.
+    void Await(const std::string& name) const {
+        while (!fs::exists(Folder() / name)) std::this_thread::yield();
+    }
 
   private:
-    std::filesystem::path root_;
+    fs::path root_;
 };
 
 /// While it lives, commands run under these mechanisms at most.
 struct Under {
     explicit Under(const Mechanisms& most) { LimitMechanisms(most); }
     ~Under() { LimitMechanisms(std::nullopt); }
-    Under(const Under&) = delete;
-    Under& operator=(const Under&) = delete;
 };
 
-/// Every mechanism, in the order of Mechanisms' members; to be taken away one by one.
-inline Mechanisms All() {
-    return {99, true, true, true, true};
-}
-inline Mechanisms WithoutNamespaces() {
-    return {99, false, false, false, true};
-}
+/// In the order of Mechanisms' members; to be taken away one by one.
+constexpr Mechanisms kEverything{99, true, true, true, true};
+constexpr Mechanisms kWithoutNamespaces{99, false, false, false, true};
 
 }  // namespace sorakaze::process
