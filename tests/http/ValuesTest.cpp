@@ -160,7 +160,7 @@ TEST(Url, PartsAndForms) {
     };
     for (const auto& [url, expected] : cases) {
         const auto [server, path, address, port] = http::ParseURL(url);
-        EXPECT_EQ(server + "|" + path + "|" + address + "|" + Str(port), expected) << url;
+        EXPECT_EQ((server + "|" + path + "|" + address + "|" + Str(port)).Bytes(), expected) << url;
     }
     const TestRuntime runtime;
     const auto form = std::make_shared<Dictionary>();
@@ -200,10 +200,11 @@ TEST(Authentication, AsksAndAnswers) {
 TEST(Authentication, KeysAndNonces) {
     const TestRuntime runtime;
     Client client;
-    EXPECT_EQ(client._CreateAuthenticationData("basic", std::string(40, 'n'), std::string(40, 'p'), nullptr),
+    EXPECT_EQ(client._CreateAuthenticationData("basic", std::string(40, 'n'), std::string(40, 'p'), nullptr)
+                  .Bytes(),
               "Basic bm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubjpwcHBwcHBwcHBwcHBwcHBw\r\n"
               "cHBwcHBwcHBwcHBwcHBwcHBwcHBwcHBw");
-    EXPECT_EQ(Client::_EncodeHex(std::string("\0\x0F\xFF", 3)), "000fff");
+    EXPECT_EQ(Client::_EncodeHex(std::string("\0\x0F\xFF", 3)).Bytes(), "000fff");
     const auto known = Client::_ParseAuthenticationParams(
         "realm=\"testrealm@host.com\"\r\nmethod=\"GET\"\r\n"
         "nonce=\"dcd98b7102dd2f0e8b11d0f600bfb0c093\"\r\nuri=\"/dir/index.html\"");
@@ -213,7 +214,7 @@ TEST(Authentication, KeysAndNonces) {
         "uri=\"/dir/index.html\", qop=auth, nc=00000001, cnonce=\"0a4f113b\", "
         "response=\"efa6604a607a11c266743c3ec5fae1c3\", ";
     for (const char* opaque : {"", "opaque=\"\""}) {
-        EXPECT_EQ(client.DigestAuthentication("Mufasa", "Circle Of Life", known, "0a4f113b"),
+        EXPECT_EQ(client.DigestAuthentication("Mufasa", "Circle Of Life", known, "0a4f113b").Bytes(),
                   expected + opaque);
         known->SetValue("OPAQUE", "secret");
     }
@@ -238,7 +239,7 @@ TEST(Authentication, KeysAndNonces) {
 }
 
 struct Headers : InternetHeaders {
-    explicit Headers(const String& text = {}) { _ParseHeaders(text); }
+    explicit Headers(const String& text) { _ParseHeaders(text); }
 
     /// Key=value of all entries.
     std::string Entries() const {
@@ -251,9 +252,8 @@ struct Headers : InternetHeaders {
 
 TEST(InternetHeaders, Parse) {
     const std::pair<std::string, std::string> cases[] = {
-        {"HTTP/1.0 200 OK\r\nA: 1\r\nB:2", "A=1|B=2|"},
         {"HTTP/1.0 200 a:b\nA: 1\n", "HTTP/1.0 200 a=b|A=1|"},
-        {"x\rA: 1\rB: 2", "A=1|B=2|"},
+        {"x\rA: 1\rB:2", "A=1|B=2|"},
         {"A: 1\nB: 2\r\nC: 3", "A=1\nB: 2|C=3|"},
         {"A: 1\r\n  2\r\n\t3\r\nB : \t 4 ", "A=1  2 3|B =4 |"},
         {"Via: a\r\nvia: b\r\nX: 1\r\nVIA: c", "Via=a|via:1=b|X=1|VIA:2=c|"},
@@ -300,8 +300,8 @@ TEST(InternetHeaders, Format) {
         "X: 1\r\nCC: c\r\nbcc: secret\r\nTo: a\r\nReceived: 2\r\nfrom: me\r\nto: b\r\n"
         "Received: 1\r\nReturn-Path: <>\r\nX: 2\r\nSubject: \r\nDate: today\r\n: nameless";
     const Headers headers(text);
-    EXPECT_EQ(headers._FormatHTTPHeaders(), text);
-    EXPECT_EQ(headers._FormatEmailHeaders(),
+    EXPECT_EQ(headers._FormatHTTPHeaders().Bytes(), text);
+    EXPECT_EQ(headers._FormatEmailHeaders().Bytes(),
               "Return-Path: <>\r\nReceived: 2\r\nReceived: 1\r\nDate: today\r\nSubject: \r\nFrom: me\r\n"
               "To: a, b\r\nCC: c\r\nX: 1\r\nX: 2\r\n: nameless");
 }
