@@ -4,6 +4,7 @@
 // served by a script. It ends with its scope, whatever the script or the client does.
 #pragma once
 
+#include <arpa/inet.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
