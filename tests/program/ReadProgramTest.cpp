@@ -34,72 +34,58 @@ TEST(ReadProgram, ReadsAWholeScript) {
         "\xEF\xBB\xBF# the morning show\r\n"
         "program: Morning Drive\r\nstation:\tRadio Sample\r\nband: 80.0 # FM\r\n"
         "personality: Alex Parker\r\nMODE: songs 5\r\n\r\n"
-        "opening: 0, say Good morning, this is [[station]], [[band]].\r\n"
-        "opening: 0, play [[iTunes]]\r\n"
-        "Opening: 1, play Sounds/morning.aiff\r\nopening:1,wait\t3\r\n"
-        "intro: 0, say Next.\r\nintrow: 0, say Hm.\r\njingle: 2, play Sounds/jingles\r\nending: 0, say That "
-        "was it.");
+        "opening: 0, say Good morning, this is [[station]].\r\nopening: 0, play [[iTunes]]\r\n"
+        "Opening: 1, play Sounds/a.aiff\r\nopening:1,wait\t3\r\n"
+        "intro: 0, say Next.\r\nintrow: 0, say Hm.\r\njingle: 2, play x\r\nending: 0, say Bye.");
     auto& w = show.window;
-    EXPECT_EQ(w.program.Bytes(), "Morning Drive");
-    EXPECT_EQ(w.station.Bytes(), "Radio Sample");
-    EXPECT_EQ(w.band.Bytes(), "80.0");
-    EXPECT_EQ(w.personality.Bytes(), "Alex Parker");
-    EXPECT_EQ(w.mode.Bytes(), "songs 5");
+    EXPECT_EQ(w.program.Bytes() + "|" + w.station.Bytes() + "|" + w.band.Bytes(),
+              "Morning Drive|Radio Sample|80.0");
+    EXPECT_EQ(w.personality.Bytes() + "|" + w.mode.Bytes(), "Alex Parker|songs 5");
     EXPECT_FALSE(w.isJapaneseOn);
-    EXPECT_EQ(Variant(w.opening, 0), "say Good morning, this is [[station]], [[band]].|play [[iTunes]]");
-    EXPECT_EQ(Variant(w.opening, 1), "play Sounds/morning.aiff|wait 3");
-    EXPECT_EQ(Variant(w.intro, 0), "say Next.");
-    EXPECT_EQ(Variant(w.IntroW, 0), "say Hm.");
-    EXPECT_EQ(Variant(w.jingle, 2), "play Sounds/jingles");
-    EXPECT_EQ(Variant(w.ending, 0), "say That was it.");
+    EXPECT_EQ(Variant(w.opening, 0), "say Good morning, this is [[station]].|play [[iTunes]]");
+    EXPECT_EQ(Variant(w.opening, 1), "play Sounds/a.aiff|wait 3");
+    EXPECT_EQ(Variant(w.intro, 0) + Variant(w.IntroW, 0) + Variant(w.jingle, 2) + Variant(w.ending, 0),
+              "say Next.say Hm.play xsay Bye.");
     EXPECT_EQ(w.openingCount, 1);
     EXPECT_EQ(w.jingleCount, 2);
 }
 
 TEST(ReadProgram, KeysCountAnywhereAndTheCutTakesTheFront) {
     const struct {
-        const char* what;
         const char* line;
-        const char* opening0;
-        const char* intro0;
-        const char* station;
-        int openingCount;
-        int endingCount;
+        const char* opening;
+        const char* intro = "";
+        const char* station = "";
+        int count = 0;
     } cases[] = {
-        {"a header key within a block line", "intro: 0, say Today on the station: sunshine", "",
-         "say Today on the station: sunshine", "sunshine", 7, 7},
-        {"a comment sets nothing", "intro: 0, say Hi # station: no", "", "say Hi", "", 7, 7},
-        {"a later key sees the cut line", "opening: 0, say The ending: bye", "say The ending: bye", "", "", 0,
-         0},
-        {"a key that doesn't begin the line", "x opening: 2, say Hi", "say Hi", "", "", 0, 7},
-        {"no comma", "opening: 3 say Hi", "", "", "", 3, 7},
-        {"the first comma stands in the text", "opening: say Hi, there", "there", "", "", 0, 7},
-        {"number and comma only", "opening: 4,", "", "", "", 4, 7},
-        {"commas behind the first", "opening: 0, say a, b, c", "say a, b, c", "", "", 0, 7},
-        {"a fraction", "opening: 0.9, say Hi", "say Hi", "", "", 0, 7},
+        {"intro: 0, say On the station: sunshine", "", "say On the station: sunshine", "sunshine", 7},
+        {"intro: 0, say Hi # station: no", "", "say Hi", "", 7},
+        {"opening: 0, say The ending: bye", "say The ending: bye"},
+        {"x opening: 2, say Hi", "say Hi"},
+        {"opening: 3 say Hi", "", "", "", 3},
+        {"opening: say Hi, there", "there"},
+        {"opening: 4,", "", "", "", 4},
+        {"opening: 0.9, say a, b", "say a, b"},
     };
     for (const auto& c : cases) {
-        TestShow show;
-        show.window.openingCount = show.window.endingCount = 7;
-        show.folder.Write("Programs/Show.txt", c.line);
+        SCOPED_TRACE(c.line);
+        TestShow show(c.line);
+        show.window.openingCount = 7;
         show.window.readProgram("Show");
-        EXPECT_EQ(Variant(show.window.opening, 0), c.opening0) << c.what;
-        EXPECT_EQ(Variant(show.window.intro, 0), c.intro0) << c.what;
-        EXPECT_EQ(Variant(show.window.ending, 0), "") << c.what;
-        EXPECT_EQ(show.window.station.Bytes(), c.station) << c.what;
-        EXPECT_EQ(show.window.openingCount, c.openingCount) << c.what;
-        EXPECT_EQ(show.window.endingCount, c.endingCount) << c.what;
+        EXPECT_EQ(Variant(show.window.opening, 0), c.opening);
+        EXPECT_EQ(Variant(show.window.intro, 0), c.intro);
+        EXPECT_EQ(Variant(show.window.ending, 0), "") << "a later key sees the cut line";
+        EXPECT_EQ(show.window.station.Bytes(), c.station);
+        EXPECT_EQ(show.window.openingCount, c.count);
     }
 }
 
 TEST(ReadProgram, PersonalityAndItsJapaneseForm) {
     Loaded show("j_personality: Haruka\npersonality: Anna Parker");
     EXPECT_TRUE(show.window.isJapaneseOn);
-    EXPECT_EQ(show.window.j_personality.Bytes(), "Haruka");
-    EXPECT_EQ(show.window.personality.Bytes(), "Anna Parker");
+    EXPECT_EQ(show.window.j_personality.Bytes() + show.window.personality.Bytes(), "HarukaAnna Parker");
     show.Load("personality: Anna Parker\nj_personality:");
-    EXPECT_EQ(show.window.personality.Bytes(), "");
-    EXPECT_EQ(show.window.j_personality.Bytes(), "");
+    EXPECT_EQ(show.window.j_personality.Bytes() + show.window.personality.Bytes(), "");
     show.Load("program: a program: b");
     EXPECT_FALSE(show.window.isJapaneseOn);
     EXPECT_EQ(show.window.program.Bytes(), "a");
@@ -130,14 +116,9 @@ TEST(ReadProgram, WhatALoadKeepsAndResets) {
 }
 
 TEST(ReadProgram, BadFiles) {
-    TestShow show("opening: 0, say a\nintro: 0, say b");
+    TestShow show;
     auto& w = show.window;
-    w.readProgram("Show");
-    w.readProgram("Gone");
-    EXPECT_EQ(show.host.Messages(), (std::vector<std::string>{"番組ファイル：Gone.txt がありません"}));
-    EXPECT_EQ(Variant(w.opening, 0), "");
-
-    for (const char* number : {"99", "-1", "11", "1e99"}) {
+    for (const char* number : {"-1", "11", "1e99"}) {
         show.folder.Write("Programs/Bad.txt", std::string("intro: 0, say kept\nopening: ") + number +
                                                   ", say x\nintro: 1, say lost");
         EXPECT_THROW(w.readProgram("Bad"), OutOfBoundsException) << number;
@@ -146,10 +127,6 @@ TEST(ReadProgram, BadFiles) {
     std::filesystem::create_directories(show.folder.Path() / "Programs/Folder.txt");
     EXPECT_THROW(w.readProgram("Folder"), NilObjectException);
 
-    std::string binary;
-    for (int i = 0; i < 100000; ++i) binary += static_cast<char>((i * 2654435761u) >> 13);
-    show.folder.Write("Programs/Binary.txt", binary);
-    w.readProgram("Binary");
     show.folder.Write("Programs/OneLine.txt", "opening: 0, say " + std::string(10 << 20, 'x'));
     w.readProgram("OneLine");
     EXPECT_EQ(LenB((*w.opening)(0, 0)), (10 << 20) + 4);
