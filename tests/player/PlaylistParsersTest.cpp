@@ -167,7 +167,6 @@ TEST(Spellings, TryWhatAnEntryMayMean) {
          Form::Url,
          {"caf\xE9.mp3", "caf%E9.mp3", "café.mp3"}},
         {"blanks around", " a.mp3 ", Form::Path, {" a.mp3 ", "a.mp3"}},
-        {"no NUL", "a%00.mp3", Form::Url, {"a%00.mp3"}},
     };
     for (const auto& c : cases) {
         std::vector<std::string> spellings = Spellings({c.location, c.form, {}});
@@ -186,19 +185,15 @@ TEST(ForeignText, IsReadAsWhatItIs) {
         std::string bytes;
         std::string text;
     } cases[] = {
-        {"UTF-8", "東京", "東京"},
         {"UTF-8 cut off", "東京\xE6\x9D", "東京"},
-        {"western", "Beyonc\xE9", "Beyoncé"},
         {"western, accents before letters", "C\xE9line \xC9t\xE9", "Céline Été"},
         {"western, a curly apostrophe", "Don\x92t Stop", "Don’t Stop"},
         {"Shift_JIS kana", "\x83\x65\x83\x58\x83\x67", "テスト"},
-        {"Shift_JIS kanji", "\x93\x8C\x8B\x9E", "東京"},
         {"one kanji of Shift_JIS", "\x88\xA4", "愛"},
         {"Shift_JIS and Latin letters, cut off", "Love \x82\xB3\x82\xAD\x82\xE7\x83", "Love さくら"},
         {"EUC-JP", "\xA4\xB5\xA4\xAF\xA4\xE9", "さくら"},
         {"control characters and tabs", "\x01 a\t\r\nb\x7F", "a b"},
         {"decomposed", "か\u3099", "が"},
-        {"nothing", "\t \n", ""},
     };
     for (const auto& c : cases) EXPECT_EQ(CleanLine(c.bytes), c.text) << c.name;
     for (int byte = 0x80; byte < 0x100; ++byte) {

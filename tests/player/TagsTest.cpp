@@ -1,7 +1,5 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "player/Tags.h"
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <taglib/fileref.h>
@@ -12,6 +10,7 @@
 #include <taglib/tpropertymap.h>
 
 #include "player/ForeignText.h"
+#include "player/Tags.h"
 #include "tests/player/MusicFolder.h"
 
 namespace sorakaze::player {
@@ -62,21 +61,16 @@ TEST(Tags, AreOneCleanLineEach) {
 
 TEST(Tags, LabelledLatinButWrittenElsewhere) {
     const MusicFolder folder;
-    const struct {
-        const char* name;
-        const char* bytes;
-        const char* text;
-    } cases[] = {{"Shift_JIS", "\x83\x65\x83\x58\x83\x67", "テスト"},
-                 {"UTF-8", "東京", "東京"},
-                 {"windows-1252", "Don\x92t d\xE9j\xE0", "Don’t déjà"}};
-    for (const auto& c : cases) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"\x83\x65\x83\x58\x83\x67", "テスト"}, {"東京", "東京"}, {"Don\x92t d\xE9j\xE0", "Don’t déjà"}};
+    for (const auto& [bytes, text] : cases) {
         const auto file = folder.WriteTone("a.mp3");
         TagLib::MPEG::File mp3(file.c_str());
         auto* frame = new TagLib::ID3v2::TextIdentificationFrame("TIT2", TagLib::String::Latin1);
-        frame->setText(TagLib::String(c.bytes, TagLib::String::Latin1));
+        frame->setText(TagLib::String(bytes, TagLib::String::Latin1));
         mp3.ID3v2Tag(true)->addFrame(frame);
         ASSERT_TRUE(mp3.save(TagLib::MPEG::File::ID3v2, TagLib::File::StripOthers));
-        EXPECT_EQ(ReadTags(file).title, c.text) << c.name;
+        EXPECT_EQ(ReadTags(file).title, text);
     }
 }
 
@@ -103,9 +97,8 @@ TEST(Tags, WhatIsNoSoundFileHasNone) {
 }
 
 TEST(Tags, TitleFromAName) {
-    EXPECT_EQ(TitleFromName("/x/01 A.B.mp3"), "01 A.B");
+    EXPECT_EQ(TitleFromName("/x/01 A.B\tc.mp3"), "01 A.B c");
     EXPECT_EQ(TitleFromName("/x/Vol. 2"), "Vol. 2");
-    EXPECT_EQ(TitleFromName("/x/tab\there.aiff"), "tab here");
     EXPECT_EQ(TitleFromName("/x/\x83\x65\x83\x58\x83\x67.wav"), "テスト");
 }
 
