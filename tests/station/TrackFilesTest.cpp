@@ -80,15 +80,11 @@ TEST(TrackFiles, CarryTagsAndCovers) {
 TEST(TrackFiles, PlaylistsNameThem) {
     const std::vector<int> seconds(Tracks().size(), 42);
     for (const Playlist& playlist : Playlists()) {
-        SCOPED_TRACE(playlist.file);
         EXPECT_EQ(std::string(playlist.file).find(','), std::string::npos) << "names are joined by commas";
+        if (std::string(playlist.file).ends_with(".xspf")) continue;
         const std::string text = PlaylistText(playlist, seconds);
-        for (const int place : playlist.tracks) {
-            const std::string title = fs::path(Tracks()[static_cast<std::size_t>(place)].file).stem();
-            if (!std::string(playlist.file).ends_with(".xspf")) {
-                EXPECT_THAT(text, HasSubstr(title));
-            }
-        }
+        for (const int place : playlist.tracks)
+            EXPECT_THAT(text, HasSubstr(fs::path(Tracks()[static_cast<std::size_t>(place)].file).stem()));
     }
     EXPECT_THAT(PlaylistText(Playlists().back(), seconds),
                 HasSubstr("/%E5%8D%83%E3%81%AE%E9%9A%8E%E6%AE%B5.mp3"));
