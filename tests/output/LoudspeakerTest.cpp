@@ -1,59 +1,35 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include <algorithm>
-#include <cmath>
 #include <numbers>
 
-#include "app/output/Loudspeaker.h"
 #include "tests/output/OutputTesting.h"
-#include "tests/sound/SoundTesting.h"
 
 namespace sorakaze::output {
 namespace {
 
 using namespace sound::testing;
-using namespace output::testing;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
-TEST(Loudspeaker, WithoutADeviceTheShowGoesOnInTrueTime) {
+TEST(Loudspeaker, WithoutADeviceTheShowGoesOnInTrueTimeAndTheSignalsAreLeftAlone) {
     for (const char* driver : {"dummy", "nonsense"}) {
-        SCOPED_TRACE(driver);
-        const Variable variable("SDL_AUDIODRIVER", driver);
+        setenv("SDL_AUDIODRIVER", driver, 1);
         sound::MixingEngine engine(sound::Reading::RealTime);
+        { const Loudspeaker endsAtOnce(engine); }
         const Loudspeaker loudspeaker(engine);
         EXPECT_TRUE(MixesInTrueTime(engine));
         EXPECT_FALSE(loudspeaker.IsAudible());
-        EXPECT_THAT(loudspeaker.Description(), StartsWith("no sound device: "));
-        EXPECT_THAT(loudspeaker.Description(), HasSubstr(driver));
+        EXPECT_NE(loudspeaker.Description().find(driver), std::string::npos);
         EXPECT_EQ(loudspeaker.Underruns(), 0u);
-    }
-}
-
-TEST(Loudspeaker, EndsAtOnceAndLeavesTheSignalsAlone) {
-    const Variable variable("SDL_AUDIODRIVER", "dummy");
-    for (int i = 0; i < 3; ++i) {
-        sound::MixingEngine engine(sound::Reading::RealTime);
-        const Loudspeaker loudspeaker(engine);
-        if (i < 2) continue;
-        EXPECT_TRUE(Eventually([&] { return engine.Mixed().count > 0; }));
-    }
-    for (const int number : {SIGINT, SIGTERM}) {
-        struct sigaction action {};
-        sigaction(number, nullptr, &action);
-        EXPECT_EQ(action.sa_handler, SIG_DFL);
+        for (const int number : {SIGINT, SIGTERM}) EXPECT_EQ(signal(number, SIG_DFL), SIG_DFL);
     }
 }
 
 TEST(Loudspeaker, TheDeviceGetsWhatIsMixedAndAFadeAtTheEnd) {
     const ScratchFolder scratch;
-    const auto heard = scratch / "heard.raw";
-    const Variable driver("SDL_AUDIODRIVER", "disk");
-    const Variable file("SDL_DISKAUDIOFILE", heard);
+    setenv("SDL_AUDIODRIVER", "disk", 1);
+    setenv("SDL_DISKAUDIOFILE", (scratch / "heard.raw").c_str(), 1);
     WriteSound(scratch / "tone.wav", Sine(440, 60 * sound::kSampleRate, 0.5f));
     {
         sound::MixingEngine engine(sound::Reading::RealTime);
@@ -64,9 +40,8 @@ TEST(Loudspeaker, TheDeviceGetsWhatIsMixedAndAFadeAtTheEnd) {
         const Loudspeaker loudspeaker(engine);
         ASSERT_TRUE(Eventually([&] { return voice->Position().count > sound::kSampleRate; }));
         EXPECT_TRUE(loudspeaker.IsAudible());
-        EXPECT_THAT(loudspeaker.Description(), StartsWith("disk"));
     }
-    const Samples left = Channel(ReadSamples(heard), 0);
+    const Samples left = ReadLeft(scratch / "heard.raw");
     const auto sounds = [](float sample) { return std::fabs(sample) > 0.01f; };
     const auto begin = std::find_if(left.begin(), left.end(), sounds);
     const auto end = std::find_if(left.rbegin(), left.rend(), sounds).base();

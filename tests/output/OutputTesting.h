@@ -3,37 +3,51 @@
 // What the output's tests share.
 #pragma once
 
-#include <filesystem>
-#include <functional>
-#include <optional>
-#include <string>
+#include <gtest/gtest.h>
+#include <stdlib.h>
 
-#include "app/runtime/sound/MixingEngine.h"
+#include <chrono>
+#include <cmath>
+#include <thread>
+
+#include "app/output/Loudspeaker.h"
+#include "app/output/TrueTime.h"
 #include "tests/sound/SoundTesting.h"
 
-namespace sorakaze::output::testing {
+namespace sorakaze::output {
 
-/// An environment variable, set back with its scope. No thread of an output may run at either end.
-class Variable {
-  public:
-    Variable(const char* name, const std::string& value);
-    ~Variable();
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-  private:
-    const char* name_;
-    std::optional<std::string> before_;
-};
-
-/// The float samples that a file holds, without any header.
-sound::testing::Samples ReadSamples(const std::filesystem::path& file);
+/// The left channel of the float samples that a file holds, without any header.
+inline sound::testing::Samples ReadLeft(const std::filesystem::path& file) {
+    const std::string bytes = sound::testing::ReadBytes(file);
+    const auto* first = reinterpret_cast<const float*>(bytes.data());
+    return sound::testing::Channel({first, bytes.size() / sizeof(float)}, 0);
+}
 
 /// Waits for something that happens by itself, a generous time for a busy machine. False when it never does.
-bool Eventually(const std::function<bool()>& happens);
+template <typename Condition>
+bool Eventually(Condition happens) {
+    const auto end = TrueTime::Clock::now() + std::chrono::seconds(30);
+    while (!happens()) {
+        if (TrueTime::Clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
 
 /// For two seconds and longer, the frames mixed are those that the steady clock asks for, two blocks more or
 /// less.
-bool MixesInTrueTime(const sound::MixingEngine& engine);
+inline bool MixesInTrueTime(const sound::MixingEngine& engine) {
+    const auto first = engine.Mixed();
+    if (!Eventually([&] { return engine.Mixed() > first; })) return false;
+    const auto start = TrueTime::Clock::now();
+    const auto before = engine.Mixed();
+    // On a busy machine the mixing thread may be late at a given moment, but it doesn't stay behind.
+    return Eventually([&] {
+        const std::chrono::duration<double> elapsed = TrueTime::Clock::now() - start;
+        const double due = elapsed.count() * sound::kSampleRate;
+        const double mixed = static_cast<double>((engine.Mixed() - before).count);
+        return elapsed.count() >= 2.0 && std::fabs(mixed - due) <= 2.0 * TrueTime::kBlock;
+    });
+}
 
-}  // namespace sorakaze::output::testing
+}  // namespace sorakaze::output
