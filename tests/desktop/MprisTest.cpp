@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
 
 #include "app/desktop/Mpris.h"
-#include "tests/desktop/PrivateBus.h"
 #include "tests/desktop/RunUntil.h"
 
 namespace sorakaze::desktop {
@@ -17,9 +20,75 @@ namespace {
 constexpr char kRoot[] = "org.mpris.MediaPlayer2";
 constexpr char kPlayer[] = "org.mpris.MediaPlayer2.Player";
 
+constexpr char kPath[] = "/org/mpris/MediaPlayer2";
+constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
+
 QVariantMap Map(const QVariant& value) {
     return qdbus_cast<QVariantMap>(value);
 }
+
+/// A message bus of the test's own, in place of the session bus. A process keeps the address that it has once
+/// read, so all buses of a run, one after the other, have the same.
+struct PrivateBus {
+    PrivateBus() {
+        static const QTemporaryDir folder;
+        const QString socket = folder.filePath("bus");
+        QFile::remove(socket);
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QFile::encodeName(socket));
+        daemon.start("dbus-daemon", {"--session", "--address=unix:path=" + socket, "--print-address",
+                                     "--nofork", "--nopidfile"});
+        while (!daemon.canReadLine() && daemon.waitForReadyRead()) continue;
+    }
+    ~PrivateBus() { Kill(); }
+    /// The bus dies at once, as with the end of a session.
+    void Kill() {
+        daemon.kill();
+        daemon.waitForFinished();
+    }
+
+    QProcess daemon;
+};
+
+/// Another program on the bus: a panel, or the keyboard's media keys.
+class Panel : public QObject {
+    Q_OBJECT
+
+  public:
+    Panel() {
+        EXPECT_TRUE(connection.isConnected()) << "dbus-daemon is needed";
+        connection.connect(QString(), kPath, kProperties, "PropertiesChanged", this,
+                           SLOT(Note(QString, QVariantMap, QStringList)));
+    }
+    ~Panel() override { QDBusConnection::disconnectFromBus("panel"); }
+
+    /// The answer, error or not. Changes that were announced before it have come when it returns.
+    QDBusMessage Call(const QString& interface, const QString& method, const QVariantList& arguments = {}) {
+        QDBusMessage message = QDBusMessage::createMethodCall(service, kPath, interface, method);
+        message.setArguments(arguments);
+        // The player answers on this very thread, so that waiting for it means running its events.
+        const QDBusPendingCallWatcher answer(connection.asyncCall(message));
+        EXPECT_TRUE(RunUntil([&] { return answer.isFinished(); })) << "no answer";
+        QCoreApplication::processEvents();
+        return answer.reply();
+    }
+    QVariantMap Properties(const QString& interface) {
+        return Map(Call(kProperties, "GetAll", {interface}).arguments().value(0));
+    }
+    /// The names of media players that are on the bus.
+    QStringList Players() {
+        return connection.interface()->registeredServiceNames().value().filter("org.mpris.MediaPlayer2.");
+    }
+
+    QString service = "org.mpris.MediaPlayer2.sorakaze";
+    QDBusConnection connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "panel");
+    /// What was announced since somebody took it: the interface and the values.
+    std::vector<std::pair<QString, QVariantMap>> changes;
+
+  private slots:
+    void Note(const QString& interface, const QVariantMap& values, const QStringList&) {
+        changes.emplace_back(interface, values);
+    }
+};
 
 /// A station whose button does what it says, and a panel that looks at it.
 struct MprisTest : testing::Test {
@@ -48,71 +117,31 @@ struct MprisTest : testing::Test {
     Panel panel;
 };
 
-TEST_F(MprisTest, ShowsAStationThatCanOnlyBeSwitchedOnAndOff) {
-    const QVariantMap root = panel.Properties(kRoot);
-    EXPECT_EQ(root.value("Identity"), "Sorakaze");
-    EXPECT_EQ(root.value("DesktopEntry"), "sorakaze");
-    EXPECT_EQ(root.value("CanQuit"), true);
-    EXPECT_EQ(root.value("CanRaise"), true);
-    EXPECT_EQ(root.value("HasTrackList"), false);
-    EXPECT_EQ(root.value("SupportedUriSchemes"), QStringList());
-    EXPECT_EQ(root.value("SupportedMimeTypes"), QStringList());
-
-    const QVariantMap player = panel.Properties(kPlayer);
-    EXPECT_EQ(player.value("PlaybackStatus"), "Stopped");
-    EXPECT_EQ(player.value("CanPlay"), true);
-    EXPECT_EQ(player.value("CanControl"), true);
-    for (const char* never : {"CanPause", "CanSeek", "CanGoNext", "CanGoPrevious"})
-        EXPECT_EQ(player.value(never), false) << never;
-    for (const char* one : {"Rate", "MinimumRate", "MaximumRate", "Volume"})
-        EXPECT_EQ(player.value(one), 1.0) << one;
-    EXPECT_EQ(player.value("Position"), QVariant(0LL));
-    EXPECT_TRUE(Map(player.value("Metadata")).isEmpty());
-}
-
-TEST_F(MprisTest, TheMediaKeyIsTheButtonAndPlayAndStopKnowTheState) {
-    panel.Call(kPlayer, "PlayPause");
-    EXPECT_EQ(Presses(), 1);
+TEST_F(MprisTest, TheMediaKeyIsTheButtonAndPlayAndStopKnowTheStateEvenBeforeItShows) {
+    const auto press = [&](const char* method, int expected, const char* why) {
+        panel.Call(kPlayer, method);
+        EXPECT_EQ(Presses(), expected) << method << ": " << why;
+    };
+    press("PlayPause", 1, "the button");
     EXPECT_EQ(Status(), "Playing");
-    panel.Call(kPlayer, "Play");
-    EXPECT_EQ(Presses(), 1) << "on the air already";
-    panel.Call(kPlayer, "Stop");
-    EXPECT_EQ(Presses(), 2);
-    panel.Call(kPlayer, "Stop");
-    EXPECT_EQ(Presses(), 2) << "off the air already";
-    panel.Call(kPlayer, "Play");
-    EXPECT_EQ(Presses(), 3);
-
-    for (const char* method : {"Pause", "Next", "Previous"}) panel.Call(kPlayer, method);
-    panel.Call(kPlayer, "Seek", {QVariant(1'000'000LL)});
-    panel.Call("org.freedesktop.DBus.Properties", "Set",
-               {kPlayer, "Volume", QVariant::fromValue(QDBusVariant(0.2))});
-    const QDBusMessage opened = panel.Call(kPlayer, "OpenUri", {"file:///tmp/a.mp3"});
-    EXPECT_EQ(opened.errorName(), "org.freedesktop.DBus.Error.NotSupported");
-    EXPECT_EQ(Presses(), 3);
-    EXPECT_EQ(panel.Properties(kPlayer).value("Volume"), 1.0);
-
+    press("Play", 1, "on the air already");
+    press("Stop", 2, "the button");
+    press("Stop", 2, "off the air already");
+    for (const char* never : {"Pause", "Next", "Previous"}) press(never, 2, "a station has no such thing");
+    delayed = true;
+    press("Play", 3, "the button");
+    press("Play", 3, "the start is still to come");
+    press("Stop", 4, "the button");
+    press("Stop", 4, "a second stop would be a start");
+    now.onAir = true;
+    mpris.Update(now);
+    press("Stop", 4, "the stop is still to come");
+    now.onAir = false;
+    mpris.Update(now);
+    press("Play", 5, "the button");
     panel.Call(kRoot, "Raise");
     panel.Call(kRoot, "Quit");
     EXPECT_TRUE(RunUntil([&] { return raises == 1 && quits == 1; }));
-}
-
-TEST_F(MprisTest, APressThatTakesItsTimeIsNotRepeated) {
-    delayed = true;
-    panel.Call(kPlayer, "Play");
-    panel.Call(kPlayer, "Play");
-    EXPECT_EQ(Presses(), 1);
-    panel.Call(kPlayer, "Stop");
-    panel.Call(kPlayer, "Stop");
-    EXPECT_EQ(Presses(), 2) << "a second stop would be a start";
-    now.onAir = true;
-    mpris.Update(now);
-    panel.Call(kPlayer, "Stop");
-    EXPECT_EQ(Presses(), 2) << "the stop is still to come";
-    now.onAir = false;
-    mpris.Update(now);
-    panel.Call(kPlayer, "Play");
-    EXPECT_EQ(Presses(), 3);
 }
 
 TEST_F(MprisTest, ACallIsAnsweredBeforeItIsCarriedOut) {
@@ -135,13 +164,13 @@ TEST_F(MprisTest, AnnouncesExactlyWhatChanged) {
         mpris.Update(now);
         panel.Properties(kRoot);
         std::vector<std::pair<QString, QStringList>> seen;
-        for (const auto& [interface, values] : panel.Changes()) seen.emplace_back(interface, values.keys());
+        for (const auto& [interface, values] : std::exchange(panel.changes, {}))
+            seen.emplace_back(interface, values.keys());
         EXPECT_EQ(seen, expected) << change;
     };
     expect("nothing", {});
     now.onAir = true;
     expect("on air", {{kPlayer, {"PlaybackStatus"}}});
-    expect("nothing again", {});
     now.station = "Sorakaze";
     expect("the name it had", {});
     now.station = "Radio 空";
@@ -150,8 +179,6 @@ TEST_F(MprisTest, AnnouncesExactlyWhatChanged) {
     expect("a title without a track", {});
     now.number = 1;
     expect("track", {{kPlayer, {"Metadata"}}});
-    now.album = "other";
-    expect("album", {{kPlayer, {"Metadata"}}});
     now = {};
     expect("all", {{kRoot, {"Identity"}}, {kPlayer, {"Metadata", "PlaybackStatus"}}});
 }
@@ -165,9 +192,6 @@ TEST_F(MprisTest, TheTrackGoesOutInTheTypesThatPanelsExpect) {
     EXPECT_EQ(shown.value("xesam:title"), now.title);
     EXPECT_EQ(shown.value("xesam:artist"), QStringList{now.artist});
     EXPECT_EQ(shown.value("xesam:url"), "file:///music/a%20b/%C3%BC%231%3F%25.flac");
-    const std::vector<Panel::Change> changes = panel.Changes();
-    ASSERT_EQ(changes.size(), 1u);
-    EXPECT_EQ(Map(changes[0].values.value("Metadata")), shown);
 
     // What no bus carries as text must not cost the connection.
     now.title = QString(QChar(0xd800)) + QChar(0) + QChar(0xffff) + "end";
@@ -187,32 +211,25 @@ TEST_F(MprisTest, ASecondStationHasANameOfItsOwnAndGivesItBack) {
     EXPECT_TRUE(RunUntil([&] { return panel.Players() == QStringList{taken}; }));
 }
 
-TEST_F(MprisTest, ABusThatGoesAwayDoesNoHarm) {
+TEST_F(MprisTest, WithoutABusNothingHappens) {
     bus.Kill();
     now.onAir = true;
     mpris.Update(now);
-    const QDBusConnection watched("panel");
-    EXPECT_TRUE(RunUntil([&] { return !watched.isConnected(); }));
+    EXPECT_TRUE(RunUntil([&] { return !panel.connection.isConnected(); }));
     now.number = 3;
     mpris.Update(now);
-}
 
-TEST(MprisAlone, NothingHappensWithoutABus) {
     static int messages = 0;
-    const QtMessageHandler before =
+    const auto before =
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++messages; });
     const QTemporaryDir empty;
-    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR"), dead = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(empty.path()));
-    PrivateBus().Kill();
-    const QByteArray dead = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     for (const QByteArray& address : {QByteArray(), dead, QByteArray("autolaunch:")}) {
         qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-        Mpris mpris({});
-        mpris.Update({true, "Radio", 1, "t", "a", "b", "/c"});
+        Mpris({}).Update({true, "Radio", 1, "t", "a", "b", "/c"});
         QCoreApplication::processEvents();
     }
-    PrivateBus::SetEnvironment();
     qputenv("XDG_RUNTIME_DIR", runtime);
     qInstallMessageHandler(before);
     EXPECT_EQ(messages, 0);
@@ -220,3 +237,5 @@ TEST(MprisAlone, NothingHappensWithoutABus) {
 
 }  // namespace
 }  // namespace sorakaze::desktop
+
+#include "MprisTest.moc"
