@@ -104,7 +104,7 @@ TEST(Attack, TheRealHomeIsOutOfReach) {
     const Scratch scratch;
     for (const auto& [name, most] : kForces) {
         const Under under(most);
-        EXPECT_EQ(scratch.Run("mktemp '" + home + "/XXX'; ls -A ~root '" + home + "'").output, "") << name;
+        EXPECT_EQ(scratch.Run("mktemp '" + home + "/XXXXXX'; ls -A ~root '" + home + "'").output, "") << name;
     }
 }
 
