@@ -67,16 +67,17 @@ std::optional<std::string> PercentDecoded(std::string_view text) {
     return decoded;
 }
 
+bool TakeEdition(std::string_view& target, Edition& edition) {
+    edition = TakePrefix(target, "ja") ? Edition::Japanese : Edition::English;
+    return edition == Edition::Japanese || TakePrefix(target, "en");
+}
+
 }  // namespace
 
 std::optional<Search> ParseSearch(std::string_view target) {
     if (!TakePrefix(target, "/search?hl=")) return {};
     Search search;
-    if (TakePrefix(target, "ja&q=")) {
-        search.edition = Edition::Japanese;
-    } else if (!TakePrefix(target, "en&q=")) {
-        return {};
-    }
+    if (!TakeEdition(target, search.edition) || !TakePrefix(target, "&q=")) return {};
     const std::size_t end = target.rfind("&btnI=");
     if (end == target.npos) return {};
     target = target.substr(0, end);
@@ -90,11 +91,7 @@ std::optional<Search> ParseSearch(std::string_view target) {
 std::optional<ArticleAddress> ParseArticleAddress(std::string_view target) {
     if (!TakePrefix(target, "/wiki/")) return {};
     ArticleAddress address;
-    if (TakePrefix(target, "ja/")) {
-        address.edition = Edition::Japanese;
-    } else if (!TakePrefix(target, "en/")) {
-        return {};
-    }
+    if (!TakeEdition(target, address.edition) || !TakePrefix(target, "/")) return {};
     auto title = PercentDecoded(target);
     if (!title || !IsTitle(*title)) return {};
     address.title = std::move(*title);
