@@ -9,6 +9,7 @@
 #include <optional>
 #include <utility>
 
+#include "app/runtime/Utf8.h"
 #include "speech/say/JapaneseNumbers.h"
 
 namespace sorakaze::speech {
@@ -19,13 +20,7 @@ using Language = SpokenPart::Language;
 
 /// The character at the front of valid UTF-8, and its length; an odd byte is a character of its own.
 std::pair<char32_t, std::size_t> Front(std::string_view text) {
-    const auto lead = static_cast<unsigned char>(text.front());
-    const std::size_t size = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (size == 1 || lead < 0xC0 || size > text.size()) return {lead, 1};
-    char32_t character = lead & (0xFFU >> (size + 1));
-    for (std::size_t i = 1; i < size; ++i) {
-        character = (character << 6U) | (static_cast<unsigned char>(text[i]) & 0x3FU);
-    }
+    const auto [character, size] = utf8::Read(text, 0);
     return {character, size};
 }
 
