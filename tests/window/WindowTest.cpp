@@ -72,7 +72,12 @@ struct TestDesktop {
 TEST(Window, StandsAsItShouldAndGoesBothWays) {
     TestDesktop desktop;
     EXPECT_EQ(desktop.view.minimumSize(), desktop.view.maximumSize()) << "not to be resized";
+    EXPECT_EQ(desktop.view.size(), QSize(416, 147));
     EXPECT_EQ(desktop.menu.geometry(), QRect(121, 13, 275, 20));
+    EXPECT_EQ(desktop.view.findChild<QComboBox*>("playlistMenu")->geometry(), QRect(121, 44, 275, 20));
+    EXPECT_EQ(desktop.slider.geometry(), QRect(121, 79, 234, 16));
+    EXPECT_EQ(desktop.button.geometry(), QRect(316, 107, 80, 20));
+    EXPECT_EQ(desktop.view.findChildren<QLabel*>(Qt::FindDirectChildrenOnly).size(), 4);
     EXPECT_EQ(desktop.menu.currentText(), "Show");
     EXPECT_EQ(desktop.menu.accessibleName(), "番組タイトル");
     for (const QLabel* label : desktop.view.findChildren<QLabel*>(Qt::FindDirectChildrenOnly))
