@@ -96,12 +96,12 @@ class Recorder:
         while data := os.read(self.process.stdout.fileno(), 4096):
             self.chunks.put((time.time(), array.array("h", data[:len(data) // 2 * 2])))
 
-    def hear(self):
-        """Waits for a sound and for 0.3 seconds of silence behind it: when it began, how long it was, and its level in dB;
-        None where nothing is heard. A machine that is short of time may punch holes into it."""
+    def hear(self, silence=0.3):
+        """Waits for a sound and for `silence` seconds behind it: when it began, how long it was without its pauses, and its
+        level in dB; None where nothing is heard. A machine that is short of time may punch holes into it."""
         end = time.time() + PATIENCE
         began, levels, quiet = None, [], 0
-        while quiet < 0.3 and time.time() < end:
+        while quiet < silence and time.time() < end:
             try:
                 when, samples = self.chunks.get(timeout=0.5)
             except queue.Empty:
