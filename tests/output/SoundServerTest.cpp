@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The loudspeaker on a real sound server that comes, dies and hangs.
-#include <algorithm>
+#include <cmath>
 
 #include "tests/output/OutputTesting.h"
 #include "tests/support/Program.h"
@@ -38,22 +38,20 @@ struct OnAServer : testing::Test {
     static bool Audible(const Loudspeaker& loudspeaker, bool audible = true) {
         return Eventually([&] { return loudspeaker.IsAudible() == audible; });
     }
-    /// On a recorder behind the server, for half a second.
+    /// On a recorder behind the server, half a second that holds nothing but the tone. There are others: the
+    /// swell, and holes where the machine is short of time.
     void ExpectTone() {
         const test::Program recorder({"parec", "--device=test.monitor", "--raw", "--format=float32le",
                                       "--rate=48000", "--channels=2", "--latency-msec=50"},
                                      scratch / "recording");
-        // The first tenth of a second may hold the swell.
-        ASSERT_TRUE(Eventually([&] {
+        Tone tone{};
+        EXPECT_TRUE(Eventually([&] {
             const Samples left = ReadLeft(scratch / "recording");
-            const auto begin =
-                std::find_if(left.begin(), left.end(), [](float sample) { return std::fabs(sample) > 0.1f; });
-            if (left.end() - begin < 4800 + 24000) return false;
-            const Tone tone = MeasureTone(std::span(begin + 4800, 24000), 440);
-            EXPECT_NEAR(tone.amplitude, 0.5, 0.02);
-            EXPECT_GT(tone.purity, 50);
-            return true;
-        })) << "nothing is heard";
+            if (left.size() < 24000) return false;
+            tone = MeasureTone(std::span(left).last(24000), 440);
+            return std::fabs(tone.amplitude - 0.5) < 0.02 && tone.purity > 50;
+        })) << tone.amplitude
+            << ", and times as strong as all else: " << tone.purity;
     }
 
     const ScratchFolder scratch;
