@@ -8,12 +8,9 @@
 #include <vector>
 
 #include "gateway/Edition.h"
+#include "gateway/ParagraphText.h"  // the marks of bold that paragraphs hold
 
 namespace sorakaze::gateway {
-
-/// Around what stands in bold in a paragraph's text; no page holds them.
-inline constexpr char kBoldBegins = '\x01';
-inline constexpr char kBoldEnds = '\x02';
 
 /// What the paragraph calls its subject before it says what that is: all that is bold, and what the first
 /// brackets hold, which is where the spelling in other scripts stands. What is bold later is as often a
