@@ -96,7 +96,7 @@ class Recorder:
         while data := os.read(self.process.stdout.fileno(), 4096):
             self.chunks.put((time.time(), array.array("h", data[:len(data) // 2 * 2])))
 
-    def hear(self, silence=0.3):
+    def hear(self, silence=0.5):
         """Waits for a sound and for `silence` seconds behind it: when it began, how long it was without its pauses, and its
         level in dB; None where nothing is heard. A machine that is short of time may punch holes into it."""
         end = time.time() + PATIENCE
