@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <cstdlib>
+
+#include "player/ForeignText.h"
 #include "player/PlaylistNames.h"
 #include "player/UserMusicFolder.h"
-#include "tests/player/FuzzEntries.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     using namespace sorakaze::player;

@@ -17,7 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using namespace std::chrono_literals;
 
 class MusicLibraryTest : public ::testing::Test {
@@ -96,39 +95,81 @@ TEST_F(MusicLibraryTest, PlaylistsAreNamedSortedAndDistinct) {
 }
 
 TEST_F(MusicLibraryTest, EntriesFindTheirFiles) {
-    for (const char* name :
-         {"x/plain.mp3", "x/with space.mp3", "x/100%25.mp3", "Björk.mp3", "x/caf\xE9.mp3", "x/が.mp3"}) {
+    for (const char* name : {"x/plain.mp3", "x/with space.mp3", "x/100%25.mp3", "x/100%.mp3", "Björk.mp3",
+                             "x/caf\xE9.mp3", "x/が.mp3", "x/cafe\u0301s.mp3"}) {
         music_.Write(name);
     }
-    music_.Write("lists/all.m3u",
-                 "../x/plain.mp3\n..\\x\\plain.mp3\n../x/with%20space.mp3\n../x/100%25.mp3\n../Bj\xF6rk.mp3\n"
-                 "../x/caf\xE9.mp3\n../x/か\u3099.mp3\n../x/gone.mp3\n" +
-                     (music_ / "x/plain.mp3").string() + "\n/Volumes/Old/x/plain.mp3\n");
+    const std::string root = music_.Path();
+    const std::pair<std::string, std::string> entries[] = {
+        {"../x/plain.mp3", "x/plain.mp3"},
+        {" " + root + "/x/plain.mp3 ", "x/plain.mp3"},
+        {"..\\x\\plain.mp3", "x/plain.mp3"},
+        {"../x/with%20space.mp3", "x/with space.mp3"},
+        {"../x/100%25.mp3", "x/100%25.mp3"},
+        {"file://" + root + "/x/100%25.mp3", "x/100%.mp3"},
+        {"file://" + root + "/x/caf%E9.mp3", "x/caf\xE9.mp3"},
+        {"../Bj\xF6rk.mp3", "Björk.mp3"},
+        {"../x/caf\xE9.mp3", "x/caf\xE9.mp3"},
+        {"../x/caf\xE9s.mp3", "x/cafe\u0301s.mp3"},
+        {"../x/か\u3099.mp3", "x/が.mp3"},
+        {"../x/gone.mp3", "x/gone.mp3"},
+        {"/Volumes/Old/x/plain.mp3", "../../Volumes/Old/x/plain.mp3"},
+    };
+    std::string list;
+    std::vector<std::string> files;
+    for (const auto& [entry, file] : entries) {
+        list += entry + '\n';
+        files.push_back(file);
+    }
+    music_.Write("lists/all.m3u", list);
     music_.Write("moved.m3u", "C:\\Users\\me\\Music\\x\\plain.mp3\nfile:///Users/me/x/with%20space.mp3\n");
     const auto library = Open();
-    EXPECT_THAT(Tracks(*library, "all"),
-                ElementsAre("x/plain.mp3", "x/plain.mp3", "x/with space.mp3", "x/100%25.mp3", "Björk.mp3",
-                            "x/caf\xE9.mp3", "x/が.mp3", "x/gone.mp3", "x/plain.mp3",
-                            "../../Volumes/Old/x/plain.mp3"));
+    EXPECT_EQ(Tracks(*library, "all"), files);
     EXPECT_THAT(Tracks(*library, "moved"), ElementsAre("x/plain.mp3", "x/with space.mp3"));
 }
 
-std::string LibraryXml(const std::vector<std::pair<std::string, int>>& playlists) {
+std::string Track(int id, const std::string& more) {
+    return "<dict><key>Track ID</key><integer>" + std::to_string(id) + "</integer>" + more + "</dict>";
+}
+std::string List(const std::string& name, const std::string& more, std::initializer_list<int> tracks) {
     std::string xml =
-        "<plist><dict><key>Tracks</key><dict><key>1</key><dict><key>Track ID</key><integer>1</integer>"
-        "<key>Name</key><string>One</string><key>Location</key><string>file:///Users/x/1.mp3</string>"
-        "</dict></dict><key>Playlists</key><array>";
-    for (const auto& [name, tracks] : playlists) {
-        xml += "<dict><key>Name</key><string>" + name + "</string><key>Playlist Items</key><array>";
-        for (int i = 0; i < tracks; ++i) xml += "<dict><key>Track ID</key><integer>1</integer></dict>";
-        xml += "</array></dict>";
-    }
-    return xml + "</array></dict></plist>";
+        "<dict><key>Name</key><string>" + name + "</string>" + more + "<key>Playlist Items</key><array>";
+    for (const int id : tracks) xml += Track(id, "");
+    return xml + "</array></dict>";
+}
+std::string LibraryXml(const std::string& lists) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//x\" \"http://h/x.dtd\">\n"
+           "<plist "
+           "version=\"1.0\"><dict><key>Version</key><integer>1</integer><key>Tracks</key><dict><key>7</key>" +
+           Track(7,
+                 "<key>Name</key><string>A &#38; B</string><key>Artist</key><string>東京</string>"
+                 "<key>Sort Artist</key><string>Tokyo</string><key>Compilation</key><true/>"
+                 "<key>Location</key><string>file://localhost/Users/me/a%20b.mp3</string>") +
+           "<key>8</key>" + Track(8, "<key>Location</key><string>http://h/stream</string>") + "<key>9</key>" +
+           Track(9, "<key>Name</key><string>In the cloud</string>") + "</dict><key>Playlists</key><array>" +
+           lists + "</array></dict></plist>";
+}
+
+TEST_F(MusicLibraryTest, AnExportedLibraryGivesTheUsersOwnLists) {
+    music_.Write("lib.xml",
+                 LibraryXml(List("All", "<key>Master</key><true/><key>Visible</key><true/>", {7}) +
+                            List("Hidden", "<key>Visible</key><false/>", {7}) +
+                            List("Films", "<key>Distinguished Kind</key><integer>2</integer>", {7}) +
+                            List("Folder", "<key>Folder</key><true/>", {7}) +
+                            List("Smart", "<key>Smart Info</key><data>AAA=</data>", {7, 7}) +
+                            List("Mine", "", {9, 8, 7, 99})));
+    const auto library = Open();
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "Mine", "Smart"));
+    EXPECT_EQ(library->Count("Smart"), 2);
+    EXPECT_EQ(library->Count("Mine"), 1);
+    EXPECT_EQ(library->Find("Mine", 1)->text.Record(), "A & B\t東京\t\t\tTokyo\t");
+    EXPECT_EQ(library->Find("Mine", 1)->path, "/Users/me/a b.mp3");
 }
 
 TEST_F(MusicLibraryTest, EditsCountFromTheNextCall) {
     const fs::path list = music_.Write("list.m3u", "a.mp3\n");
-    const fs::path xml = music_.Write("lib.xml", LibraryXml({{"Twice", 1}, {"Twice", 2}}));
+    const fs::path xml =
+        music_.Write("lib.xml", LibraryXml(List("Twice", "", {7}) + List("Twice", "", {7, 7})));
     const auto library = Open();
     EXPECT_THAT(Tracks(*library, "list"), ElementsAre("a.mp3"));
     music_.Write("list.m3u", "b.mp3\n");
@@ -138,8 +179,7 @@ TEST_F(MusicLibraryTest, EditsCountFromTheNextCall) {
 
     EXPECT_EQ(library->Count("Twice"), 1);
     EXPECT_EQ(library->Count("Twice 2"), 2);
-    EXPECT_EQ(library->Find("Twice 2", 2)->text.title, "One");
-    music_.Write("lib.xml", LibraryXml({{"Twice", 3}, {"New", 1}}));
+    music_.Write("lib.xml", LibraryXml(List("Twice", "", {7, 7, 7}) + List("New", "", {7})));
     EXPECT_EQ(library->Count("Twice"), 3);
     EXPECT_EQ(library->Count("Twice 2"), 0);
     now_ += 1s;
