@@ -20,16 +20,6 @@ namespace {
 
 using Connection = ScriptedServer::Connection;
 
-/// A clock that a test sets by hand.
-struct HandClock final : Clock {
-    TickCount Tick() const override { return tick; }
-    std::chrono::nanoseconds Now() const override { return TimeOfTick(tick); }
-    bool IsDriven() const override { return false; }
-    void Advance() noexcept override {}
-
-    std::atomic<TickCount> tick{0};
-};
-
 /// Events of the socket are fired until the condition is false.
 void PollWhile(SocketCore& socket, FunctionRef<bool()> condition) {
     const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
@@ -139,57 +129,6 @@ TEST(Client, AnswersChallengesAndHandlesEventsInOneWait) {
     EXPECT_EQ(client.events, "proxy:p server:w proxy:p server:w ");
     EXPECT_EQ(client.HTTPStatusCode(), 401);
     EXPECT_EQ(client.ErrorCode(), 0);
-}
-
-TEST(Client, WaitsAsLongAsThereAreSignsOfLife) {
-    constexpr std::int32_t kSeconds = 30;
-    constexpr TickCount kTicks = kSeconds * kTicksPerSecond;
-    auto* const clock = new HandClock();
-    TestRuntime runtime{std::unique_ptr<Clock>(clock)};
-    std::promise<void> sendMore;
-    ScriptedServer server([&sendMore](Connection& connection) {
-        connection.ReadRequest();
-        connection.Send("HTTP/1.0 200 OK\r\n\r\na");
-        sendMore.get_future().wait();
-        connection.Send("b");
-        connection.WaitForClose();
-    });
-    Client client;
-    Thread thread;
-    const auto begin = [&thread](std::function<void()> wait) {
-        thread.RunEvent = std::move(wait);
-        thread.Run();
-    };
-    /// Whether the wait goes on when it has seen that so much time has passed.
-    const auto runsBehind = [&](TickCount ticks) {
-        clock->tick += ticks;
-        for (int turn = 0; turn < 3; ++turn) {
-            runtime.runtime.Threads().Notify();
-            Yield();
-        }
-        return thread.State() == Thread::kRunning;
-    };
-    begin([&] { EXPECT_EQ(client.Get(server.Url(), kSeconds), "ab"); });
-    WaitWhile([&] { return client.PageLength() < 1; });
-    EXPECT_TRUE(runsBehind(kTicks - 1));
-    sendMore.set_value();
-    WaitWhile([&] { return client.PageLength() < 2; });
-    EXPECT_TRUE(runsBehind(kTicks));
-    EXPECT_FALSE(runsBehind(1));
-    EXPECT_EQ(client.ErrorCode(), -1);
-    EXPECT_FALSE(client.IsConnected());
-
-    // A folder can't be written to; the wait forgets that it knew, and waits for a page that can't come.
-    const auto folder = std::make_shared<FolderItem>(runtime.folder.Path());
-    for (const std::int32_t seconds : {kSeconds, 0}) {
-        begin([&] { EXPECT_FALSE(client.Get("", folder, seconds)); });
-        EXPECT_TRUE(runsBehind(0));
-        EXPECT_EQ(client.ErrorCode(), 0);
-        EXPECT_TRUE(runsBehind(kTicks));
-        EXPECT_EQ(runsBehind(1), seconds == 0);
-    }
-    thread.Kill();
-    runsBehind(0);
 }
 
 TEST(Client, AHandlerMayEndOrReplaceItsRequest) {

@@ -4,8 +4,11 @@
 // to it.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "http/HTTPSocket.h"
@@ -98,6 +101,27 @@ class Client : public HTTPSocket {
             std::exchange(act, {})();
         }
     }
+};
+
+/// One that isn't ended by its own events, and counts what comes of a server.
+struct WatchedClient : Client {
+    WatchedClient() { Yield = true; }
+    void Event_Connected() override {
+        ++attempts;
+        HTTPSocket::Event_Connected();
+    }
+    void Event_DataAvailable() override {
+        HTTPSocket::Event_DataAvailable();
+        ++pieces;
+    }
+    /// On a server's thread: waits until that many pieces of the response were taken up, or the wait for it
+    /// is over.
+    void UntilPieces(int count) const {
+        while (pieces < count && !gone) std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+    std::atomic<int> pieces{0};    ///< of responses; any thread
+    std::atomic<int> attempts{0};  ///< connections that came about
+    std::atomic<bool> gone{false};
 };
 
 }  // namespace sorakaze::test

@@ -4,16 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
-#include "tests/servers/ClientTesting.h"
+#include "tests/http/HttpTesting.h"
 #include "tests/servers/Servers.h"
 
 namespace sorakaze::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr std::size_t kMegabyte = 1 << 20;
@@ -27,26 +23,17 @@ std::string Noise(std::size_t length) {
 }
 
 struct RealServers : testing::Test {
-    /// The page of a URL in a waiting form. It answers every challenge with the next of `passwords`, for
-    /// "NAME/PASSWORD", then gives up, and notes the realms.
-    std::string Get(const std::string& url, std::vector<std::string> passwords = {}) {
-        realms.clear();
-        client.AuthenticationRequired = client.ProxyAuthenticationRequired =
-            [this, passwords](const String& realm, const InternetHeadersRef&, String& name,
-                              String& password) {
-                realms.push_back(realm.Bytes());
-                if (realms.size() > passwords.size()) return false;
-                name = NthField(passwords[realms.size() - 1], "/", 1);
-                password = NthField(passwords[realms.size() - 1], "/", 2);
-                return true;
-            };
-        return client.Get(url, kPatience).Bytes();
+    /// The page of a URL in a waiting form. So many challenges are answered.
+    std::string Get(const std::string& url, int challenges = 0, const String& name = "",
+                    const String& password = "") {
+        client.events.clear();
+        client.Answer(challenges, name, password);
+        return client.Get(url, kLongSeconds).Bytes();
     }
 
     TestRuntime world{std::make_unique<WallClock>()};
     const std::filesystem::path file = world.folder.Path() / "download";
-    Client client;
-    std::vector<std::string> realms;
+    WatchedClient client;
 };
 
 TEST_F(RealServers, PagesOfAnyStatusArriveWholeAndBasicOpensThem) {
@@ -69,12 +56,10 @@ TEST_F(RealServers, PagesOfAnyStatusArriveWholeAndBasicOpensThem) {
         EXPECT_EQ(client.HTTPStatusCode(), status);
         EXPECT_TRUE(got.find(part) != std::string::npos && (status != 200 || got == part));
 
-        EXPECT_TRUE(client.Get(nginx.Url(path), std::make_shared<FolderItem>(file), kPatience));
+        EXPECT_TRUE(client.Get(nginx.Url(path), std::make_shared<FolderItem>(file), kLongSeconds));
         EXPECT_EQ(client.HTTPStatusCode(), status);
-        std::ifstream stream(file, std::ios::binary);
-        EXPECT_TRUE(std::string(std::istreambuf_iterator(stream), {}) == got) << "the same in a file";
-
-        const auto headers = client.GetHeaders(nginx.Url(path), kPatience);
+        EXPECT_TRUE(ReadAll(file) == got) << "the same in a file";
+        const auto headers = client.GetHeaders(nginx.Url(path), kLongSeconds);
         EXPECT_EQ(client.HTTPStatusCode(), status);
         ASSERT_TRUE(headers);
         EXPECT_EQ(headers->Value("content-LENGTH"), Str(static_cast<std::int32_t>(got.size())));
@@ -83,10 +68,9 @@ TEST_F(RealServers, PagesOfAnyStatusArriveWholeAndBasicOpensThem) {
     Get(nginx.Url("/old"));
     EXPECT_TRUE(Get(client.PageHeaders()->Value("Location").Bytes()) == page);
 
-    client.attempts = 0;
-    EXPECT_EQ(Get(nginx.Url("/private/page"), {"ann/guess", "ann/open sesame"}), "the private page");
-    EXPECT_THAT(realms, ElementsAre("The Studio", "The Studio"));
-    EXPECT_EQ(client.attempts, 3);
+    EXPECT_THAT(Get(nginx.Url("/private/page"), 2, "ann", "guess"), HasSubstr("401"));
+    EXPECT_EQ(client.events, "server:The Studio server:The Studio server:The Studio ");
+    EXPECT_EQ(Get(nginx.Url("/private/page"), 1, "ann", "open sesame"), "the private page");
     Get(nginx.Url("/private/page"));
     EXPECT_EQ(client.HTTPStatusCode(), 401) << "the next request is challenged anew";
 }
@@ -123,12 +107,10 @@ TEST_F(RealServers, ApacheRefusesTheDigest) {
     apache.Serve("page", "the public page");
     apache.Serve("digest/page", "the private page");
     EXPECT_EQ(Get(apache.Url("/page")), "the public page");
-    EXPECT_THAT(Get(apache.Url("/digest/page"), {"ann/open sesame", "ann/open sesame"}),
-                HasSubstr("401 Unauthorized"));
-    EXPECT_EQ(client.attempts, 1 + 3);
-    ASSERT_EQ(realms.size(), 3u);
-    EXPECT_THAT(realms[0], testing::MatchesRegex("Studio\", nonce=\".*\", algorithm=MD5, qop=\"auth"));
-    EXPECT_THAT(apache.Log(), HasSubstr("AH01782"));
+    EXPECT_THAT(Get(apache.Url("/digest/page"), 1, "ann", "open sesame"), HasSubstr("401 Unauthorized"));
+    const std::string realm = "server:Studio\", nonce=\"[^ ]*\", algorithm=MD5, qop=\"auth ";
+    EXPECT_THAT(client.events, testing::MatchesRegex(realm + realm));
+    EXPECT_THAT(apache.Log("state/errors"), HasSubstr("AH01782"));
 }
 
 TEST_F(RealServers, AProxyIsSpokenTo) {
@@ -144,10 +126,10 @@ TEST_F(RealServers, AProxyIsSpokenTo) {
 
     client.HTTPProxyPort = guarded.Port();
     EXPECT_THAT(Get(nginx.Url("/page")), HasSubstr("407 Proxy Authentication Required"));
-    EXPECT_TRUE(Get(nginx.Url("/page"), {"dj/vinyl"}) == page);
-    EXPECT_THAT(realms, ElementsAre("Tinyproxy"));
+    EXPECT_TRUE(Get(nginx.Url("/page"), 1, "dj", "vinyl") == page);
+    EXPECT_EQ(client.events, "proxy:Tinyproxy ");
     // To a wrong password this proxy says 401 without a challenge, as only a server should.
-    Get(nginx.Url("/page"), {"dj/shellac"});
+    Get(nginx.Url("/page"), 1, "dj", "shellac");
     EXPECT_EQ(client.HTTPStatusCode(), 401);
 }
 
@@ -155,9 +137,9 @@ TEST_F(RealServers, AnHttp10ServerGetsAndGivesWithoutALength) {
     const PythonServer python;
     const std::string large = Noise(4 * kMegabyte);
     client.SetPostContent(large, "application/octet-stream");
-    EXPECT_TRUE(client.Post(python.Url("/"), kPatience).Bytes() == large);
+    EXPECT_TRUE(client.Post(python.Url("/"), kLongSeconds).Bytes() == large);
     EXPECT_EQ(client.PageHeaders()->NameCount("Content-length"), 0);
-    ASSERT_TRUE(client.GetHeaders(python.Url("/"), kPatience));
+    ASSERT_TRUE(client.GetHeaders(python.Url("/"), kLongSeconds));
     EXPECT_EQ(client.HTTPStatusCode(), 200);
 }
 
@@ -169,16 +151,16 @@ TEST_F(RealServers, TenThousandRequestsLeaveNothingOpen) {
     const auto before = open();
     int failures = 0;
     for (int i = 0; i < 5000; ++i) {
-        if (client.Get(nginx.Url("/page"), kPatience) != "small") ++failures;
+        if (client.Get(nginx.Url("/page"), kLongSeconds) != "small") ++failures;
         // An object of its own, dropped in the middle.
-        Client dropped;
+        WatchedClient dropped;
         dropped.Get(nginx.Url("/page"));
         for (; i % 2 != 0 && dropped.attempts == 0; dropped.Poll())
             WaitWhile([&] { return !dropped.HasEvents(); });
     }
     EXPECT_EQ(failures, 0);
     // The network's thread closes them in its own time.
-    const TickCount end = Ticks() + kPatience * kTicksPerSecond;
+    const TickCount end = Ticks() + kLongSeconds * kTicksPerSecond;
     world.runtime.Events().DoEventsWhile([&] { return open() > before && Ticks() < end; });
     EXPECT_LE(open(), before);
 }

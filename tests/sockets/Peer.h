@@ -21,9 +21,20 @@
 
 namespace sorakaze::test {
 
-/// One accepted connection; its calls block.
+inline sockaddr_in Place(const char* address, int port) {
+    return {AF_INET, htons(static_cast<in_port_t>(port)), {inet_addr(address)}, {}};
+}
+
+/// One end of a connection; its calls block.
 struct PeerEnd {
     explicit PeerEnd(int accepted) : descriptor(accepted) {}
+    /// -1 where nobody listens. From an address of its own: a socket that connects to a free port of its own
+    /// address can meet itself.
+    explicit PeerEnd(const sockaddr_in& to) : descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        const sockaddr_in from = Place("127.0.0.9", 0);
+        bind(descriptor, reinterpret_cast<const sockaddr*>(&from), sizeof from);
+        if (connect(descriptor, reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0) Close();
+    }
     ~PeerEnd() { Close(); }
     PeerEnd(PeerEnd&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
 
@@ -53,14 +64,13 @@ class Listener {
     /// A small window by default: a peer that doesn't read is noticed soon. 0 for the system's.
     explicit Listener(const char* address = "127.0.0.1", int port = 0, int backlog = 128,
                       int window = 64 * 1024)
-        : bound_{AF_INET, htons(static_cast<in_port_t>(port)), {inet_addr(address)}, {}},
-          end_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        : bound_(Place(address, port)), end_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         if (window > 0) setsockopt(end_.descriptor, SOL_SOCKET, SO_RCVBUF, &window, sizeof window);
+        auto* const place = reinterpret_cast<sockaddr*>(&bound_);
         socklen_t size = sizeof bound_;
-        EXPECT_EQ(bind(end_.descriptor, Place(), size) + listen(end_.descriptor, backlog), 0);
-        getsockname(end_.descriptor, Place(), &size);
+        EXPECT_EQ(bind(end_.descriptor, place, size) + listen(end_.descriptor, backlog), 0);
+        getsockname(end_.descriptor, place, &size);
     }
-    sockaddr* Place() { return reinterpret_cast<sockaddr*>(&bound_); }
     int Port() const { return ntohs(bound_.sin_port); }
     PeerEnd Accept() const { return PeerEnd(accept4(end_.descriptor, nullptr, nullptr, SOCK_CLOEXEC)); }
     void Close() { end_.Close(); }
