@@ -40,8 +40,7 @@ class ArticleShelf {
         nlohmann::json query;
         if (const auto page = pages_.find(Field(target, "page")); page != pages_.end()) {
             return {200,
-                    nlohmann::json{{"parse", {{"title", page->first}, {"text", page->second.html}}}}.dump(),
-                    {}};
+                    nlohmann::json{{"parse", {{"title", page->first}, {"text", page->second.html}}}}.dump()};
         }
         if (const auto near = near_.find(Field(target, "gsrsearch")); near != near_.end()) {
             query["pages"].push_back(pages_.at(near->second.title).json);
@@ -54,7 +53,7 @@ class ArticleShelf {
                                          ? page->second.json
                                          : nlohmann::json{{"ns", 0}, {"title", title}, {"missing", true}});
         }
-        return {200, nlohmann::json{{"batchcomplete", true}, {"query", query}}.dump(), {}};
+        return {200, nlohmann::json{{"batchcomplete", true}, {"query", query}}.dump()};
     }
 
   private:
@@ -71,45 +70,44 @@ class ArticleShelf {
         const auto begin = target.find("&" + name + "=");
         if (begin == target.npos) return {};
         const auto value = begin + name.size() + 2;
-        std::stringstream encoded(target.substr(value, target.find('&', value) - value));
-        std::string decoded;
-        for (char c; encoded.get(c);) {
-            char digits[3] = {};
-            if (c == '%') encoded.read(digits, 2);
-            decoded += c == '%' ? static_cast<char>(std::stoi(digits, nullptr, 16)) : c;
-        }
-        return decoded;
+        std::string field = target.substr(value, target.find('&', value) - value);
+        field.resize(MHD_http_unescape(field.data()));
+        return field;
     }
 
     void Read(const std::filesystem::path& path) {
         std::ifstream file(path, std::ios::binary);
         std::string title, say;
-        std::vector<std::string> spoken, silent;
+        std::vector<std::string> spoken;
         nlohmann::json page{{"ns", 0}};
         for (std::string line; std::getline(file, line) && !line.empty();) {
             const std::string name = line.substr(0, line.find(": "));
             const std::string value = line.substr(name.size() + 2);
-            const std::string asked = value.substr(0, value.find(" | "));
-            if (name == "title") page["title"] = title = value;
-            if (name == "say") say = value;
-            if (name == "disambiguation") page["pageprops"]["disambiguation"] = "";
-            if (name == "categories") {
+            if (name == "title") {
+                page["title"] = title = value;
+            } else if (name == "say") {
+                say = value;
+            } else if (name == "disambiguation") {
+                page["pageprops"]["disambiguation"] = "";
+            } else if (name == "categories") {
                 std::stringstream list(value);
-                for (std::string item; std::getline(list >> std::ws, item, ';');) {
+                for (std::string item; std::getline(list >> std::ws, item, ';');)
                     page["categories"].push_back({{"ns", 14}, {"title", "Category:" + item}});
-                }
+            } else {
+                const std::string asked = value.substr(0, value.find(" | "));
+                if (name.starts_with("silent"))
+                    expected_[asked] = "";
+                else
+                    spoken.push_back(asked);
+                if (name == "name") continue;
+                auto& redirect = (near_[asked] = {title, {}}).redirect;
+                if (value == asked) continue;
+                redirect = {{"index", 1}, {"from", value.substr(asked.size() + 3)}, {"to", title}};
+                if (name == "silent section") redirect["tofragment"] = "Boutique";
             }
-            if (name == "search" || name == "name" || name == "redirect") spoken.push_back(asked);
-            if (name.starts_with("silent")) silent.push_back(asked);
-            if (name == "search") near_[asked] = {title, {}};
-            if (value == asked) continue;
-            near_[asked] = {title, {{"index", 1}, {"from", value.substr(asked.size() + 3)}, {"to", title}}};
-            if (name == "silent section") near_[asked].redirect["tofragment"] = "Boutique";
         }
-        for (const std::string& asked : spoken) {
+        for (const std::string& asked : spoken)
             if (!say.empty() || !expected_.contains(asked)) expected_[asked] = say;
-        }
-        for (const std::string& asked : silent) expected_[asked] = "";
         pages_[title] = {std::string(std::istreambuf_iterator(file), {}), page};
     }
 

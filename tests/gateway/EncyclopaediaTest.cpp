@@ -3,44 +3,39 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
-
 #include "gateway/Encyclopaedia.h"
 #include "gateway/Gateway.h"
 #include "tests/gateway/ArticleShelf.h"
 #include "tests/support/TestShow.h"
 
-namespace sorakaze::test {
-extern std::atomic<int> lookUps;
-extern std::atomic<bool> isFound;
-}  // namespace sorakaze::test
-
 namespace sorakaze::gateway {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::SizeIs;
 using testing::StartsWith;
 
-const std::filesystem::path kPages = std::filesystem::path(GATEWAY_PAGES);
+struct EncyclopaediaTest : testing::Test {
+    static test::ArticleShelf Shelf(const char* edition) {
+        return test::ArticleShelf(std::filesystem::path(GATEWAY_PAGES) / edition);
+    }
+    bool Finds(const std::string& site, const std::string& name) const {
+        return Encyclopaedia(site, "", limits).Find({Edition::English, name}).has_value();
+    }
 
-class EncyclopaediaTest : public testing::Test {
-  public:
-    EncyclopaediaTest() { folder.Write("authority.pem", authority.Pem()); }
-
-    SiteLimits Limits() const { return {folder.Path() / "authority.pem", 15'000ms, 1 << 20, 20}; }
+    const test::Certificate good{"localhost"};
     test::TemporaryFolder folder;
-    test::CertificateAuthority authority;
-    test::ArticleShelf shelf{kPages / "en"};
+    SiteLimits limits{folder.Write("trusted.pem", good.certificate), 15'000ms, 1 << 20, 20};
+    const test::TlsSite::Answers answers = [shelf = Shelf("en")](const auto& target) {
+        return shelf.Ask(target);
+    };
 };
 
 TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
     for (const bool japanese : {false, true}) {
-        const test::ArticleShelf pages(kPages / (japanese ? "ja" : "en"));
-        const test::TlsSite site(authority.Certify("localhost"),
-                                 [&](const std::string& target) { return pages.Ask(target); });
+        const test::ArticleShelf pages = Shelf(japanese ? "ja" : "en");
+        const test::TlsSite site(good, [&](const std::string& target) { return pages.Ask(target); });
         Options options;
-        options.certificates = folder.Path() / "authority.pem";
+        options.certificates = limits.certificates;
         options.requestsPerMinute = 1000;
         options.englishSite = options.japaneseSite = site.Address();
         const Gateway gateway(options);
@@ -56,106 +51,89 @@ TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
             }
         }
         EXPECT_GT(pages.Expected().size(), japanese ? 8u : 24u);
-        EXPECT_THAT(site.LastUserAgent(), StartsWith("Sorakaze/"));
     }
 }
 
 TEST_F(EncyclopaediaTest, ASiteThatIsNotToBeTrustedOrUnderstoodIsNoFind) {
-    const test::CertificateAuthority another;
-    const auto good = authority.Certify("localhost");
-    struct Case {
+    const test::Certificate another("localhost"), expired("localhost", -1), elsewhere("elsewhere.test");
+    folder.Write("trusted.pem", good.certificate + expired.certificate + elsewhere.certificate);
+    const struct {
         const char* what;
-        test::Certificate certificate;
+        const test::Certificate& certificate;
         test::TlsSite::Answer answer;
-        bool isAsked;
+    } cases[] = {
+        {"another authority", another, {}},
+        {"expired", expired, {}},
+        {"another host", elsewhere, {}},
+        {"a fault", good, {500, ""}},
+        {"elsewhere", good, {302, "", "https://127.0.0.1:9/w"}},
+        {"without TLS", good, {302, "", "http://localhost/w"}},
+        {"round and round", good, {302, "", "/w"}},
+        {"without end", good, {200, "", "", true}},
+        {"no JSON", good, {200, "<html>"}},
+        {"other JSON", good, {200, R"({"query":{"pages":[7,{"ns":0,"title":8}],"redirects":"x"}})"}},
     };
-    const Case cases[] = {
-        {"another authority", another.Certify("localhost"), {}, false},
-        {"expired", authority.Certify("localhost", -1), {}, false},
-        {"another host", authority.Certify("elsewhere.test"), {}, false},
-        {"a fault", good, {500, "", ""}, true},
-        {"elsewhere", good, {302, "", "Location: https://127.0.0.1:9/w"}, true},
-        {"without TLS", good, {302, "", "Location: http://localhost/w"}, true},
-        {"round and round", good, {302, "", "Location: /w"}, true},
-        {"without end", good, {200, "", "", true}, true},
-        {"no JSON", good, {200, "<html>", ""}, true},
-        {"other JSON",
-         good,
-         {200, R"({"query":{"pages":[7,{"ns":0,"title":8}],"redirects":"x"}})", ""},
-         true},
-    };
-    for (const Case& c : cases) {
-        const test::TlsSite site(c.certificate, [&](const std::string&) { return c.answer; });
-        Encyclopaedia encyclopaedia(site.Address(), "", Limits());
-        EXPECT_FALSE(encyclopaedia.Find({Edition::English, "ac/dc"})) << c.what;
-        EXPECT_EQ(!site.Requests().empty(), c.isAsked) << c.what;
+    for (const auto& [what, certificate, answer] : cases) {
+        const test::TlsSite site(certificate, [answer = answer](const std::string&) { return answer; });
+        EXPECT_FALSE(Finds(site.Address(), "ac/dc")) << what;
+        EXPECT_EQ(site.requests > 0, &certificate == &good) << what;
     }
     const test::TlsSite site(good, [&](const std::string& target) {
-        if (!target.starts_with("/moved")) return test::TlsSite::Answer{301, "", "Location: /moved" + target};
-        return shelf.Ask(target);
+        return target.starts_with("/moved") ? answers(target)
+                                            : test::TlsSite::Answer{301, "", "/moved" + target};
     });
-    EXPECT_TRUE(Encyclopaedia(site.Address(), "", Limits()).Find({Edition::English, "ac/dc"})) << "moved";
-    const std::string plain = "http" + site.Address().substr(5);
-    EXPECT_FALSE(Encyclopaedia(plain, "", Limits()).Find({Edition::English, "ac/dc"}));
-    EXPECT_FALSE(Encyclopaedia("", "", Limits()).Find({Edition::English, "ac/dc"}));
+    EXPECT_TRUE(Finds(site.Address(), "ac/dc")) << "moved";
+    EXPECT_FALSE(Finds(site.Address("http"), "ac/dc"));
+    EXPECT_FALSE(Finds("", "ac/dc"));
 }
 
 TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
     std::chrono::steady_clock::time_point now{};
     std::atomic<int> status = 200;
-    const test::TlsSite site(authority.Certify("localhost"), [&](const std::string& target) {
-        return status == 200 ? shelf.Ask(target) : test::TlsSite::Answer{status, "", "Retry-After: 90"};
+    const test::TlsSite site(good, [&](const std::string& target) {
+        return status == 200 ? answers(target) : test::TlsSite::Answer{status, ""};
     });
-    SiteLimits limits = Limits();
     limits.requestsPerMinute = 5;
     Encyclopaedia encyclopaedia(site.Address(), "", limits, [&] { return now; });
-    const auto found = encyclopaedia.Find({Edition::English, "therapy?"});
+    const auto finds = [&](const char* name) { return encyclopaedia.Find({Edition::English, name}); };
+    const auto found = finds("therapy?");
     ASSERT_TRUE(found);
     EXPECT_TRUE(encyclopaedia.Page(*found));
-    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "therapy?"}));
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "nobody at all"}));
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "nobody at all"}));
-    EXPECT_THAT(site.Requests(), SizeIs(3)) << "two for an artist, one for nobody, none again";
-    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "jimi hendrix"}));
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "ac/dc"}));
-    EXPECT_THAT(site.Requests(), SizeIs(5)) << "the minute's share";
+    EXPECT_TRUE(finds("therapy?"));
+    EXPECT_FALSE(finds("nobody at all"));
+    EXPECT_FALSE(finds("nobody at all"));
+    EXPECT_EQ(site.requests, 3) << "two for an artist, one for nobody, none again";
+    EXPECT_TRUE(finds("jimi hendrix"));
+    EXPECT_FALSE(finds("ac/dc"));
+    EXPECT_EQ(site.requests, 5) << "the minute's share";
     now += 60s;
     status = 429;
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "ac/dc"}));
+    EXPECT_FALSE(finds("ac/dc"));
     status = 200;
     now += 89s;
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "ac/dc"})) << "the site asked for a pause";
+    EXPECT_FALSE(finds("ac/dc")) << "the site asked for a pause";
     now += 61s;
-    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "ac/dc"})) << "a failure isn't remembered for long";
+    EXPECT_TRUE(finds("ac/dc")) << "a failure isn't remembered for long";
     EXPECT_FALSE(encyclopaedia.Page({Edition::Japanese, "AC/DC"}));
 }
 
 TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
-    const test::TlsSite site(authority.Certify("name.invalid"),
-                             [&](const std::string& target) { return shelf.Ask(target); });
-    const std::string address = "https://name.invalid" + site.Address().substr(17);
-    test::isFound = false;
-    {
-        Options options;
-        options.englishSite = address;
-        const Gateway gateway(options);
-        test::TestShow show;
-        show.window.deployment.searchHost = gateway.Host();
-        for (const char* name : {"ac/dc", "therapy?"}) show.window.getContents(name);
-        EXPECT_EQ(show.window.wikiContents.Bytes(), "");
-    }
-    EXPECT_EQ(test::lookUps, 1);
+    const test::Certificate certificate("name.invalid");
+    folder.Write("trusted.pem", certificate.certificate);
+    const test::TlsSite site(certificate, answers);
+    const std::string address = site.Address("https", "name.invalid");
     std::chrono::steady_clock::time_point now{};
-    Encyclopaedia encyclopaedia(address, "", Limits(), [&] { return now; });
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "ac/dc"}));
-    EXPECT_EQ(test::lookUps, 2);
+    Encyclopaedia encyclopaedia(address, "", limits, [&] { return now; });
+    const auto finds = [&](const char* name) { return encyclopaedia.Find({Edition::English, name}); };
+    EXPECT_FALSE(finds("ac/dc"));
+    EXPECT_EQ(test::lookUps, 1);
     test::isFound = true;
     now += 59s;
-    EXPECT_FALSE(encyclopaedia.Find({Edition::English, "therapy?"}));
-    EXPECT_EQ(test::lookUps, 2);
+    EXPECT_FALSE(finds("therapy?"));
+    EXPECT_EQ(test::lookUps, 1);
     now += 1s;
-    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "ac/dc"}));
-    EXPECT_TRUE(encyclopaedia.Find({Edition::English, "therapy?"}));
+    EXPECT_TRUE(finds("ac/dc"));
+    EXPECT_TRUE(finds("therapy?"));
 }
 
 }  // namespace

@@ -94,25 +94,18 @@ TEST(Response, HeadEndsWhereTheBytesAtHandSayIt) {
     }
 }
 
-/// Would be seen as a test without end if the cost of any of it grew with the square of its size.
+/// Would be seen as a test without end if its cost grew with the square of its size.
 TEST(Response, MegabytesByteByByte) {
     const TestRuntime runtime;
-    std::string head = "x 200\r\nA: " + std::string(1'000'000, 'a') + "\r\n";
-    for (int i = 0; i < 100'000; ++i) head += "B: b\r\n";
-    head += "\r\n";
+    std::string bytes = "x 200\r\nA: " + std::string(1'000'000, 'a') + "\r\n\r\n";
+    for (int i = 0; i < 400'000; ++i) bytes += "あ";
     Client client;
     client.Open("GET", true);
-    for (const char& byte : head) client.Arrive({&byte, 1});
-    const auto headers = client.PageHeaders();
-    EXPECT_EQ(headers->NameCount("B"), 100'000);
-    headers->Delete("B", 0);
-    headers->SetHeader("B", "c");
-    EXPECT_EQ(LenB(headers->_FormatHTTPHeaders()), 1'000'000 + 9);
-    const std::string kana = "あ";
-    for (std::int32_t i = 0; i < 1'500'000; ++i) {
-        client.Arrive({&kana[static_cast<std::size_t>(i % 3)], 1});
-        ASSERT_EQ(client.PageLength(), i / 3 + 1 + (i % 3 == 1)) << i;
+    for (const char& byte : bytes) {
+        client.Arrive({&byte, 1});
+        client.PageLength();
     }
+    EXPECT_EQ(client.PageLength(), 400'000);
 }
 
 TEST(Response, FiresItsEventsInOrder) {

@@ -14,14 +14,6 @@ using testing::HasSubstr;
 
 constexpr std::size_t kMegabyte = 1 << 20;
 
-/// Bytes of every value, the same for the same length.
-std::string Noise(std::size_t length) {
-    std::string bytes(length, '\0');
-    std::uint32_t state = 1;
-    for (char& byte : bytes) byte = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
-    return bytes;
-}
-
 struct RealServers : testing::Test {
     /// The page of a URL in a waiting form. So many challenges are answered.
     std::string Get(const std::string& url, int challenges = 0, const String& name = "",

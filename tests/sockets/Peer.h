@@ -21,6 +21,13 @@
 
 namespace sorakaze::test {
 
+/// Bytes of every value, no two pieces of them alike.
+inline std::string Noise(std::size_t size) {
+    std::string noise(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) noise[i] = static_cast<char>(i * 7 + i / 251);
+    return noise;
+}
+
 inline sockaddr_in Place(const char* address, int port) {
     return {AF_INET, htons(static_cast<in_port_t>(port)), {inet_addr(address)}, {}};
 }
