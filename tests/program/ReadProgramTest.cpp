@@ -80,17 +80,6 @@ TEST(ReadProgram, KeysCountAnywhereAndTheCutTakesTheFront) {
     }
 }
 
-TEST(ReadProgram, PersonalityAndItsJapaneseForm) {
-    Loaded show("j_personality: Haruka\npersonality: Anna Parker");
-    EXPECT_TRUE(show.window.isJapaneseOn);
-    EXPECT_EQ(show.window.j_personality.Bytes() + show.window.personality.Bytes(), "HarukaAnna Parker");
-    show.Load("personality: Anna Parker\nj_personality:");
-    EXPECT_EQ(show.window.j_personality.Bytes() + show.window.personality.Bytes(), "");
-    show.Load("program: a program: b");
-    EXPECT_FALSE(show.window.isJapaneseOn);
-    EXPECT_EQ(show.window.program.Bytes(), "a");
-}
-
 TEST(ReadProgram, WhatALoadKeepsAndResets) {
     std::string eleven;
     for (int i = 0; i <= 10; ++i) eleven += "jingle: 1, wait " + std::to_string(i) + "\n";
@@ -108,11 +97,15 @@ TEST(ReadProgram, WhatALoadKeepsAndResets) {
     for (int i = 0; i < 12; ++i) show.Load(file);
     EXPECT_EQ(std::ranges::count(Variant(w.opening, 10), '|'), 9) << "it grows to ten lines";
     EXPECT_EQ(w.openingCount, 0) << "a dropped line leaves the counter alone";
-    show.Load("# nothing");
+    show.Load("# nothing\nj_personality: Haruka\npersonality: Anna Parker\nprogram: a program: b");
+    EXPECT_TRUE(w.isJapaneseOn);
+    EXPECT_EQ(w.j_personality.Bytes() + w.personality.Bytes() + w.program.Bytes(), "HarukaAnna Parkera");
     EXPECT_EQ(w.mode.Bytes(), "all");
     EXPECT_EQ(w.openingCount, 0);
     EXPECT_EQ(w.jingleCount, 1);
     EXPECT_EQ(Variant(w.opening, 0) + Variant(w.opening, 1) + Variant(w.jingle, 1), "");
+    show.Load("personality: Anna Parker\nj_personality:");
+    EXPECT_EQ(w.j_personality.Bytes() + w.personality.Bytes(), "") << "the later line holds both keys";
 }
 
 TEST(ReadProgram, BadFiles) {
