@@ -17,7 +17,6 @@ TEST(Files, FoldersListTheirEntries) {
     TestRuntime test;
     const auto folder = GetFolderItem("", 0);
     EXPECT_EQ(folder->Count(), 0);
-    EXPECT_EQ(folder->Item(1), nullptr);
     test.folder.Write("Programs/.hidden", "");
     test.folder.Write("Programs/番組.txt", "");
     const auto programs = folder->Child("Programs");
