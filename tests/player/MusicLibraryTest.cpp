@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "player/MusicLibrary.h"
-#include "player/PlaylistNames.h"
 #include "player/UserMusicFolder.h"
 #include "tests/player/MusicFolder.h"
 
@@ -32,9 +31,8 @@ class MusicLibraryTest : public ::testing::Test {
     std::vector<std::string> Tracks(MusicLibrary& library, const std::string& playlist) {
         std::vector<std::string> paths;
         for (int n = 1; n <= library.Count(playlist); ++n) {
-            const auto track = library.Find(playlist, n);
-            paths.push_back(track ? track->path.lexically_normal().lexically_relative(music_.Path()).string()
-                                  : "none");
+            const Track track = library.Find(playlist, n).value();
+            paths.push_back(track.path.lexically_normal().lexically_relative(music_.Path()));
         }
         return paths;
     }
@@ -50,9 +48,13 @@ TEST_F(MusicLibraryTest, LibraryIsEverySoundFileByPath) {
     }
     fs::create_directory(music_ / "folder.mp3");
     ::mkfifo((music_ / "pipe.mp3").c_str(), 0600);
+    // Nothing is unreadable for the superuser.
+    const auto locked = music_.Write(::geteuid() == 0 ? "locked/x" : "locked/x.mp3").parent_path();
+    fs::permissions(locked, fs::perms::none);
     const auto library = Open();
     EXPECT_THAT(Tracks(*library, "Library"),
                 ElementsAre("a/10.ogg", "a/2.FLAC", "a b/x.m4a", "b/1.mp3", "z.wav", "日本/曲.aiff"));
+    fs::permissions(locked, fs::perms::owner_all);
     for (const int none : {-1, 0, 7}) EXPECT_FALSE(library->Find("Library", none));
 }
 
@@ -73,15 +75,6 @@ TEST_F(MusicLibraryTest, LinksAndRootsGiveNoDoublesAndNoLoops) {
     EXPECT_THAT(Tracks(*reached, "Library"), ElementsAre("real/1/b.mp3", "real/a.mp3", "real/linked.mp3"));
 }
 
-TEST_F(MusicLibraryTest, UnreadableFoldersAreLeftOut) {
-    if (::geteuid() == 0) GTEST_SKIP() << "nothing is unreadable for the superuser";
-    music_.Write("a/1.mp3");
-    music_.Write("b/2.mp3");
-    fs::permissions(music_ / "a", fs::perms::none);
-    EXPECT_THAT(Tracks(*Open(), "Library"), ElementsAre("b/2.mp3"));
-    fs::permissions(music_ / "a", fs::perms::owner_all);
-}
-
 TEST_F(MusicLibraryTest, PlaylistsAreNamedSortedAndDistinct) {
     for (const char* name :
          {"rock.m3u8", "sub/Rock.PLS", "Rock 2.xspf", "A, B,  C.m3u", "library.m3u", "zoo.m3u", "Abba.m3u",
@@ -100,53 +93,37 @@ TEST_F(MusicLibraryTest, EntriesFindTheirFiles) {
         music_.Write(name);
     }
     const std::string root = music_.Path();
-    const std::pair<std::string, std::string> entries[] = {
-        {"../x/plain.mp3", "x/plain.mp3"},
-        {" " + root + "/x/plain.mp3 ", "x/plain.mp3"},
-        {"..\\x\\plain.mp3", "x/plain.mp3"},
-        {"../x/with%20space.mp3", "x/with space.mp3"},
-        {"../x/100%25.mp3", "x/100%25.mp3"},
-        {"file://" + root + "/x/100%25.mp3", "x/100%.mp3"},
-        {"file://" + root + "/x/caf%E9.mp3", "x/caf\xE9.mp3"},
-        {"../Bj\xF6rk.mp3", "Björk.mp3"},
-        {"../x/caf\xE9.mp3", "x/caf\xE9.mp3"},
-        {"../x/caf\xE9s.mp3", "x/cafe\u0301s.mp3"},
-        {"../x/か\u3099.mp3", "x/が.mp3"},
-        {"../x/gone.mp3", "x/gone.mp3"},
-        {"/Volumes/Old/x/plain.mp3", "../../Volumes/Old/x/plain.mp3"},
-    };
-    std::string list;
-    std::vector<std::string> files;
-    for (const auto& [entry, file] : entries) {
-        list += entry + '\n';
-        files.push_back(file);
-    }
-    music_.Write("lists/all.m3u", list);
-    music_.Write("moved.m3u", "C:\\Users\\me\\Music\\x\\plain.mp3\nfile:///Users/me/x/with%20space.mp3\n");
+    music_.Write(
+        "lists/all.m3u",
+        "../x/plain.mp3\n..\\x\\plain.mp3\n../x/with%20space.mp3\n../x/100%25.mp3\n../Bj\xF6rk.mp3\n"
+        "../x/caf\xE9.mp3\n../x/caf\xE9s.mp3\n../x/か\u3099.mp3\n../x/gone.mp3\n/Volumes/Old/x/plain.mp3\n " +
+            root + "/x/plain.mp3 \nfile://" + root + "/x/100%25.mp3\nfile://" + root + "/x/caf%E9.mp3");
+    music_.Write("moved.m3u", "C:\\Users\\me\\Music\\x\\plain.mp3 \nfile:///Users/me/x/with%20space.mp3\n");
     const auto library = Open();
-    EXPECT_EQ(Tracks(*library, "all"), files);
+    EXPECT_THAT(Tracks(*library, "all"),
+                ElementsAre("x/plain.mp3", "x/plain.mp3", "x/with space.mp3", "x/100%25.mp3", "Björk.mp3",
+                            "x/caf\xE9.mp3", "x/cafe\u0301s.mp3", "x/が.mp3", "x/gone.mp3",
+                            "../../Volumes/Old/x/plain.mp3", "x/plain.mp3", "x/100%.mp3", "x/caf\xE9.mp3"));
     EXPECT_THAT(Tracks(*library, "moved"), ElementsAre("x/plain.mp3", "x/with space.mp3"));
 }
 
-std::string Track(int id, const std::string& more) {
-    return "<dict><key>Track ID</key><integer>" + std::to_string(id) + "</integer>" + more + "</dict>";
-}
 std::string List(const std::string& name, const std::string& more, std::initializer_list<int> tracks) {
     std::string xml =
         "<dict><key>Name</key><string>" + name + "</string>" + more + "<key>Playlist Items</key><array>";
-    for (const int id : tracks) xml += Track(id, "");
+    for (const int id : tracks)
+        xml += "<dict><key>Track ID</key><integer>" + std::to_string(id) + "</integer></dict>";
     return xml + "</array></dict>";
 }
 std::string LibraryXml(const std::string& lists) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//x\" \"http://h/x.dtd\">\n"
-           "<plist "
-           "version=\"1.0\"><dict><key>Version</key><integer>1</integer><key>Tracks</key><dict><key>7</key>" +
-           Track(7,
-                 "<key>Name</key><string>A &#38; B</string><key>Artist</key><string>東京</string>"
-                 "<key>Sort Artist</key><string>Tokyo</string><key>Compilation</key><true/>"
-                 "<key>Location</key><string>file://localhost/Users/me/a%20b.mp3</string>") +
-           "<key>8</key>" + Track(8, "<key>Location</key><string>http://h/stream</string>") + "<key>9</key>" +
-           Track(9, "<key>Name</key><string>In the cloud</string>") + "</dict><key>Playlists</key><array>" +
+    return R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//x" "http://h/x.dtd">
+<plist version="1.0"><dict><key>Version</key><integer>1</integer><key>Tracks</key><dict>
+<key>7</key><dict><key>Track ID</key><integer>7</integer><key>Name</key><string>A &#38; B</string>
+<key>Artist</key><string>東京</string><key>Sort Artist</key><string>Tokyo</string><key>Compilation</key><true/>
+<key>Location</key><string>file://localhost/Users/me/a%20b.mp3</string></dict>
+<key>8</key><dict><key>Track ID</key><integer>8</integer><key>Location</key><string>http://h/x</string></dict>
+<key>9</key><dict><key>Track ID</key><integer>9</integer><key>Name</key><string>In the cloud</string></dict>
+</dict><key>Playlists</key><array>)" +
            lists + "</array></dict></plist>";
 }
 
@@ -209,8 +186,7 @@ TEST_F(MusicLibraryTest, WatchesOnAThreadToo) {
     MusicLibrary library({music_.Path()});
     EXPECT_EQ(library.Count("Library"), 1);
     music_.Write("b.mp3");
-    const auto deadline = MusicLibrary::Clock::now() + 60s;
-    while (library.Count("Library") == 1 && MusicLibrary::Clock::now() < deadline) std::this_thread::yield();
+    while (library.Count("Library") == 1) std::this_thread::yield();
     EXPECT_EQ(library.Count("Library"), 2);
 }
 
