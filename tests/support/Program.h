@@ -59,6 +59,7 @@ class Program {
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    pid_t Id() const { return pid_; }
     void Signal(int number) const { kill(pid_, number); }
 
     bool Ended() {

@@ -34,12 +34,12 @@ class ScriptedServer {
         Connection(ScriptedServer& server, int socket, std::size_t number)
             : server_(server), socket_(socket), number_(number) {}
 
-        /// The request: its head, and as much body as its Content-length says. What there was of it if the
-        /// client has gone.
+        /// The request: its head, and as much body as its Content-length says, however that is spelt. What
+        /// there was of it if the client has gone.
         std::string ReadRequest() {
             std::string request;
             const auto isWhole = [&request] {
-                constexpr std::string_view kLength = "\r\nContent-length: ";
+                constexpr std::string_view kLength = "ength: ";
                 const std::size_t end = request.find("\r\n\r\n"), length = request.find(kLength);
                 const char* const body = length < end ? &request[length + kLength.size()] : "0";
                 return end < request.size() && request.size() - end - 4 >= std::strtoul(body, nullptr, 10);

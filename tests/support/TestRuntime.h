@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <stop_token>
@@ -30,6 +31,7 @@ class TemporaryFolder {
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& Path() const { return path_; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
     std::filesystem::path Write(const std::filesystem::path& name, const std::string& bytes) const {
         const auto file = path_ / name;
         std::filesystem::create_directories(file.parent_path());
@@ -40,6 +42,11 @@ class TemporaryFolder {
   private:
     std::filesystem::path path_;
 };
+
+inline std::string ReadBytes(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator(in), {}};
+}
 
 /// Answers messages at once, or with `hold` set only when they are cancelled.
 class TestHost : public Host {
