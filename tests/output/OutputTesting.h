@@ -4,10 +4,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <chrono>
-#include <cmath>
 #include <thread>
 
 #include "app/output/Loudspeaker.h"

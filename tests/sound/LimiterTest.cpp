@@ -4,7 +4,6 @@
 // touched.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 
 #include "app/runtime/sound/Limiter.h"

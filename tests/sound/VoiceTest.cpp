@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Voices in the mix: starts, stops, gains and ends, to the frame. Constant signals show the gain itself.
+// And many threads that command voices while one mixes: for the thread sanitizer, and for what must hold
+// whatever the order.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
+#include <atomic>
 #include <memory>
+#include <random>
 #include <thread>
 
 #include "tests/sound/SoundTesting.h"
@@ -74,11 +76,8 @@ TEST_F(VoiceTest, GainMovesLinearlyFromWhereItIs) {
 }
 
 TEST_F(VoiceTest, StopsAndDropsWithoutAClick) {
-    const struct {
-        std::size_t after;  ///< frames
-        bool drop;
-    } cases[] = {{1600, false}, {1600, true}, {48, false}, {0, false}};
-    for (const auto& [after, drop] : cases) {
+    constexpr std::pair<std::size_t, bool> kCases[] = {{1600, false}, {1600, true}, {48, false}, {0, false}};
+    for (const auto& [after, drop] : kCases) {  // frames
         SCOPED_TRACE(after);
         auto voice = Open(48000);
         voice->Start();
@@ -149,6 +148,56 @@ TEST_F(VoiceTest, RealTimeMixingNeverWaitsAndLosesNoFrame) {
     }
     EXPECT_EQ(voice->Position(), Frames{kFrames});
     EXPECT_LE(largestStep, kShortestRampStep * 1.01f);
+}
+
+/// Opens, starts, fades, stops and drops voices, some of them shared with the other threads.
+void Command(MixingEngine& engine, const ScratchFolder& folder, Voice& shared, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<std::shared_ptr<Voice>> voices;
+    for (int i = 0; i < 150; ++i) {
+        const auto what = random() % 6;
+        if (what < 2 || voices.empty()) {
+            voices.push_back(engine.Open(folder / (random() % 2 ? "short.wav" : "long.mp3")));
+            voices.back()->SetGain(0.5f);
+            voices.back()->Start();
+        } else if (what == 2) {
+            voices.erase(voices.begin());
+        } else if (what == 3) {
+            voices.back()->Stop();
+        } else if (what == 4) {
+            shared.Start();
+            shared.SetGain(static_cast<float>(random() % 100) / 100,
+                           Frames{static_cast<int>(random() % 5000)});
+        } else {
+            EXPECT_GE(voices.front()->Position().count, 0);
+            voices.front()->IsPlaying();
+            EXPECT_GE(engine.Sounding(), 0);
+        }
+    }
+    if (seed == 1) shared.Stop();
+}
+
+TEST(Concurrency, CommandsAgainstAMix) {
+    const ScratchFolder folder;
+    WriteSound(folder / "short.wav", Sine(500, 3000, 0.9f));
+    WriteSound(folder / "long.mp3", Sine(700, 10 * kSampleRate, 0.9f));
+    for (const Reading reading : {Reading::RealTime, Reading::Offline}) {
+        MixingEngine engine(reading);
+        const auto shared = engine.Open(folder / "long.mp3");
+        std::atomic<bool> done{false};
+        std::jthread mixing([&] {
+            while (!done) EXPECT_LE(Peak(Mix(engine, 800)), 1.0f);
+        });
+        std::vector<std::jthread> commanding;
+        for (unsigned seed = 1; seed <= 3; ++seed)
+            commanding.emplace_back([&, seed] { Command(engine, folder, *shared, seed); });
+        commanding.clear();
+        done = true;
+        mixing.join();
+        EXPECT_EQ(engine.Sounding(), 0) << "dropped voices sound no more";
+        Mix(engine, 800);
+        EXPECT_EQ(Peak(Mix(engine, 800)), 0.0f);
+    }
 }
 
 }  // namespace

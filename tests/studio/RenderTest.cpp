@@ -1,21 +1,30 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole shows as sound, measured.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tests/studio/StudioRun.h"
 
 namespace sorakaze::test {
 namespace {
 
-struct Render : testing::Test {
-    std::vector<std::string> Fields(const std::string& what, const std::string& field) const {
-        return TraceFields(station.Path() / "trace.jsonl", what, field);
+/// A rendered file as the mixing engine plays it.
+struct SoundFile {
+    double Seconds() const {
+        return static_cast<double>(samples.size()) / sound::kChannels / sound::kSampleRate;
     }
+    /// Peak between two ticks of a show.
+    float Peak(double fromTick, double toTick) const {
+        const auto at = [&](double tick) {
+            return std::min(static_cast<std::size_t>(tick * 800) * sound::kChannels, samples.size());
+        };
+        return sound::testing::Peak(std::span(samples).subspan(at(fromTick), at(toTick) - at(fromTick)));
+    }
+
+    sound::testing::Samples samples;
+};
+
+struct Render : testing::Test {
     double TickOf(const std::string& what, std::size_t index = 0) const {
-        const auto ticks = Fields(what, "ticks");
+        const auto ticks = station.Traced(what, "ticks");
         return index < ticks.size() ? std::stod(ticks[index]) : -1;
     }
     /// What came of the program.
@@ -23,7 +32,17 @@ struct Render : testing::Test {
         station.Write("Programs/Show.txt", program);
         const auto outcome = station.Render("show.wav", options);
         EXPECT_EQ(outcome.status, 0) << outcome.error;
-        return SoundFile(station.Path() / "show.wav");
+        EXPECT_EQ(outcome.error.find("voice service"), std::string::npos) << outcome.error;
+        return {sound::testing::DecodeWhole(station / "show.wav")};
+    }
+    /// The same, and once more: the same file and the same trace.
+    SoundFile PlayTwice(const std::string& program, const std::string& options) const {
+        SoundFile sound = Play(program, options);
+        const std::string file = ReadBytes(station / "show.wav"), trace = ReadBytes(station / "trace.jsonl");
+        Play(program, options);
+        EXPECT_EQ(ReadBytes(station / "show.wav"), file);
+        EXPECT_EQ(ReadBytes(station / "trace.jsonl"), trace);
+        return sound;
     }
 
     StudioStation station;
@@ -36,9 +55,6 @@ TEST_F(Render, TheSoundIsWhatTheProgramSays) {
         "mode: songs 1\nopening: 0, play Sounds/tone.wav\nopening: 0, wait 2\n"
         "intro: 0, wait 1\nintro: 0, play [[iTunes]]\nending: 0, wait 1\n",
         "--song-seconds 30");
-    ASSERT_EQ(sound.rate, 48000);
-    ASSERT_EQ(sound.channels, 2);
-
     // The effect at volume 70, then its fade: a step every three ticks, down to nothing.
     EXPECT_NEAR(sound.Peak(2, 120), 0.35, 0.002);
     for (int step = 1; step <= 70; ++step) {
@@ -53,8 +69,7 @@ TEST_F(Render, TheSoundIsWhatTheProgramSays) {
     const double fade = TickOf("fade");
     const double ended = TickOf("ended");
     EXPECT_NEAR(sound.Peak(trackBegins + 1, fade), 0.25, 0.002);
-    EXPECT_GE(fade - trackBegins, 30 * 60);
-    EXPECT_LE(fade - trackBegins, 30 * 60 + 12);
+    EXPECT_NEAR(fade - trackBegins, 30 * 60 + 6, 6);
     EXPECT_NEAR(ended - fade, 240, 6);
     double last = 0.25;
     for (double tick = fade; tick + 12 < ended; tick += 12) {
@@ -67,22 +82,15 @@ TEST_F(Render, TheSoundIsWhatTheProgramSays) {
     EXPECT_NEAR(sound.Seconds(), TickOf("end") / 60, 0.05);
 
     // A 1000 Hz sine of this amplitude moves by 0.0458 from sample to sample; a click would stand out.
-    EXPECT_LT(sound.LargestStep(), 0.048);
+    EXPECT_LT(sound::testing::LargestStep(sound.samples), 0.048);
 }
 
 TEST_F(Render, SpokenPagesAreHeardFromTheirTickOn) {
-    station.Write(
-        "Programs/Show.txt",
+    const SoundFile sound = PlayTwice(
         "mode: songs 1\nj_personality: Kyoko\nopening: 0, wait 1\n"
         "opening: 0, sayj こんばんは。The Beatlesの曲を<b>2024年</b>にお送りします。\nopening: 0, wait 1\n"
-        "opening: 0, sayj では、お聴きください。\nopening: 0, wait 5\n");
-    for (const char* name : {"one.wav", "two.wav"}) {
-        const auto outcome = station.Render(name, "--limit 7");
-        EXPECT_EQ(outcome.status, 0) << outcome.error;
-        EXPECT_EQ(outcome.error.find("voice service"), std::string::npos) << outcome.error;
-    }
-    EXPECT_EQ(ReadFile(station.Path() / "one.wav"), ReadFile(station.Path() / "two.wav"));
-    const SoundFile sound(station.Path() / "one.wav");
+        "opening: 0, sayj では、お聴きください。\nopening: 0, wait 5\n",
+        "--limit 7");
     const double first = TickOf("sayj"), second = TickOf("sayj", 1);
     EXPECT_EQ(second - first, 60) << "the show goes on at once, and nothing of it waits for the service";
     EXPECT_EQ(sound.Peak(0, first), 0);
@@ -108,7 +116,7 @@ TEST_F(Render, AStopLeavesNoClickAndThePlayersLevelComesBack) {
     const double second = TickOf("track", 1);
     ASSERT_GT(second, 0);
     EXPECT_NEAR(sound.Peak(second + 1, 49.5 * 60), 0.5, 0.002);
-    EXPECT_LT(sound.LargestStep(), 0.5 * 2 * M_PI * 500 / 48000 * 1.1);
+    EXPECT_LT(sound::testing::LargestStep(sound.samples), 0.5 * 2 * M_PI * 500 / 48000 * 1.1);
     EXPECT_NEAR(sound.Seconds(), 50, 0.1);
 }
 
@@ -117,64 +125,52 @@ TEST_F(Render, SpeechIsHeardToItsEndBeforeTheShowGoesOn) {
     const SoundFile sound = Play(
         "personality: Samantha Lee\nmode: songs 0\nopening: 0, say -5 degrees, and $((6*7)) \"quoted\" "
         "minutes.\nopening: 0, say \nopening: 0, play Sounds/tone.wav\nopening: 0, wait 1\n");
-    const auto seconds = Fields("say", "seconds");
+    const auto seconds = station.Traced("say", "seconds");
     ASSERT_FALSE(seconds.empty());
     const double spoken = std::stod(seconds[0]);
-    EXPECT_GT(spoken, 1.5);
-    EXPECT_LT(spoken, 8);
+    EXPECT_NEAR(spoken, 4.7, 3.2);
     EXPECT_GT(sound.Peak(0, spoken * 60), 0.3);
     EXPECT_GE(TickOf("sound"), spoken * 60);
-    EXPECT_EQ(Fields("say", "voice")[0], "Samantha");
-    EXPECT_TRUE(Fields("message", "text").empty());
+    EXPECT_EQ(station.Traced("say", "voice")[0], "Samantha");
+    EXPECT_TRUE(station.Traced("message", "text").empty());
 }
 
-TEST_F(Render, TheSameSeedGivesTheSameFileInEveryFormat) {
+TEST_F(Render, TheSameSeedGivesTheSameFile) {
     for (int i = 0; i < 3; ++i)
         station.WriteTone("Music/" + std::to_string(i) + ".mp3", 300 + 100 * i, 0.4, 33);
     station.WriteTone("Sounds/j/a.flac", 900, 0.3, 1);
     station.WriteTone("Sounds/j/b.opus", 1200, 0.3, 1);
-    station.Write(
-        "Programs/Show.txt",
+    const SoundFile sound = PlayTwice(
         "mode: all\nopening: 0, say Good morning.\nintro: 0, say Next, [[song]].\nintro: 0, play [[iTunes]]\n"
-        "intro: 1, play [[iTunes]]\njingle: 0, play Sounds/j\njingle: 0, wait 1\nending: 0, say Bye.\n");
-    double length = 0;
-    for (const std::string format : {"wav", "flac", "opus", "ogg", "mp3"}) {
-        const std::string a = "a." + format, b = "b." + format;
-        ASSERT_EQ(station.Render(a, "--song-seconds 30").status, 0);
-        const std::string trace = ReadFile(station.Path() / "trace.jsonl");
-        ASSERT_EQ(station.Render(b, "--song-seconds 30").status, 0);
-        EXPECT_EQ(ReadFile(station.Path() / a), ReadFile(station.Path() / b)) << format;
-        EXPECT_EQ(trace, ReadFile(station.Path() / "trace.jsonl"));
-        const SoundFile sound(station.Path() / a);
-        if (length == 0) length = sound.Seconds();
-        EXPECT_GT(length, 90);
-        EXPECT_NEAR(sound.Seconds(), length, 0.15) << format;
-    }
-    EXPECT_EQ(Fields("track", "number"), (std::vector<std::string>{"1", "2", "3"}));
+        "intro: 1, play [[iTunes]]\njingle: 0, play Sounds/j\njingle: 0, wait 1\nending: 0, say Bye.\n",
+        "--song-seconds 30");
+    EXPECT_GT(sound.Seconds(), 90);
+    EXPECT_EQ(station.Traced("track", "number"), (std::vector<std::string>{"1", "2", "3"}));
 }
 
-TEST_F(Render, TracksThatAreGoneDamagedOrNoSoundDontEndTheShow) {
-    const auto damaged = station.WriteTone("Music/a.mp3", 440, 0.4, 40);
-    std::string bytes = ReadFile(damaged);
-    for (std::size_t i = bytes.size() / 4; i < bytes.size() / 2; ++i) bytes[i] = static_cast<char>(i * 31);
-    station.Write("Music/a.mp3", bytes);
+TEST_F(Render, TracksThatAreGoneOrNoSoundDontEndTheShow) {
+    station.WriteTone("Music/a.mp3", 440, 0.4, 40);
     station.Write("Music/b.mp3", "this is no sound");
     station.WriteTone("Music/d.wav", 660, 0.4, 3);
     station.Write("Music/List.m3u", "a.mp3\nb.mp3\ngone.mp3\nd.wav\nList.m3u\n");
     Play("mode: all\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n", "--playlist List --song-seconds 30");
-    EXPECT_EQ(Fields("prepared", "song"), (std::vector<std::string>{"a", "b", "gone", "d", ""}));
-    EXPECT_EQ(Fields("track", "number"), (std::vector<std::string>{"1", "4"}));
+    EXPECT_EQ(station.Traced("prepared", "song"), (std::vector<std::string>{"a", "b", "gone", "d", ""}));
+    EXPECT_EQ(station.Traced("track", "number"), (std::vector<std::string>{"1", "4"}));
     EXPECT_NEAR(TickOf("ended", 1) - TickOf("track", 1), 180, 12) << "a track that ends early";
 }
 
 TEST_F(Render, AnInterruptStopsTheShowAndLeavesAPlayableFile) {
     station.WriteTone("Music/a.wav", 440, 0.4, 60);
     station.Write("Programs/Show.txt", "opening: 0, wait 1\nintro: 0, play [[iTunes]]\n");
-    const auto outcome = station.Render("show.wav", "--limit 9000000", "timeout -s INT 1");
-    EXPECT_NE(outcome.status, 1) << outcome.error;
-    const SoundFile sound(station.Path() / "show.wav");
-    EXPECT_GT(sound.Seconds(), 2);
-    EXPECT_EQ(Fields("end", "ticks").size(), 1u);
+    const std::string at = station.Path();
+    Program studio({"env", "HOME=" + at, STUDIO_PROGRAM, "render", "--station", at, "--program", "Show",
+                    "--limit", "9000000", "--output", at + "/show.wav", "--trace", at + "/trace.jsonl"},
+                   station / "stdout");
+    while (ReadBytes(station / "trace.jsonl").find("track") == std::string::npos && !studio.Ended()) continue;
+    studio.Signal(SIGINT);
+    EXPECT_EQ(studio.Wait(), 0);
+    EXPECT_GT(SoundFile{sound::testing::DecodeWhole(station / "show.wav")}.Seconds(), 1);
+    EXPECT_EQ(station.Traced("end", "ticks").size(), 1u);
 }
 
 }  // namespace

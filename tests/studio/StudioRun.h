@@ -3,12 +3,10 @@
 // A station made for a test, the real studio run on it, and what came of it.
 #pragma once
 
-#include <filesystem>
-#include <functional>
-#include <string>
-#include <vector>
+#include <nlohmann/json.hpp>
 
-#include "tests/support/TestRuntime.h"
+#include "tests/sound/SoundTesting.h"
+#include "tests/support/Program.h"
 
 namespace sorakaze::test {
 
@@ -21,39 +19,52 @@ struct Outcome {
 class StudioStation : public TemporaryFolder {
   public:
     /// A station with the real `say`, no music and a home folder of its own.
-    StudioStation();
+    StudioStation() {
+        // The encyclopaedia is left in peace.
+        Write("Sorakaze.app/Contents/Resources/deployment.json",
+              R"({"encyclopaediaEnglish": "", "encyclopaediaJapanese": ""})");
+        std::filesystem::copy_file(SAY_PROGRAM, Path() / "Sorakaze.app/Contents/Resources/say");
+        for (const char* folder : {"Programs", "Sounds", "Music", "home"})
+            std::filesystem::create_directories(Path() / folder);
+    }
 
     /// A sine of that amplitude, both channels.
-    std::filesystem::path WriteTone(const std::string& name, double hertz, double amplitude,
-                                    double seconds) const;
+    std::filesystem::path WriteTone(const std::string& name, double hertz, float amplitude,
+                                    int seconds) const {
+        auto file = Write(name, "");
+        const auto frames = static_cast<std::size_t>(seconds * sound::kSampleRate);
+        sound::testing::WriteSound(file, sound::testing::Sine(hertz, frames, amplitude));
+        return file;
+    }
 
-    /// The command line behind "sorakaze-studio"; `station` and the rest are quoted for the shell by the
-    /// caller's `q`.
-    Outcome Run(const std::string& arguments, const std::string& before = "") const;
+    /// The command line behind "sorakaze-studio", as the shell reads it.
+    Outcome Run(const std::string& arguments, const std::string& before = "") const {
+        // The home folder is the test's own, so that nobody's music gets into the library.
+        const std::string line = "cd '" + Path().string() + "' && " + before +
+                                 " env -u XDG_CONFIG_HOME HOME=\"$PWD/home\" " STUDIO_PROGRAM " " +
+                                 arguments + " 2> stderr";
+        const int status = Program({"/bin/sh", "-c", line}, Path() / "stdout").Wait();
+        return {status, ReadBytes(Path() / "stdout"), ReadBytes(Path() / "stderr")};
+    }
     /// `render` of the program "Show" to `output` with these further options.
     Outcome Render(const std::string& output, const std::string& more = "",
-                   const std::string& before = "") const;
+                   const std::string& before = "") const {
+        return Run(
+            "render --station . --program Show --seed 1 --trace trace.jsonl --output " + output + " " + more,
+            before);
+    }
+    /// The value of `field` in the trace's lines about `what`.
+    std::vector<std::string> Traced(const std::string& what, const std::string& field) const {
+        std::vector<std::string> values;
+        std::ifstream in(Path() / "trace.jsonl");
+        for (std::string line; std::getline(in, line);) {
+            const auto event = nlohmann::json::parse(line);
+            if (event.at("what") != what) continue;
+            const auto& value = event.at(field);
+            values.push_back(value.is_string() ? value.get<std::string>() : value.dump());
+        }
+        return values;
+    }
 };
-
-/// Both channels of a sound file at its own rate, interleaved.
-struct SoundFile {
-    explicit SoundFile(const std::filesystem::path& file);
-
-    int rate = 0;
-    int channels = 0;
-    std::vector<float> samples;
-
-    double Seconds() const;
-    /// Peak of the left channel between two ticks of a show at 48 kHz.
-    double Peak(double fromTick, double toTick) const;
-    /// The largest step from one sample to the next.
-    double LargestStep() const;
-};
-
-std::string ReadFile(const std::filesystem::path& file);
-
-/// The value of `field` in the trace's lines about `what`.
-std::vector<std::string> TraceFields(const std::filesystem::path& trace, const std::string& what,
-                                     const std::string& field);
 
 }  // namespace sorakaze::test
