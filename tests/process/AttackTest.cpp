@@ -6,16 +6,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <termios.h>
 
 #include <csignal>
 #include <cstring>
 
 #include "tests/process/Scratch.h"
+#include "tests/support/Program.h"
 
 namespace sorakaze::process {
 namespace {
@@ -34,13 +33,10 @@ const std::pair<const char*, Mechanisms> kForces[] = {
     {"the first Landlock alone", {1, false, false, false, true}}};
 
 std::string Unconfined(const fs::path& folder, const std::string& line) {
-    const std::string whole =
-        "exec 2>/dev/null; cd '" + folder.string() + "'; PATH=" ATTACKS_FOLDER ":$PATH; " + line;
-    std::string output;
-    FILE* pipe = ::popen(whole.c_str(), "r");
-    for (int byte; (byte = std::fgetc(pipe)) != EOF;) output += static_cast<char>(byte);
-    ::pclose(pipe);
-    return output;
+    const test::TemporaryFolder beside;
+    const std::string whole = "cd '" + folder.string() + "'; PATH=" ATTACKS_FOLDER ":$PATH; " + line;
+    test::Program({"/bin/sh", "-c", whole}, beside / "output").Wait();
+    return test::ReadBytes(beside / "output");
 }
 
 /// A user's home $H, a station $S that commands may read, the application's process $P and a descriptor $D
@@ -152,29 +148,24 @@ TEST(Attack, NoSocketIsReached) {
 }
 
 TEST(Attack, NoOtherProcessIsTouched) {
-    const auto start = [] {
-        const pid_t process = ::fork();
-        if (process == 0)
-            for (::prctl(PR_SET_PDEATHSIG, SIGKILL);;) ::pause();
-        return process;
+    const std::vector<std::string> sleeper{"sleep", "1000"};
+    const auto line = [](const char* attack, const test::Program& on) {
+        return attack + std::to_string(on.Id());
     };
-    const auto line = [](const char* attack, pid_t process) { return attack + std::to_string(process); };
     for (const char* attack : {"attack thread-signal ", "kill -TERM "}) {
-        const pid_t control = start();
+        test::Program control(sleeper, "/dev/null");
         Unconfined("/", line(attack, control));
-        EXPECT_EQ(::waitpid(control, nullptr, 0), control);
+        EXPECT_EQ(control.Wait(), 128 + SIGTERM);
     }
-    const pid_t victim = start();
+    test::Program victim(sleeper, "/dev/null");
     const Scratch scratch;
     for (const auto& [name, most] : kForces) {
         const Under under(most);
         for (const char* attack : {"attack thread-signal ", "attack trace ", "attack memory-of "})
             EXPECT_THAT(scratch.Run(line(attack, victim)).output, StartsWith("E")) << name << attack;
         EXPECT_NE(scratch.Run(line("kill -TERM ", victim)).status, 0) << name;
-        EXPECT_EQ(::waitpid(victim, nullptr, WNOHANG), 0) << name;
+        EXPECT_FALSE(victim.Ended()) << name;
     }
-    ::kill(victim, SIGKILL);
-    ::waitpid(victim, nullptr, 0);
 }
 
 TEST(Attack, NothingIsTypedIntoATerminal) {

@@ -6,17 +6,12 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <optional>
-#include <string>
 #include <thread>
 
 #include "app/runtime/process/ConfinedProcess.h"
 #include "app/runtime/process/Descriptor.h"
 #include "app/runtime/process/Mechanisms.h"
+#include "tests/support/TestRuntime.h"
 
 namespace sorakaze::process {
 
@@ -25,15 +20,10 @@ namespace fs = std::filesystem;
 class Scratch {
   public:
     Scratch() {
-        std::string name = fs::temp_directory_path() / "confined 試験 XXXXXX";
-        root_ = ::mkdtemp(name.data());
-        fs::create_directory(Folder());
+        fs::create_directories(Folder());
         fs::permissions(Folder(), fs::perms::owner_all);
         PrepareWritableFolder(Folder());
     }
-    ~Scratch() { fs::remove_all(root_); }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
 
     /// Beside the writable folder.
     fs::path operator/(const std::string& name) const { return root_ / name; }
@@ -47,21 +37,15 @@ class Scratch {
     }
     CommandResult Run(const std::string& line) const { return ConfinedProcess(line, Bounds()).Run(); }
 
-    void Write(const std::string& name, const std::string& text) const {
-        fs::create_directories((root_ / name).parent_path());
-        std::ofstream(root_ / name) << text;
-    }
-    static std::string Read(const fs::path& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    void Write(const std::string& name, const std::string& text) const { folder_.Write(root_ / name, text); }
     /// Waits until a command has made the file.
     void Await(const std::string& name) const {
         while (!fs::exists(Folder() / name)) std::this_thread::yield();
     }
 
   private:
-    fs::path root_;
+    const test::TemporaryFolder folder_;
+    const fs::path root_ = folder_ / "confined 試験";
 };
 
 /// While it lives, commands run under these mechanisms at most.
