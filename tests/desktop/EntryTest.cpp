@@ -2,40 +2,31 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <filesystem>
+#include <regex>
+
+#include "tests/support/Program.h"
+#include "tests/support/TestRuntime.h"
 
 namespace sorakaze::desktop {
 namespace {
 
 TEST(Entry, StartsTheApplicationWhereverItsFolderIs) {
-    const QTemporaryDir root;
-    const std::filesystem::path station = (root.path() + "/A \"b\" $HOME `x` 空").toStdString();
-    std::filesystem::create_directories(station / "Sorakaze.app/Contents/Linux");
-    QFile program(QString::fromStdString(station) + "/Sorakaze.app/Contents/Linux/Sorakaze");
-    ASSERT_TRUE(program.open(QIODevice::WriteOnly));
-    program.write("#!/bin/sh\nprintf '%s|%s' \"$0\" \"$#\"\n");
-    program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-    program.close();
-    const auto link = std::filesystem::path(root.path().toStdString()) / "on the desktop.desktop";
+    const test::TemporaryFolder root;
+    const auto station = root / "A \"b\" $HOME `x` 空", link = root / "on the desktop.desktop";
+    const auto program = root.Write(station / "Sorakaze.app/Contents/Linux/Sorakaze",
+                                    "#!/bin/sh\nprintf '%s|%s' \"$0\" \"$#\"\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     std::filesystem::copy_file(SORAKAZE_ENTRY, station / "Sorakaze.desktop");
     std::filesystem::create_symlink(station / "Sorakaze.desktop", link);
 
-    QFile entry(SORAKAZE_ENTRY);
-    ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
-    QString line;
-    while (!entry.atEnd() && !line.startsWith("Exec=")) line = QString::fromUtf8(entry.readLine()).trimmed();
-    ASSERT_TRUE(line.endsWith(" %k"));
+    std::smatch line;
+    const std::string entry = test::ReadBytes(SORAKAZE_ENTRY);
+    ASSERT_TRUE(std::regex_search(entry, line, std::regex("\nExec=(.*) %k\n")));
     // What a launcher takes off first are the value's own escapes; the quotes that stay are a shell's.
-    line = line.mid(5).chopped(3).replace("\\\\", "\\") + " \"$0\"";
+    const std::string command = std::regex_replace(line.str(1), std::regex(R"(\\\\)"), R"(\)") + " \"$0\"";
     for (const auto& clicked : {station / "Sorakaze.desktop", link}) {
-        QProcess launcher;
-        launcher.start("sh", {"-c", line, QString::fromStdString(clicked)});
-        ASSERT_TRUE(launcher.waitForFinished());
-        EXPECT_EQ(launcher.readAll(), program.fileName() + "|0")
-            << launcher.readAllStandardError().toStdString();
+        EXPECT_EQ(test::Program({"sh", "-c", command, clicked}, root / "output").Wait(), 0);
+        EXPECT_EQ(test::ReadBytes(root / "output"), program.string() + "|0");
     }
 }
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The event loop that a test of the desktop runs on.
+// The event loop that tests of the desktop and of the viewer run on.
 #pragma once
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QEventLoop>
+#include <QThread>
 
 namespace sorakaze::desktop {
 
@@ -15,7 +15,9 @@ bool RunUntil(Condition condition) {
     const QDeadlineTimer lost(20'000);
     while (!condition()) {
         if (lost.hasExpired()) return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 100);
+        // Not until an event comes: there may be none, and the condition may be another process's doing.
+        QCoreApplication::processEvents();
+        QThread::msleep(1);
     }
     return true;
 }

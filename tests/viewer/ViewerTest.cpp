@@ -5,18 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <QChildEvent>
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <csignal>
-#include <fstream>
 #include <optional>
 #include <thread>
 
 #include "app/viewer/Viewer.h"
+#include "tests/desktop/RunUntil.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::viewer {
 namespace {
+
+using desktop::RunUntil;
 
 /// Notes the page, and itself with a child that would stay behind.
 constexpr const char* kPatient = "#!/bin/sh\nsleep 60 &\necho \"$1 $$ $!\" >>\"$0.log\"\nwait\n";
@@ -27,38 +27,21 @@ struct ViewerTest : testing::Test {
         std::filesystem::permissions(program, std::filesystem::perms::owner_all);
         return program;
     }
-    /// What the started programs have noted, as soon as there are so many lines.
-    std::vector<std::string> Notes(std::size_t count) const {
-        std::vector<std::string> lines;
-        EXPECT_TRUE(Soon([&] {
-            lines.clear();
-            std::ifstream log(folder.Path() / "program.log");
-            for (std::string line; std::getline(log, line) && !log.eof();) lines.push_back(line);
-            return lines.size() >= count;
+    /// The last of what the started programs have noted, as soon as there are so many lines.
+    std::string Note(std::ptrdiff_t lines) const {
+        std::string log;
+        EXPECT_TRUE(RunUntil([&] {
+            log = test::ReadBytes(folder / "program.log");
+            return std::count(log.begin(), log.end(), '\n') == lines;
         }));
-        lines.resize(count);
-        return lines;
-    }
-    static bool Soon(const std::function<bool()>& holds) {
-        for (const QDeadlineTimer deadline(10'000); !deadline.hasExpired();) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-            if (holds()) return true;
-        }
-        return false;
+        return log.substr(log.rfind('\n', log.size() - 2) + 1);
     }
     /// Both processes of a note are gone, or nobody has asked for their status yet.
     static bool Ended(const std::string& note) {
         std::istringstream words(note);
-        std::string page;
-        for (pid_t process = (words >> page, 0); words >> process;) {
-            std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
-            std::string id, name, state;
-            if (stat >> id >> name >> state && state != "Z") return false;
-        }
+        for (std::string word; words >> word;)
+            if (std::filesystem::exists("/proc/" + word + "/exe")) return false;
         return true;
-    }
-    static void Await(const std::string& note) {
-        EXPECT_TRUE(Soon([&] { return Ended(note); })) << note;
     }
 
     test::TemporaryFolder folder;
@@ -82,17 +65,16 @@ TEST_F(ViewerTest, TheLastOfSeveralPagesRunsAndNothingOfTheOthersStays) {
         }).join();
     };
     load("/blank", "/first");
-    const std::string first = Notes(1).back();
+    const std::string first = Note(1);
     EXPECT_EQ(first.substr(0, 7), "/first ");
     EXPECT_FALSE(Ended(first));
     load("/blank", "/with blanks & 'quotes'");
-    const std::string second = Notes(2).back();
+    const std::string second = Note(2);
     EXPECT_EQ(second.substr(0, 23), "/with blanks & 'quotes'");
-    Await(first);
-    const std::string numbers = "x " + second.substr(24);
-    EXPECT_FALSE(Ended(numbers));
+    EXPECT_TRUE(RunUntil([&] { return Ended(first); }));
+    EXPECT_FALSE(Ended(second));
     viewer.reset();
-    Await(numbers);
+    EXPECT_TRUE(RunUntil([&] { return Ended(second); }));
 }
 
 TEST_F(ViewerTest, EndsWithAPageThatIsBeingStarted) {
@@ -101,29 +83,27 @@ TEST_F(ViewerTest, EndsWithAPageThatIsBeingStarted) {
     viewer.reset();
     viewer.emplace(Program(kPatient));
     viewer->Load("/page");
-    EXPECT_TRUE(Soon([&] { return viewer->begun == 1; }));
+    EXPECT_TRUE(RunUntil([&] { return viewer->begun == 1; }));
     viewer.reset();
 }
 
 TEST_F(ViewerTest, AProgramThatFailsIsToldOfOnceAndTriedAgain) {
     const std::string broken =
         "#!/bin/sh\necho x >>\"$0.log\"\necho no >&2\necho 'library is missing' >&2\nexit 127\n";
-    const struct {
-        std::filesystem::path program;
-        const char* why;
-    } cases[] = {{"/nonexistent/viewer", "No such file"}, {Program(broken), "library is missing"}};
+    const std::pair<std::filesystem::path, const char*> cases[] = {{"/nonexistent/viewer", "No such file"},
+                                                                   {Program(broken), "library is missing"}};
     for (const auto& [program, why] : cases) {
         testing::internal::CaptureStderr();
         CountingViewer viewer(program);
         for (int round = 1; round <= 2; ++round) {
             viewer.Load("/page");
-            EXPECT_TRUE(Soon([&] { return viewer.done == round; }));
+            EXPECT_TRUE(RunUntil([&] { return viewer.done == round; }));
         }
         const std::string told = testing::internal::GetCapturedStderr();
         EXPECT_NE(told.find(why), std::string::npos) << told;
         EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
     }
-    EXPECT_EQ(Notes(2).size(), 2u);
+    Note(2);
 }
 
 }  // namespace
