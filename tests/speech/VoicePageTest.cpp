@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include <iterator>
-
 #include "speech/SayLine.h"
 #include "tests/support/TestShow.h"
 
@@ -14,8 +12,7 @@ TEST(SayjTest, WritesThePageAndLoadsItBehindAnEmptyOne) {
     test::TestShow show;
     std::string loads;
     show.window.voiceHTMLViewer.Load = [&](const FolderItemRef& file) {
-        std::ifstream stream(file->Path(), std::ios::binary);
-        loads += file->Path().filename().string() + ":" + std::string(std::istreambuf_iterator(stream), {});
+        loads += file->Path().filename().string() + ":" + test::ReadBytes(file->Path());
     };
     show.folder.Write("Sorakaze.app/Contents/Resources/blank.html", "blank");
     show.window.deployment.voiceHost = "127.0.0.1:8/x";
@@ -38,12 +35,9 @@ TEST(SayjTest, WritesThePageAndLoadsItBehindAnEmptyOne) {
               "\t<input type=\"hidden\" name=\"PlayButton.x\" value=\"400\" />\r"
               "\t<input type=\"hidden\" name=\"PlayButton.y\" value=\"25\" />\r</form>\r\r"
               "<iframe name=\"sub\" height=\"0px\" width=\"0px\"></iframe>\r</body>\r</html>\r");
-    EXPECT_EQ(show.trace.All("sayj ").size(), 1u);
 }
 
 TEST(DeploymentTest, TheFileReplacesWhatItNamesAndFaultsAreRefused) {
-    EXPECT_EQ(ParseDeployment("{}").viewState.size(), 336u);
-    EXPECT_EQ(ParseDeployment("{}").eventValidation.size(), 96u);
     EXPECT_EQ(ParseDeployment(R"({"voice": "[::1]:80/a", "player": "files"})").voiceHost, "[::1]:80/a");
     EXPECT_TRUE(ReadDeployment("/nowhere/deployment.json").searchHost.empty());
     for (const char* json : {"", "[1]", R"({"voise": "a"})", R"({"voice": 1})", R"({"voice": "a b"})",
