@@ -13,7 +13,6 @@ namespace sorakaze::player {
 
 /// A folder of a test's own, which goes with it.
 struct MusicFolder : test::TemporaryFolder {
-    std::filesystem::path operator/(const std::string& name) const { return Path() / name; }
     std::filesystem::path Write(const std::filesystem::path& name, const std::string& bytes = {}) const {
         return TemporaryFolder::Write(name, bytes);
     }
