@@ -2,35 +2,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-#include <map>
-
 #include "station/synth/Installer.h"
+#include "tests/support/TestRuntime.h"
 
 namespace sorakaze::station {
 namespace {
 
 namespace fs = std::filesystem;
 
+using Files = std::map<std::string, std::string>;  ///< contents by name
+
 class InstallerTest : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "station-XXXXXX").string();
-        station = mkdtemp(pattern.data());
-    }
-    void TearDown() override { fs::remove_all(station); }
-
-    void Write(const fs::path& name, const std::string& text) {
-        fs::create_directories((station / name).parent_path());
-        std::ofstream(station / name) << text;
-    }
-    std::string Text(const fs::path& name) {
-        std::ifstream in(station / name);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    void Make(const std::map<std::string, std::string>& files, bool finish = true) {
-        Installer installer(station, "Resources/files.list");
+    void Make(const Files& files, bool finish = true) {
+        Installer installer(station_.Path(), "files.list");
         for (const auto& [name, text] : files) {
             const fs::path work = installer.Work(name);
             std::ofstream(work) << text;
@@ -38,40 +23,43 @@ class InstallerTest : public testing::Test {
         }
         if (finish) installer.Finish();
     }
+    /// All that stands in the station, folders without contents, the list left out.
+    Files Found() {
+        Files found;
+        for (const auto& entry : fs::recursive_directory_iterator(station_.Path())) {
+            const std::string name = entry.path().lexically_relative(station_.Path());
+            if (name != "files.list") found[name] = entry.is_directory() ? "" : test::ReadBytes(entry);
+        }
+        return found;
+    }
 
-    fs::path station;
+    test::TemporaryFolder station_;
 };
 
 TEST_F(InstallerTest, PlacesReplacesAndRemovesItsOwn) {
-    Make({{"Programs/a.txt", "one"}, {"Programs/old.txt", "old"}, {"Sounds/deep/x.aiff", "x"}});
-    Make({{"Programs/a.txt", "two"}});
-    EXPECT_EQ(Text("Programs/a.txt"), "two");
-    EXPECT_FALSE(fs::exists(station / "Programs/old.txt"));
-    EXPECT_FALSE(fs::exists(station / "Sounds"));
-    EXPECT_FALSE(fs::exists(station / ".making-files"));
+    Make({{"a.txt", "one"}, {"old.txt", "old"}, {"Sounds/deep/x.aiff", "x"}});
+    Make({{"a.txt", "two"}});
+    EXPECT_EQ(Found(), (Files{{"a.txt", "two"}}));
 }
 
 TEST_F(InstallerTest, LeavesTheUsersFilesAlone) {
-    Write("Programs/mine.txt", "mine");
-    Write("Programs/same.txt", "my same");
-    Make({{"Programs/a.txt", "one"}, {"Programs/gone.txt", "gone"}, {"Programs/same.txt", "theirs"}});
-    EXPECT_EQ(Text("Programs/same.txt"), "my same");
-    Write("Programs/a.txt", "edited");
-    Write("Programs/gone.txt", "edited too");
-    Make({{"Programs/a.txt", "two"}});
-    EXPECT_EQ(Text("Programs/mine.txt"), "mine");
-    EXPECT_EQ(Text("Programs/a.txt"), "edited");
-    EXPECT_EQ(Text("Programs/gone.txt"), "edited too");
-    EXPECT_EQ(Text("Programs/same.txt"), "my same");
+    station_.Write("mine.txt", "mine");
+    station_.Write("same.txt", "my same");
+    Make({{"a.txt", "one"}, {"gone.txt", "gone"}, {"same.txt", "theirs"}});
+    station_.Write("a.txt", "edited");
+    station_.Write("gone.txt", "edited too");
+    Make({{"a.txt", "two"}});
+    EXPECT_EQ(
+        Found(),
+        (Files{
+            {"a.txt", "edited"}, {"gone.txt", "edited too"}, {"mine.txt", "mine"}, {"same.txt", "my same"}}));
 }
 
 TEST_F(InstallerTest, ARunThatWasBrokenOffOwnsWhatItMade) {
-    Make({{"Programs/a.txt", "one"}});
-    Make({{"Programs/a.txt", "two"}, {"Programs/b.txt", "two"}}, false);
-    Make({{"Programs/a.txt", "three"}});
-    EXPECT_EQ(Text("Programs/a.txt"), "three");
-    EXPECT_FALSE(fs::exists(station / "Programs/b.txt"));
-    EXPECT_FALSE(fs::exists(station / "Resources/files.list.unfinished"));
+    Make({{"a.txt", "one"}});
+    Make({{"a.txt", "two"}, {"b.txt", "two"}}, false);
+    Make({{"a.txt", "three"}});
+    EXPECT_EQ(Found(), (Files{{"a.txt", "three"}}));
 }
 
 }  // namespace
