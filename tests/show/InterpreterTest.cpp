@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/runtime/Application.h"
@@ -9,15 +10,19 @@ namespace sorakaze {
 namespace {
 
 using test::TestShow;
+using testing::ElementsAre;
 
-/// Runs variant 0 of `opening` as the file gives it, outside a show.
+/// Outside a show.
+void RunToEnd(Thread& thread) {
+    thread.Run();
+    App.DoEventsWhile([&] { return thread.State() == Thread::kRunning; });
+}
+
+/// Variant 0 of `opening` as the file gives it.
 void RunOpening(TestShow& show) {
     show.window.readProgram("Show");
     show.window.command = show.window.opening;
-    show.window.section = 0;
-    show.window.timerMode = 0;
-    show.window.commandExecThread.Run();
-    App.DoEventsWhile([&] { return show.window.commandExecThread.State() == Thread::kRunning; });
+    RunToEnd(show.window.commandExecThread);
 }
 
 TEST(Interpreter, ExpandsPlaceholdersInOrder) {
@@ -31,10 +36,10 @@ TEST(Interpreter, ExpandsPlaceholdersInOrder) {
     show.window.wikiContents = "said \"so\"";
     show.window.trackNo = 2;
     RunOpening(show);
-    EXPECT_EQ(show.trace.All("line "),
-              (std::vector<std::string>{
-                  "nothing Morning 80 quoted artist [[program]] artist [[program]] album said so Anna P",
-                  "nothing 1 2 [[unknown]]"}));
+    EXPECT_THAT(
+        show.trace.All("line "),
+        ElementsAre("nothing Morning 80 quoted artist [[program]] artist [[program]] album said so Anna P",
+                    "nothing 1 2 [[unknown]]"));
     show.player.count = "unknown";
     RunOpening(show);
     EXPECT_EQ(show.trace.lines.back(), "line nothing 1 -1 [[unknown]]");
@@ -48,14 +53,13 @@ TEST(Interpreter, CopiesTheTrackButFollowsItsNumber) {
     RunOpening(show);
     EXPECT_EQ(show.window.song.Bytes(), "song 2");
     EXPECT_EQ(show.trace.All("line ").back(), "x old 1 2");
-    EXPECT_EQ(show.player.log, (std::vector<std::string>{"play Library 1"}));
+    EXPECT_THAT(show.player.log, ElementsAre("play Library 1"));
 }
 
 TEST(Interpreter, BothExitsOfTheLoop) {
     std::string ten;
     for (int i = 0; i < 10; ++i) ten += "opening: 0, x" + std::to_string(i) + "\n";
     TestShow show(ten);
-    show.window.timerMode = 2;
     RunOpening(show);
     EXPECT_EQ(show.trace.All("line ").size(), 10u);
     // An empty line ends the block, one that expansion has emptied does not.
@@ -82,27 +86,49 @@ TEST(Interpreter, SoundsThatAreMissingOrNone) {
     RunOpening(show);
     EXPECT_EQ(show.trace.All("line ").size(), 5u) << "an empty folder ends the thread";
     const std::string gone = "指定したサウンドファイルSounds/gone.wavが存在しません";
-    EXPECT_EQ(show.host.Messages(),
-              (std::vector<std::string>{gone, "指定したファイルSoundsをサウンドとして読み込めませんでした",
-                                        gone, "NilObjectException: An empty reference was used."}));
+    EXPECT_THAT(show.host.Messages(),
+                ElementsAre(gone, "指定したファイルSoundsをサウンドとして読み込めませんでした", gone,
+                            "NilObjectException: An empty reference was used."));
 }
 
 TEST(Interpreter, SpeechThatFailsSaysSo) {
     TestShow show("personality: Anna Parker\nopening: 0, say [[song]]\nopening: 0, x");
     show.window.song = "- a \"song\"";
-    show.folder.Write("Sorakaze.app/Contents/Resources/say",
-                      "#!/bin/sh\nfor word; do printf '<%s>' \"$word\"; done > \"$TMPDIR/call\"\n");
-    std::filesystem::permissions(show.folder.Path() / "Sorakaze.app/Contents/Resources/say",
-                                 std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
+    const auto say =
+        show.folder.Write("Sorakaze.app/Contents/Resources/say",
+                          "#!/bin/sh\nfor word; do printf '<%s>' \"$word\"; done > \"$TMPDIR/call\"\n");
+    std::filesystem::permissions(say, std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
     RunOpening(show);
-    EXPECT_EQ(show.host.Messages(),
-              (std::vector<std::string>{"読み上げ結果のサウンドファイルが存在しません"}));
-    std::ifstream call(show.runtime.TemporaryFolder() / "call");
-    std::string words;
-    std::getline(call, words);
-    const std::string file = (show.runtime.TemporaryFolder() / "temp0.aiff").string();
-    EXPECT_EQ(words, "<-v><Anna><- a song><-o><" + file + ">");
+    EXPECT_THAT(show.host.Messages(), ElementsAre("読み上げ結果のサウンドファイルが存在しません"));
+    const auto folder = show.runtime.TemporaryFolder();
+    EXPECT_EQ(test::ReadBytes(folder / "call"),
+              "<-v><Anna><- a song><-o><" + (folder / "temp0.aiff").string() + ">");
     EXPECT_EQ(show.trace.All("line ").size(), 2u);
+}
+
+TEST(Preparation, CleansTheRecordAndChoosesSpellings) {
+    const struct {
+        const char* record;
+        bool japanese;
+        const char* result;
+    } cases[] = {
+        {"Song (Live) - Remix\tThe Artist\tAlbum", false, "song   remix the artist album"},
+        {"歌（live) 〜x\tB\tC", true, "歌 x b c"},
+        {"A (x\tB) c\tD\tE", false, "a  c d e"},
+        {"歌\t人\t集\tYesterday\tPerson\tCollection", false, "yesterday person collection"},
+        {"歌\t人\t集\tYesterday\t\tCollection", true, "yesterday 人 collection"},
+        {"Plain\tB\tC\tOther\tOther\tOther", false, "plain b c"},
+        {"Café\tB\tC\tCafe", false, "cafe b c"},
+        {"", false, "  "},
+    };
+    for (const auto& c : cases) {
+        TestShow show;
+        show.player.tracks[0].record = c.record;
+        show.window.isJapaneseOn = c.japanese;
+        RunToEnd(show.window.getNextSong);
+        const auto& w = show.window;
+        EXPECT_EQ(w.song.Bytes() + " " + w.artist.Bytes() + " " + w.album.Bytes(), c.result) << c.record;
+    }
 }
 
 }  // namespace
