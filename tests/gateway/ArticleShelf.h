@@ -43,8 +43,9 @@ class ArticleShelf {
                     nlohmann::json{{"parse", {{"title", page->first}, {"text", page->second.html}}}}.dump()};
         }
         if (const auto near = near_.find(Field(target, "gsrsearch")); near != near_.end()) {
-            query["pages"].push_back(pages_.at(near->second.title).json);
-            if (!near->second.redirect.is_null()) query["redirects"].push_back(near->second.redirect);
+            const auto& [title, redirect] = near->second;
+            query["pages"].push_back(pages_.at(title).json);
+            if (!redirect.is_null()) query["redirects"].push_back(redirect);
         }
         std::stringstream titles(Field(target, "titles"));
         for (std::string title; std::getline(titles, title, '|');) {
@@ -60,10 +61,6 @@ class ArticleShelf {
     struct Page {
         std::string html;
         nlohmann::json json;
-    };
-    struct Near {
-        std::string title;
-        nlohmann::json redirect;
     };
 
     static std::string Field(const std::string& target, const std::string& name) {
@@ -100,7 +97,7 @@ class ArticleShelf {
                 else
                     spoken.push_back(asked);
                 if (name == "name") continue;
-                auto& redirect = (near_[asked] = {title, {}}).redirect;
+                auto& redirect = (near_[asked] = {title, {}}).second;
                 if (value == asked) continue;
                 redirect = {{"index", 1}, {"from", value.substr(asked.size() + 3)}, {"to", title}};
                 if (name == "silent section") redirect["tofragment"] = "Boutique";
@@ -112,7 +109,7 @@ class ArticleShelf {
     }
 
     std::map<std::string, Page> pages_;
-    std::map<std::string, Near> near_;
+    std::map<std::string, std::pair<std::string, nlohmann::json>> near_;  ///< title and redirect, by name
     std::map<std::string, std::string> expected_;
 };
 

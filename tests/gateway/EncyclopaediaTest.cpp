@@ -18,9 +18,10 @@ struct EncyclopaediaTest : testing::Test {
     static test::ArticleShelf Shelf(const char* edition) {
         return test::ArticleShelf(std::filesystem::path(GATEWAY_PAGES) / edition);
     }
-    bool Finds(const std::string& site, const std::string& name) const {
-        return Encyclopaedia(site, "", limits).Find({Edition::English, name}).has_value();
+    void Ask(const std::string& site) {
+        encyclopaedia.emplace(site, "", limits, [this] { return now; });
     }
+    bool Finds(const char* name) { return encyclopaedia->Find({Edition::English, name}).has_value(); }
 
     const test::Certificate good{"localhost"};
     test::TemporaryFolder folder;
@@ -28,6 +29,8 @@ struct EncyclopaediaTest : testing::Test {
     const test::TlsSite::Answers answers = [shelf = Shelf("en")](const auto& target) {
         return shelf.Ask(target);
     };
+    std::chrono::steady_clock::time_point now{};
+    std::optional<Encyclopaedia> encyclopaedia;
 };
 
 TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
@@ -75,65 +78,60 @@ TEST_F(EncyclopaediaTest, ASiteThatIsNotToBeTrustedOrUnderstoodIsNoFind) {
     };
     for (const auto& [what, certificate, answer] : cases) {
         const test::TlsSite site(certificate, [answer = answer](const std::string&) { return answer; });
-        EXPECT_FALSE(Finds(site.Address(), "ac/dc")) << what;
+        Ask(site.Address());
+        EXPECT_FALSE(Finds("ac/dc")) << what;
         EXPECT_EQ(site.requests > 0, &certificate == &good) << what;
     }
     const test::TlsSite site(good, [&](const std::string& target) {
         return target.starts_with("/moved") ? answers(target)
                                             : test::TlsSite::Answer{301, "", "/moved" + target};
     });
-    EXPECT_TRUE(Finds(site.Address(), "ac/dc")) << "moved";
-    EXPECT_FALSE(Finds(site.Address("http"), "ac/dc"));
-    EXPECT_FALSE(Finds("", "ac/dc"));
+    for (const auto& address : {site.Address(), site.Address("http"), std::string()}) {
+        Ask(address);
+        EXPECT_EQ(Finds("ac/dc"), address.starts_with("https:")) << address;
+    }
 }
 
 TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
-    std::chrono::steady_clock::time_point now{};
     std::atomic<int> status = 200;
     const test::TlsSite site(good, [&](const std::string& target) {
         return status == 200 ? answers(target) : test::TlsSite::Answer{status, ""};
     });
     limits.requestsPerMinute = 5;
-    Encyclopaedia encyclopaedia(site.Address(), "", limits, [&] { return now; });
-    const auto finds = [&](const char* name) { return encyclopaedia.Find({Edition::English, name}); };
-    const auto found = finds("therapy?");
-    ASSERT_TRUE(found);
-    EXPECT_TRUE(encyclopaedia.Page(*found));
-    EXPECT_TRUE(finds("therapy?"));
-    EXPECT_FALSE(finds("nobody at all"));
-    EXPECT_FALSE(finds("nobody at all"));
+    Ask(site.Address());
+    EXPECT_TRUE(encyclopaedia->Page(encyclopaedia->Find({Edition::English, "therapy?"}).value()));
+    EXPECT_TRUE(Finds("therapy?"));
+    EXPECT_FALSE(Finds("nobody at all"));
+    EXPECT_FALSE(Finds("nobody at all"));
     EXPECT_EQ(site.requests, 3) << "two for an artist, one for nobody, none again";
-    EXPECT_TRUE(finds("jimi hendrix"));
-    EXPECT_FALSE(finds("ac/dc"));
+    EXPECT_TRUE(Finds("jimi hendrix"));
+    EXPECT_FALSE(Finds("ac/dc"));
     EXPECT_EQ(site.requests, 5) << "the minute's share";
     now += 60s;
     status = 429;
-    EXPECT_FALSE(finds("ac/dc"));
+    EXPECT_FALSE(Finds("ac/dc"));
     status = 200;
     now += 89s;
-    EXPECT_FALSE(finds("ac/dc")) << "the site asked for a pause";
+    EXPECT_FALSE(Finds("ac/dc")) << "the site asked for a pause";
     now += 61s;
-    EXPECT_TRUE(finds("ac/dc")) << "a failure isn't remembered for long";
-    EXPECT_FALSE(encyclopaedia.Page({Edition::Japanese, "AC/DC"}));
+    EXPECT_TRUE(Finds("ac/dc")) << "a failure isn't remembered for long";
+    EXPECT_FALSE(encyclopaedia->Page({Edition::Japanese, "AC/DC"}));
 }
 
 TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
     const test::Certificate certificate("name.invalid");
     folder.Write("trusted.pem", certificate.certificate);
     const test::TlsSite site(certificate, answers);
-    const std::string address = site.Address("https", "name.invalid");
-    std::chrono::steady_clock::time_point now{};
-    Encyclopaedia encyclopaedia(address, "", limits, [&] { return now; });
-    const auto finds = [&](const char* name) { return encyclopaedia.Find({Edition::English, name}); };
-    EXPECT_FALSE(finds("ac/dc"));
+    Ask(site.Address("https", "name.invalid"));
+    EXPECT_FALSE(Finds("ac/dc"));
     EXPECT_EQ(test::lookUps, 1);
     test::isFound = true;
     now += 59s;
-    EXPECT_FALSE(finds("therapy?"));
+    EXPECT_FALSE(Finds("therapy?"));
     EXPECT_EQ(test::lookUps, 1);
     now += 1s;
-    EXPECT_TRUE(finds("ac/dc"));
-    EXPECT_TRUE(finds("therapy?"));
+    EXPECT_TRUE(Finds("ac/dc"));
+    EXPECT_TRUE(Finds("therapy?"));
 }
 
 }  // namespace

@@ -109,22 +109,17 @@ class VoiceServiceTest : public testing::Test {
 
 TEST_F(VoiceServiceTest, SpeakersAreDistinctAndEquallyLoud) {
     std::set<std::string> heard;
-    std::vector<double> pitches;
     for (const char* speaker : {"Kyoko", "Haruka", "Sakura", "Ayumi", "Otoya", "Hattori", "Ichiro"}) {
         SCOPED_TRACE(speaker);
+        const bool isWoman = heard.size() < 4;
         const std::string bytes = Speak(Form(kSentence, speaker));
         const Sound sound = Read(bytes);
         ASSERT_GT(sound.rate, 0);
         EXPECT_TRUE(heard.insert(bytes).second);
-        EXPECT_GT(sound.Seconds(), 3);
-        EXPECT_LT(sound.Seconds(), 8);
+        EXPECT_NEAR(sound.Seconds(), 5.5, 2.5);
         EXPECT_NEAR(sound.Level(), -18, 1);
-        pitches.push_back(sound.Pitch());
+        EXPECT_NEAR(sound.Pitch(), isWoman ? 175 : 90, 25);
     }
-    ASSERT_EQ(pitches.size(), 7u);
-    EXPECT_GT(*std::min_element(pitches.begin(), pitches.begin() + 4),
-              1.2 * *std::max_element(pitches.begin() + 4, pitches.end()))
-        << testing::PrintToString(pitches);
 
     // The first speaks for whom nobody knows.
     const std::string first = Speak(Form(kSentence, "Kyoko"));
@@ -138,9 +133,9 @@ TEST_F(VoiceServiceTest, SpeakersAreDistinctAndEquallyLoud) {
 TEST_F(VoiceServiceTest, ReadsAsFastAsTheFormSays) {
     const double usual = Read(Speak(Form(kSentence))).Seconds();
     EXPECT_NEAR(Read(Speak(Form(kSentence, "", "2"))).Seconds(), usual / 2, usual / 6);
-    const double slow = Read(Speak(Form(kSentence, "", "0.5"))).Seconds();
-    EXPECT_GT(slow, usual * 1.4);
-    EXPECT_EQ(Read(Speak(Form(kSentence, "", "0.01"))).Seconds(), slow);
+    const std::string slow = Speak(Form(kSentence, "", "0.5"));
+    EXPECT_GT(Read(slow).Seconds(), usual * 1.4);
+    EXPECT_EQ(Speak(Form(kSentence, "", "0.01")), slow);
 }
 
 TEST_F(VoiceServiceTest, HostileTextsAreOnlySpoken) {
@@ -177,11 +172,9 @@ TEST_F(VoiceServiceTest, WhatIsNoFormOfItsOwnIsRefused) {
     for (const char* path : {"/", "/voice_neo/", "/voice_neo/speech/", "/voice_neo/speech/1.wav",
                              "/voice_neo/speech/../x.wav", "/voice_neo/speech/.wav"})
         EXPECT_EQ(service.Answer({"GET", path, {}}).status, 404) << path;
-    for (const char* text : {"", " ", "\n\t"}) {
-        const auto page = service.Answer(Form(text));
-        EXPECT_EQ(page.status, 200);
-        EXPECT_THAT(SoundOf(page), IsEmpty());
-    }
+    const auto page = service.Answer(Form("\n \t"));
+    EXPECT_EQ(page.status, 200);
+    EXPECT_THAT(SoundOf(page), IsEmpty());
 }
 
 TEST_F(VoiceServiceTest, ManyAtOnceEndTheOldest) {

@@ -24,7 +24,6 @@ class Client : public HTTPSocket {
 
     using HTTPSocket::_CreateAuthenticationData;
     using HTTPSocket::_CreateNonce;
-    using HTTPSocket::_EncodeHex;
     using HTTPSocket::_ParseAuthenticationParams;
     using HTTPSocket::DigestAuthentication;
 

@@ -101,10 +101,7 @@ TEST(Response, MegabytesByteByByte) {
     for (int i = 0; i < 400'000; ++i) bytes += "あ";
     Client client;
     client.Open("GET", true);
-    for (const char& byte : bytes) {
-        client.Arrive({&byte, 1});
-        client.PageLength();
-    }
+    for (const char& byte : bytes) client.Arrive({&byte, 1}), client.PageLength();
     EXPECT_EQ(client.PageLength(), 400'000);
 }
 
@@ -197,7 +194,6 @@ TEST(Authentication, KeysAndNonces) {
                   .Bytes(),
               "Basic bm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubjpwcHBwcHBwcHBwcHBwcHBw\r\n"
               "cHBwcHBwcHBwcHBwcHBwcHBwcHBwcHBw");
-    EXPECT_EQ(Client::_EncodeHex(std::string("\0\x0F\xFF", 3)).Bytes(), "000fff");
     const auto known = Client::_ParseAuthenticationParams(
         "realm=\"testrealm@host.com\"\r\nmethod=\"GET\"\r\n"
         "nonce=\"dcd98b7102dd2f0e8b11d0f600bfb0c093\"\r\nuri=\"/dir/index.html\"");
@@ -211,12 +207,8 @@ TEST(Authentication, KeysAndNonces) {
                   expected + opaque);
         known->SetValue("OPAQUE", "secret");
     }
-    std::string nonce;
-    for (int i = 0; i < 100; ++i) {
-        const std::string last = std::exchange(nonce, Client::_CreateNonce().Bytes());
-        EXPECT_THAT(nonce, testing::MatchesRegex("[0-9A-Za-z]{25}"));
-        EXPECT_NE(nonce, last);
-    }
+    EXPECT_THAT(Client::_CreateNonce().Bytes(), testing::MatchesRegex("[0-9A-Za-z]{25}"));
+    EXPECT_NE(Client::_CreateNonce().Bytes(), Client::_CreateNonce().Bytes());
     // The last nonce that was seen serves where a challenge has none.
     client.AuthenticationRequired = [](auto&&...) { return true; };
     const std::pair<const char*, const char*> challenges[] = {

@@ -7,7 +7,6 @@
 
 #include <sys/stat.h>
 
-#include <iterator>
 #include <regex>
 #include <stdexcept>
 #include <thread>
@@ -17,11 +16,6 @@
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::test {
-
-inline std::string ReadAll(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator(stream), {}};
-}
 
 class Server {
   public:
@@ -33,7 +27,7 @@ class Server {
     std::filesystem::path Serve(const std::string& path, const std::string& bytes) const {
         return folder_.Write("documents/" + path, bytes);
     }
-    std::string Log(const char* name = "log") const { return ReadAll(folder_.Path() / name); }
+    std::string Log(const char* name = "log") const { return ReadBytes(folder_.Path() / name); }
 
   protected:
     /// Runs a program in its folder and waits until its port answers. The port stands for PORT in the file
