@@ -22,15 +22,31 @@ struct RomanisationTest : testing::Test {
 TEST_F(RomanisationTest, ReadingsAreSpeltByTheTable) {
     const std::pair<const char*, const char*> cases[] = {
         {"きょう,は,,てんき", "kyou ha tennki"},
+        {"がっこう", "gakkou"},
+        {"ざっし", "zasshi"},
+        {"みっつ", "mittsu"},
         {"まっちゃ", "maccha"},
+        {"こっち", "kocchi"},
+        {"ちょっと", "chotto"},
         {"っあ", "ltua"},
         {"いっぬ", "iltunu"},
         {"っっか", "kkka"},
+        {"あっ", "a"},
+        {"っ", ""},
         {"がっ,こう", "galtu kou"},
         {"っカ", "ltuカ"},
-        {"っ、っ。っー", ",,..--"},
-        {"ゃらーめん", "ゃra-menn"},
-        {"ぐぁゔぁうぉてぃ", "gulavaulothi"},
+        {"っ、", ",,"},
+        {"っ。", ".."},
+        {"っー", "--"},
+        {"あんない", "annnai"},
+        {"しんぶん", "shinnbunn"},
+        {"らーめん", "ra-menn"},
+        {"ゃ", "ゃ"},
+        {"ぐぁ", "gula"},
+        {"うぉ", "ulo"},
+        {"ゔぁいおりん", "vaiorinn"},
+        {"てぃっしゅ", "thisshu"},
+        {"", ""},
         {"か\nき,,,く", "kaki  ku"},  // line ends go first; three commas are a pair and one
         {"っ\xFFん,ＡＢ漢", "ltu\xFFnn ＡＢ漢"},
     };
@@ -58,6 +74,7 @@ TEST_F(RomanisationTest, EachMultibyteRunIsReadByItself) {
 TEST_F(RomanisationTest, TheTableHasNoRowThatHidesALaterOne) {
     const auto& kana = show.window.kanaArray;
     ASSERT_EQ(kana.size(), 167u);
+    ASSERT_EQ(show.window.romeArray.size(), 167u);
     for (std::size_t row = 0; row < kana.size(); ++row) {
         for (std::size_t later = row + 1; later < kana.size(); ++later)
             EXPECT_FALSE(kana[later].Bytes().starts_with(kana[row].Bytes())) << kana[row] << kana[later];
