@@ -23,9 +23,9 @@ struct EncyclopaediaTest : testing::Test {
     }
     bool Finds(const char* name) { return encyclopaedia->Find({Edition::English, name}).has_value(); }
 
-    const test::Certificate good{"localhost"};
-    test::TemporaryFolder folder;
-    SiteLimits limits{folder.Write("trusted.pem", good.certificate), 15'000ms, 1 << 20, 20};
+    const test::Authority authority;
+    const test::Certificate good = authority.Issue("localhost");
+    SiteLimits limits{authority.File(), 15'000ms, 1 << 20, 20};
     const test::TlsSite::Answers answers = [shelf = Shelf("en")](const auto& target) {
         return shelf.Ask(target);
     };
@@ -58,8 +58,9 @@ TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
 }
 
 TEST_F(EncyclopaediaTest, ASiteThatIsNotToBeTrustedOrUnderstoodIsNoFind) {
-    const test::Certificate another("localhost"), expired("localhost", -1), elsewhere("elsewhere.test");
-    folder.Write("trusted.pem", good.certificate + expired.certificate + elsewhere.certificate);
+    const test::Certificate another = test::Authority().Issue("localhost");
+    const test::Certificate expired = authority.Issue("localhost", -1);
+    const test::Certificate elsewhere = authority.Issue("elsewhere.test");
     const struct {
         const char* what;
         const test::Certificate& certificate;
@@ -119,9 +120,7 @@ TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
 }
 
 TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
-    const test::Certificate certificate("name.invalid");
-    folder.Write("trusted.pem", certificate.certificate);
-    const test::TlsSite site(certificate, answers);
+    const test::TlsSite site(authority.Issue("name.invalid"), answers);
     Ask(site.Address("https", "name.invalid"));
     EXPECT_FALSE(Finds("ac/dc"));
     EXPECT_EQ(test::lookUps, 1);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A web site on loopback over TLS, whose answers a test gives, and its certificate. It ends with its scope,
-// and has nothing for clients that don't say who they are.
+// A web site on loopback over TLS, whose answers a test gives, and an authority for its certificate. It ends
+// with its scope, and has nothing for clients that don't say who they are.
 #pragma once
 
 #include <arpa/inet.h>
@@ -22,21 +22,37 @@ namespace sorakaze::test {
 inline std::atomic<int> lookUps = 0;
 inline std::atomic<bool> isFound = false;
 
-/// A host's certificate, which is its own authority, and its key; PEM.
+/// PEM.
 struct Certificate {
-    explicit Certificate(const std::string& host, int days = 1) {
-        const TemporaryFolder folder;
-        Program({"/bin/sh", "-ec", R"(cd "$0"
-openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj "/CN=$1, $2" \
-    -addext "subjectAltName=DNS:$1" -keyout key -out new
-openssl x509 -in new -signkey key -days $2 -out certificate)",
-                 folder.Path(), host, std::to_string(days)},
-                folder.Path() / "log")
-            .Wait();
-        certificate = ReadBytes(folder.Path() / "certificate");
-        key = ReadBytes(folder.Path() / "key");
-    }
     std::string certificate, key;
+};
+
+/// One that a client may trust, and the certificates of hosts that it signs.
+class Authority {
+  public:
+    Authority() {
+        Run("openssl req -x509 $new -subj /CN=Authority -keyout authority.key -out authority.pem");
+    }
+    /// Negative `days`: one that has expired.
+    Certificate Issue(const std::string& host, int days = 1) const {
+        Run("openssl req $new -subj /CN=$1 -addext subjectAltName=DNS:$1 -keyout key -out request\n"
+            "openssl x509 -req -in request -CA authority.pem -CAkey authority.key -copy_extensions copy "
+            "-days $2 -out certificate",
+            host, days);
+        return {ReadBytes(folder_ / "certificate"), ReadBytes(folder_ / "key")};
+    }
+    std::filesystem::path File() const { return folder_ / "authority.pem"; }
+
+  private:
+    void Run(const std::string& commands, const std::string& host = "", int days = 1) const {
+        Program({"/bin/sh", "-ec",
+                 "cd \"$0\"\nnew='-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes'\n" + commands,
+                 folder_.Path(), host, std::to_string(days)},
+                folder_ / "log")
+            .Wait();
+    }
+
+    const TemporaryFolder folder_;
 };
 
 class TlsSite {
