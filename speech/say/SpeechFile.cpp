@@ -40,6 +40,22 @@ void RemoveWhenEnded(const char* name) {
     throw std::runtime_error("can't write " + file.string() + ": " + why);
 }
 
+/// For as long as it lives, a signal that ends the program waits.
+class SignalsWait {
+  public:
+    SignalsWait() {
+        sigset_t all;
+        sigfillset(&all);
+        sigprocmask(SIG_BLOCK, &all, &before_);
+    }
+    ~SignalsWait() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsWait(const SignalsWait&) = delete;
+    SignalsWait& operator=(const SignalsWait&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
 mode_t ReadUmask() {
     const mode_t mask = umask(022);
     umask(mask);
@@ -51,9 +67,14 @@ mode_t ReadUmask() {
 SpeechFile::SpeechFile(std::filesystem::path file, int sampleRate) : file_(std::move(file)) {
     if (!file_.has_filename()) Fail(file_, "no file is named");
     unfinished_ = (file_.parent_path() / ".say-XXXXXX").string();
-    const int descriptor = mkostemp(unfinished_.data(), O_CLOEXEC);
+    const int descriptor = [this] {
+        // None may come between the file and what removes it.
+        const SignalsWait wait;
+        const int made = mkostemp(unfinished_.data(), O_CLOEXEC);
+        if (made >= 0) RemoveWhenEnded(unfinished_.c_str());
+        return made;
+    }();
     if (descriptor < 0) Fail(file_, std::strerror(errno));
-    RemoveWhenEnded(unfinished_.c_str());
     fchmod(descriptor, 0666 & ~ReadUmask());
 
     SF_INFO info{};
