@@ -127,6 +127,7 @@ TEST(Bounds, EachEndsWhatGoesBeyondIt) {
             EXPECT_TRUE(result.timedOut && !result.killed) << line;
             EXPECT_LE(result.output.size(), bounds.outputSize) << line;
             EXPECT_EQ(test::ReadBytes(kept), "from before") << line;
+            bounds.wallTime = 30s;
             // The next one runs as if nothing had happened, and no more is left than a file may hold.
             EXPECT_EQ(ConfinedProcess("rm kept; test $(cat $(find . -type f) | wc -c) -le 1048576", bounds)
                           .Run()

@@ -214,6 +214,7 @@ class Station:
         self.window = found[0]
         while self.rig.run("xdotool", "getwindowfocus").split() != [self.window]:
             time.sleep(0.01)
+        self.idle = self.below()
         self.rig.run("xdotool", "key", "space")
 
     def windows(self):

@@ -40,8 +40,12 @@ struct TestDesktop {
     }
     void Press() { QTest::mouseClick(&button, Qt::LeftButton); }
     void Then(std::function<void()> step) { steps.push_back(std::move(step)); }
-    void Pass(int count) {
-        steps.insert(steps.end(), count, [] {});
+    /// The next step waits until `holds`.
+    void Await(const std::function<bool()>& holds) { Then(Waiting(holds)); }
+    std::function<void()> Waiting(const std::function<bool()>& holds) {
+        return [this, holds] {
+            if (!holds()) steps.push_front(Waiting(holds));
+        };
     }
     /// Runs the loop until all steps are done.
     void Run() {
@@ -85,17 +89,12 @@ TEST(Window, StandsAsItShouldAndGoesBothWays) {
             << label->text().toStdString();
     for (const char* onAir : {"停止", "再生"}) {
         desktop.Then([&] { QTest::keyClick(&desktop.button, Qt::Key_Return); });
-        desktop.Pass(1);
-        desktop.Then([&, onAir] {
-            EXPECT_EQ(desktop.button.text(), onAir);
-            EXPECT_EQ(desktop.menu.isEnabled(), desktop.button.text() == "再生");
-        });
+        desktop.Await([&, onAir] { return desktop.button.text() == onAir; });
+        desktop.Then([&] { EXPECT_EQ(desktop.menu.isEnabled(), desktop.button.text() == "再生"); });
     }
     desktop.Then([&] { desktop.slider.setValue(30); });
-    desktop.Then([&] {
-        EXPECT_EQ(desktop.window.songDuration.Text().Bytes(), "30");
-        EXPECT_EQ(desktop.window.songDurationSlider.Value(), 30);
-    });
+    desktop.Await([&] { return desktop.window.songDuration.Text() == "30"; });
+    desktop.Then([&] { EXPECT_EQ(desktop.window.songDurationSlider.Value(), 30); });
     desktop.Run();
 }
 
@@ -103,19 +102,14 @@ TEST(Window, AMessageOfAShowThreadStopsThatThreadAlone) {
     TestDesktop desktop("mode: songs 1\nopening: 0, play Sounds/gone.wav\nopening: 0, wait 60\n");
     const auto box = [&] { return desktop.view.findChild<QDialog*>("message"); };
     desktop.Then([&] { desktop.Press(); });
-    desktop.Pass(1);
+    desktop.Await([&] { return box() != nullptr; });
     desktop.Then([&] {
-        ASSERT_TRUE(box());
         EXPECT_FALSE(box()->isModal());
         EXPECT_EQ(desktop.window.commandExecThread.State(), Thread::kRunning);
     });
     // The window goes on working: a stop ends the show, and the question goes with its thread.
     desktop.Then([&] { desktop.Press(); });
-    desktop.Pass(1);
-    desktop.Then([&] {
-        EXPECT_EQ(desktop.button.text(), "再生");
-        EXPECT_FALSE(box() && box()->isVisible());
-    });
+    desktop.Await([&] { return desktop.button.text() == "再生" && !(box() && box()->isVisible()); });
     desktop.Run();
 }
 
@@ -140,15 +134,17 @@ TEST(Window, ClosingDuringAFadeOrAJingleEndsAtOnceAndAPressWaitsForTheEndOfAFade
         scripts.Register(static_cast<std::int32_t>(PlayerScript::getPosition),
                          [](const auto&) -> String { return "9999"; });
         desktop.Then([&] { desktop.Press(); });
-        for (int i = 0; i < 15; ++i)
-            desktop.Then([&, close = close] {
-                if (!fading && desktop.window.command != desktop.window.ending) return;
-                desktop.steps.assign(close ? 1 : 15,
-                                     [close] { EXPECT_FALSE(close) << "the loop has not ended"; });
-                if (close) return void(desktop.view.close());
+        desktop.Await([&] { return fading || desktop.window.command == desktop.window.ending; });
+        if (close) {
+            desktop.Then([&] { desktop.view.close(); });
+            desktop.Then([] { ADD_FAILURE() << "the loop has not ended"; });
+        } else {
+            desktop.Then([&] {
                 desktop.Press();
                 EXPECT_EQ(desktop.player.log.size(), 1u) << "the press is kept until the fade has ended";
             });
+            desktop.Await([&] { return faded && desktop.button.text() == "再生"; });
+        }
         desktop.Run();
         EXPECT_EQ(desktop.steps.size(), close ? 1u : 0u);
         EXPECT_EQ(faded, !close);
