@@ -121,6 +121,17 @@ TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
 
 TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
     const test::TlsSite site(authority.Issue("name.invalid"), answers);
+    {
+        // A show without a network: one look-up, then nothing is known of anybody.
+        Options options;
+        options.englishSite = site.Address("https", "name.invalid");
+        const Gateway gateway(options);
+        test::TestShow show;
+        show.window.deployment.searchHost = gateway.Host();
+        for (const char* name : {"ac/dc", "therapy?"}) show.window.getContents(name);
+        EXPECT_EQ(show.window.wikiContents, "");
+        EXPECT_EQ(test::lookUps.exchange(0), 1);
+    }
     Ask(site.Address("https", "name.invalid"));
     EXPECT_FALSE(Finds("ac/dc"));
     EXPECT_EQ(test::lookUps, 1);

@@ -47,6 +47,7 @@ TEST(Reading, Kana) {
 TEST(Reading, Kanji) {
     ExpectReadings({
         {"人々", "ひとびと"},
+        {"寂々", "せきせき"},
         {"々", "々"},
         {"玖保", "くほ"},  // no word by itself
         {"龘", "龘"},      // in no word at all
@@ -99,6 +100,7 @@ TEST(Reading, WordsInKanaStayWhole) {
 TEST(Reading, Numbers) {
     ExpectReadings({
         {"一人", "ひとり"},
+        {"十二人", "じゅうににん"},
         {"十四人", "じゅうよにん"},
         {"三百六十五歩", "さんびゃくろくじゅうごほ"},
         {"八千六百本", "はっせんろっぴゃっぽん"},
@@ -129,6 +131,7 @@ TEST(Reading, WhatHasNoReadingStays) {
         {"\xED\xA0\x80", "\xED\xA0\x80"},
         {"「夢」と、恋。", "「ゆめ」,と、,こい。"},
         {"夢 恋\n愛", "ゆめ こい\nあい"},
+        {"　夢　恋　", "ゆめ,こい"},
     });
 }
 
@@ -158,6 +161,10 @@ TEST(SayKotoeri, ReadsForAShow) {
     EXPECT_EQ(show.window.convertRoma("宇多田ヒカル - 花束を君に").Bytes(),
               "utada hikaru - hanataba wo kimi ni");
     EXPECT_EQ(show.window.convertRoma("한국어 ＡＢ🎵").Bytes(), "한국어 ＡＢ🎵");
+
+    std::string title;
+    for (int i = 0; i < 5000; ++i) title += "夢";
+    EXPECT_GE(show.window.convertRoma(title + "海").Bytes().size(), 5000u * 4);
 
     Shell shell;
     const std::string program = show.runtime.ResourcesFolder() / "SayKotoeri";

@@ -28,7 +28,7 @@ struct HostileServers : testing::Test {
         world.runtime.Threads().Notify();
     }
 
-    SkippingClock& clock = *new SkippingClock;
+    SkippingClock& clock = *new SkippingClock(false);
     TestRuntime world{std::unique_ptr<Clock>(&clock)};
 };
 
@@ -46,7 +46,7 @@ TEST_F(HostileServers, EachComesToItsEnd) {
         });
     };
     std::string manyNames = "HTTP/1.0 200 OK\r\n";
-    for (int i = 0; i < 100'000; ++i) manyNames += "X" + std::to_string(i) + ": a\r\n";
+    for (int i = 0; i < 100'000; ++i) manyNames += (i % 2 ? "Y" : "X" + std::to_string(i)) + ": a\r\n";
     constexpr int kNever = -1;
     const struct Case {
         const char* name;
@@ -70,6 +70,13 @@ TEST_F(HostileServers, EachComesToItsEnd) {
         {"a length below nothing", says("HTTP/1.0 200 OK\r\nContent-length: -1e99\r\n\r\nbody"), 200, "body"},
         {"chunks", says("HTTP/1.1 200 OK\r\nTransfer-encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n"), 200,
          "4\r\nbody\r\n0\r\n\r\n"},
+        {"a head without end",
+         [](Peer& peer, const WatchedClient&) {
+             peer.ReadRequest();
+             peer.Send("HTTP/1.0 200 OK\r\n");
+             while (peer.Send("X: a\r\n")) continue;
+         },
+         0, "", 1},
         {"100,000 header lines", says(manyNames + "X: a\r\n\r\nbody"), 200, "body", kNever, "a"},
         {"closes at once", [](Peer&, const WatchedClient&) {}, 0, ""},
         {"speaks before it is asked",
@@ -104,6 +111,7 @@ TEST_F(HostileServers, EachComesToItsEnd) {
                 EXPECT_EQ(client.Get(server.Url(), kLongSeconds).Bytes(), row.page);
                 client.gone = true;
                 EXPECT_EQ(client.HTTPStatusCode(), row.status);
+                EXPECT_TRUE(row.timeFliesAfter == kNever || !client.IsConnected());
                 // A connection that was torn before it was noticed counts as none.
                 if (row.timeFliesAfter != kNever || client.attempts > 0) {
                     EXPECT_EQ(client.ErrorCode(), row.timeFliesAfter == kNever ? 0 : -1);
@@ -115,6 +123,21 @@ TEST_F(HostileServers, EachComesToItsEnd) {
             world.runtime.Events().DoEventsWhile([&] { return thread.State() == Thread::kRunning; });
         }
     }
+}
+
+// Nobody wakes it.
+TEST(SilentServer, AWaitEndsByItself) {
+    TestRuntime world(std::make_unique<WallClock>());
+    const ScriptedServer server([](Peer& peer) { peer.WaitForClose(); });
+    Thread thread;
+    thread.RunEvent = [&] {
+        WatchedClient client;
+        EXPECT_EQ(client.Get(server.Url(), 1), "");
+        EXPECT_EQ(client.ErrorCode(), -1);
+    };
+    thread.RunEvent();
+    thread.Run();
+    world.runtime.Events().DoEventsWhile([&] { return thread.State() == Thread::kRunning; });
 }
 
 // As servers do that find a request too large.

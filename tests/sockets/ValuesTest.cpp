@@ -29,7 +29,7 @@ TEST(Dictionary, KeepsOrderAndFirstSpellingAndIgnoresCase) {
     EXPECT_THROW(map.Key(-1), OutOfBoundsException);
 }
 
-/// Against a plain list.
+/// Against a plain list, and large enough that anything quadratic would be seen as a test without end.
 TEST(Dictionary, FindsKeysByPlaceWhateverWasRemoved) {
     Dictionary map;
     std::vector<std::string> model;
@@ -46,6 +46,10 @@ TEST(Dictionary, FindsKeysByPlaceWhateverWasRemoved) {
         ASSERT_EQ(map.Count(), static_cast<std::int32_t>(model.size()));
         ASSERT_TRUE(at >= model.size() || map.Key(static_cast<std::int32_t>(at)).Bytes() == model[at]);
     }
+    map.Clear();
+    for (int i = 0; i < 100000; ++i) map.SetValue("key " + std::to_string(i), i);
+    for (std::int32_t i = 50000; i > 0; --i) map.Remove(map.Key(map.Count() / 2));
+    while (map.Count() > 0) map.Remove(map.Key(0));
 }
 
 TEST(Texts, CodesNumbersAndEnds) {

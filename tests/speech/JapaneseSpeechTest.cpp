@@ -30,7 +30,7 @@ std::string Spoken(const std::string& text) {
 
 TEST(JapaneseTextTest, IsPronouncedAsAnAnnouncerWould) {
     constexpr std::pair<const char*, const char*> kCases[] = {
-        {"私は東京へ行った。", "ワタシワ トーキョーエ イッタ."},
+        {"私は東京へ行った。本当ですか？", "ワタシワ トーキョーエ イッタ.ホントーデスカ?"},
         {"The Beatlesの「Let It Be」です", "<The Beatles>ノ-<Let It Be>-デス."},
         {"AC/DC、Guns N' Roses、Simon & Garfunkel", "<AC/DC>,<Guns N' Roses>,<Simon & Garfunkel>."},
         {"Maroon 5の曲と10ccとCD2枚", "<Maroon 5>ノ キョクト<10cc>ト<CD>ニマイ."},
@@ -52,11 +52,9 @@ TEST(JapaneseTextTest, IsPronouncedAsAnAnnouncerWould) {
 
 TEST(JapaneseTextTest, KanaHaveTheEnginesPhonemes) {
     constexpr std::pair<const char*, const char*> kCases[] = {
-        {"キョーワ", "k_jo:w'a"},
-        {"リュックサック", "r`_jukk'usakku"},
-        {"シンイチ", "s\\iN\\'it_s\\i"},
-        {"ンー", "N\\"},
-        {"x漢ー", ""},
+        {"キョーワ", "k_jo:w'a"}, {"リュックサック", "r`_jukk'usakku"},
+        {"マッチ", "matt_s\\'i"}, {"シンイチ", "s\\iN\\'it_s\\i"},
+        {"ンー", "N\\"},          {"x漢ー", ""},
     };
     for (const auto& [kana, expected] : kCases) EXPECT_EQ(KanaPhonemes(kana), expected) << kana;
 }

@@ -7,7 +7,7 @@
 namespace sorakaze {
 namespace {
 
-/// A show whose reader of kanji prints `output` whatever it is asked, and a mark for each call.
+/// A show whose reader of kanji prints `output` whatever it is asked.
 struct RomanisationTest : testing::Test {
     void Print(const std::string& output) {
         show.folder.Write(program,

@@ -24,6 +24,7 @@ TEST_F(Errors, EachEndsWithOneLineAndItsStatus) {
         {"", 2, "--help"},
         {"render --station . --program Endless --output kept.wav", 2, "--limit SECONDS"},
         {"render --station . --program Shaw --output kept.wav", 1, "Shaw"},
+        {show + "a.wav --limit nan", 2, "--limit"},
         {show + "kept.wav --playlist None", 1, "Library"},
         {"render --station home --program Show --output kept.wav", 1, "--station"},
         {show + "a.xyz", 1, ".wav"},
