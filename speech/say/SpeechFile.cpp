@@ -15,6 +15,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "speech/say/SignalsWait.h"
+
 namespace sorakaze::speech {
 namespace {
 
@@ -39,22 +41,6 @@ void RemoveWhenEnded(const char* name) {
 [[noreturn]] void Fail(const std::filesystem::path& file, const std::string& why) {
     throw std::runtime_error("can't write " + file.string() + ": " + why);
 }
-
-/// For as long as it lives, a signal that ends the program waits.
-class SignalsWait {
-  public:
-    SignalsWait() {
-        sigset_t all;
-        sigfillset(&all);
-        sigprocmask(SIG_BLOCK, &all, &before_);
-    }
-    ~SignalsWait() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsWait(const SignalsWait&) = delete;
-    SignalsWait& operator=(const SignalsWait&) = delete;
-
-  private:
-    sigset_t before_;
-};
 
 mode_t ReadUmask() {
     const mode_t mask = umask(022);

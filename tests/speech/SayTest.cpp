@@ -137,7 +137,8 @@ TEST_F(SayTest, LongTextsAreSpokenAndEndedHalfWayLeaveNothing) {
     while (Left() == 0 && !ended.Ended()) continue;
     ended.Signal(SIGTERM);
     EXPECT_EQ(ended.Wait(), 128 + SIGTERM);
-    EXPECT_EQ(Left(), 0);
+    EXPECT_EQ(Left(), 0) << testing::PrintToString(
+        std::vector<fs::path>(fs::directory_iterator(file.parent_path()), fs::directory_iterator()));
 }
 
 TEST_F(SayTest, WhatFailsKeepsTheFileBefore) {
