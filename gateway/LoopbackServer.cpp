@@ -5,7 +5,6 @@
 #include <arpa/inet.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
-#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -13,6 +12,8 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+
+#include "app/runtime/SignalsHeld.h"
 
 namespace sorakaze::gateway {
 namespace {
@@ -24,22 +25,6 @@ constexpr unsigned kAnswerSeconds = 120;
 constexpr std::size_t kHeaderBytes = 32 * 1024;
 constexpr std::size_t kFormBytes = 256 * 1024;
 constexpr std::size_t kStackBytes = 1024 * 1024;
-
-/// A thread has the signal mask of the one that made it.
-class SignalsBlocked {
-  public:
-    SignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-  private:
-    sigset_t before_;
-};
 
 /// One request from its first line to its answer.
 struct Exchange {
@@ -185,7 +170,8 @@ std::uint16_t LoopbackServer::Port() const {
 void LoopbackServer::Start(Admits admits, Answers answers) {
     impl_->admits = std::move(admits);
     impl_->answers = std::move(answers);
-    const SignalsBlocked blocked;
+    // The server's threads take none.
+    const SignalsHeld held;
     impl_->daemon = MHD_start_daemon(
         MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_THREAD_PER_CONNECTION | MHD_USE_ITC, 0, nullptr, nullptr,
         &Impl::Handle, impl_.get(), MHD_OPTION_LISTEN_SOCKET, impl_->socket, MHD_OPTION_CONNECTION_LIMIT,

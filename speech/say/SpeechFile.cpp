@@ -15,7 +15,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "speech/say/SignalsWait.h"
+#include "app/runtime/SignalsHeld.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -55,7 +55,7 @@ SpeechFile::SpeechFile(std::filesystem::path file, int sampleRate) : file_(std::
     unfinished_ = (file_.parent_path() / ".say-XXXXXX").string();
     const int descriptor = [this] {
         // None may come between the file and what removes it.
-        const SignalsWait wait;
+        const SignalsHeld held;
         const int made = mkostemp(unfinished_.data(), O_CLOEXEC);
         if (made >= 0) RemoveWhenEnded(unfinished_.c_str());
         return made;

@@ -13,6 +13,7 @@
 #include <string>
 #include <system_error>
 
+#include "app/runtime/SignalsHeld.h"
 #include "app/runtime/process/LaunchChild.h"
 
 namespace sorakaze::process {
@@ -47,22 +48,6 @@ Pipe MakePipe() {
 void NeverBlock(const Descriptor& descriptor) {
     ::fcntl(descriptor.Get(), F_SETFL, O_NONBLOCK);
 }
-
-/// No signal is handled between the fork and the child's program.
-class SignalsHeld {
-  public:
-    SignalsHeld() {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-
-  private:
-    sigset_t before_;
-};
 
 void WriteMap(pid_t process, const char* name, const std::string& text) {
     const std::string path = "/proc/" + std::to_string(process) + '/' + name;
@@ -100,6 +85,7 @@ Launched Launch(LaunchPlan& plan) {
     Launched launched;
     launched.ownNamespace = plan.mechanisms.namespaces;
     {
+        // No signal is handled between the fork and the child's program.
         const SignalsHeld held;
         int process = -1;
         // No signal at its end: no handler of the application hears of it, and no wait for any child takes it
