@@ -79,8 +79,9 @@ Launched Launch(LaunchPlan& plan) {
     const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
     const Descriptor raisedNull = Raised(null.Get(), "/dev/null");
     if (plan.ruleset) plan.ruleset = Raised(plan.ruleset.Get(), "ruleset");
+    if (plan.channel) plan.channel = Raised(plan.channel.Get(), "channel");
     const ChildDescriptors child{raisedNull.Get(), output.write.Get(), reports.write.Get(),
-                                 lifeline.read.Get()};
+                                 lifeline.read.Get(), plan.channel ? plan.channel.Get() : -1};
 
     Launched launched;
     launched.ownNamespace = plan.mechanisms.namespaces;
@@ -126,12 +127,16 @@ void EndAll(Launched& launched) {
         launched.lifeline.Close();
 }
 
-LaunchReport TakeEnd(Launched& launched) {
-    siginfo_t ignored{};
-    while (::waitid(kByDescriptor, static_cast<id_t>(launched.process.Get()), &ignored, WEXITED | __WALL) !=
-               0 &&
+void EndProgram(Launched& launched) {
+    ::syscall(SYS_pidfd_send_signal, launched.process.Get(), SIGKILL, nullptr, 0);
+}
+
+LaunchReport TakeEnd(Launched& launched, int* status) {
+    siginfo_t end{};
+    while (::waitid(kByDescriptor, static_cast<id_t>(launched.process.Get()), &end, WEXITED | __WALL) != 0 &&
            errno == EINTR) {
     }
+    if (status) *status = end.si_code == CLD_EXITED ? W_EXITCODE(end.si_status, 0) : end.si_status & 0x7f;
     LaunchReport report;
     if (::read(launched.reports.Get(), &report, sizeof report) != sizeof report) report = {};
     return report;

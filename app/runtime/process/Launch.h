@@ -40,7 +40,10 @@ Launched Launch(LaunchPlan& plan);
 /// Ends every process of the command. The keeper's end follows.
 void EndAll(Launched& launched);
 
-/// Blocks until the keeper's end, and returns what it told.
-LaunchReport TakeEnd(Launched& launched);
+/// Of a plan with a channel: ends the program itself, with which everything of it ends.
+void EndProgram(Launched& launched);
+
+/// Blocks until the keeper's end, and returns what it told. `status` gets its own end as wait tells it.
+LaunchReport TakeEnd(Launched& launched, int* status = nullptr);
 
 }  // namespace sorakaze::process

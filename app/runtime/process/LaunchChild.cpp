@@ -62,10 +62,12 @@ void Must(bool succeeded, const char* where) {
 }
 
 void KeepDescriptors(const LaunchPlan& plan, const ChildDescriptors& own) {
+    const int input = own.channel >= 0 ? own.channel : own.null;
     const int places[][2] = {
-        {own.null, 0}, {own.output, 1}, {own.null, 2}, {own.reports, kReports}, {own.lifeline, kLifeline}};
+        {input, 0}, {own.output, 1}, {own.null, 2}, {own.reports, kReports}, {own.lifeline, kLifeline}};
     for (const auto& [from, to] : places)
-        Must(Call(SYS_dup3, from, to, to > 2 ? O_CLOEXEC : 0) == to, "descriptors");
+        if (to != 2 || !plan.keepErrors)
+            Must(Call(SYS_dup3, from, to, to > 2 ? O_CLOEXEC : 0) == to, "descriptors");
     if (plan.ruleset)
         Must(Call(SYS_dup3, plan.ruleset.Get(), kRuleset, O_CLOEXEC) == kRuleset, "descriptors");
     else
@@ -209,13 +211,13 @@ void InstallFilter(const LaunchPlan& plan) {
 
 int BecomeShell(void* given) {
     const LaunchPlan& plan = *static_cast<const LaunchPlan*>(given);
-    if (!plan.mechanisms.namespaces) Must(Call(SYS_setpgid, 0, 0) == 0, "process group");
+    if (!plan.mechanisms.namespaces && !plan.channel) Must(Call(SYS_setpgid, 0, 0) == 0, "process group");
     Must(Call(SYS_chdir, plan.workingFolder) == 0, plan.workingFolder);
     Call(SYS_umask, 077);
     // Behind the sound of the show, whatever thread of it began this.
     const sched_param ordinary{};
     Call(SYS_sched_setscheduler, 0, SCHED_OTHER, &ordinary);
-    Call(SYS_setpriority, PRIO_PROCESS, 0, 5);
+    if (plan.niceness != 0) Call(SYS_setpriority, PRIO_PROCESS, 0, plan.niceness);
     GiveUpPrivileges(plan);
     Must(Call(SYS_prctl, PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0, "no new privileges");
     Must(Call(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) == 0, "end with the keeper");
@@ -299,6 +301,10 @@ void RunKeeper(LaunchPlan& plan, const ChildDescriptors& descriptors) {
     else
         Must(Call(SYS_prctl, PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) == 0, "orphans");
     if (!ApplicationLives()) Leave(127);
+    if (plan.channel) {
+        BecomeShell(&plan);
+        Leave(127);
+    }
     // Borrows the keeper's memory until the program starts: a second copy of the application's would cost as
     // much again.
     const pid_t shell = __clone(BecomeShell, plan.shellStack.data() + plan.shellStack.size(),

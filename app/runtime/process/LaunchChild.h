@@ -15,6 +15,7 @@ struct ChildDescriptors {
     int output;
     int reports;
     int lifeline;
+    int channel;  ///< negative: there is none
 };
 
 /// What the keeper is from the fork on. Waits for a byte in the lifeline before it begins.

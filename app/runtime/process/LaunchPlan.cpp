@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <set>
 #include <sstream>
 
@@ -245,7 +246,9 @@ LaunchPlan PlanConfinement(const Confinement* confinement, const Mechanisms& mec
     if (mechanisms.landlockVersion > 0)
         plan.ruleset = MakeLandlockRules(mechanisms.landlockVersion, all.places);
     if (mechanisms.view) {
-        plan.viewMountPoint = confinement ? plan.Keep(Absolute(confinement->writableFolder)) : "/usr";
+        plan.viewMountPoint = confinement && !confinement->writableFolder.empty()
+                                  ? plan.Keep(Absolute(confinement->writableFolder))
+                                  : "/usr";
         PlanView(plan, std::move(all));
     }
     if (mechanisms.systemCallFilter) {
@@ -286,6 +289,30 @@ LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confin
     const std::string folder = plan.workingFolder;
     plan.environment = {plan.Keep("PATH=" + searched + "/usr/bin:/bin"), plan.Keep("HOME=" + folder),
                         plan.Keep("TMPDIR=" + folder), "LANG=C.UTF-8", nullptr};
+    return plan;
+}
+
+LaunchPlan PlanHelper(const HelperOptions& options, const Mechanisms& mechanisms) {
+    Confinement confinement;
+    confinement.readable = {options.program};
+    confinement.processes = options.processes;
+    // Its processes bound themselves, each by what it is about to do.
+    confinement.addressSpace = std::numeric_limits<std::uint64_t>::max();
+    confinement.processorTime = std::chrono::hours(24 * 365);
+    confinement.fileSize = 0;
+    LaunchPlan plan = PlanConfinement(&confinement, mechanisms);
+    PlanLimits(plan, confinement);
+    // It ends processes of its own; what it starts it confines further.
+    if (mechanisms.systemCallFilter)
+        plan.filter = BuildSystemCallFilter({.guardMetadata = true, .guardTruncation = true});
+    plan.workingFolder = "/";
+    plan.niceness = 0;
+    plan.keepErrors = options.keepErrors;
+    plan.program = plan.Keep(Absolute(options.program));
+    plan.arguments = {plan.program};
+    for (const std::string& argument : options.arguments) plan.arguments.push_back(plan.Keep(argument));
+    plan.arguments.push_back(nullptr);
+    plan.environment = {"PATH=/usr/bin:/bin", "LANG=C.UTF-8", nullptr};
     return plan;
 }
 

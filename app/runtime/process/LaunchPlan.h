@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "app/runtime/process/ConfinedHelper.h"
 #include "app/runtime/process/ConfinedProcess.h"
 #include "app/runtime/process/Descriptor.h"
 #include "app/runtime/process/LandlockRules.h"
@@ -50,6 +51,11 @@ struct LaunchPlan {
     std::vector<sock_filter> filter;
     Descriptor ruleset;
 
+    /// Set: the program's standard input, and the program takes the keeper's place.
+    Descriptor channel;
+    int niceness = 5;         ///< added to the application's own
+    bool keepErrors = false;  ///< standard error is the application's
+
     bool asRoot = false;  ///< then the command runs as `user`
     uid_t user = 0;
     /// As root: a set of bits. A station under a closed home folder is read and run, whoever owns it and in
@@ -70,6 +76,10 @@ struct LaunchPlan {
 /// Throws std::system_error and std::filesystem::filesystem_error.
 LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
                        const Mechanisms& mechanisms);
+
+/// A helper's program, which stays and has a channel. It can write nothing at all. Throws as PlanCommand
+/// does.
+LaunchPlan PlanHelper(const HelperOptions& options, const Mechanisms& mechanisms);
 
 /// A plan that puts everything in force and starts nothing.
 LaunchPlan PlanTrial(const Mechanisms& mechanisms);

@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/process/ConfinedHelper.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include "app/runtime/process/Launch.h"
+#include "app/runtime/process/LaunchPlan.h"
+#include "app/runtime/process/Mechanisms.h"
+
+namespace sorakaze::process {
+namespace {
+
+std::string EndText(const LaunchReport& report, int status) {
+    if (report.what == LaunchReport::Failed)
+        return std::string(report.where ? report.where : "it could not be started") + ": " +
+               std::strerror(report.value);
+    if (WIFSIGNALED(status)) return std::string("signal ") + std::to_string(WTERMSIG(status));
+    return "status " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+struct ConfinedHelper::Impl {
+    Launched launched;
+    Descriptor channel;
+    bool taken = false;
+};
+
+ConfinedHelper::ConfinedHelper(const HelperOptions& options) : impl_(std::make_unique<Impl>()) {
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+        throw std::system_error(errno, std::generic_category(), "socketpair");
+    impl_->channel = Descriptor(ends[0]);
+    Descriptor theirs(ends[1]);
+    ::fcntl(impl_->channel.Get(), F_SETFL, O_NONBLOCK);
+    LaunchPlan plan = PlanHelper(options, AvailableMechanisms());
+    plan.channel = std::move(theirs);
+    impl_->launched = Launch(plan);
+}
+
+ConfinedHelper::~ConfinedHelper() {
+    if (impl_->taken) return;
+    EndProgram(impl_->launched);
+    TakeEnd(impl_->launched);
+}
+
+int ConfinedHelper::Channel() const {
+    return impl_->channel.Get();
+}
+
+std::string ConfinedHelper::TakeEndText() {
+    EndProgram(impl_->launched);
+    int status = 0;
+    const LaunchReport report = TakeEnd(impl_->launched, &status);
+    impl_->taken = true;
+    return EndText(report, status);
+}
+
+}  // namespace sorakaze::process
