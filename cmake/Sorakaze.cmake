@@ -79,6 +79,15 @@ function(sorakaze_test name)
     endif()
 endfunction()
 
+# sorakaze_opens_sounds(NAME): a test or benchmark, should it be built, that opens sounds.
+function(sorakaze_opens_sounds name)
+    if(TARGET ${name})
+        target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/DecoderOfTests.cpp)
+        target_compile_definitions(${name} PRIVATE DECODER_PROGRAM="$<TARGET_FILE:sorakaze-decoder>")
+        add_dependencies(${name} sorakaze-decoder)
+    endif()
+endfunction()
+
 add_custom_target(fuzz_targets)
 
 # sorakaze_fuzz(NAME CORPUS_FOLDER SOURCES... [LINK LIBS...]): a libFuzzer target. scripts/fuzz runs them all.

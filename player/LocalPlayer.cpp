@@ -7,7 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include "player/EntryFile.h"
 #include "player/FileStamp.h"
 #include "player/MusicLibrary.h"
 #include "player/Tags.h"
@@ -65,7 +64,7 @@ struct LocalPlayer::Impl {
         const auto stamp = StampOf(path);
         if (!lastTags || !lastTags->IsFor(path, stamp)) {
             lastTags.emplace(path, stamp);
-            lastTags->value = ReadTags(path);
+            lastTags->value = ReadTags(engine, path);
         }
         return lastTags->value;
     }
@@ -81,13 +80,7 @@ struct LocalPlayer::Impl {
         const auto stamp = StampOf(path);
         if (prepared && prepared->IsFor(path, stamp)) return;
         prepared.emplace(path, stamp);
-        prepared->value = Opened(path);
-    }
-
-    /// Null where the file can't be played.
-    std::shared_ptr<sound::Voice> Opened(const std::string& path) {
-        // Anything but a regular file could make the caller wait for ever.
-        return IsRegularFile(path) ? engine.Open(path) : nullptr;
+        prepared->value = engine.Open(path);
     }
 
     std::shared_ptr<sound::Voice> TakeVoice(const std::string& path) {
@@ -96,7 +89,7 @@ struct LocalPlayer::Impl {
             prepared.reset();
             return voice;
         }
-        return Opened(path);
+        return engine.Open(path);
     }
 
     void Tell(TrackEvent event, TrackEvent::What what, double position) const {

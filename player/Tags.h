@@ -4,14 +4,22 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "player/TrackText.h"
+
+namespace sorakaze::sound {
+class MixingEngine;
+}
 
 namespace sorakaze::player {
 
 /// What a sound file's own tags say, whatever their format. All empty for a file without tags, or that is
-/// gone. Reads the tags alone, not the sound.
-TrackText ReadTags(const std::filesystem::path& file);
+/// gone. Read by a decoder's process of `engine`; blocks for that.
+TrackText ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file);
+
+/// The tags out of the tag reader's answer: foreign bytes. Pure.
+TrackText TagsFromAnswer(std::string_view answer);
 
 /// A file's name without its ending, as a title.
 std::string TitleFromName(const std::filesystem::path& file);

@@ -9,7 +9,7 @@
 
 #include "app/runtime/Application.h"
 #include "app/runtime/Signals.h"
-#include "app/runtime/sound/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
 #include "gateway/StandIn.h"
 #include "player/LocalPlayer.h"
 #include "player/MusicLibrary.h"

@@ -10,7 +10,7 @@
 #include <exception>
 #include <string>
 
-#include "app/runtime/sound/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
 #include "studio/Console.h"
 #include "studio/Render.h"
 #include "studio/StudioError.h"

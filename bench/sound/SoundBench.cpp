@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "app/runtime/sound/MixingEngine.h"
-#include "app/runtime/sound/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
 
 namespace sorakaze::sound {
 namespace {

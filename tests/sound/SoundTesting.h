@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "app/runtime/sound/MixingEngine.h"
-#include "app/runtime/sound/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::sound::testing {

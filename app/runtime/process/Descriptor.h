@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A file descriptor that closes itself. Used inside this folder only.
+// A file descriptor that closes itself.
 #pragma once
 
 #include <unistd.h>
@@ -25,6 +25,8 @@ class Descriptor {
 
     int Get() const { return number_; }
     explicit operator bool() const { return number_ >= 0; }
+    /// For an owner that closes it by itself.
+    int Release() { return std::exchange(number_, -1); }
     void Close() {
         if (number_ >= 0) ::close(std::exchange(number_, -1));
     }

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <atomic>
 
+#include "app/runtime/sound/Caretaker.h"
 #include "app/runtime/sound/Limiter.h"
-#include "app/runtime/sound/ReadAhead.h"
 #include "app/runtime/sound/VoiceCore.h"
 
 namespace sorakaze::sound {
@@ -14,28 +14,33 @@ namespace {
 
 /// What outlives the engine as long as somebody holds one of its voices.
 struct Shared {
-    explicit Shared(Reading mode) : reading(mode), readAhead(mode) {}
+    Shared(Reading mode, std::shared_ptr<Decoders> processes, std::function<void()> onFailure)
+        : reading(mode),
+          decoders(std::move(processes)),
+          caretaker(
+              mode, decoders, [this] { sounding.fetch_sub(1); }, std::move(onFailure)) {}
 
     void Started(VoiceCore& voice) {
         sounding.fetch_add(1);
         voice.next = incoming.load();
         while (!incoming.compare_exchange_weak(voice.next, &voice)) {
         }
-        readAhead.Nudge();
+        caretaker.Nudge();
     }
 
     void Ceased() {
         sounding.fetch_sub(1);
-        readAhead.Nudge();
+        caretaker.Nudge();
     }
 
     const Reading reading;
+    const std::shared_ptr<Decoders> decoders;
     std::atomic<VoiceCore*> incoming{nullptr};  // pushed by logic, taken as a whole by the mixing thread
     std::atomic<int> sounding{0};
     std::atomic<std::int64_t> mixed{0};       // written by the mixing thread
     std::atomic<std::uint64_t> underruns{0};  // written by the mixing thread
     std::atomic<bool> closed{false};
-    ReadAhead readAhead;
+    Caretaker caretaker;
 };
 
 /// What Open hands out. The core itself lives on until the mixing thread and the workers have let go of it.
@@ -53,7 +58,7 @@ class EngineVoice final : public Voice {
         if (core_->Stop() == VoiceCore::Change::Ceased)
             shared_->Ceased();
         else
-            shared_->readAhead.Nudge();
+            shared_->caretaker.Nudge();
     }
     bool IsPlaying() const override { return core_->IsPlaying(); }
     void SetGain(float gain, Frames ramp) override { core_->SetGain(gain, ramp); }
@@ -68,7 +73,8 @@ class EngineVoice final : public Voice {
 }  // namespace
 
 struct MixingEngine::Impl {
-    explicit Impl(Reading reading) : shared(std::make_shared<Shared>(reading)) {}
+    Impl(Reading reading, std::shared_ptr<Decoders> decoders, std::function<void()> onFailure)
+        : shared(std::make_shared<Shared>(reading, std::move(decoders), std::move(onFailure))) {}
 
     void TakeIncoming();
     void MixBlock(std::span<float> out);
@@ -80,20 +86,42 @@ struct MixingEngine::Impl {
     Limiter limiter;
 };
 
-MixingEngine::MixingEngine(Reading reading) : impl_(std::make_unique<Impl>(reading)) {}
+MixingEngine::MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders)
+    : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::OfProcess(), [this] {
+          if (onFailure) onFailure();
+      })) {}
 
 MixingEngine::~MixingEngine() {
     impl_->shared->closed.store(true);
-    impl_->shared->readAhead.Close();
+    impl_->shared->caretaker.Close();
 }
 
 std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
-    auto decoder = Decoder::Open(
-        file, impl_->shared->reading == Reading::Offline ? Decoder::Speed::Highest : Decoder::Speed::Modest);
-    if (!decoder) return nullptr;
-    auto core = std::make_shared<VoiceCore>(std::move(decoder));
-    impl_->shared->readAhead.Add(core);
+    Shared& shared = *impl_->shared;
+    auto sound = shared.decoders->Open(
+        file, shared.reading == Reading::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device);
+    if (!sound) {
+        if (onFailure) onFailure();
+        return nullptr;
+    }
+    auto core = std::make_shared<VoiceCore>(std::move(sound));
+    shared.caretaker.Add(core);
     return std::make_shared<EngineVoice>(impl_->shared, std::move(core));
+}
+
+std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file) {
+    auto tags = impl_->shared->decoders->ReadTags(file);
+    if (!tags && onFailure) onFailure();
+    return tags;
+}
+
+std::vector<DecoderFailure> MixingEngine::TakeFailures() {
+    impl_->shared->caretaker.NoteFailures();
+    return impl_->shared->decoders->TakeFailures();
+}
+
+void MixingEngine::ForgetBadFiles() {
+    impl_->shared->decoders->ForgetBadFiles();
 }
 
 void MixingEngine::Mix(std::span<float> interleaved) {
@@ -136,17 +164,14 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
         const auto result = voice.MixInto(sum, shared->reading);
         if (result.ended) shared->sounding.fetch_sub(1);
         if (result.underrun) shared->underruns.fetch_add(1, std::memory_order_relaxed);
-        const bool over = result.mixing == VoiceCore::Mixing::IsOver;
-        bool tell = over;
-        if (over) {
-            *link = voice.next;
-            voice.LeaveMixing();  // from here on the voice may be gone
-        } else {
-            tell = shared->reading == Reading::Offline && voice.AsksForFrames();
+        if (result.mixing == VoiceCore::Mixing::GoesOn) {
             link = &voice.next;
+            continue;
         }
-        // A device's thread tells nobody: the workers look by themselves.
-        if (tell && shared->reading == Reading::Offline) shared->readAhead.Nudge();
+        *link = voice.next;
+        voice.LeaveMixing();  // from here on the voice may be gone
+        // A device's thread tells nobody: the caretaker looks by itself.
+        if (shared->reading == Reading::Offline) shared->caretaker.Nudge();
     }
     limiter.Process(out);
 }

@@ -2,16 +2,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The one mixing engine for all that is heard: jingles, speech and the player's tracks are voices of it. The
 // logic's threads open, start, stop and fade voices; one mixing thread (a device's callback, or the studio's
-// clock) calls Mix. Files are decoded ahead on worker threads. The mixing side takes no lock, allocates
-// nothing and opens no file.
+// clock) calls Mix. Files are decoded ahead in processes of their own (see Decoders). The mixing side takes
+// no lock, allocates nothing and opens no file.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
+#include "app/runtime/sound/Decoders.h"
 #include "app/runtime/sound/Frames.h"
 
 namespace sorakaze::sound {
@@ -32,7 +36,7 @@ class Voice {
     /// milliseconds down to silence.
     virtual void Stop() = 0;
 
-    /// True from Start until Stop or until the file's last frame has been mixed.
+    /// True from Start until Stop or until the file's last frame has been mixed, or its decoder has failed.
     virtual bool IsPlaying() const = 0;
 
     /// Moves the linear gain (0 to 1) towards `gain`, sample by sample, over `ramp` frames; shorter ramps
@@ -55,7 +59,8 @@ enum class Reading {
 
 class MixingEngine {
   public:
-    explicit MixingEngine(Reading reading);
+    /// `decoders` are those of the process where none are given.
+    explicit MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders = nullptr);
     ~MixingEngine();
     MixingEngine(const MixingEngine&) = delete;
     MixingEngine& operator=(const MixingEngine&) = delete;
@@ -64,6 +69,18 @@ class MixingEngine {
     /// holds no sound that can be decoded (the first frame is decoded here to be sure). Blocks for file I/O;
     /// never throws for bad files. Any thread but the mixing one.
     std::shared_ptr<Voice> Open(const std::filesystem::path& file);
+
+    /// The tags of a sound file, as the tag reader of sorakaze-decoder gives them: foreign bytes. Empty where
+    /// there are none. As for Open.
+    std::optional<std::string> ReadTags(const std::filesystem::path& file);
+
+    /// The files whose decoders failed since the last call. Such a file isn't opened again until
+    /// ForgetBadFiles. Any thread but the mixing one.
+    std::vector<DecoderFailure> TakeFailures();
+    void ForgetBadFiles();
+    /// Called on any thread but the mixing one when there is something for TakeFailures. Set before the first
+    /// Open.
+    std::function<void()> onFailure;
 
     /// Mixes the next frames of every started voice into `interleaved` (kChannels samples a frame,
     /// overwritten), with the limiter behind the sum: no sample leaves the range -1 to 1. Called from one

@@ -13,11 +13,6 @@ constexpr std::uint32_t kShortestRamp = kSampleRate / 200;  // 5 ms
 constexpr std::uint32_t kStartRamp = kSampleRate / 500;     // 2 ms
 constexpr std::uint32_t kStopRamp = kShortestRamp;
 
-/// Frames that a worker decodes before it hands them over, and before it looks for needier voices.
-constexpr std::size_t kHandOver = 32768;
-/// Frames that a voice has when Open returns, so that a voice started at once doesn't begin with a gap.
-constexpr std::size_t kFirstFrames = 8192;
-
 float Sane(float gain) {
     return gain >= 0.0f ? std::min(gain, 1.0f) : 0.0f;  // also catches what is no number
 }
@@ -29,16 +24,15 @@ std::uint32_t RampFrames(Frames ramp) {
 
 }  // namespace
 
-VoiceCore::VoiceCore(std::unique_ptr<Decoder> decoder)
-    : length_(decoder->Length()), decoder_(std::move(decoder)), ring_(std::make_unique<FrameRing>()) {
-    Decode(kFirstFrames);
-}
+VoiceCore::VoiceCore(std::unique_ptr<DecodedSound> sound)
+    : length_(sound->Length()), sound_(std::move(sound)) {}
 
 VoiceCore::Change VoiceCore::Start() {
     const std::lock_guard lock(control_);
     if (state_.load() != State::Opened) return Change::None;
     inMixing_.store(true);
     state_.store(State::Playing);
+    if (sound_) sound_->Begin();
     return Change::Began;
 }
 
@@ -79,6 +73,7 @@ void VoiceCore::ObeyCommands() {
 
 VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
     ObeyCommands();
+    RingReader& ring = sound_->Ring();
     if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));
     MixResult result;
     if (reading == Reading::RealTime && IsShortOf(sum.size() / kChannels)) {
@@ -86,16 +81,18 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
         MixAroundGap(sum);
     } else {
         starving_ = false;
+        starvingNow_.store(false, std::memory_order_relaxed);
         while (!sum.empty()) {
-            const auto frames = ring_->Readable();
+            const auto frames = ring.Peek(sum.size() / kChannels);
             if (!frames.empty()) {
-                const std::size_t samples = std::min(sum.size(), frames.size());
-                AddFrames(sum.first(samples), frames.first(samples));
-                sum = sum.subspan(samples);
-            } else if (!ring_->IsFinished()) {
-                ring_->WaitForFrames();  // offline only: otherwise the frames were known to be there
-            } else if (ring_->Drained()) {
-                return End();
+                AddFrames(sum.first(frames.size()), frames);
+                sum = sum.subspan(frames.size());
+            } else if (ring.IsFinished()) {
+                if (ring.IsDrained()) return End();
+            } else if (reading == Reading::Offline) {
+                sound_->WaitForFrames();
+            } else {
+                break;  // a decoder that makes no sense
             }
         }
     }
@@ -104,30 +101,35 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
         return result;
     }
     // Offline the end must not depend on when the decoder notices it.
-    if (reading == Reading::Offline && ring_->Readable().empty()) ring_->WaitForFrames();
-    return ring_->Drained() ? End() : result;
+    if (reading == Reading::Offline) {
+        sound_->TellOfRoom();
+        if (ring.Filled() == 0) sound_->WaitForFrames();
+    }
+    return ring.IsDrained() ? End() : result;
 }
 
 /// Whether a gap is coming within these frames or right behind them. The frames of a short ramp count too:
 /// when there is nothing left to fade, it is too late for a soft end.
 bool VoiceCore::IsShortOf(std::size_t frames) const {
-    return !ring_->IsFinished() && ring_->Filled() < frames + kStartRamp;
+    RingReader& ring = sound_->Ring();
+    return !ring.IsFinished() && ring.Filled() < frames + kStartRamp;
 }
 
 /// Goes softly down before a gap and begins softly behind it.
 void VoiceCore::MixAroundGap(std::span<float> sum) {
-    std::size_t left = starving_ ? 0 : std::min(ring_->Filled(), sum.size() / kChannels);
+    RingReader& ring = sound_->Ring();
+    std::size_t left = starving_ ? 0 : std::min(ring.Filled(), sum.size() / kChannels);
     const std::size_t fade = std::min<std::size_t>(left, kStartRamp);
     while (left > 0) {
         if (left == fade && !stopping_) edge_.MoveTo(0.0f, static_cast<std::uint32_t>(fade));
-        const auto frames = ring_->Readable();
-        const std::size_t untilFade = left > fade ? left - fade : left;
-        const std::size_t samples = std::min(untilFade * kChannels, frames.size());
-        AddFrames(sum.first(samples), frames.first(samples));
-        sum = sum.subspan(samples);
-        left -= samples / kChannels;
+        const auto frames = ring.Peek(left > fade ? left - fade : left);
+        if (frames.empty()) break;  // a decoder that makes no sense
+        AddFrames(sum.first(frames.size()), frames);
+        sum = sum.subspan(frames.size());
+        left -= frames.size() / kChannels;
     }
     starving_ = true;
+    starvingNow_.store(true, std::memory_order_relaxed);
     gain_.Pass(sum.size() / kChannels);
     if (stopping_) {
         edge_.Pass(sum.size() / kChannels);
@@ -138,6 +140,7 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
 }
 
 VoiceCore::MixResult VoiceCore::End() {
+    if (!sound_->Ring().IsComplete()) broke_.store(true, std::memory_order_release);
     State expected = State::Playing;
     const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
     return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false};
@@ -176,31 +179,7 @@ void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
         sum = sum.subspan(samples);
         frames = frames.subspan(samples);
     }
-    ring_->Consume(all);
-}
-
-bool VoiceCore::AsksForFrames() {
-    return !ring_->IsFinished() && ring_->Free() >= FrameRing::kCapacity / 2 &&
-           !asked_.exchange(true, std::memory_order_acq_rel);
-}
-
-bool VoiceCore::WantsFrames() {
-    // Cleared before the look at the ring: whoever asks after this look finds the flag down and tells a
-    // worker.
-    asked_.exchange(false, std::memory_order_acq_rel);
-    return !ring_->IsFinished() && ring_->Free() >= FrameRing::kCapacity / 2;
-}
-
-void VoiceCore::Fill() {
-    Decode(kHandOver);
-}
-
-void VoiceCore::Decode(std::size_t most) {
-    const auto room = ring_->Writable();
-    const auto batch = room.first(std::min(room.size(), most * kChannels));
-    const std::size_t frames = decoder_->Read(batch);
-    if (frames > 0) ring_->Commit(frames);
-    if (frames < batch.size() / kChannels) ring_->Finish();
+    sound_->Ring().Consume(all);
 }
 
 bool VoiceCore::IsOver() const {
@@ -209,8 +188,8 @@ bool VoiceCore::IsOver() const {
 }
 
 void VoiceCore::FreeResources() {
-    decoder_.reset();
-    ring_.reset();
+    const std::lock_guard lock(control_);
+    sound_.reset();
 }
 
 }  // namespace sorakaze::sound

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One voice of the engine, seen from its three sides: the logic's threads command it, a worker thread decodes
-// into its ring, the mixing thread adds it to the sum. The sides meet in atomics only; the mixing side takes
-// no lock.
+// One voice of the engine, seen from its three sides: the logic's threads command it, a decoder in another
+// process fills its ring, the mixing thread adds it to the sum. The sides meet in atomics only; the mixing
+// side takes no lock.
 #pragma once
 
 #include <atomic>
@@ -11,8 +11,7 @@
 #include <mutex>
 #include <optional>
 
-#include "app/runtime/sound/Decoder.h"
-#include "app/runtime/sound/FrameRing.h"
+#include "app/runtime/sound/DecodedSound.h"
 #include "app/runtime/sound/Frames.h"
 #include "app/runtime/sound/MixingEngine.h"
 #include "app/runtime/sound/Ramp.h"
@@ -27,7 +26,7 @@ class VoiceCore {
     };
     enum class Change { None, Began, Ceased };
 
-    explicit VoiceCore(std::unique_ptr<Decoder> decoder);
+    explicit VoiceCore(std::unique_ptr<DecodedSound> sound);
 
     // --- the logic's threads ---
 
@@ -51,25 +50,20 @@ class VoiceCore {
     MixResult MixInto(std::span<float> sum, Reading reading);
     /// The mixing thread's last touch.
     void LeaveMixing() { inMixing_.store(false, std::memory_order_release); }
-    /// True once each time that half of the ring has become free: then a worker should be told.
-    bool AsksForFrames();
     VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own
 
-    // --- the worker threads (see ReadAhead; one at a time but for Help) ---
+    // --- the caretaker's thread (see Caretaker) ---
 
-    /// Decodes some more. At most about a second of sound, so that voices take turns.
-    void Fill();
-    /// While another worker is at Fill: whether Help would make it faster, and that help.
-    bool WantsHelp() const { return decoder_->WantsHelp(); }
-    void Help() { decoder_->Help(); }
-    /// Whether Fill has enough to do. Clears what AsksForFrames remembers.
-    bool WantsFrames();
     bool IsMixed() const { return inMixing_.load(std::memory_order_acquire); }
     /// True when no frame will be asked for any more: the resources can go.
     bool IsOver() const;
-    /// The share of the ring that is filled, for choosing the neediest voice.
-    std::size_t FramesAhead() const { return FrameRing::kCapacity - ring_->Free(); }
-    /// Frees decoder and ring; only behind IsOver. Callers may hold on to the voice for hours.
+    /// The decoder's end of the sound; until FreeResources.
+    DecodedSound& Sound() { return *sound_; }
+    /// The mixing thread has come to the end of a sound that its decoder didn't finish.
+    bool Broke() const { return broke_.load(std::memory_order_acquire); }
+    /// On a device: frames are missing.
+    bool IsStarving() const { return starvingNow_.load(std::memory_order_relaxed); }
+    /// Frees the sound; only after IsOver. Callers may hold on to the voice for hours.
     void FreeResources();
 
   private:
@@ -79,21 +73,20 @@ class VoiceCore {
     bool IsShortOf(std::size_t frames) const;
     void MixAroundGap(std::span<float> sum);
     void AddFrames(std::span<float> sum, std::span<const float> frames);
-    void Decode(std::size_t most);
     MixResult End();
 
-    std::mutex control_;                       // Start against Stop, among the logic's threads only
+    std::mutex control_;  // Start against Stop and FreeResources, never the mixing thread
     std::atomic<State> state_{State::Opened};  // logic and mixing thread
     std::atomic<bool> inMixing_{false};        // set by Start, cleared by the mixing thread
     std::atomic<float> initialGain_{1.0f};     // written by logic before Start, read when mixing begins
     std::atomic<std::uint64_t> command_{
         kNoCommand};                         // latest SetGain; written by logic, taken by the mixing thread
     std::atomic<std::int64_t> position_{0};  // written by the mixing thread
-    std::atomic<bool> asked_{false};         // set by the mixing thread, cleared by a worker
+    std::atomic<bool> starvingNow_{false};   // written by the mixing thread
+    std::atomic<bool> broke_{false};         // set by the mixing thread
     const std::optional<Frames> length_;
 
-    std::unique_ptr<Decoder> decoder_;  // worker
-    std::unique_ptr<FrameRing> ring_;   // worker writes, mixing thread reads
+    std::unique_ptr<DecodedSound> sound_;  // its ring is the mixing thread's
 
     // The mixing thread's own.
     Ramp gain_{1.0f};

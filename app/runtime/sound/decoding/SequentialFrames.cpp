@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "app/runtime/sound/FrameSource.h"
+#include "app/runtime/sound/decoding/FrameSource.h"
 
 namespace sorakaze::sound {
 namespace {

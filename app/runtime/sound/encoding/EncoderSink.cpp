@@ -7,10 +7,10 @@
 
 #include "app/runtime/sound/AvSupport.h"
 #include "app/runtime/sound/Frames.h"
-#include "app/runtime/sound/OutputFile.h"
 #include "app/runtime/sound/SampleConversion.h"
-#include "app/runtime/sound/SoundFileWriter.h"
-#include "app/runtime/sound/SoundSink.h"
+#include "app/runtime/sound/encoding/OutputFile.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundSink.h"
 
 namespace sorakaze::sound {
 namespace {

@@ -1,30 +1,18 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/runtime/sound/Decoder.h"
+#include "app/runtime/sound/decoding/Decoder.h"
 
 #include <algorithm>
-#include <cmath>
+#include <new>
 
 namespace sorakaze::sound {
-namespace {
 
-/// Larger samples can only come from damaged or hostile float data. Sums of such values would poison the
-/// limiter.
-constexpr float kSaneSample = 64.0f;
-
-/// Samples of each channel that are converted at once: what they become stays in the processor's own memory.
-constexpr int kStep = 4096;
-
-void DropInsaneSamples(std::span<float> samples) {
-    for (float& sample : samples) sample = std::fabs(sample) <= kSaneSample ? sample : 0.0f;
-}
-
-}  // namespace
-
-std::unique_ptr<Decoder> Decoder::Open(const std::filesystem::path& file, Speed speed) {
-    auto reader = PacketReader::Open(file);
+std::unique_ptr<Decoder> Decoder::Open(std::unique_ptr<InputFile> file, const std::string& name,
+                                       unsigned helpers) {
+    if (!file) throw std::bad_alloc();
+    auto reader = PacketReader::Open(std::move(file), name);
     if (!reader) return nullptr;
-    auto source = speed == Speed::Highest ? MakePartedFrames(reader) : nullptr;
+    auto source = helpers > 0 ? MakePartedFrames(reader, helpers) : nullptr;
     if (!source) source = MakeSequentialFrames(std::move(reader));
     if (!source) return nullptr;
 
@@ -46,7 +34,6 @@ std::size_t Decoder::Read(std::span<float> interleaved) {
         else
             break;
     }
-    DropInsaneSamples(interleaved.first(done * kChannels));
     return done;
 }
 
@@ -66,7 +53,7 @@ std::size_t Decoder::Advance(std::span<float> room) {
         if (!converter_.SetUp(*pending_)) pending_ = nullptr;
         return frames;
     }
-    const int count = std::min(pending_->nb_samples - converted_, kStep);
+    const int count = std::min(pending_->nb_samples - converted_, converter_.Step());
     const auto target = RoomFor(converter_.Bound(count), room);
     const std::size_t frames = converter_.Convert(*pending_, converted_, count, target);
     converted_ += count;

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/runtime/sound/PacketReader.h"
+#include "app/runtime/sound/decoding/PacketReader.h"
 
 namespace sorakaze::sound {
 namespace {
@@ -16,22 +16,21 @@ int RefuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary
 
 }  // namespace
 
-std::unique_ptr<PacketReader> PacketReader::Open(const std::filesystem::path& file) {
+std::unique_ptr<PacketReader> PacketReader::Open(std::unique_ptr<InputFile> file, const std::string& name) {
     SilenceAvLogging();
     std::unique_ptr<PacketReader> reader(new PacketReader);
-    return reader->OpenInput(file) ? std::move(reader) : nullptr;
+    reader->file_ = std::move(file);
+    return reader->OpenInput(name) ? std::move(reader) : nullptr;
 }
 
-bool PacketReader::OpenInput(const std::filesystem::path& file) {
-    file_ = InputFile::Open(file);
-    if (!file_) return false;
+bool PacketReader::OpenInput(const std::string& name) {
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return false;
     context->pb = file_->Io();
     context->io_open = &RefuseToOpen;
     context->protocol_whitelist = av_strdup("none");
-    // The name only helps to tell formats apart by their endings. Frees the context when it fails.
-    if (avformat_open_input(&context, file.c_str(), nullptr, nullptr) < 0) return false;
+    // Frees the context when it fails.
+    if (avformat_open_input(&context, name.c_str(), nullptr, nullptr) < 0) return false;
     input_.reset(context);
     if (avformat_find_stream_info(context, nullptr) < 0) return false;
 

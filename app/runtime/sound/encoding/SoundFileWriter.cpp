@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/runtime/sound/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "app/runtime/sound/SoundSink.h"
+#include "app/runtime/sound/encoding/SoundSink.h"
 
 namespace sorakaze::sound {
 namespace {

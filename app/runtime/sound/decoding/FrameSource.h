@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "app/runtime/sound/AvSupport.h"
-#include "app/runtime/sound/PacketReader.h"
+#include "app/runtime/sound/decoding/PacketReader.h"
 
 namespace sorakaze::sound {
 
@@ -18,11 +18,6 @@ class FrameSource {
     /// a time.
     virtual AVFrame* Next() = 0;
 
-    /// Whether Help has something to do. Any thread.
-    virtual bool WantsHelp() const { return false; }
-    /// Decodes a part that Next will ask for later. Any thread, beside the one that calls Next.
-    virtual void Help() {}
-
     /// What the container states.
     virtual std::optional<Frames> Length() const = 0;
 };
@@ -30,9 +25,9 @@ class FrameSource {
 /// One packet after the other, for every format. Empty when no decoder is at hand.
 std::unique_ptr<FrameSource> MakeSequentialFrames(std::unique_ptr<PacketReader> reader);
 
-/// Several threads at once, each decoding a part of the file: the same frames, bit for bit, in a fraction of
-/// the time. For formats whose decoders carry little or nothing from packet to packet; leaves `reader` alone
-/// and is empty for others.
-std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader);
+/// `helpers` threads beside the one that calls Next, each decoding a part of the file: the same frames, bit
+/// for bit, in a fraction of the time. For formats whose decoders carry little or nothing from packet to
+/// packet; leaves `reader` alone and is empty for others. Throws std::system_error.
+std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader, unsigned helpers);
 
 }  // namespace sorakaze::sound

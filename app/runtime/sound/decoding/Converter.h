@@ -27,6 +27,9 @@ class Converter {
     /// False when the frame's format can't be converted at all.
     bool SetUp(const AVFrame& frame);
 
+    /// Samples of each channel to convert at once: what they become stays in the processor's own memory.
+    int Step() const;
+
     /// An upper bound of what Convert gives for `inputFrames` more frames (0: for Flush).
     std::size_t Bound(int inputFrames) const;
 

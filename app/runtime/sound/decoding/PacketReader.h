@@ -4,20 +4,21 @@
 // whatever else the file holds are passed over; other files and addresses that it may name are never opened.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "app/runtime/sound/AvSupport.h"
 #include "app/runtime/sound/Frames.h"
-#include "app/runtime/sound/InputFile.h"
+#include "app/runtime/sound/decoding/InputFile.h"
 
 namespace sorakaze::sound {
 
 class PacketReader {
   public:
     /// Empty when the file can't be read or holds no sound.
-    static std::unique_ptr<PacketReader> Open(const std::filesystem::path& file);
+    /// `name` only helps to tell formats apart by their endings.
+    static std::unique_ptr<PacketReader> Open(std::unique_ptr<InputFile> file, const std::string& name);
     PacketReader(const PacketReader&) = delete;
     PacketReader& operator=(const PacketReader&) = delete;
 
@@ -34,7 +35,7 @@ class PacketReader {
 
   private:
     PacketReader() = default;
-    bool OpenInput(const std::filesystem::path& file);
+    bool OpenInput(const std::string& name);
 
     // In the order in which they are opened; closed in reverse.
     std::unique_ptr<InputFile> file_;

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/runtime/sound/OutputFile.h"
+#include "app/runtime/sound/encoding/OutputFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-#include "app/runtime/sound/SoundFileWriter.h"
+#include "app/runtime/sound/encoding/SoundFileWriter.h"
 
 namespace sorakaze::sound {
 namespace {

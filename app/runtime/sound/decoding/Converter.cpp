@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/runtime/sound/Converter.h"
+#include "app/runtime/sound/decoding/Converter.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +11,15 @@ namespace sorakaze::sound {
 namespace {
 
 const AVChannelLayout kStereo = AV_CHANNEL_LAYOUT_STEREO;
+
+/// Slower and faster rates are no sound's; their filters and what they become would take any amount of
+/// memory.
+constexpr int kLowestRate = 100, kHighestRate = 6'000'000;
+
+constexpr int kMostChannels = 64;
+
+/// The library keeps the pointer that it is given, so the map outlives every conversion.
+constexpr std::array<int, 2> kFirstTwo{0, 1};
 
 /// Layouts that the mixing matrix can't be derived from (unordered or custom channels) count as the usual
 /// layout for their number of channels.
@@ -40,12 +49,12 @@ AvPointer<SwrContext> MakeUsual(const AVChannelLayout& layout, const AVFrame& fr
 /// For channel counts without a usual layout: the first two channels are the two sides.
 AvPointer<SwrContext> MakeFirstTwo(const AVChannelLayout& layout, const AVFrame& frame) {
     auto context = Allocate(kStereo, frame);
-    const std::array<int, 2> map{0, 1};
     AVChannelLayout unordered{};
     unordered.order = AV_CHANNEL_ORDER_UNSPEC;
     unordered.nb_channels = layout.nb_channels;
-    if (!context || layout.nb_channels < 2 || swr_set_channel_mapping(context.get(), map.data()) < 0 ||
-        av_opt_set_chlayout(context.get(), "ichl", &unordered, 0) < 0)
+    if (!context || layout.nb_channels < 2 || swr_set_channel_mapping(context.get(), kFirstTwo.data()) < 0 ||
+        av_opt_set_chlayout(context.get(), "ichl", &unordered, 0) < 0 ||
+        av_opt_set_int(context.get(), "uch", kFirstTwo.size(), 0) < 0)
         return nullptr;
     return swr_init(context.get()) < 0 ? nullptr : std::move(context);
 }
@@ -64,7 +73,8 @@ bool Converter::Fits(const AVFrame& frame) const {
 bool Converter::SetUp(const AVFrame& frame) {
     context_.reset();
     framesIn_ = framesOut_ = 0;
-    if (frame.sample_rate <= 0 || frame.ch_layout.nb_channels <= 0) return false;
+    if (frame.sample_rate < kLowestRate || frame.sample_rate > kHighestRate) return false;
+    if (frame.ch_layout.nb_channels < 1 || frame.ch_layout.nb_channels > kMostChannels) return false;
 
     format_ = frame.format;
     rate_ = frame.sample_rate;
@@ -80,6 +90,11 @@ bool Converter::SetUp(const AVFrame& frame) {
     if (!context_) context_ = MakeFirstTwo(layout_, frame);
     av_channel_layout_uninit(&usual);
     return context_ != nullptr;
+}
+
+int Converter::Step() const {
+    constexpr std::int64_t kUsual = 4096, kMostOut = 32768;
+    return static_cast<int>(std::clamp<std::int64_t>(kMostOut * rate_ / kSampleRate, 1, kUsual));
 }
 
 std::size_t Converter::Bound(int inputFrames) const {

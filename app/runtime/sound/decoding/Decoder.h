@@ -5,39 +5,32 @@
 // end.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "app/runtime/sound/AvSupport.h"
-#include "app/runtime/sound/Converter.h"
-#include "app/runtime/sound/FrameSource.h"
 #include "app/runtime/sound/Frames.h"
+#include "app/runtime/sound/decoding/Converter.h"
+#include "app/runtime/sound/decoding/FrameSource.h"
 
 namespace sorakaze::sound {
 
 class Decoder {
   public:
-    enum class Speed {
-        Modest,   ///< all the work is done in Read
-        Highest,  ///< other threads can help, for formats that allow it; takes some megabytes more. The same
-                  ///< samples.
-    };
-
-    /// Empty when the file can't be read or its first sound can't be decoded.
-    static std::unique_ptr<Decoder> Open(const std::filesystem::path& file, Speed speed);
+    /// Empty when the file's first sound can't be decoded. `name` only helps to tell formats apart by their
+    /// endings. `helpers` more threads make it faster, for formats that allow it; they take some megabytes
+    /// more and give the same samples. Throws std::bad_alloc and std::system_error.
+    static std::unique_ptr<Decoder> Open(std::unique_ptr<InputFile> file, const std::string& name,
+                                         unsigned helpers = 0);
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
     /// Fills `interleaved` and returns the frames written: fewer than there is room for only at the sound's
     /// end. One thread at a time.
     std::size_t Read(std::span<float> interleaved);
-
-    /// What other threads can do beside Read, so that it is faster.
-    bool WantsHelp() const { return source_->WantsHelp(); }
-    void Help() { source_->Help(); }
 
     /// What the container states.
     std::optional<Frames> Length() const { return source_->Length(); }

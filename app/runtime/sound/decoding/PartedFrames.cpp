@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <algorithm>
-#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <new>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
-#include "app/runtime/sound/FrameSource.h"
+#include "app/runtime/sound/decoding/FrameSource.h"
 
 namespace sorakaze::sound {
 namespace {
@@ -22,7 +22,8 @@ constexpr std::int64_t kFirstPartSamples = 12 * 1152;
 /// What a packet counts for at least, should its container not say.
 constexpr std::int64_t kLeastSamples = 576;
 /// Parts under way or decoded ahead. They are what a parted file takes in memory: about half a megabyte each.
-constexpr int kMaxParts = 4;
+constexpr std::size_t kMaxParts = 4;
+
 enum class Memory {
     None,       ///< every packet is decoded by itself
     Reservoir,  ///< a packet's bits may begin in the packets before, and its sound overlaps with the last
@@ -159,8 +160,19 @@ class Part {
 
 class PartedFrames final : public FrameSource {
   public:
-    PartedFrames(std::unique_ptr<PacketReader> reader, Memory memory)
-        : memory_(memory), reader_(std::move(reader)) {}
+    PartedFrames(std::unique_ptr<PacketReader> reader, Memory memory, unsigned helpers)
+        : memory_(memory), reader_(std::move(reader)) {
+        for (unsigned i = 0; i < helpers; ++i) helpers_.emplace_back([this] { Help(); });
+    }
+
+    ~PartedFrames() override {
+        {
+            const std::lock_guard lock(mutex_);
+            closed_ = true;
+        }
+        partTaken_.notify_all();
+        for (std::thread& helper : helpers_) helper.join();
+    }
 
     AVFrame* Next() override {
         while (!current_ || nextFrame_ == current_->FrameCount()) {
@@ -170,10 +182,6 @@ class PartedFrames final : public FrameSource {
         }
         return current_->Frame(nextFrame_++);
     }
-
-    bool WantsHelp() const override { return ahead_.load() < kMaxParts && !ended_.load(); }
-
-    void Help() override { DecodeOne(); }
 
     std::optional<Frames> Length() const override { return reader_->Length(); }
 
@@ -200,8 +208,20 @@ class PartedFrames final : public FrameSource {
         if (parts_.empty() || !parts_.front()->done) return nullptr;
         auto part = std::move(parts_.front());
         parts_.pop_front();
-        ahead_.fetch_sub(1);
+        partTaken_.notify_one();
         return part;
+    }
+
+    /// A helper's thread: decodes ahead for as long as there is something to decode.
+    void Help() {
+        for (;;) {
+            {
+                std::unique_lock lock(mutex_);
+                partTaken_.wait(lock, [this] { return closed_ || ended_ || parts_.size() < kMaxParts; });
+                if (closed_ || ended_) return;
+            }
+            DecodeOne();
+        }
     }
 
     /// False when there are parts enough, or no more.
@@ -225,7 +245,7 @@ class PartedFrames final : public FrameSource {
     /// Reads the packets of one more part and appends it to parts_.
     Part* CutPart(AvPointer<AVCodecContext>& codec) {
         const std::lock_guard lock(mutex_);
-        if (!WantsHelp()) return nullptr;
+        if (ended_ || parts_.size() >= kMaxParts) return nullptr;
         auto part = TakeIdle(idleParts_);
         if (!part) part = std::make_unique<Part>();
         part->packets = std::move(before_);
@@ -234,7 +254,8 @@ class PartedFrames final : public FrameSource {
         for (std::int64_t samples = 0; samples < wanted;) {
             auto packet = Made(av_packet_alloc());
             if (!reader_->Read(*packet)) {
-                ended_.store(true);
+                ended_ = true;
+                partTaken_.notify_all();
                 break;
             }
             samples += SamplesOf(*packet);
@@ -245,7 +266,6 @@ class PartedFrames final : public FrameSource {
         before_ = LastOf(part->packets, WarmUpOf(memory_, part->packets));
         codec = TakeIdle(idleCodecs_);
         parts_.push_back(std::move(part));
-        ahead_.fetch_add(1);
         return parts_.back().get();
     }
 
@@ -273,10 +293,11 @@ class PartedFrames final : public FrameSource {
     }
 
     const Memory memory_;
-    std::atomic<int> ahead_{0};       // the size of parts_, for those without the lock
-    std::atomic<bool> ended_{false};  // the reader gives no more packets
     std::mutex mutex_;  // guards all below; a part under way belongs to the thread that decodes it
     std::condition_variable partDone_;
+    std::condition_variable partTaken_;
+    bool closed_ = false;  ///< the helpers are to end
+    bool ended_ = false;   ///< the reader gives no more packets
     std::unique_ptr<PacketReader> reader_;
     bool begun_ = false;  ///< the first part was cut
     Packets before_;      ///< what the next part warms up with
@@ -287,14 +308,16 @@ class PartedFrames final : public FrameSource {
     // Of the thread that calls Next.
     std::unique_ptr<Part> current_;
     std::size_t nextFrame_ = 0;
+
+    std::vector<std::thread> helpers_;  ///< begin when all else stands
 };
 
 }  // namespace
 
-std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader) {
+std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader, unsigned helpers) {
     const Memory memory = MemoryOf(*reader);
     if (memory == Memory::Long) return nullptr;
-    return std::make_unique<PartedFrames>(std::move(reader), memory);
+    return std::make_unique<PartedFrames>(std::move(reader), memory, helpers);
 }
 
 }  // namespace sorakaze::sound

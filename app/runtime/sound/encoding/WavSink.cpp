@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "app/runtime/sound/Frames.h"
-#include "app/runtime/sound/OutputFile.h"
 #include "app/runtime/sound/SampleConversion.h"
-#include "app/runtime/sound/SoundSink.h"
-#include "app/runtime/sound/WavHeader.h"
+#include "app/runtime/sound/encoding/OutputFile.h"
+#include "app/runtime/sound/encoding/SoundSink.h"
+#include "app/runtime/sound/encoding/WavHeader.h"
 
 namespace sorakaze::sound {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/runtime/sound/WavHeader.h"
+#include "app/runtime/sound/encoding/WavHeader.h"
 
 #include <cstring>
 #include <limits>

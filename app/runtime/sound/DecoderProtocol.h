@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the application and the program sorakaze-decoder say to each other, in packets of fixed form.
+//
+// The channel leads to the program's first process, which reads no foreign byte itself: for each job it forks
+// a worker. A job comes with descriptors: the file, the worker's end of a socket of the job's own and, for
+// Play, the memory of its ring. On the job's socket the worker answers once; for Play each further packet, in
+// either direction, says no more than "look at the ring". The socket's end is the worker's end, or the
+// application's wish for it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace sorakaze::sound {
+
+enum class JobKind : std::uint32_t {
+    Play,      ///< for a device: the ring is emptied in true time
+    PlayFast,  ///< the ring is emptied as fast as it is filled
+    Tags,
+    Kill,  ///< no job: ends the worker of the job of that number at once. Without descriptors
+};
+
+struct JobRequest {
+    JobKind kind;
+    std::uint32_t number;  ///< of the job
+    std::uint64_t memory;  ///< bytes that the worker may allocate
+    std::uint32_t ring;    ///< for Play: the ring's capacity in frames
+    char name[256];        ///< the file's, without its folders: endings help to tell formats apart. Ends in 0
+};
+
+/// On the channel, when a worker has ended.
+struct JobEnded {
+    std::uint32_t number;
+    std::int32_t status;  ///< as wait tells it
+};
+
+/// The worker's answer to Play.
+struct PlayAnswer {
+    enum Result : std::uint32_t { Playing = 1, NoSound, TooLarge };
+    Result result;
+    std::uint32_t reserved = 0;
+    std::int64_t length;  ///< frames as the container states it; negative where it doesn't
+};
+
+/// The answer to Tags is a text of at most this many bytes.
+inline constexpr std::size_t kLongestTags = 192'100;
+
+}  // namespace sorakaze::sound

@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/runtime/sound/Decoders.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "app/runtime/sound/DecoderProcess.h"
+#include "app/runtime/sound/RegularFile.h"
+
+namespace sorakaze::sound {
+namespace {
+
+using Failure = DecoderProcess::Failure;
+
+/// A program that is ended from outside costs no file anything, as long as it comes back.
+constexpr int kAttempts = 4;
+
+/// What a job may allocate. Honest files of many hours have indexes of a share of their size.
+std::uint64_t MemoryFor(const RegularFile& file) {
+    constexpr std::uint64_t kLeast = 40u << 20, kMostForIndexes = 192u << 20;
+    return kLeast + std::min(static_cast<std::uint64_t>(file.status.st_size) / 4, kMostForIndexes);
+}
+
+FileIdentity IdentityOf(const RegularFile& file) {
+    const auto& status = file.status;
+    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+            static_cast<std::uint64_t>(status.st_mtim.tv_sec),
+            static_cast<std::uint64_t>(status.st_mtim.tv_nsec)};
+}
+
+std::filesystem::path& ProgramOfProcess() {
+    static std::filesystem::path program;
+    return program;
+}
+
+std::optional<Frames> ChecksOut(std::int64_t length) {
+    constexpr std::int64_t kLongest = std::int64_t{kSampleRate} * 60 * 60 * 24 * 366;
+    return length > 0 && length <= kLongest ? std::optional(Frames{length}) : std::nullopt;
+}
+
+}  // namespace
+
+struct Decoders::Impl {
+    explicit Impl(std::filesystem::path program) : process(std::move(program)) {}
+
+    struct Answered {
+        DecoderProcess::Job job;
+        std::string bytes;
+    };
+    /// Gives a job until it is answered, or fails for good.
+    std::variant<Answered, Failure> Ask(JobKind kind, const RegularFile& file,
+                                        const std::filesystem::path& path,
+                                        const DecoderProcess::Ring& ring = {});
+    void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure);
+    bool IsBad(const std::filesystem::path& path, const RegularFile& file);
+
+    DecoderProcess process;
+    std::mutex mutex;  // guards all below
+    std::vector<DecoderFailure> failures;
+    std::set<FileIdentity> badFiles;
+};
+
+std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(JobKind kind, const RegularFile& file,
+                                                                    const std::filesystem::path& path,
+                                                                    const DecoderProcess::Ring& ring) {
+    Failure failure{};
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        ::lseek(file.descriptor.Get(), 0, SEEK_SET);
+        auto begun =
+            process.Begin(kind, file.descriptor.Get(), path.filename().string(), MemoryFor(file), ring);
+        if (auto* job = std::get_if<DecoderProcess::Job>(&begun)) {
+            auto answer = process.Await(*job);
+            if (auto* bytes = std::get_if<std::string>(&answer))
+                return Answered{std::move(*job), std::move(*bytes)};
+            failure = std::get<Failure>(std::move(answer));
+        } else {
+            failure = std::get<Failure>(std::move(begun));
+        }
+        if (failure.kind != Failure::Ended) break;
+    }
+    return failure;
+}
+
+void Decoders::Impl::Note(const std::filesystem::path& file, const FileIdentity& identity,
+                          const Failure& failure) {
+    constexpr std::size_t kMost = 1000;
+    const std::lock_guard lock(mutex);
+    if (failure.kind == Failure::Died || failure.kind == Failure::Slow) badFiles.insert(identity);
+    if (failures.size() < kMost) failures.push_back({file, failure.why});
+}
+
+bool Decoders::Impl::IsBad(const std::filesystem::path& path, const RegularFile& file) {
+    const std::lock_guard lock(mutex);
+    if (!badFiles.contains(IdentityOf(file))) return false;
+    failures.push_back({path, "it has ended a decoder before"});
+    return true;
+}
+
+Decoders::Decoders(std::filesystem::path program) : impl_(std::make_unique<Impl>(std::move(program))) {}
+Decoders::~Decoders() = default;
+
+std::shared_ptr<Decoders> Decoders::OfProcess() {
+    static const auto decoders = [] {
+        std::error_code ignored;
+        std::filesystem::path program = ProgramOfProcess();
+        if (program.empty())
+            program =
+                std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "sorakaze-decoder";
+        return std::make_shared<Decoders>(std::move(program));
+    }();
+    return decoders;
+}
+
+void Decoders::SetProgramOfProcess(std::filesystem::path program) {
+    ProgramOfProcess() = std::move(program);
+}
+
+std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace) {
+    const auto file = OpenRegularFile(path);
+    if (!file || impl_->IsBad(path, *file)) return nullptr;
+    try {
+        auto memory = std::make_unique<SharedMemory>();
+        auto asked = impl_->Ask(pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play, *file, path,
+                                {memory->Descriptor(), memory->Capacity()});
+        if (const auto* failure = std::get_if<Failure>(&asked)) {
+            impl_->Note(path, IdentityOf(*file), *failure);
+            return nullptr;
+        }
+        auto& [job, bytes] = std::get<Impl::Answered>(asked);
+        PlayAnswer answer{};
+        if (bytes.size() == sizeof answer) std::memcpy(&answer, bytes.data(), sizeof answer);
+        if (answer.result == PlayAnswer::TooLarge)
+            impl_->Note(path, IdentityOf(*file), {Failure::Died, "it takes too much memory to decode"});
+        if (answer.result != PlayAnswer::Playing) return nullptr;
+        return std::make_unique<DecodedSound>(DecodedSound::Origin{path, IdentityOf(*file), job.name},
+                                              std::move(memory), std::move(job.socket),
+                                              ChecksOut(answer.length));
+    } catch (const std::system_error& error) {
+        impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()});
+        return nullptr;
+    }
+}
+
+std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path) {
+    const auto file = OpenRegularFile(path);
+    if (!file) return std::nullopt;
+    {
+        const std::lock_guard lock(impl_->mutex);
+        if (impl_->badFiles.contains(IdentityOf(*file))) return std::nullopt;
+    }
+    auto asked = impl_->Ask(JobKind::Tags, *file, path);
+    if (auto* answered = std::get_if<Impl::Answered>(&asked)) return std::move(answered->bytes);
+    impl_->Note(path, IdentityOf(*file), std::get<Failure>(asked));
+    return std::nullopt;
+}
+
+void Decoders::TakeEnd(DecodedSound& sound) {
+    Failure failure{};
+    if (sound.Ring().IsNonsense()) {
+        failure = {Failure::Died, "its decoder wrote nonsense"};
+    } else if (sound.StoodStill()) {
+        failure = {Failure::Slow, "it takes too long to decode"};
+    } else if (sound.Ring().IsComplete()) {
+        return;
+    } else {
+        failure = impl_->process.WhyEnded(sound.From().job);
+    }
+    impl_->process.Kill(sound.From().job);
+    impl_->Note(sound.From().file, sound.From().identity, failure);
+}
+
+std::vector<DecoderFailure> Decoders::TakeFailures() {
+    const std::lock_guard lock(impl_->mutex);
+    return std::exchange(impl_->failures, {});
+}
+
+void Decoders::ForgetBadFiles() {
+    const std::lock_guard lock(impl_->mutex);
+    impl_->badFiles.clear();
+}
+
+}  // namespace sorakaze::sound

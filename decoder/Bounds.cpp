@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "decoder/Bounds.h"
+
+#include <linux/capability.h>
+#include <malloc.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <vector>
+
+#include "app/runtime/process/LandlockRules.h"
+#include "decoder/AllowedCalls.h"
+
+namespace sorakaze::decoder {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+/// The longest of tracks decode in minutes.
+constexpr rlim_t kMostProcessorSeconds = 3600;
+
+void Limit(__rlimit_resource resource, rlim_t value) {
+    rlimit limit{};
+    ::getrlimit(resource, &limit);
+    limit.rlim_cur = limit.rlim_max = std::min(limit.rlim_max, value);
+    ::setrlimit(resource, &limit);
+}
+
+void DropCapabilities() {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct none[2]{};
+    ::prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
+    ::syscall(SYS_capset, &header, none);
+}
+
+void OpenNothing() {
+    const int version = process::LandlockVersion();
+    if (version == 0) return;
+    const auto rules = process::MakeLandlockRules(version, {});
+    process::EnforceLandlock(rules.Get());
+}
+
+/// Bytes of private memory that the process can write, as the kernel counts them for RLIMIT_DATA.
+std::uint64_t dataAtStart = 64u << 20;  // where the kernel doesn't tell
+
+void MeasureData() {
+    std::FILE* const file = std::fopen("/proc/self/statm", "re");
+    unsigned long long data = 0;
+    if (file && std::fscanf(file, "%*u %*u %*u %*u %*u %llu", &data) == 1)
+        dataAtStart = data * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    if (file) std::fclose(file);
+}
+
+}  // namespace
+
+void BoundProgram() {
+    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    // One heap a process: every further one would reserve as much again.
+    ::mallopt(M_ARENA_MAX, 1);
+    MeasureData();
+    DropCapabilities();
+    OpenNothing();
+    AllowCalls(Calls::OfProgram);
+}
+
+void BoundWorker(std::uint64_t memory, Threads threads) {
+    Limit(RLIMIT_CPU, kMostProcessorSeconds);
+    Limit(RLIMIT_CORE, 0);
+    // A sanitizer reserves terabytes.
+    if (!kSanitized) Limit(RLIMIT_DATA, dataAtStart + memory);
+    AllowCalls(threads == Threads::Some ? Calls::OfWorkerWithThreads : Calls::OfWorker);
+}
+
+void AllowTime(std::chrono::milliseconds processorTime) {
+    if (kSanitized) processorTime *= 40;
+    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(processorTime).count();
+    constexpr std::int64_t kSecond = 1'000'000;
+    const itimerval timer{{}, {microseconds / kSecond, microseconds % kSecond}};
+    ::setitimer(ITIMER_PROF, &timer, nullptr);
+}
+
+}  // namespace sorakaze::decoder

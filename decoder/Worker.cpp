@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "decoder/Worker.h"
+
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "app/runtime/sound/SharedRing.h"
+#include "app/runtime/sound/decoding/Decoder.h"
+#include "decoder/Bounds.h"
+#include "player/TagReader.h"
+
+namespace sorakaze::decoder {
+namespace {
+
+using namespace std::chrono_literals;
+using sound::Decoder;
+using sound::JobKind;
+using sound::kSampleRate;
+using sound::PlayAnswer;
+
+/// Processor time: of opening a file up to its first frames, and of each stretch of it.
+constexpr auto kOpeningTime = 700ms, kStretchTime = 2000ms;
+/// Frames that are decoded before they are handed over.
+constexpr std::size_t kStretch = 32768;
+/// Frames that are there with the answer, so that a sound that starts at once doesn't begin with a gap.
+constexpr std::size_t kFirstFrames = 8192;
+constexpr unsigned kMostThreads = 4;
+
+class Player {
+  public:
+    Player(int socket, void* ring, std::uint32_t capacity, bool fast)
+        : socket_(socket), ring_(ring, capacity), half_(capacity / 2), fast_(fast) {}
+
+    PlayAnswer Open(process::Descriptor file, const std::string& name) {
+        const unsigned helpers =
+            fast_ ? std::clamp(std::thread::hardware_concurrency(), 2u, kMostThreads) - 1 : 0;
+        decoder_ = Decoder::Open(sound::InputFile::Adopt(std::move(file)), name, helpers);
+        if (!decoder_) return {PlayAnswer::NoSound, 0, -1};
+        Decode(kFirstFrames);
+        const auto length = decoder_->Length();
+        return {PlayAnswer::Playing, 0, length ? length->count : -1};
+    }
+
+    /// Keeps the ring filled until the sound is over or nobody wants it any more.
+    void Play() {
+        while (!over_) {
+            if (ring_.Free() >= half_) {
+                while (!over_ && ring_.Free() > 0) Decode(kStretch);
+            } else if (!AwaitRoom()) {
+                return;
+            }
+        }
+    }
+
+  private:
+    void Decode(std::size_t most) {
+        AllowTime(kStretchTime);
+        const auto room = ring_.Writable();
+        const auto batch = room.first(std::min(room.size(), most * sound::kChannels));
+        const std::size_t frames = decoder_->Read(batch);
+        if (frames > 0 && ring_.Commit(frames)) Tell();
+        over_ = frames < batch.size() / sound::kChannels;
+        if (over_ && ring_.Finish()) Tell();
+    }
+
+    void Tell() {
+        const char word = 'r';
+        ::send(socket_, &word, 1, MSG_DONTWAIT | MSG_NOSIGNAL);
+    }
+
+    /// Sleeps until the ring may be half empty. False when the application has let go.
+    bool AwaitRoom() {
+        ring_.AnnounceSleep();
+        if (ring_.Free() >= half_) return true;
+        pollfd socket{socket_, POLLIN, 0};
+        ::poll(&socket, 1, begun_ && !fast_ ? MillisecondsToHalf() : -1);
+        char word = 0;
+        while (::recv(socket_, &word, 1, MSG_DONTWAIT) > 0) begun_ = true;
+        return (socket.revents & (POLLHUP | POLLERR)) == 0;
+    }
+
+    /// A device takes its frames in true time and tells nobody. Where it stands still it is asked now and
+    /// then.
+    int MillisecondsToHalf() {
+        constexpr std::size_t kLeast = 5, kWhenStill = 500;
+        const std::size_t above = half_ - ring_.Free();
+        const std::size_t more = above == std::exchange(lastAbove_, above) ? kWhenStill : 0;
+        return static_cast<int>(std::max(above * 1000 / kSampleRate, kLeast) + more);
+    }
+
+    const int socket_;
+    sound::RingWriter ring_;
+    const std::size_t half_;  ///< of its capacity
+    const bool fast_;
+    std::unique_ptr<Decoder> decoder_;
+    bool begun_ = false;  ///< the frames are being taken
+    bool over_ = false;
+    std::size_t lastAbove_ = 0;
+};
+
+template <typename Answer>
+void Send(int socket, const Answer& answer) {
+    ::send(socket, &answer, sizeof answer, MSG_NOSIGNAL);
+}
+
+int WorkPlay(Job& job) {
+    const std::uint32_t capacity = job.request.ring;
+    void* const memory =
+        ::mmap(nullptr, sound::RingBytes(capacity), PROT_READ | PROT_WRITE, MAP_SHARED, job.ring.Get(), 0);
+    if (memory == MAP_FAILED) return 1;
+    const bool fast = job.request.kind == JobKind::PlayFast;
+    BoundWorker(job.request.memory, fast ? Threads::Some : Threads::None);
+    AllowTime(kOpeningTime);
+    Player player(job.socket.Get(), memory, capacity, fast);
+    PlayAnswer answer{PlayAnswer::TooLarge, 0, -1};
+    try {
+        answer = player.Open(std::move(job.file), job.request.name);
+    } catch (const std::bad_alloc&) {
+    } catch (const std::system_error&) {  // no thread
+    }
+    Send(job.socket.Get(), answer);
+    if (answer.result == PlayAnswer::Playing) player.Play();
+    return 0;
+}
+
+int WorkTags(Job& job) {
+    BoundWorker(job.request.memory, Threads::None);
+    AllowTime(kOpeningTime);
+    std::string record;
+    try {
+        record = player::ReadTags(std::move(job.file), job.request.name).Record();
+    } catch (const std::bad_alloc&) {
+    }
+    record.resize(std::min(record.size(), sound::kLongestTags - 1));
+    record += '\n';  // an empty packet would look like the end
+    ::send(job.socket.Get(), record.data(), record.size(), MSG_NOSIGNAL);
+    return 0;
+}
+
+}  // namespace
+
+int Work(Job job) {
+    return job.request.kind == JobKind::Tags ? WorkTags(job) : WorkPlay(job);
+}
+
+}  // namespace sorakaze::decoder

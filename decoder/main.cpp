@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// sorakaze-decoder: reads foreign sound files for the application, which starts it and talks with it over its
+// standard input.
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "decoder/Bounds.h"
+#include "decoder/Program.h"
+#include "decoder/Warmth.h"
+
+int main() {
+    int type = 0;
+    socklen_t size = sizeof type;
+    if (::getsockopt(STDIN_FILENO, SOL_SOCKET, SO_TYPE, &type, &size) != 0 || type != SOCK_SEQPACKET) {
+        std::fputs(
+            "sorakaze-decoder is started by Sorakaze and sorakaze-studio; it does nothing by itself.\n",
+            stderr);
+        return 2;
+    }
+    sorakaze::decoder::BoundProgram();
+    sorakaze::decoder::WarmUp();
+    // At once: there is nothing that outlives the process.
+    ::_exit(sorakaze::decoder::TakeJobs(STDIN_FILENO));
+}
