@@ -17,6 +17,7 @@ Desktop::Desktop(std::filesystem::path appFolder)
       runtime_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_) {}
 
 Desktop::~Desktop() {
+    engine_.OnFailure(nullptr);
     // First silence, then everything that could still make a sound or ask a question.
     loudspeaker_.reset();
     if (window_) window_->voiceHTMLViewer.Load = nullptr;
@@ -57,6 +58,8 @@ void Desktop::_MakeDefaultView() {
     } catch (...) {
         runtime_.TellUncaught(std::current_exception());
     }
+    engine_.OnFailure([this] { runtime_.Events().Post([this] { window_->tellFailures(); }); });
+    window_->observer = &failureLog_;
     view_->show();
     WatchTheShow();
     loudspeaker_ = std::make_unique<output::Loudspeaker>(engine_);

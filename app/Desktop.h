@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "app/FailureLog.h"
 #include "app/desktop/Mpris.h"
 #include "app/desktop/SingleInstance.h"
 #include "app/output/Loudspeaker.h"
@@ -59,6 +60,7 @@ class Desktop {
     player::LocalPlayer player_;
     Runtime runtime_;
     window::QtLoop loop_{runtime_};
+    FailureLog failureLog_;
     std::unique_ptr<mainWindow> window_;
     std::unique_ptr<window::WindowView> view_;
     std::unique_ptr<output::Loudspeaker> loudspeaker_;

@@ -18,7 +18,7 @@ namespace sorakaze {
 /// show {program, playlist}, block {name, variant}, line {text: the expanded line}, say {voice, text,
 /// seconds}, sayj {voice, text}, sound {path}, track {playlist, number, title, path}, fade {number,
 /// position}, ended {number, position}, prepared {number, song, artist, album, wikiContents}, message {text},
-/// end {}.
+/// failed {what, path, why}, end {}.
 struct ShowEvent {
     using Value = std::variant<String, std::int32_t, double>;
 

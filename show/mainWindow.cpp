@@ -3,6 +3,7 @@
 #include "show/mainWindow.h"
 
 #include "app/runtime/Runtime.h"
+#include "app/runtime/sound/MixingEngine.h"
 #include "speech/KanaTable.h"
 
 namespace sorakaze {
@@ -59,6 +60,13 @@ void mainWindow::Event_Open() {
         kanaArray[row] = kKanaTable[row].kana;
         romeArray[row] = kKanaTable[row].romaji;
     }
+}
+
+void mainWindow::tellFailures() {
+    sound::MixingEngine* const engine = Runtime::Current().Engine();
+    if (!engine) return;
+    for (const sound::DecoderFailure& failure : engine->TakeFailures())
+        tell("failed", {{"what", "sound"}, {"path", failure.file.string()}, {"why", failure.why}});
 }
 
 void mainWindow::tell(std::string_view what,

@@ -74,6 +74,10 @@ class mainWindow : public Window {
     String iTunesPlaylist();
     String iTunesSongInfo(const String& playlist, std::int32_t track);
 
+    /// Tells of the sounds and tracks whose files could not be decoded to their end since the last call. For
+    /// the host, when the engine says that there are some, or now and then.
+    void tellFailures();
+
     /// Tells the onlooker, if there is one.
     void tell(std::string_view what,
               std::vector<std::pair<std::string_view, ShowEvent::Value>> fields = {}) const;

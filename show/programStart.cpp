@@ -3,6 +3,7 @@
 // The button's two paths.
 #include "app/runtime/Random.h"
 #include "app/runtime/Runtime.h"
+#include "app/runtime/sound/MixingEngine.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
@@ -22,6 +23,8 @@ void mainWindow::beginShow(Random& random) {
     programStart.SetCaption(kStopCaption);
     trackNo = 0;
     startTicks = Ticks();
+    // A file that ended its decoder is tried again in each show.
+    if (auto* engine = Runtime::Current().Engine()) engine->ForgetBadFiles();
     tell("show", {{"program", programMenu.Text()}, {"playlist", playlistMenu.Text()}});
     readProgram(programMenu.Text());
     section = random.InRange(0, openingCount);

@@ -229,6 +229,7 @@ class Session {
         if (!begun_) return stopped_;
         if (stopped_ || !OnAir() || !recorder_.Error().empty()) return true;
         player_.State();  // so that a track's end is told at its own tick
+        window_.tellFailures();
         console_.Progress(Done(), Ticks() / static_cast<double>(kTicksPerSecond));
         const bool idle = !options_.limitSeconds && Ticks() - onlookers_.lastTrackBegan > kIdleTicks;
         return idle || IsStalled();

@@ -68,7 +68,7 @@ void Caretaker::NoteFailures() {
     const std::lock_guard lock(mutex_);
     for (auto& entry : voices_)
         if (entry->voice->Broke()) Note(*entry);
-    failures_ = 0;  // whoever asked takes them
+    failures_ = 0;  // whoever asks takes them
 }
 
 void Caretaker::Work() {

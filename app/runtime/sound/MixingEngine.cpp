@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
+#include <utility>
 
 #include "app/runtime/sound/Caretaker.h"
 #include "app/runtime/sound/Limiter.h"
@@ -14,11 +16,18 @@ namespace {
 
 /// What outlives the engine as long as somebody holds one of its voices.
 struct Shared {
-    Shared(Reading mode, std::shared_ptr<Decoders> processes, std::function<void()> onFailure)
+    Shared(Reading mode, std::shared_ptr<Decoders> processes)
         : reading(mode),
           decoders(std::move(processes)),
           caretaker(
-              mode, decoders, [this] { sounding.fetch_sub(1); }, std::move(onFailure)) {}
+              mode, decoders, [this] { sounding.fetch_sub(1); }, [this] { Failed(); }) {}
+
+    /// Not the mixing thread.
+    void Failed() {
+        failures.store(true);
+        const std::lock_guard lock(mutex);
+        if (tellFailure) tellFailure();
+    }
 
     void Started(VoiceCore& voice) {
         sounding.fetch_add(1);
@@ -40,6 +49,9 @@ struct Shared {
     std::atomic<std::int64_t> mixed{0};       // written by the mixing thread
     std::atomic<std::uint64_t> underruns{0};  // written by the mixing thread
     std::atomic<bool> closed{false};
+    std::atomic<bool> failures{false};  // there may be some; set by any thread
+    std::mutex mutex;
+    std::function<void()> tellFailure;  // guarded by mutex
     Caretaker caretaker;
 };
 
@@ -73,8 +85,8 @@ class EngineVoice final : public Voice {
 }  // namespace
 
 struct MixingEngine::Impl {
-    Impl(Reading reading, std::shared_ptr<Decoders> decoders, std::function<void()> onFailure)
-        : shared(std::make_shared<Shared>(reading, std::move(decoders), std::move(onFailure))) {}
+    Impl(Reading reading, std::shared_ptr<Decoders> decoders)
+        : shared(std::make_shared<Shared>(reading, std::move(decoders))) {}
 
     void TakeIncoming();
     void MixBlock(std::span<float> out);
@@ -87,9 +99,7 @@ struct MixingEngine::Impl {
 };
 
 MixingEngine::MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders)
-    : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::OfProcess(), [this] {
-          if (onFailure) onFailure();
-      })) {}
+    : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::OfProcess())) {}
 
 MixingEngine::~MixingEngine() {
     impl_->shared->closed.store(true);
@@ -101,7 +111,7 @@ std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
     auto sound = shared.decoders->Open(
         file, shared.reading == Reading::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device);
     if (!sound) {
-        if (onFailure) onFailure();
+        shared.Failed();
         return nullptr;
     }
     auto core = std::make_shared<VoiceCore>(std::move(sound));
@@ -111,13 +121,19 @@ std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
 
 std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file) {
     auto tags = impl_->shared->decoders->ReadTags(file);
-    if (!tags && onFailure) onFailure();
+    if (!tags) impl_->shared->Failed();
     return tags;
 }
 
 std::vector<DecoderFailure> MixingEngine::TakeFailures() {
+    if (!impl_->shared->failures.exchange(false)) return {};
     impl_->shared->caretaker.NoteFailures();
     return impl_->shared->decoders->TakeFailures();
+}
+
+void MixingEngine::OnFailure(std::function<void()> tell) {
+    const std::lock_guard lock(impl_->shared->mutex);
+    impl_->shared->tellFailure = std::move(tell);
 }
 
 void MixingEngine::ForgetBadFiles() {
@@ -163,6 +179,7 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
         VoiceCore& voice = **link;
         const auto result = voice.MixInto(sum, shared->reading);
         if (result.ended) shared->sounding.fetch_sub(1);
+        if (result.broke) shared->failures.store(true);
         if (result.underrun) shared->underruns.fetch_add(1, std::memory_order_relaxed);
         if (result.mixing == VoiceCore::Mixing::GoesOn) {
             link = &voice.next;

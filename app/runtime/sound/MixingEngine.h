@@ -78,9 +78,9 @@ class MixingEngine {
     /// ForgetBadFiles. Any thread but the mixing one.
     std::vector<DecoderFailure> TakeFailures();
     void ForgetBadFiles();
-    /// Called on any thread but the mixing one when there is something for TakeFailures. Set before the first
-    /// Open.
-    std::function<void()> onFailure;
+    /// `tell` is called, on any thread but the mixing one, when there is something for TakeFailures. It must
+    /// not call the engine. Once this has returned, the former one isn't called any more.
+    void OnFailure(std::function<void()> tell);
 
     /// Mixes the next frames of every started voice into `interleaved` (kChannels samples a frame,
     /// overwritten), with the limiter behind the sum: no sample leaves the range -1 to 1. Called from one

@@ -140,10 +140,11 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
 }
 
 VoiceCore::MixResult VoiceCore::End() {
-    if (!sound_->Ring().IsComplete()) broke_.store(true, std::memory_order_release);
+    const bool broke = !sound_->Ring().IsComplete();
+    if (broke) broke_.store(true, std::memory_order_release);
     State expected = State::Playing;
     const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
-    return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false};
+    return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false, .broke = broke};
 }
 
 void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {

@@ -45,6 +45,7 @@ class VoiceCore {
         Mixing mixing = Mixing::GoesOn;
         bool ended = false;     ///< the file's last frame was mixed now, in a voice that was playing
         bool underrun = false;  ///< the ring began to lack frames
+        bool broke = false;     ///< the sound ended, but its decoder didn't finish it
     };
     /// Adds the next frames to `sum`.
     MixResult MixInto(std::span<float> sum, Reading reading);
