@@ -37,7 +37,8 @@ class Desktop {
     std::function<void()> onQuit;
 
     /// The run's own; empty where none can be made.
-    std::filesystem::path TemporaryFolder() { return runtime_.TemporaryFolder(); }
+    /// Of the run's temporary files; for whoever ends the process at once.
+    std::filesystem::path FolderOfTheRun() const { return runtime_.FolderOfTheRun(); }
 
   private:
     void _Startup();
