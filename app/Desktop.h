@@ -38,7 +38,7 @@ class Desktop {
 
     /// The run's own; empty where none can be made.
     /// Of the run's temporary files; for whoever ends the process at once.
-    std::filesystem::path FolderOfTheRun() const { return runtime_.FolderOfTheRun(); }
+    std::filesystem::path FolderOfTheRun() { return runtime_.FolderOfTheRun(); }
 
   private:
     void _Startup();

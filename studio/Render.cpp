@@ -153,7 +153,7 @@ class Session {
 
     ~Session() { window_.observer = nullptr; }
 
-    std::filesystem::path FolderOfTheRun() const { return runtime_.FolderOfTheRun(); }
+    std::filesystem::path FolderOfTheRun() { return runtime_.FolderOfTheRun(); }
 
     /// Any thread: ends the show through its stop path.
     void Interrupt() {

@@ -56,7 +56,8 @@ const std::filesystem::path& Runtime::TemporaryFolder() {
     return runFolder_ ? runFolder_->Files() : kNone;
 }
 
-std::filesystem::path Runtime::FolderOfTheRun() const {
+std::filesystem::path Runtime::FolderOfTheRun() {
+    TemporaryFolder();
     return runFolder_ ? runFolder_->Path() : std::filesystem::path();
 }
 

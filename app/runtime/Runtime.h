@@ -78,8 +78,9 @@ class Runtime {
     /// A folder of the run's own (mode 0700), made at the first call, which also removes what dead runs have
     /// left. Empty where none can be made.
     const std::filesystem::path& TemporaryFolder();
-    /// What a host removes that ends at once, without its destructors; empty where nothing has been made.
-    std::filesystem::path FolderOfTheRun() const;
+    /// The folder that holds it, and all else of the run: what a host removes that ends at once, without its
+    /// destructors. Empty where none can be made.
+    std::filesystem::path FolderOfTheRun();
 
     /// A seed for a new Random.
     std::uint32_t NextSeed() { return seeds_(); }

@@ -106,7 +106,7 @@ bool MakesSetIds() {
         {"fchmodat", SYS_fchmodat, {AT_FDCWD, own, 06755}},
         {"fchmodat2", 452, {AT_FDCWD, own, 04755, 0}},
         {"openat", SYS_openat, {AT_FDCWD, fresh, O_CREAT | O_WRONLY, 04755}},
-        {"a file without a name", SYS_openat, {AT_FDCWD, own, O_TMPFILE | O_WRONLY, 04755}},
+        {"a file without a name", SYS_openat, {AT_FDCWD, folder, O_TMPFILE | O_WRONLY, 04755}},
         {"openat2", SYS_openat2, {AT_FDCWD, fresh, reinterpret_cast<long>(how), sizeof how}},
         {"mkdirat", SYS_mkdirat, {AT_FDCWD, fresh, 02755}},
         {"mknodat", SYS_mknodat, {AT_FDCWD, fresh, S_IFREG | 04755}},

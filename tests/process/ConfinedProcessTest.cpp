@@ -9,8 +9,10 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 
 #include "tests/process/Scratch.h"
+#include "tests/support/Program.h"
 
 namespace sorakaze::process {
 namespace {
@@ -73,10 +75,14 @@ TEST(ConfinedProcess, FindsAndReadsButDoesNotWriteWhatItIsGiven) {
                             scratch / "nowhere",        "/bin/sh",         "/dev"};
     const std::string line = "say -v Alex \"a  b\"; ls; cd '" + (scratch / "").string() +
                              "'; cat link/deep/file 'data 辞書/deep/file'; echo x > link/deep/file";
-    const CommandResult result = ConfinedProcess(line, confinement).Run();
-    EXPECT_EQ(result.output, "our say: -v Alex a  b\nour later one\nwords\nwords\n");
-    EXPECT_NE(result.status, 0);
-    EXPECT_EQ(test::ReadBytes(scratch / "data 辞書/deep/file"), "words\n");
+    fs::permissions(scratch / "data 辞書/deep", fs::perms::owner_all);
+    for (const Mechanisms& most : {kEverything, kWithoutNamespaces}) {
+        const Under under(most);
+        const CommandResult result = ConfinedProcess(line, confinement).Run();
+        EXPECT_EQ(result.output, "our say: -v Alex a  b\nour later one\nwords\nwords\n");
+        EXPECT_NE(result.status, 0);
+        EXPECT_EQ(test::ReadBytes(scratch / "data 辞書/deep/file"), "words\n");
+    }
 }
 
 TEST(ConfinedProcess, KillEndsItBeforeAndDuring) {
@@ -94,6 +100,33 @@ TEST(ConfinedProcess, KillEndsItBeforeAndDuring) {
     EXPECT_FALSE(fs::exists(scratch.Output()));
     result = process.Run();
     EXPECT_TRUE(result.killed && result.status != 0 && result.output.empty());
+}
+
+TEST(ConfinedProcess, UsesWhatThereIsAndSaysOnceWhatIsMissing) {
+    constexpr const char* kInside = "SORAKAZE_TEST_INSIDE";
+    if (std::getenv(kInside)) {
+        const Under under(Mechanisms{0, false, false, false, false});
+        const Scratch scratch;
+        for (int run = 0; run < 2; ++run) EXPECT_EQ(scratch.Run("echo runs").output, "runs\n");
+        return;
+    }
+    // A process of its own, in which nothing has been said.
+    const Scratch scratch;
+    const fs::path said = scratch / "said";
+    const auto self = fs::read_symlink("/proc/self/exe").string();
+    EXPECT_EQ(test::Program({"/usr/bin/env", std::string(kInside) + "=1", self,
+                             "--gtest_filter=ConfinedProcess.UsesWhat*"},
+                            said, test::Program::Errors::WithOutput)
+                  .Wait(),
+              0);
+    const std::string text = test::ReadBytes(said);
+    const std::string line =
+        "Sorakaze: commands run confined by limits only; this system lacks: landlock, namespaces, a file "
+        "system "
+        "view of its own, seccomp\n";
+    const auto found = text.find(line);
+    ASSERT_NE(found, std::string::npos) << text;
+    EXPECT_EQ(text.find("Sorakaze:", found + 1), std::string::npos) << text;
 }
 
 TEST(ConfinedProcess, MakesOneFileOrNone) {
