@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <string>
@@ -25,15 +26,22 @@ constexpr std::string_view kPattern = "XXXXXX";
 /// What is left then is for the next start.
 constexpr std::chrono::milliseconds kLongestClearing{500};
 
-/// Opens and locks the folder of a run; negative where somebody holds it, or it isn't one of this user's.
-int LockFolder(const fs::path& path) {
+enum class Lock { Taken, HeldByAnother, Impossible };
+
+Lock Try(int folder) {
+    if (::flock(folder, LOCK_EX | LOCK_NB) == 0) return Lock::Taken;
+    return errno == EWOULDBLOCK ? Lock::HeldByAnother : Lock::Impossible;
+}
+
+/// Opens the folder of a run; negative where it isn't one of this user's.
+int OpenFolder(const fs::path& path) {
     const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (folder < 0) return -1;
     struct stat status {};
     // Commands that run under a user of their own may have to pass through it.
     const bool isOurs = ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
-                        (status.st_mode & 07777 & ~static_cast<mode_t>(S_IXGRP)) == S_IRWXU;
-    if (isOurs && ::flock(folder, LOCK_EX | LOCK_NB) == 0) return folder;
+                        (status.st_mode & 0777 & ~static_cast<mode_t>(S_IXGRP)) == S_IRWXU;
+    if (isOurs) return folder;
     ::close(folder);
     return -1;
 }
@@ -48,10 +56,10 @@ void ClearLeftovers(const fs::path& parent) {
     for (auto entry = fs::directory_iterator(parent, failure); !failure && entry != fs::directory_iterator();
          entry.increment(failure)) {
         if (!IsRunsName(entry->path().filename())) continue;
-        const int lock = LockFolder(entry->path());
-        if (lock < 0) continue;
-        process::RemoveTree(entry->path());
-        ::close(lock);
+        const int folder = OpenFolder(entry->path());
+        if (folder < 0) continue;
+        if (Try(folder) == Lock::Taken) process::RemoveTree(entry->path(), end);
+        ::close(folder);
         if (std::chrono::steady_clock::now() > end) return;
     }
 }
@@ -67,9 +75,17 @@ std::unique_ptr<RunFolder> RunFolder::Make() {
     for (int attempt = 0; attempt < 16; ++attempt) {
         std::string name = parent / (std::string(kPrefix) + std::string(kPattern));
         if (!::mkdtemp(name.data())) return nullptr;
-        const int lock = LockFolder(name);
-        if (lock < 0) continue;
-        std::unique_ptr<RunFolder> made(new RunFolder(name, lock));
+        const int folder = OpenFolder(name);
+        if (folder < 0) {
+            ::rmdir(name.c_str());
+            continue;
+        }
+        if (Try(folder) == Lock::HeldByAnother) {
+            ::close(folder);
+            continue;
+        }
+        // A file system without locks serves as well: nobody takes what can't be locked for a dead run's.
+        std::unique_ptr<RunFolder> made(new RunFolder(name, folder));
         if (::mkdir(made->Files().c_str(), S_IRWXU) == 0) return made;
     }
     return nullptr;

@@ -24,7 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kLeastEntry = 4096;
+/// More than it takes up: many entries take long to remove.
+constexpr std::uint64_t kLeastEntry = 64 << 10;
 constexpr int kDeepest = 64;
 
 struct CloseFolder {

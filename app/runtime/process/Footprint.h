@@ -11,7 +11,7 @@
 
 namespace sorakaze::process {
 
-/// Bytes on the disk of all below `folder`, links not followed; an entry counts for 4096 at least, so that
+/// Bytes on the disk of all below `folder`, links not followed; an entry counts for 64 KiB at least, so that
 /// many empty files are many bytes too. Stops counting above `enough`; a folder nested deeper than 64 counts
 /// for more than enough.
 std::uint64_t FolderBytes(const std::filesystem::path& folder, std::uint64_t enough);

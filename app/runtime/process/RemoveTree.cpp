@@ -9,9 +9,12 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace sorakaze::process {
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
@@ -30,68 +33,65 @@ bool IsDots(const char* name) {
     return name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]));
 }
 
-/// What is no folder is removed; a folder is made one that can be entered, read and moved.
-bool RemoveOrOpenUp(int parent, const char* name) {
-    if (::unlinkat(parent, name, 0) == 0) return true;
-    struct stat status {};
-    if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode))
-        ::fchmodat(parent, name, S_IRWXU, 0);
-    return false;
-}
-
-/// Empties a tree from its top: what is in a folder of the top goes up to the top, so nothing is ever deep.
-class Flattener {
+/// Empties a tree from its leaves up, one folder open at a time.
+class Emptier {
   public:
-    explicit Flattener(const Folder& top) : top_(top.get()) {}
+    Emptier(Folder top, Clock::time_point until) : here_(std::move(top)), until_(until) {}
 
-    /// False when a pass has removed and moved nothing.
-    bool Pass() {
-        bool changed = false;
-        ::rewinddir(top_);
-        while (const dirent* entry = ::readdir(top_)) {
-            if (IsDots(entry->d_name)) continue;
-            changed |= RemoveOrOpenUp(Top(), entry->d_name) || Dissolve(entry->d_name);
+    /// Leaves the rest where something can't be removed.
+    void Run() {
+        while (EmptyHere() && Leave()) {
         }
-        return changed;
     }
 
   private:
-    int Top() const { return ::dirfd(top_); }
+    int Here() const { return ::dirfd(here_.get()); }
 
-    bool Dissolve(const char* name) {
-        {
-            const Folder folder = OpenFolder(Top(), name);
-            while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr)
-                if (!IsDots(entry->d_name) && !RemoveOrOpenUp(::dirfd(folder.get()), entry->d_name))
-                    ::renameat(::dirfd(folder.get()), entry->d_name, Top(), FreeName().c_str());
+    /// Goes down to a folder that holds no other, removing what is on the way.
+    bool EmptyHere() {
+        ::rewinddir(here_.get());
+        while (const dirent* entry = ::readdir(here_.get())) {
+            if (Clock::now() > until_) return false;
+            if (IsDots(entry->d_name) || ::unlinkat(Here(), entry->d_name, 0) == 0 ||
+                ::unlinkat(Here(), entry->d_name, AT_REMOVEDIR) == 0)
+                continue;
+            if (!Enter(entry->d_name)) return false;
         }
-        return ::unlinkat(Top(), name, AT_REMOVEDIR) == 0;
+        return true;
     }
 
-    std::string FreeName() {
+    bool Enter(std::string name) {
         struct stat status {};
-        std::string name;
-        do name = "removed-" + std::to_string(++moved_);
-        while (::fstatat(Top(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0);
-        return name;
+        if (::fstatat(Here(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(status.st_mode))
+            return false;
+        ::fchmodat(Here(), name.c_str(), S_IRWXU, 0);
+        here_ = OpenFolder(Here(), name.c_str());
+        path_.push_back(std::move(name));
+        return here_ != nullptr;
     }
 
-    DIR* const top_;
-    unsigned long moved_ = 0;
+    /// Removes the folder that is empty now. False at the top, and where that can't be done.
+    bool Leave() {
+        if (path_.empty()) return false;
+        here_ = OpenFolder(Here(), "..");
+        if (!here_ || ::unlinkat(Here(), path_.back().c_str(), AT_REMOVEDIR) != 0) return false;
+        path_.pop_back();
+        return true;
+    }
+
+    Folder here_;
+    const Clock::time_point until_;
+    std::vector<std::string> path_;  ///< to it, from the top
 };
 
 }  // namespace
 
-bool RemoveTree(const std::filesystem::path& path) {
+bool RemoveTree(const std::filesystem::path& path, Clock::time_point until) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
         (status.st_mode & S_IRWXU) != S_IRWXU)
         ::chmod(path.c_str(), S_IRWXU);
-    if (const Folder top = OpenFolder(AT_FDCWD, path.c_str())) {
-        Flattener flattener(top);
-        while (flattener.Pass()) {
-        }
-    }
+    if (Folder top = OpenFolder(AT_FDCWD, path.c_str())) Emptier(std::move(top), until).Run();
     return ::rmdir(path.c_str()) == 0;
 }
 

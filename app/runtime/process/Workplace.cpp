@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 void LetPass(const fs::path& folder, gid_t group) {
     struct stat status {};
     if (::lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != ::geteuid() ||
-        (status.st_mode & 07777) != S_IRWXU)
+        (status.st_mode & 0777) != S_IRWXU)
         return;
     if (::chown(folder.c_str(), static_cast<uid_t>(-1), group) != 0 ||
         ::chmod(folder.c_str(), S_IRWXU | S_IXGRP) != 0)
