@@ -38,7 +38,8 @@ class Desktop {
     std::function<void()> onQuit;
 
     /// The run's own; empty where none can be made.
-    std::filesystem::path TemporaryFolder() { return runtime_.TemporaryFolder(); }
+    /// Of the run's temporary files; for whoever ends the process at once.
+    std::filesystem::path FolderOfTheRun() { return runtime_.FolderOfTheRun(); }
 
   private:
     void _Startup();

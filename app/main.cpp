@@ -45,7 +45,7 @@ class Reach {
     bool Attach(Desktop& desktop) {
         const std::lock_guard lock(mutex_);
         desktop_ = &desktop;
-        temporary_ = desktop.TemporaryFolder();
+        temporary_ = desktop.FolderOfTheRun();
         return interrupted_;
     }
     void Detach() {

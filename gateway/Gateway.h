@@ -17,8 +17,7 @@ namespace sorakaze::gateway {
 struct Options {
     /// Where the programs say and SayKotoeri stand.
     std::filesystem::path resources;
-    /// A folder of the application's own that sounds may be made in (see PrepareWritableFolder); asked for at
-    /// the first sound.
+    /// A folder of the application's own, mode 0700, that sounds are made in; asked for at the first sound.
     std::function<std::filesystem::path()> temporaryFolder;
 
     /// The encyclopaedia's two sites, as scheme and host ("https://...", and nothing but TLS is spoken).

@@ -53,8 +53,8 @@ class Speech {
   public:
     Speech(std::uint64_t number, const VoiceWish& wish, const fs::path& resources, const fs::path& folder)
         : number_(number),
-          folder_(folder / ("voice-" + std::to_string(number))),
-          process_(CommandLine(wish, folder_), Confined(resources, folder)),
+          file_(folder / ("voice-" + std::to_string(number) + ".wav")),
+          process_(CommandLine(wish, file_), Confined(resources, file_)),
           thread_([this] { Work(); }) {}
     ~Speech() {
         process_.Kill();
@@ -81,18 +81,16 @@ class Speech {
     }
 
   private:
-    static std::string CommandLine(const VoiceWish& wish, const fs::path& folder) {
-        // A folder for this one alone, so that nothing of a run that was ended stays behind.
-        const std::string quoted = QuoteForShell(folder.string());
-        return "mkdir " + quoted + " && exec say -v " + wish.voice + ' ' + QuoteForShell(wish.text) + " -o " +
-               quoted + "/speech.wav -s " + wish.speed;
+    static std::string CommandLine(const VoiceWish& wish, const fs::path& file) {
+        return "exec say -v " + wish.voice + ' ' + QuoteForShell(wish.text) + " -o " +
+               QuoteForShell(file.string()) + " -s " + wish.speed;
     }
 
-    static process::Confinement Confined(const fs::path& resources, const fs::path& folder) {
+    static process::Confinement Confined(const fs::path& resources, const fs::path& file) {
         process::Confinement confinement;
-        confinement.writableFolder = folder;
-        confinement.readable = {resources};
-        confinement.searchFirst = {resources};
+        confinement.folder = file.parent_path();
+        confinement.output = file;
+        process::OfferPrograms(confinement, resources);
         confinement.wallTime = kLongestWork;
         confinement.processorTime = kLongestWork;
         confinement.fileSize = kLargestFile;
@@ -105,11 +103,10 @@ class Speech {
 
     void Work() {
         process_.Run();
-        // The file has its name only when it is complete.
-        std::ifstream file(folder_ / "speech.wav", std::ios::binary);
+        std::ifstream file(file_, std::ios::binary);
         std::string sound(std::istreambuf_iterator<char>(file), {});
         std::error_code ignored;
-        fs::remove_all(folder_, ignored);
+        fs::remove(file_, ignored);
         const std::lock_guard lock(mutex_);
         sound_ = std::move(sound);
         done_ = true;
@@ -117,7 +114,7 @@ class Speech {
     }
 
     const std::uint64_t number_;
-    const fs::path folder_;
+    const fs::path file_;
     process::ConfinedProcess process_;
     mutable std::mutex mutex_;  ///< guards what follows
     mutable std::condition_variable changed_;

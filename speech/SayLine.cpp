@@ -21,7 +21,8 @@ void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
 void SayLine(mainWindow& window, Shell& shell, const String& voice, const String& text) {
     const auto file =
         NotNil(NotNil(SpecialFolder::Temporary())->Child(String("temp") + Str(Ticks()) + ".aiff"));
-    shell.Execute(String("say -v ") + voice + " " + Chr(34) + text + Chr(34) + " -o " + file->ShellPath());
+    shell.Execute(String("say -v ") + voice + " " + Chr(34) + text + Chr(34) + " -o " + file->ShellPath(),
+                  file);
     if (!file->Exists()) {
         MsgBox("読み上げ結果のサウンドファイルが存在しません");
         return;
@@ -37,8 +38,10 @@ void SayLine(mainWindow& window, Shell& shell, const String& voice, const String
 
 void SayjLine(mainWindow& window, const String& text) {
     window.tell("sayj", {{"voice", window.j_personality}, {"text", text}});
-    const auto page =
-        NotNil(TextOutputStream::Create(NotNil(NotNil(SpecialFolder::Temporary())->Child("temp.html"))));
+    const auto file = NotNil(NotNil(SpecialFolder::Temporary())->Child("temp.html"));
+    // A folder of that name, which nobody should have made, would end the show's thread.
+    if (file->Directory()) file->Delete();
+    const auto page = NotNil(TextOutputStream::Create(file));
     page->Write(VoicePage(window.deployment, window.j_personality, text));
     page->Close();
     window.voiceHTMLViewer.LoadPage(NotNil(window.resourceFolder)->Child("blank.html"));

@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "studio/PageSpeaker.h"
 
-#include <fstream>
+#include <fcntl.h>
+
+#include <cstdio>
 #include <stop_token>
 #include <utility>
 
 #include "app/runtime/FolderItem.h"
+#include "app/runtime/PlainFile.h"
 #include "app/runtime/Runtime.h"
 #include "studio/PageClient.h"
 
@@ -34,6 +37,12 @@ std::string FetchSound(const PageForm& form, const std::stop_token& cancelled) {
     return client.Get(sound, kLargestSound);
 }
 
+bool Write(const std::filesystem::path& path, const std::string& bytes) {
+    FileHandle file = CreatePlainFile(path);
+    return file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
+           std::fclose(file.release()) == 0;
+}
+
 Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::MixingEngine& engine,
                   const std::stop_token& cancelled) {
     Outcome outcome;
@@ -41,7 +50,7 @@ Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::Mixin
         const std::string bytes = FetchSound(form, cancelled);
         if (bytes.empty()) return outcome;
         outcome.file = std::move(file);
-        std::ofstream(outcome.file, std::ios::binary) << bytes;
+        if (!Write(outcome.file, bytes)) throw PageError("its sound can't be kept");
         outcome.voice = engine.Open(outcome.file);
         if (!outcome.voice) outcome.complaint = "its answer is no sound that can be played";
     } catch (const PageTimeout& error) {
@@ -54,10 +63,9 @@ Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::Mixin
 }
 
 std::string ReadPage(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
+    const FileHandle in = OpenPlainFile(file, O_RDONLY | O_NOFOLLOW, "rb");
     std::string page(kLargestPage, '\0');
-    in.read(page.data(), static_cast<std::streamsize>(page.size()));
-    page.resize(static_cast<std::size_t>(in.gcount()));
+    page.resize(in ? std::fread(page.data(), 1, page.size(), in.get()) : 0);
     return page;
 }
 

@@ -153,7 +153,7 @@ class Session {
 
     ~Session() { window_.observer = nullptr; }
 
-    const std::filesystem::path& TemporaryFolder() { return runtime_.TemporaryFolder(); }
+    std::filesystem::path FolderOfTheRun() { return runtime_.FolderOfTheRun(); }
 
     /// Any thread: ends the show through its stop path.
     void Interrupt() {
@@ -323,7 +323,7 @@ void Render(const RenderOptions& options) {
     {
         const std::lock_guard lock(mutex);
         running = &session;
-        temporary = session.TemporaryFolder();
+        temporary = session.FolderOfTheRun();
         if (interrupted) session.Interrupt();
     }
     const auto forget = [&](void*) {

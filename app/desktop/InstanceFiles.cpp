@@ -11,7 +11,9 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QStandardPaths>
 #include <cerrno>
+#include <cstdio>
 #include <string>
 
 namespace sorakaze::desktop {
@@ -50,10 +52,18 @@ std::optional<InstancePaths> PathsOf(const std::filesystem::path& folder) {
     if (runtime.startsWith('/') && IsPrivate(runtime)) {
         if (auto paths = PathsIn(runtime, name)) return paths;
     }
-    const QByteArray own =
-        QFile::encodeName(QDir::tempPath()) + "/sorakaze-" + QByteArray::number(qulonglong(geteuid()));
-    mkdir(own.constData(), 0700);
-    return IsPrivate(own) ? PathsIn(own, name) : std::nullopt;
+    // Nobody else can take the one in the home. Among the temporary files somebody may have been there first.
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    QDir().mkpath(cache);
+    for (const QByteArray& own :
+         {QFile::encodeName(cache) + "/sorakaze",
+          QFile::encodeName(QDir::tempPath()) + "/sorakaze-" + QByteArray::number(qulonglong(geteuid()))}) {
+        mkdir(own.constData(), 0700);
+        if (!IsPrivate(own)) continue;
+        if (auto paths = PathsIn(own, name)) return paths;
+    }
+    std::fputs("Sorakaze: no folder is this user's alone, so a second start isn't noticed\n", stderr);
+    return std::nullopt;
 }
 
 FileLock::~FileLock() {

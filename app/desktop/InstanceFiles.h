@@ -15,8 +15,8 @@ struct InstancePaths {
 };
 
 /// Named after the folder's canonical path, in the user's runtime directory or, where there is none, in a
-/// folder of the user's own among the temporary files (made here, mode 0700). Empty if neither belongs to
-/// this user alone.
+/// folder of the user's own (made here, mode 0700) in the home's cache or else among the temporary files.
+/// Empty, with a line on standard error, if none of them belongs to this user alone.
 std::optional<InstancePaths> PathsOf(const std::filesystem::path& folder);
 
 /// A lock that goes with the process, however that ends: nothing about it is ever stale. The file stays.

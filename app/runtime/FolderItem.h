@@ -39,10 +39,10 @@ class FolderItem {
     void Delete() const;
     /// Empty if the file is no sound that can be read. Lets the other threads run while it reads.
     SoundRef OpenAsSound() const;
-    /// Creates the file or empties it. Empty where that can't be done.
+    /// Creates the file, in place of one or of a link of that name. Empty where that can't be done.
     std::shared_ptr<TextOutputStream> CreateTextFile() const;
-    /// The file, which exists, for writing from its start on; empty where that can't be done. Reading isn't
-    /// offered: without `forWriting` it is empty.
+    /// The file, which exists and is no link, for writing from its start on; empty where that can't be done.
+    /// Reading isn't offered: without `forWriting` it is empty.
     std::shared_ptr<BinaryStream> OpenAsBinaryFile(bool forWriting) const;
 
     const std::filesystem::path& Path() const { return path_; }

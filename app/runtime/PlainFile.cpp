@@ -21,4 +21,11 @@ FileHandle OpenPlainFile(const std::filesystem::path& path, int flags, const cha
     return file;
 }
 
+FileHandle CreatePlainFile(const std::filesystem::path& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) == 0 && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)))
+        unlink(path.c_str());
+    return OpenPlainFile(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, "wb");
+}
+
 }  // namespace sorakaze

@@ -18,4 +18,9 @@ using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
 /// folder, a pipe or a device is no plain file: reading one could fail late or never end.
 FileHandle OpenPlainFile(const std::filesystem::path& path, int flags, const char* mode);
 
+/// Creates a plain file for writing, in place of a plain file or a link that is there, which is not written
+/// to: another name of it, or where the link leads, may belong to somebody else. Null where that can't be
+/// done.
+FileHandle CreatePlainFile(const std::filesystem::path& path);
+
 }  // namespace sorakaze

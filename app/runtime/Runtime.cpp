@@ -3,32 +3,14 @@
 #include "app/runtime/Runtime.h"
 
 #include <cassert>
-#include <cstdlib>
-#include <system_error>
 #include <utility>
 
 #include "app/runtime/network/Network.h"
-#include "app/runtime/process/ConfinedProcess.h"
 
 namespace sorakaze {
 namespace {
 
 Runtime* current = nullptr;
-
-/// Empty where none can be made.
-std::filesystem::path MakeTemporaryFolder() {
-    std::error_code error;
-    const auto parent = std::filesystem::temp_directory_path(error);
-    std::string name = (parent / "sorakaze-XXXXXX").string();
-    if (error || !mkdtemp(name.data())) return {};
-    try {
-        process::PrepareWritableFolder(name);
-    } catch (const std::exception&) {
-        std::filesystem::remove_all(name, error);
-        return {};
-    }
-    return name;
-}
 
 }  // namespace
 
@@ -51,8 +33,7 @@ Runtime::~Runtime() {
     if (network_) network_->Stop();
     scheduler_.reset();
     current = nullptr;
-    std::error_code ignored;
-    if (!temporaryFolder_.empty()) std::filesystem::remove_all(temporaryFolder_, ignored);
+    runFolder_.reset();
 }
 
 Runtime& Runtime::Current() {
@@ -70,8 +51,14 @@ const std::shared_ptr<network::Network>& Runtime::Network() {
 }
 
 const std::filesystem::path& Runtime::TemporaryFolder() {
-    if (temporaryFolder_.empty()) temporaryFolder_ = MakeTemporaryFolder();
-    return temporaryFolder_;
+    static const std::filesystem::path kNone;
+    if (!runFolder_) runFolder_ = RunFolder::Make();
+    return runFolder_ ? runFolder_->Files() : kNone;
+}
+
+std::filesystem::path Runtime::FolderOfTheRun() {
+    TemporaryFolder();
+    return runFolder_ ? runFolder_->Path() : std::filesystem::path();
 }
 
 void Runtime::TellUncaught(std::exception_ptr exception) {

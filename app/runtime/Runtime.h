@@ -18,6 +18,7 @@
 #include "app/runtime/Clock.h"
 #include "app/runtime/EventLoop.h"
 #include "app/runtime/Exceptions.h"
+#include "app/runtime/RunFolder.h"
 #include "app/runtime/Scheduler.h"
 #include "app/runtime/Scripts.h"
 #include "app/runtime/String.h"
@@ -74,8 +75,12 @@ class Runtime {
     const std::filesystem::path& AppFolder() const { return appFolder_; }
     /// The application's Resources, which commands are looked for in first.
     std::filesystem::path ResourcesFolder() const;
-    /// A folder of the run's own (mode 0700), made at the first call. Empty where none can be made.
+    /// A folder of the run's own (mode 0700), made at the first call, which also removes what dead runs have
+    /// left. Empty where none can be made.
     const std::filesystem::path& TemporaryFolder();
+    /// The folder that holds it, and all else of the run: what a host removes that ends at once, without its
+    /// destructors. Empty where none can be made.
+    std::filesystem::path FolderOfTheRun();
 
     /// A seed for a new Random.
     std::uint32_t NextSeed() { return seeds_(); }
@@ -91,7 +96,7 @@ class Runtime {
     std::unique_ptr<Clock> clock_;
     std::filesystem::path appFolder_;
     sound::MixingEngine* engine_;
-    std::filesystem::path temporaryFolder_;
+    std::unique_ptr<RunFolder> runFolder_;
     std::mt19937 seeds_;
     ScriptTable scripts_;
     std::unique_ptr<Scheduler> scheduler_;

@@ -12,17 +12,17 @@
 
 namespace sorakaze {
 
-void Shell::Execute(const String& command) {
+void Shell::Execute(const String& command, const FolderItemRef& output) {
     auto& runtime = Runtime::Current();
     result_ = String();
     errorCode_ = 127;  // as a shell has it for what could not be started
     if (runtime.TemporaryFolder().empty()) return;
     process::Confinement confinement;
-    confinement.writableFolder = runtime.TemporaryFolder();
-    confinement.readable = {runtime.ResourcesFolder()};
+    confinement.folder = runtime.TemporaryFolder();
+    if (output) confinement.output = output->Path();
+    process::OfferPrograms(confinement, runtime.ResourcesFolder());
     // The longest sentence takes seconds; a title that makes the shell wait must not hold up a show for long.
     confinement.wallTime = std::chrono::seconds(20);
-    confinement.searchFirst = {runtime.ResourcesFolder()};
 #ifdef __SANITIZE_ADDRESS__
     // A program of ours that is built with the sanitizer reserves terabytes of addresses.
     confinement.addressSpace = std::numeric_limits<std::uint64_t>::max();

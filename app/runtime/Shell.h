@@ -4,16 +4,19 @@
 
 #include <cstdint>
 
+#include "app/runtime/FolderItem.h"
 #include "app/runtime/String.h"
 
 namespace sorakaze {
 
-/// Runs command lines through a shell, confined: they can write nothing but the run's temporary folder.
+/// Runs command lines through a shell, confined: each has an empty folder of its own, and can write nothing
+/// else but the one file that it is to make.
 class Shell {
   public:
-    /// Returns when the command has ended. Programs in the application's Resources are found first. The other
-    /// threads run meanwhile; a kill of the calling thread ends the command.
-    void Execute(const String& command);
+    /// Returns when the command has ended. The application's own programs are found first. The other threads
+    /// run meanwhile; a kill of the calling thread ends the command. `output` lies in the run's temporary
+    /// folder; it exists afterwards if the command wrote it, and ended by itself.
+    void Execute(const String& command, const FolderItemRef& output = nullptr);
 
     /// What the last command printed on its standard output.
     const String& Result() const { return result_; }

@@ -47,7 +47,7 @@ bool TextInputStream::EndOfFile() {
 }
 
 std::shared_ptr<TextOutputStream> TextOutputStream::Create(const FolderItemRef& file) {
-    FileHandle handle = OpenPlainFile(NotNil(file)->Path(), O_WRONLY | O_CREAT | O_TRUNC, "wb");
+    FileHandle handle = CreatePlainFile(NotNil(file)->Path());
     return handle ? std::make_shared<TextOutputStream>(std::move(handle)) : nullptr;
 }
 

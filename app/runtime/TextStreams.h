@@ -35,7 +35,8 @@ class TextOutputStream {
   public:
     explicit TextOutputStream(FileHandle file) : file_(std::move(file)) {}
 
-    /// Creates the file or replaces it; empty where that can't be done.
+    /// Creates the file, in place of one or of a link of that name; empty where that can't be done. Whoever
+    /// reads the old one at the time goes on reading that.
     static std::shared_ptr<TextOutputStream> Create(const FolderItemRef& file);
 
     /// Writes the text with no line end.

@@ -10,7 +10,6 @@
 #include <stop_token>
 #include <string>
 
-#include "app/runtime/process/ConfinedProcess.h"
 #include "gateway/Gateway.h"
 #include "studio/PageClient.h"
 #include "studio/VoicePages.h"
@@ -34,7 +33,6 @@ class Service {
     Service() {
         std::string name = (std::filesystem::temp_directory_path() / "voice-bench-XXXXXX").string();
         folder_ = mkdtemp(name.data());
-        process::PrepareWritableFolder(folder_);
         gateway::Options options;
         options.resources = SAY_FOLDER;
         options.temporaryFolder = [this] { return folder_; };

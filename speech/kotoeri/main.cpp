@@ -6,6 +6,7 @@
 // Errors are one line on standard error.
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <span>
@@ -45,6 +46,8 @@ bool Print(const std::string& reading) {
 
 // The words are told apart by their places alone: a text may begin with a hyphen.
 int main(int argc, char** argv) {
+    // The dictionary's library takes settings from there.
+    clearenv();
     const std::span<char*> words(argv, static_cast<std::size_t>(std::max(argc, 0)));
     if (words.size() != 3 || words[1] != std::string_view("-o")) {
         std::fputs("SayKotoeri: the call is: SayKotoeri -o TEXT\n", stderr);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "speech/say/Engine.h"
 
+#include <dlfcn.h>
 #include <espeak-ng/espeak_ng.h>
 
 #include <cmath>
@@ -79,6 +80,22 @@ std::optional<std::string> FindVariant(const std::string& folded) {
     return {};
 }
 
+/// Beside the engine's library or, where the system keeps it apart, in a place of its own; empty where there
+/// is none.
+std::string DataFolder() {
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    Dl_info library{};
+    fs::path beside;
+    if (::dladdr(reinterpret_cast<const void*>(&espeak_ng_Initialize), &library) != 0 && library.dli_fname)
+        beside = fs::canonical(library.dli_fname, failure).parent_path();
+    for (const fs::path& folder : {beside, fs::path("/usr/share"), fs::path("/usr/lib")}) {
+        const fs::path data = folder / "espeak-ng-data";
+        if (folder.is_absolute() && fs::exists(data / "phontab", failure)) return data;
+    }
+    return {};
+}
+
 std::optional<VoiceLook> FindBase(const std::string& folded) {
     if (auto look = FindFirstName(folded)) return look;
     if (const auto file = FindEngineVoice(folded)) return VoiceLook{*file, "", 50, 50, kUsualRate};
@@ -103,7 +120,10 @@ std::optional<VoiceLook> FindVoice(const std::string& name) {
 }  // namespace
 
 Engine::Engine() {
-    espeak_ng_InitializePath(nullptr);
+    // Not looked for by the engine, which would take the user's home and the environment before the system's.
+    const std::string data = DataFolder();
+    if (data.empty()) throw std::runtime_error("the speech engine's data is missing; install espeak-ng-data");
+    espeak_ng_InitializePath(data.c_str());
     espeak_ng_ERROR_CONTEXT context = nullptr;
     // The engine starts a thread, which is not to take a signal that the main thread lets wait.
     const SignalsHeld held;

@@ -12,8 +12,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
+
+#include "speech/say/ScratchFile.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -61,8 +62,7 @@ std::vector<fs::path> FindVoices(const fs::path& folder) {
 /// A file that goes with its scope.
 class ScratchFile {
   public:
-    explicit ScratchFile(const fs::path& folder) : name_((folder / ".say-XXXXXX").string()) {
-        descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
+    explicit ScratchFile(const fs::path& folder) : descriptor_(MakeScratchFile(folder, name_)) {
         if (descriptor_ < 0) throw std::runtime_error("can't write in " + folder.string());
     }
     ~ScratchFile() {

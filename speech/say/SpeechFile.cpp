@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sndfile.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 #include <stdexcept>
 
 #include "app/runtime/SignalsHeld.h"
+#include "speech/say/ScratchFile.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -42,6 +44,23 @@ void RemoveWhenEnded(const char* name) {
     throw std::runtime_error("can't write " + file.string() + ": " + why);
 }
 
+/// Writes one file's content into another that is there; leaves that empty where it can't. False with errno.
+bool CopyInto(const char* from, const char* to) {
+    const int source = open(from, O_RDONLY | O_CLOEXEC);
+    const int target = open(to, O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
+    ssize_t copied = -1;
+    if (source >= 0 && target >= 0) {
+        do copied = sendfile(target, source, nullptr, std::size_t{1} << 30);
+        while (copied > 0);
+    }
+    const int reason = errno;
+    if (copied < 0 && target >= 0 && ftruncate(target, 0) != 0) unlink(to);
+    if (source >= 0) close(source);
+    if (target >= 0) close(target);
+    errno = reason;
+    return copied == 0;
+}
+
 mode_t ReadUmask() {
     const mode_t mask = umask(022);
     umask(mask);
@@ -52,11 +71,10 @@ mode_t ReadUmask() {
 
 SpeechFile::SpeechFile(std::filesystem::path file, int sampleRate) : file_(std::move(file)) {
     if (!file_.has_filename()) Fail(file_, "no file is named");
-    unfinished_ = (file_.parent_path() / ".say-XXXXXX").string();
     const int descriptor = [this] {
         // None may come between the file and what removes it.
         const SignalsHeld held;
-        const int made = mkostemp(unfinished_.data(), O_CLOEXEC);
+        const int made = MakeScratchFile(file_.parent_path(), unfinished_);
         if (made >= 0) RemoveWhenEnded(unfinished_.c_str());
         return made;
     }();
@@ -95,8 +113,10 @@ void SpeechFile::Finish() {
     const int failed = sf_close(sound_);
     sound_ = nullptr;
     if (failed) Fail(file_, errno ? std::strerror(errno) : sf_error_number(failed));
-    if (rename(unfinished_.c_str(), file_.c_str()) != 0) Fail(file_, std::strerror(errno));
-    unfinished_.clear();
+    if (rename(unfinished_.c_str(), file_.c_str()) == 0) return unfinished_.clear();
+    // A confined program can't put another file in place of the one that it is to make.
+    const bool mayBeWritten = errno == EBUSY || errno == EXDEV || errno == EACCES || errno == EPERM;
+    if (!mayBeWritten || !CopyInto(unfinished_.c_str(), file_.c_str())) Fail(file_, std::strerror(errno));
 }
 
 }  // namespace sorakaze::speech

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -105,10 +106,20 @@ std::optional<double> ReadSpeed(std::string_view word) {
     return whole && speed >= 0.5 && speed <= 2 ? std::optional(speed) : std::nullopt;
 }
 
+/// The engines and their libraries take folders of data and settings from the environment. All that this
+/// program takes from there is where scratch files go.
+void ClearEnvironment() {
+    const char* value = std::getenv("TMPDIR");
+    const std::string scratch = value ? value : "";
+    clearenv();
+    if (!scratch.empty()) setenv("TMPDIR", scratch.c_str(), 1);
+}
+
 }  // namespace
 
 // The words are told apart by their places alone: a text may begin with a hyphen.
 int main(int argc, char** argv) {
+    ClearEnvironment();
     const std::span<char*> words(argv, static_cast<std::size_t>(std::max(argc, 0)));
     const bool right = (words.size() == 6 || (words.size() == 8 && words[6] == std::string_view("-s"))) &&
                        words[1] == std::string_view("-v") && words[4] == std::string_view("-o");

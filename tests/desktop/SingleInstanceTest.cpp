@@ -22,13 +22,17 @@ struct SingleInstanceTest : testing::Test {
         fs::create_symlink(folder, folder.string() + " link");
         qputenv("TMPDIR", QFile::encodeName(root.path()));
         SetRuntime(root.path());
+        SetCache("/proc/none");
     }
     ~SingleInstanceTest() override {
+        cacheBefore.isNull() ? qunsetenv("XDG_CACHE_HOME") : qputenv("XDG_CACHE_HOME", cacheBefore);
         qputenv("XDG_RUNTIME_DIR", runtimeBefore);
         qunsetenv("TMPDIR");
     }
 
     static void SetRuntime(const QString& path) { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(path)); }
+
+    static void SetCache(const QString& path) { qputenv("XDG_CACHE_HOME", QFile::encodeName(path)); }
 
     std::unique_ptr<SingleInstance> Claim(const fs::path& which) {
         return SingleInstance::Claim(which, [this] { ++seconds; });
@@ -39,6 +43,7 @@ struct SingleInstanceTest : testing::Test {
     }
 
     const QByteArray runtimeBefore = qgetenv("XDG_RUNTIME_DIR");
+    const QByteArray cacheBefore = qgetenv("XDG_CACHE_HOME");
     const QTemporaryDir root;
     const fs::path folder = fs::path(root.path().toStdString()) / "My Station 空";
     int seconds = 0;
@@ -86,9 +91,16 @@ TEST_F(SingleInstanceTest, OthersReachNothingAndWithoutARuntimeDirectoryATempora
     ASSERT_EQ(own.size(), 1);
     fs::permissions(root.filePath(own.front()).toStdString(), fs::perms::all);
     SetRuntime({});
+    {
+        const auto first = Claim(folder);
+        EXPECT_NE(first, nullptr);
+        EXPECT_NE(Claim(folder), nullptr);
+    }
+    // A neighbour who takes that folder can't keep the home's from serving.
+    SetCache(root.filePath("home/.cache"));
     const auto first = Claim(folder);
     EXPECT_NE(first, nullptr);
-    EXPECT_NE(Claim(folder), nullptr);
+    EXPECT_EQ(Claim(folder), nullptr);
 }
 
 }  // namespace

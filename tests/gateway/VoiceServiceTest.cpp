@@ -12,7 +12,6 @@
 #include <sndfile.hh>
 #include <thread>
 
-#include "app/runtime/process/ConfinedProcess.h"
 #include "gateway/VoiceForm.h"
 #include "gateway/VoiceService.h"
 #include "tests/support/TestRuntime.h"
@@ -53,8 +52,6 @@ struct Sound {
 
 class VoiceServiceTest : public testing::Test {
   protected:
-    void SetUp() override { process::PrepareWritableFolder(folder.Path()); }
-
     static VoiceRequest Form(const std::string& text, const std::string& speaker = "",
                              const std::string& speed = "1.0") {
         return {"POST",

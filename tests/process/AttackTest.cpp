@@ -23,15 +23,6 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-const std::pair<const char*, Mechanisms> kForces[] = {
-    {"everything", kEverything},
-    {"no Landlock", {0, true, true, true, true}},
-    {"no view", {99, true, true, false, true}},
-    {"no filter", {99, true, true, true, false}},
-    {"no user namespace", {99, true, false, true, true}},
-    {"no namespaces", kWithoutNamespaces},
-    {"the first Landlock alone", {1, false, false, false, true}}};
-
 std::string Unconfined(const fs::path& folder, const std::string& line) {
     const test::TemporaryFolder beside;
     const std::string whole = "cd '" + folder.string() + "'; PATH=" ATTACKS_FOLDER ":$PATH; " + line;
@@ -52,8 +43,9 @@ struct Household {
         leak = Descriptor(::open((scratch / "home/.ssh/id").c_str(), O_RDONLY));
         bounds = scratch.Bounds();
         bounds.readable = {scratch / "station"};
-        prelude = "IFS=; H='" + (scratch / "home").string() + "' S='" + (scratch / "station").string() +
-                  "' P=" + std::to_string(::getpid()) + " D=" + std::to_string(leak.Get()) +
+        prelude = "IFS=; F='" + scratch.Folder().string() + "' H='" + (scratch / "home").string() + "' S='" +
+                  (scratch / "station").string() + "' P=" + std::to_string(::getpid()) +
+                  " D=" + std::to_string(leak.Get()) +
                   "; each() { for file in $H/.profile $S/program; do \"$@\" $file; done; }; ";
     }
 
@@ -72,8 +64,9 @@ struct Household {
 TEST(Attack, NothingOfTheUserIsReadOrChanged) {
     for (const std::string attack :
          {"echo x > $H/new", "each sh -c 'echo x >> $0'", "rm -rf $H/Music", "mv $H/Music .",
-          "cat $H/.ssh/id", "cat ../home/.ssh/id", "cat planted/id", "rm planted/id; echo x > planted/new",
-          "cat /proc/$P/root$H/.ssh/id", "cat /proc/$P/fd/$D <&$D", "attack descriptors | sed s/done/SECRET/",
+          "cat $H/.ssh/id", "cat $F/../home/.ssh/id", "cat $F/planted/id",
+          "rm $F/planted/id; echo x > $F/planted/new", "cat /proc/$P/root$H/.ssh/id",
+          "cat /proc/$P/fd/$D <&$D", "attack descriptors | sed s/done/SECRET/",
           "ln -s $H/.ssh s; cat s/id; echo x > s/x", "link $H/.ssh/id linked; cat linked", "each rm",
           "each perl -e 'sysopen F, shift, 512'", "each perl -e 'truncate shift, 0'",
           "each perl -e 'open F, shift; chmod 0, *F'", "each chmod 0", "each touch -d 2001-01-01"}) {
@@ -188,9 +181,97 @@ TEST(Attack, NothingIsTypedIntoATerminal) {
     EXPECT_EQ(::poll(&typed, 1, 0), could ? 1 : 0);
 }
 
+TEST(Attack, NothingIsLeftForTheNextCommandOrTaken) {
+    // The second of two commands looks round while the first one is at it.
+    const std::string litter =
+        "for place in ~ . $TMPDIR $F $F/..; do mkdir $place/espeak-ng-data; echo x > $place/.mecabrc; "
+        "echo x > $place/temp.html; mkdir $place/temp.html; echo x > $place/temp99.aiff; done; "
+        "cat $F/page; mv $F/page $F/other; rm -rf $F/* $F/.*; echo x > $F/page; echo x > $O; ";
+    for (const auto& [name, most] : kForces) {
+        const Under under(most);
+        const Scratch scratch;
+        std::ofstream(scratch.Folder() / "page") << "SECRET";
+        ConfinedProcess first(scratch.Line(litter + "sleep 1000"), scratch.Bounds());
+        std::thread runner([&] { EXPECT_THAT(first.Run().output, Not(HasSubstr("SECRET"))); });
+        scratch.AwaitOutput();
+        Confinement bounds = scratch.Bounds();
+        bounds.output.clear();
+        const std::string look = "find ~ . $TMPDIR $F -mindepth 1 ! -name .command-*; cat $F/*; ls -A .";
+        EXPECT_EQ(ConfinedProcess(scratch.Line(look), bounds).Run().output, "") << name;
+        first.Kill();
+        runner.join();
+        EXPECT_EQ(ConfinedProcess(scratch.Line(look), bounds).Run().output, "") << name;
+        EXPECT_EQ(test::ReadBytes(scratch.Folder() / "page"), "SECRET") << name;
+        EXPECT_EQ(std::distance(fs::directory_iterator(scratch.Folder()), {}), 1) << name;
+    }
+}
+
+TEST(Attack, NoRightsAreHadOrGranted) {
+    constexpr uid_t kStation = 60'001;
+    for (const uid_t user : {uid_t{0}, kStation})
+        for (const auto& [name, most] : kForces)
+            EXPECT_TRUE(AsUser(user,
+                               [most = most] {
+                                   const Under under(most);
+                                   const Scratch scratch;
+                                   EXPECT_EQ(scratch.Run("attack capabilities").output, "0\n");
+                                   if (most.systemCallFilter) {
+                                       EXPECT_EQ(scratch.Run("attack set-ids").output, "EPERM\n");
+                                   }
+                               }))
+                << name << " as " << user;
+    const Under under(Mechanisms{0, false, false, false, true});
+    const Scratch scratch;
+    EXPECT_EQ(scratch.Run("attack set-ids").output, "EPERM\n") << "the filter alone";
+}
+
+/// What another user of the machine finds of a folder: every file below that he can read, run or write.
+std::string FoundByAnother(const fs::path& folder) {
+    const test::TemporaryFolder beside;
+    fs::permissions(beside.Path(), fs::perms::all);
+    constexpr uid_t kNeighbour = 60'002;
+    AsUser(kNeighbour, [&] {
+        Unconfined(
+            "/", "find '" + folder.string() + "' -type f -readable > '" + (beside / "found").string() + "'");
+    });
+    return test::ReadBytes(beside / "found");
+}
+
+TEST(Attack, AnotherUserReachesNothingThatACommandLeaves) {
+    if (::geteuid() != 0) GTEST_SKIP() << "it takes root to be two users";
+    constexpr uid_t kStation = 60'001;
+    const std::string attack =
+        "cp /bin/bash $O; cp /bin/bash b; for file in $O b . .. $F $F/..; do chmod 4777 $file; chmod 777 "
+        "$file; "
+        "done; echo x >> $O; sleep 1000";
+    for (const uid_t user : {uid_t{0}, kStation})
+        for (const auto& [name, most] : kForces) {
+            EXPECT_TRUE(AsUser(user,
+                               [&, most = most] {
+                                   const Under under(most);
+                                   const Scratch scratch;
+                                   ConfinedProcess process(scratch.Line(attack), scratch.Bounds());
+                                   std::thread runner([&] { process.Run(); });
+                                   scratch.AwaitOutput();
+                                   struct stat status {};
+                                   for (const fs::path& folder : {scratch.Folder(), scratch / ""})
+                                       EXPECT_TRUE(::stat(folder.c_str(), &status) == 0 &&
+                                                   (status.st_mode & 07777 & ~mode_t{S_IXGRP}) == 0700)
+                                           << folder;
+                                   if (user == 0) {
+                                       EXPECT_EQ(FoundByAnother(scratch / ""), "");
+                                   }
+                                   process.Kill();
+                                   runner.join();
+                                   EXPECT_TRUE(fs::is_empty(scratch.Folder()));
+                               }))
+                << name << " as " << user;
+        }
+}
+
 TEST(Attack, TheKernelsCornersAreRefused) {
     const Scratch scratch;
-    EXPECT_EQ(scratch.Run("attack calls; ls").output, "done\n");
+    EXPECT_EQ(scratch.Run("attack calls").output, "done\n");
 #if defined(__x86_64__)
     for (const char* attack : {"perl -e 'syscall 0x40000000 + 39'", "attack ia32"})
         EXPECT_EQ(scratch.Run(attack).status, 128 + SIGSYS) << attack;

@@ -1,9 +1,15 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <set>
 
 #include "app/runtime/FolderItem.h"
+#include "app/runtime/RunFolder.h"
 #include "app/runtime/Shell.h"
 #include "app/runtime/TextStreams.h"
 #include "tests/support/TestRuntime.h"
@@ -40,7 +46,7 @@ TEST(Files, ShellPathsSurviveTheShellAndTheWayBack) {
         const std::string path = (test.runtime.TemporaryFolder() / name).string();
         const String escaped = EscapeForShell(path);
         EXPECT_EQ(UnescapeFromShell(escaped), path);
-        shell.Execute(String("echo x > ") + escaped);
+        shell.Execute(String("echo x > ") + escaped, std::make_shared<FolderItem>(path));
         EXPECT_TRUE(std::filesystem::exists(path)) << name;
     }
     test.folder.Write("Sounds/my jingle.wav", "");
@@ -74,15 +80,96 @@ TEST(Files, TextStreamsReadEveryLineEndOfWhatIsAFile) {
     EXPECT_FALSE(TextOutputStream::Create(folder));
 }
 
+TEST(Files, NothingIsWrittenThroughALink) {
+    TestRuntime test;
+    const auto file = GetFolderItem("", 0)->Child("page.html");
+    const auto mine = test.folder.Write("mine", "mine");
+    for (const bool isSymbolic : {true, false}) {
+        if (isSymbolic)
+            std::filesystem::create_symlink(mine, file->Path());
+        else
+            std::filesystem::create_hard_link(mine, file->Path());
+        EXPECT_EQ(file->OpenAsBinaryFile(true) != nullptr, !isSymbolic);
+        const auto stream = TextOutputStream::Create(file);
+        stream->Write("written");
+        stream->Close();
+        EXPECT_EQ(test::ReadBytes(mine), "mine");
+        EXPECT_TRUE(is_regular_file(symlink_status(file->Path())));
+        EXPECT_EQ(test::ReadBytes(file->Path()), "written");
+        file->Delete();
+    }
+}
+
 TEST(Files, TheTemporaryFolderIsPrivateAndGoesWithTheRun) {
     std::filesystem::path folder;
     {
         TestRuntime test;
         folder = SpecialFolder::Temporary()->Path();
-        EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms::owner_all);
+        for (const auto& path : {folder, folder.parent_path()})
+            EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms::owner_all);
         std::ofstream(folder / "left.aiff") << "left";
     }
-    EXPECT_FALSE(std::filesystem::exists(folder));
+    EXPECT_FALSE(std::filesystem::exists(folder.parent_path()));
+}
+
+TEST(Files, TheFoldersOfDeadRunsGoAtTheNextStart) {
+    namespace fs = std::filesystem;
+    const test::TemporaryFolder parent;
+    const auto own = parent.Write("own/file", "mine");
+    const std::string before = getenv("TMPDIR") ? getenv("TMPDIR") : "";
+    setenv("TMPDIR", parent.Path().c_str(), 1);
+    const auto living = RunFolder::Make();
+    const pid_t dies = fork();
+    if (dies == 0) {
+        const auto dead = RunFolder::Make();
+        // Deeper than there are descriptors for, and closed.
+        bool made = chdir(dead->Files().c_str()) == 0;
+        for (int depth = 0; depth < 200; ++depth)
+            made = made && mkdir("d", 0700) == 0 && chdir("d") == 0 && symlink(own.c_str(), "link") == 0;
+        chmod(dead->Files().c_str(), 0);
+        _exit(made ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(dies, &status, 0);
+    ASSERT_EQ(status, 0);
+    fs::create_symlink(own.parent_path(), parent / "sorakaze-run-planted");
+    fs::create_symlink(own.parent_path(), parent / "sorakaze-run-linked");
+    fs::create_directory(parent / "sorakaze-run-others");
+    parent.Write("sorakaze-run-others/file", "");
+    fs::permissions(parent / "sorakaze-run-others", fs::perms(0755));
+    rlimit descriptors{};
+    getrlimit(RLIMIT_NOFILE, &descriptors);
+    const rlimit few{64, descriptors.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    std::set<fs::path> left, expected;
+    // What a start has no time for is for the next one.
+    for (int start = 0; start < 100 && (start == 0 || left != expected); ++start) {
+        const auto next = RunFolder::Make();
+        expected = {"own",
+                    "sorakaze-run-planted",
+                    "sorakaze-run-linked",
+                    "sorakaze-run-others",
+                    living->Path().filename(),
+                    next->Path().filename()};
+        left.clear();
+        for (const auto& entry : fs::directory_iterator(parent.Path())) left.insert(entry.path().filename());
+    }
+    setrlimit(RLIMIT_NOFILE, &descriptors);
+    EXPECT_EQ(left, expected);
+    EXPECT_TRUE(fs::exists(living->Files()));
+    EXPECT_EQ(test::ReadBytes(own), "mine");
+    before.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", before.c_str(), 1);
+}
+
+TEST(Shell, FindsTheProgramsAndNothingElseOfTheResources) {
+    TestRuntime test;
+    const std::string resources = "Sorakaze.app/Contents/Resources/";
+    test.folder.Write(resources + "deployment.json", "TOKEN");
+    const auto say = test.folder.Write(resources + "say", "#!/bin/sh\necho ours\n");
+    std::filesystem::permissions(say, std::filesystem::perms::owner_all);
+    Shell shell;
+    shell.Execute("cat " + test.runtime.ResourcesFolder().string() + "/deployment.json; say");
+    EXPECT_EQ(shell.Result().Bytes(), "ours\n");
 }
 
 TEST(Shell, GivesWhatTheCommandPrinted) {

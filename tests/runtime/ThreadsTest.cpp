@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -130,19 +132,26 @@ TEST(Threads, KillEndsAThreadWhereverItStands) {
 TEST(Threads, KillEndsAShellCommandAndItsProcesses) {
     TestRuntime test;
     Thread thread;
-    const auto pipe = test.runtime.TemporaryFolder() / "pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    // Held by a process in the background.
+    const auto lock = test.folder.Write("Sorakaze.app/Contents/Resources/ipadic", "");
+    const auto begun = SpecialFolder::Temporary()->Child("begun");
     thread.RunEvent = [&] {
-        Shell().Execute("exec > " + EscapeForShell(pipe.string()) + "; (sleep 20; echo late) & sleep 60");
+        Shell().Execute("(flock " + lock.string() + " sh -c 'echo x > " + begun->Path().string() +
+                            "; sleep 1000') & sleep 1000",
+                        begun);
         ADD_FAILURE() << "it went on";
     };
     thread.Run();
     Yield();
-    std::ifstream output(pipe);  // Comes back when the command has begun.
+    std::error_code failure;
+    while (std::filesystem::file_size(begun->Path(), failure) == 0 || failure) std::this_thread::yield();
     thread.Kill();
     EXPECT_EQ(thread.State(), Thread::kNotRunning);
     test.Pass(1);
-    EXPECT_EQ(std::string(std::istreambuf_iterator(output), {}), "") << "ends with the last process";
+    const int file = open(lock.c_str(), O_RDONLY);
+    EXPECT_EQ(flock(file, LOCK_EX), 0) << "ends with the last process";
+    close(file);
+    EXPECT_FALSE(begun->Exists());
 }
 
 TEST(Threads, ExceptionsAreToldAndTheRestLivesOn) {

@@ -92,18 +92,22 @@ TEST(Interpreter, SoundsThatAreMissingOrNone) {
 }
 
 TEST(Interpreter, SpeechThatFailsSaysSo) {
-    TestShow show("personality: Anna Parker\nopening: 0, say [[song]]\nopening: 0, x");
+    TestShow show("personality: Anna Parker\nopening: 0, say [[song]]\nopening: 0, say\nopening: 0, x");
     show.window.song = "- a \"song\"";
-    const auto say =
-        show.folder.Write("Sorakaze.app/Contents/Resources/say",
-                          "#!/bin/sh\nfor word; do printf '<%s>' \"$word\"; done > \"$TMPDIR/call\"\n");
+    const auto say = show.folder.Write(
+        "Sorakaze.app/Contents/Resources/say",
+        "#!/bin/sh\n[ -z \"$3\" ] || for word; do printf '<%s>' \"$word\"; done > \"$5\"\n");
     std::filesystem::permissions(say, std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
+    const auto file = show.runtime.TemporaryFolder() / "temp0.aiff";
+    std::vector<std::string> files;
+    show.runtime.onMessage = [&](const String&) { files.push_back(test::ReadBytes(file)); };
     RunOpening(show);
-    EXPECT_THAT(show.host.Messages(), ElementsAre("読み上げ結果のサウンドファイルが存在しません"));
-    const auto folder = show.runtime.TemporaryFolder();
-    EXPECT_EQ(test::ReadBytes(folder / "call"),
-              "<-v><Anna><- a song><-o><" + (folder / "temp0.aiff").string() + ">");
-    EXPECT_EQ(show.trace.All("line ").size(), 2u);
+    EXPECT_THAT(show.host.Messages(),
+                ElementsAre("読み上げ結果のファイルをサウンドとして読み込めませんでした",
+                            "読み上げ結果のサウンドファイルが存在しません"));
+    EXPECT_THAT(files, ElementsAre("<-v><Anna><- a song><-o><" + file.string() + ">", ""));
+    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_EQ(show.trace.All("line ").size(), 3u);
 }
 
 TEST(Preparation, CleansTheRecordAndChoosesSpellings) {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Runs the program itself, with an empty environment and in a folder of its own.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -94,6 +95,39 @@ TEST_F(SayTest, AVoiceGoesByManyNames) {
         const Sound first = Spoken(names[0], "one two");
         for (const auto& name : names) EXPECT_EQ(Spoken(name, "one two").samples, first.samples) << name;
     }
+}
+
+TEST_F(SayTest, DataAndSettingsAreTheSystemsAlone) {
+    const std::string planted = folder.Path().string();
+    folder.Write("espeak-ng-data/phontab", "");
+    folder.Write(".mecabrc", "dicdir = /nowhere\n");
+    for (const char* voice : {"Alex", "Kyoko"}) {
+        const Sound usual = Spoken(voice, "東京 one");
+        const std::string words = "cd " + planted + "; exec env HOME=. ESPEAK_DATA_PATH=" + planted +
+                                  " MECABRC=" + planted + "/.mecabrc PATH=. " SAY_PROGRAM " -v " + voice +
+                                  " '東京 one' -o " + file.string();
+        EXPECT_EQ(Program({"/bin/sh", "-c", words}, folder.Path() / "output").Wait(), 0) << voice;
+        SndfileHandle in(file);
+        EXPECT_EQ(in.frames(), static_cast<sf_count_t>(usual.samples.size())) << voice;
+    }
+}
+
+TEST_F(SayTest, AFileThatCantBeReplacedIsWritten) {
+    if (geteuid() != 0) GTEST_SKIP() << "it takes root to close a folder and own its file";
+    const std::string usual = (Spoken("Alex", kSentence), ReadBytes(file));
+    const auto scratch = folder.Path() / "scratch";
+    fs::create_directory(scratch);
+    for (const auto& path : {scratch, file}) fs::permissions(path, fs::perms::all);
+    fs::permissions(folder.Path(), fs::perms(0755));
+    fs::resize_file(file, 0);
+    const Program::User nobody = Program::User::Nobody;
+    const std::vector<std::string> words{SAY_PROGRAM, "-v", "Alex", kSentence, "-o", file};
+    EXPECT_EQ(Program(words, "/dev/null", Program::Errors::Dropped, nobody).Wait(), 1);
+    std::vector<std::string> withScratch{"/usr/bin/env", "TMPDIR=" + scratch.string()};
+    withScratch.insert(withScratch.end(), words.begin(), words.end());
+    EXPECT_EQ(Program(withScratch, "/dev/null", Program::Errors::Dropped, nobody).Wait(), 0);
+    EXPECT_EQ(ReadBytes(file), usual);
+    EXPECT_TRUE(fs::is_empty(scratch));
 }
 
 TEST_F(SayTest, AJapaneseVoiceReadsKana) {

@@ -3,7 +3,6 @@
 #include "app/runtime/process/ConfinedProcess.h"
 
 #include <poll.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,10 +19,12 @@
 #include "app/runtime/process/Launch.h"
 #include "app/runtime/process/LaunchPlan.h"
 #include "app/runtime/process/Mechanisms.h"
+#include "app/runtime/process/Workplace.h"
 
 namespace sorakaze::process {
 namespace {
 
+namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
@@ -82,7 +83,8 @@ struct ConfinedProcess::Impl {
     void Follow(Launched& launched, CommandResult& result);
     void WaitForEnd(Launched& launched, CommandResult& result);
     bool WithinBounds(const Launched& launched) const;
-    void CutFolderDown(const std::set<std::string>& before, CommandResult& result) const;
+
+    fs::path folderOnDisk;  ///< the command's; empty where it is on none
 };
 
 void ConfinedProcess::Impl::Kill() {
@@ -94,13 +96,15 @@ void ConfinedProcess::Impl::Kill() {
 bool ConfinedProcess::Impl::WithinBounds(const Launched& launched) const {
     // One process at its bound is all right, and so are two or three ordinary ones; a herd at theirs is not.
     constexpr std::uint64_t kHerd = 2;
-    const ProcessesFootprint processes = MeasureProcesses(launched.keeper);
+    const ProcessesFootprint processes =
+        MeasureProcesses(launched.keeper, folderOnDisk, confinement.fileSize);
     if (processes.processes > confinement.processes + 1 ||
         processes.memory / kHerd > confinement.addressSpace ||
         processes.removedFiles > confinement.folderSize)
         return false;
+    if (folderOnDisk.empty()) return true;  // the kernel keeps to its size
     const std::uint64_t room = confinement.folderSize - processes.removedFiles;
-    return FolderBytes(confinement.writableFolder, room) <= room;
+    return FolderBytes(folderOnDisk, room) <= room;
 }
 
 void ConfinedProcess::Impl::WaitForEnd(Launched& launched, CommandResult& result) {
@@ -156,13 +160,6 @@ void ConfinedProcess::Impl::Follow(Launched& launched, CommandResult& result) {
     result.timedOut |= result.status == kEndedBySignal + SIGXCPU || result.status == kEndedBySignal + SIGXFSZ;
 }
 
-void ConfinedProcess::Impl::CutFolderDown(const std::set<std::string>& before, CommandResult& result) const {
-    if (FolderBytes(confinement.writableFolder, confinement.folderSize) <= confinement.folderSize) return;
-    // Left as it is, it would end every later command of the show as well.
-    RemoveOthers(confinement.writableFolder, before);
-    result.timedOut = true;
-}
-
 CommandResult ConfinedProcess::Impl::Run() {
     CommandResult result;
     result.status = kEndedBySignal + SIGKILL;
@@ -173,11 +170,13 @@ CommandResult ConfinedProcess::Impl::Run() {
     if (!killWasCalled()) {
         try {
             TellWhatIsMissing();
-            const std::set<std::string> before = NamesIn(confinement.writableFolder);
-            LaunchPlan plan = PlanCommand(commandLine, confinement, AvailableMechanisms());
+            const Mechanisms mechanisms = AvailableMechanisms();
+            Workplace workplace(confinement, mechanisms);
+            if (workplace.FolderIsOnDisk()) folderOnDisk = fs::canonical(workplace.Folder());
+            LaunchPlan plan = PlanCommand(commandLine, confinement, workplace, mechanisms);
             Launched launched = Launch(plan);
             Follow(launched, result);
-            CutFolderDown(before, result);
+            if (!result.timedOut && !killWasCalled()) workplace.TakeOutput();
         } catch (const std::exception& failure) {
             ReportOnce(std::string("Sorakaze: a command could not be started: ") + failure.what());
             result.status = kCannotStart;
@@ -197,13 +196,10 @@ void ConfinedProcess::Kill() {
     impl_->Kill();
 }
 
-void PrepareWritableFolder(const std::filesystem::path& folder) {
-    if (!CommandsHaveTheirOwnUser()) return;
-    // Of the run's own: two runs of root's at once don't count each other's processes.
-    const uid_t user = kFirstCommandUser + static_cast<uid_t>(::getpid()) % kCommandUsers;
-    if (::chown(folder.c_str(), user, user) != 0)
-        throw std::filesystem::filesystem_error("the folder can't be given to the commands' user", folder,
-                                                std::error_code(errno, std::generic_category()));
+void OfferPrograms(Confinement& confinement, const fs::path& resources) {
+    confinement.searchFirst.push_back(resources);
+    // The second of the programs has a dictionary beside it, if the user gave it one.
+    for (const char* name : {"say", "SayKotoeri", "ipadic"}) confinement.readable.push_back(resources / name);
 }
 
 }  // namespace sorakaze::process

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Runs one command line through /bin/sh, confined. Texts from tags and from the web reach this shell, where
 // $(...), backquotes and backslashes are live; so whatever runs here can read what programs need and write
-// nothing but one folder, reaches no network, sees no other process, and has bounded memory, processes, file
-// sizes and time. It dies with the application.
+// nothing but a folder of its own and the one file that it is to make, reaches no network, sees no other
+// process, and has bounded memory, processes, file sizes and time. It dies with the application.
 #pragma once
 
 #include <chrono>
@@ -16,24 +16,29 @@
 namespace sorakaze::process {
 
 struct Confinement {
-    /// The only folder that may be written. Owned by the application, mode 0700. A command makes ordinary
-    /// files and folders there, no links that lead out, no pipes, and nothing that can be started as a
-    /// program.
-    std::filesystem::path writableFolder;
+    /// A folder of the application's, mode 0700, that exists. The command sees none of what is in it: it has
+    /// a folder of its own, empty, private and gone with it, which is its HOME, its TMPDIR and its working
+    /// folder. Where the kernel can show it such a one, it is seen under this path; else it is made in here.
+    /// Ordinary files and folders can be made there, no links, no pipes, nothing that can be started as a
+    /// program, and nothing that grants rights to whoever starts it.
+    std::filesystem::path folder;
+    /// The file in `folder` that the command is to make, or empty. It is there, empty, when the command
+    /// begins, and afterwards where something was written and the command came to an end by itself: then it
+    /// is an ordinary file of the application's own, mode 0600.
+    std::filesystem::path output;
     /// Files and folders that may be read and executed beside the system's own programs, libraries and data.
     std::vector<std::filesystem::path> readable;
-    /// Folders that the PATH of the command begins with, first come first searched. They may be read.
+    /// Folders that the PATH of the command begins with, first come first searched. Only what is among
+    /// `readable` is found there.
     std::vector<std::filesystem::path> searchFirst;
 
     std::chrono::milliseconds wallTime{60'000};  ///< then everything of the command is killed
     std::chrono::seconds processorTime{30};      ///< of each process
     std::uint64_t addressSpace = 768ull << 20;   ///< bytes, of each process; all together may fill twice that
-    std::uint64_t fileSize = 256ull << 20;       ///< bytes, of each file written
-    /// Bytes in writableFolder, all files together; then killed, and what appeared there meanwhile is
-    /// removed, since the folder would stay above its bound for every later command.
-    std::uint64_t folderSize = 512ull << 20;
-    std::uint64_t outputSize = 4ull << 20;  ///< bytes of standard output kept; more is read and dropped
-    unsigned processes = 32;                ///< at the same time
+    std::uint64_t fileSize = 128ull << 20;       ///< bytes, of each file written
+    std::uint64_t folderSize = 192ull << 20;     ///< bytes in the command's folder, all files together
+    std::uint64_t outputSize = 4ull << 20;       ///< bytes of standard output kept; more is read and dropped
+    unsigned processes = 32;                     ///< at the same time
 };
 
 struct CommandResult {
@@ -65,10 +70,8 @@ class ConfinedProcess {
     std::unique_ptr<Impl> impl_;
 };
 
-/// Makes `folder` (which exists and is the caller's) usable as a writable folder of confined commands. Called
-/// once for the run's temporary folder: as root, commands run under a user of their own, and the folder
-/// becomes that user's. Throws std::filesystem::filesystem_error.
-void PrepareWritableFolder(const std::filesystem::path& folder);
+/// Lets commands find the application's own programs in its Resources, and nothing else of what is there.
+void OfferPrograms(Confinement& confinement, const std::filesystem::path& resources);
 
 /// What this kernel confines with, strongest first ("landlock, namespaces, seccomp, limits"), and what is
 /// missing (empty when all is there). The first command that runs with something missing says so once on

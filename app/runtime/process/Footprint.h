@@ -8,29 +8,24 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <set>
-#include <string>
 
 namespace sorakaze::process {
 
-/// Bytes on the disk of all below `folder`, links not followed; an entry counts for 4096 at least, so that
+/// Bytes on the disk of all below `folder`, links not followed; an entry counts for 64 KiB at least, so that
 /// many empty files are many bytes too. Stops counting above `enough`; a folder nested deeper than 64 counts
 /// for more than enough.
 std::uint64_t FolderBytes(const std::filesystem::path& folder, std::uint64_t enough);
 
-/// The names that stand in the folder itself.
-std::set<std::string> NamesIn(const std::filesystem::path& folder);
-
-/// Removes what stands in the folder and isn't among `kept`.
-void RemoveOthers(const std::filesystem::path& folder, const std::set<std::string>& kept);
-
 struct ProcessesFootprint {
-    unsigned processes = 0;          ///< below the keeper
-    std::uint64_t memory = 0;        ///< bytes that they have for themselves, together
-    std::uint64_t removedFiles = 0;  ///< bytes on the disk of files that no folder names any more
+    unsigned processes = 0;    ///< below the keeper
+    std::uint64_t memory = 0;  ///< bytes that they have for themselves, together; what they share counts once
+    std::uint64_t removedFiles = 0;  ///< bytes of files that no folder names any more, open or mapped
 };
 
-/// Of all processes below `keeper`. What can't be read counts for nothing.
-ProcessesFootprint MeasureProcesses(pid_t keeper);
+/// Of all processes below `keeper`. Files of `folder` that are mapped but gone count for what is mapped of
+/// them, at most `largestFile` bytes each; for an empty `folder` no file counts. Where a process doesn't let
+/// itself be read, all memory counts that it has.
+ProcessesFootprint MeasureProcesses(pid_t keeper, const std::filesystem::path& folder,
+                                    std::uint64_t largestFile);
 
 }  // namespace sorakaze::process

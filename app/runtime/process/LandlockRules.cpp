@@ -58,17 +58,13 @@ std::uint64_t Rights(Access access) {
         case Access::ReadDevice:
             return kReadFile;
         case Access::WriteDevice:
+        case Access::WriteFile:
             return kReadFile | kWriteFile | kTruncate;
         case Access::Write:
             return kReadFile | kWriteFile | kTruncate | kReadFolder | kRemoveFolder | kRemoveFile |
                    kMakeFolder | kMakeRegular | kRefer;
     }
     return 0;
-}
-
-bool AddRule(int ruleset, int descriptor, std::uint64_t rights) {
-    const PathBeneath rule{rights, descriptor};
-    return ::syscall(SYS_landlock_add_rule, ruleset, kPathBeneath, &rule, 0) == 0;
 }
 
 }  // namespace
@@ -88,18 +84,20 @@ Descriptor MakeLandlockRules(int version, const std::vector<Place>& places) {
     if (!ruleset) throw std::system_error(errno, std::generic_category(), "landlock_create_ruleset");
     for (const Place& place : places) {
         const Descriptor descriptor(::open(place.path.c_str(), O_PATH | O_CLOEXEC));
-        struct stat status {};
-        if (!descriptor || ::fstat(descriptor.Get(), &status) != 0) continue;
-        std::uint64_t rights = Rights(place.access) & handled;
-        if (!S_ISDIR(status.st_mode)) rights &= kExecute | kReadFile | kWriteFile | kTruncate;
-        if (!AddRule(ruleset.Get(), descriptor.Get(), rights))
+        if (!descriptor) continue;
+        if (!AllowPlace(ruleset.Get(), version, descriptor.Get(), place.access))
             throw std::system_error(errno, std::generic_category(), "landlock_add_rule");
     }
     return ruleset;
 }
 
-bool AllowReading(int ruleset, int folder) {
-    return AddRule(ruleset, folder, kReadFile | kReadFolder);
+bool AllowPlace(int ruleset, int version, int descriptor, Access access) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) return false;
+    std::uint64_t rights = Rights(access) & EveryFileRight(version);
+    if (!S_ISDIR(status.st_mode)) rights &= kExecute | kReadFile | kWriteFile | kTruncate;
+    const PathBeneath rule{rights, descriptor};
+    return ::syscall(SYS_landlock_add_rule, ruleset, kPathBeneath, &rule, 0) == 0;
 }
 
 bool EnforceLandlock(int ruleset) {

@@ -15,6 +15,7 @@ enum class Access {
     Read,         ///< read and execute, all below
     ReadDevice,   ///< read
     WriteDevice,  ///< read and write
+    WriteFile,    ///< read and write, an ordinary file
     Write         ///< read, write, make and remove ordinary files and folders; nothing below is executed
 };
 
@@ -30,8 +31,9 @@ int LandlockVersion();
 /// as `version` knows these. Places that don't exist are left out. Throws std::system_error.
 Descriptor MakeLandlockRules(int version, const std::vector<Place>& places);
 
-/// Adds the right to read below `folder`, a descriptor. Async-signal-safe; false with errno.
-bool AllowReading(int ruleset, int folder);
+/// Adds a place to a ruleset of that version: a file or a folder that `descriptor` stands for.
+/// Async-signal-safe; false with errno.
+bool AllowPlace(int ruleset, int version, int descriptor, Access access);
 
 /// Puts the ruleset in force for the calling thread and all it starts. Async-signal-safe; false with errno.
 bool EnforceLandlock(int ruleset);

@@ -114,7 +114,7 @@ bool Restrict(int tree, const char* path, int flags, std::uint64_t attributes) {
 void TakeTree(ViewStep& step) {
     std::uint64_t attributes = MOUNT_ATTR_NOSUID;
     if (step.kind == ViewStep::MountReadOnly) attributes |= MOUNT_ATTR_RDONLY | MOUNT_ATTR_NODEV;
-    if (step.kind == ViewStep::MountWritable) attributes |= MOUNT_ATTR_NOEXEC | MOUNT_ATTR_NODEV;
+    if (step.kind == ViewStep::MountOutput) attributes |= MOUNT_ATTR_NOEXEC | MOUNT_ATTR_NODEV;
     if (step.kind == ViewStep::MountDevice) attributes |= MOUNT_ATTR_NOEXEC;
     step.tree = static_cast<int>(
         Call(SYS_open_tree, AT_FDCWD, step.source, OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE));
@@ -122,7 +122,28 @@ void TakeTree(ViewStep& step) {
     Must(Restrict(step.tree, "", AT_EMPTY_PATH | AT_RECURSIVE, attributes), step.source);
 }
 
-void TakeStep(const ViewStep& step) {
+void AllowInView(const LaunchPlan& plan, const char* path, Access access) {
+    if (!plan.ruleset) return;
+    const long place = Call(SYS_openat, AT_FDCWD, path, O_PATH | O_CLOEXEC, 0);
+    Must(AllowPlace(kRuleset, plan.mechanisms.landlockVersion, static_cast<int>(place), access), path);
+    Call(SYS_close, place);
+}
+
+long CopyFile(const ViewStep& step) {
+    const long from = Call(SYS_openat, AT_FDCWD, step.source, O_RDONLY | O_CLOEXEC, 0);
+    Must(from >= 0, step.source);
+    const long to = Call(SYS_openat, AT_FDCWD, step.path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0755);
+    Must(to >= 0, step.path);
+    constexpr std::size_t kPiece = 1 << 30;
+    long copied = 0;
+    do copied = Call(SYS_sendfile, to, from, nullptr, kPiece);
+    while (copied > 0);
+    Call(SYS_close, from);
+    Call(SYS_close, to);
+    return copied;
+}
+
+void TakeStep(const LaunchPlan& plan, const ViewStep& step) {
     long result = 0;
     switch (step.kind) {
         case ViewStep::MakeFolder:
@@ -134,6 +155,15 @@ void TakeStep(const ViewStep& step) {
         case ViewStep::MakeLink:
             result = Call(SYS_symlinkat, step.source, AT_FDCWD, step.path);
             break;
+        case ViewStep::CopyFile:
+            result = CopyFile(step);
+            if (result == 0) AllowInView(plan, step.path, Access::Read);
+            break;
+        case ViewStep::MountFolder:
+            result = Call(SYS_mount, "tmpfs", step.path, "tmpfs", kNoSetUser | kNoDevices | kNoPrograms,
+                          plan.folderOptions);
+            if (result == 0) AllowInView(plan, step.path, Access::Write);
+            break;
         default:
             result = Call(SYS_move_mount, step.tree, "", AT_FDCWD, step.path, MOVE_MOUNT_F_EMPTY_PATH);
             Call(SYS_close, step.tree);
@@ -143,7 +173,7 @@ void TakeStep(const ViewStep& step) {
 
 bool MountsOver(const ViewStep& step) {
     return step.kind == ViewStep::MountReadOnly || step.kind == ViewStep::MountDevice ||
-           step.kind == ViewStep::MountWritable;
+           step.kind == ViewStep::MountOutput;
 }
 
 /// The command's own processes are worth seeing (a program finds itself there) where the kernel can show them
@@ -152,21 +182,18 @@ void ShowOwnProcesses(const LaunchPlan& plan) {
     if (Call(SYS_mount, "proc", "proc", "proc", kReadOnly | kNoSetUser | kNoDevices | kNoPrograms,
              "subset=pid,hidepid=invisible") != 0)
         return;
-    if (!plan.ruleset) return;
-    const long folder = Call(SYS_openat, AT_FDCWD, "proc", O_PATH | O_CLOEXEC, 0);
-    Must(AllowReading(kRuleset, static_cast<int>(folder)), "the rule for /proc");
-    Call(SYS_close, folder);
+    AllowInView(plan, "proc", Access::Read);
 }
 
 void MakeView(LaunchPlan& plan) {
     Must(Call(SYS_mount, nullptr, "/", nullptr, kRecursive | kPrivate, nullptr) == 0, "private mounts");
     for (ViewStep& step : plan.view)
         if (MountsOver(step)) TakeTree(step);
-    Must(Call(SYS_mount, "tmpfs", plan.viewMountPoint, "tmpfs", kNoSetUser | kNoDevices,
-              "mode=0755,size=1m,nr_inodes=4096") == 0,
+    Must(Call(SYS_mount, "tmpfs", plan.viewMountPoint, "tmpfs", kNoSetUser | kNoDevices, plan.viewOptions) ==
+             0,
          "the view");
     Must(Call(SYS_chdir, plan.viewMountPoint) == 0, "the view's folder");
-    for (const ViewStep& step : plan.view) TakeStep(step);
+    for (const ViewStep& step : plan.view) TakeStep(plan, step);
     ShowOwnProcesses(plan);
     Must(Call(SYS_pivot_root, ".", ".") == 0, "pivot_root");
     Must(Call(SYS_umount2, ".", kDetach) == 0, "the old view");

@@ -22,12 +22,23 @@
 
 namespace sorakaze::process {
 
+class Workplace;
+
 /// One step of making the command's view of the file system, in order.
 struct ViewStep {
-    enum Kind { MakeFolder, MakeFile, MakeLink, MountReadOnly, MountDevice, MountWritable };
+    enum Kind {
+        MakeFolder,
+        MakeFile,
+        MakeLink,
+        CopyFile,     ///< that can be read and run
+        MountFolder,  ///< a file system of the command's own, empty
+        MountOutput,  ///< the one file of the application's that can be written
+        MountReadOnly,
+        MountDevice
+    };
     Kind kind;
     const char* path;    ///< in the view, without the leading slash
-    const char* source;  ///< what is mounted there, or where the link leads
+    const char* source;  ///< what is mounted or copied there, or where the link leads
     int tree = -1;       ///< the mount while it hangs nowhere; the child's own
 };
 
@@ -46,6 +57,8 @@ struct LaunchPlan {
 
     std::vector<ViewStep> view;
     const char* viewMountPoint = nullptr;  ///< any folder that exists; it is covered in the new view only
+    const char* viewOptions = nullptr;     ///< of the file system that holds the view
+    const char* folderOptions = nullptr;   ///< of the command's folder
 
     std::vector<Limit> limits;  ///< the address space comes last: the copy of the application may be above it
     std::vector<sock_filter> filter;
@@ -58,8 +71,8 @@ struct LaunchPlan {
 
     bool asRoot = false;  ///< then the command runs as `user`
     uid_t user = 0;
-    /// As root: a set of bits. A station under a closed home folder is read and run, whoever owns it and in
-    /// whatever mode, because something stronger than modes narrows what can be reached at all.
+    /// As root: a set of bits, none as a rule. Without a view a station under a closed home folder is read
+    /// and run, whoever owns it and in whatever mode, because Landlock narrows what can be reached at all.
     std::uint64_t capabilities = 0;
 
     std::string userMap;  ///< of the user namespace
@@ -75,7 +88,7 @@ struct LaunchPlan {
 
 /// Throws std::system_error and std::filesystem::filesystem_error.
 LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
-                       const Mechanisms& mechanisms);
+                       const Workplace& workplace, const Mechanisms& mechanisms);
 
 /// A helper's program, which stays and has a channel. It can write nothing at all. Throws as PlanCommand
 /// does.
@@ -83,12 +96,5 @@ LaunchPlan PlanHelper(const HelperOptions& options, const Mechanisms& mechanisms
 
 /// A plan that puts everything in force and starts nothing.
 LaunchPlan PlanTrial(const Mechanisms& mechanisms);
-
-/// Whether commands run under a user of their own: the application is root and may change the user.
-bool CommandsHaveTheirOwnUser();
-
-/// These are the users. The owner of the writable folder names the one: see PrepareWritableFolder.
-constexpr uid_t kFirstCommandUser = 60'578;  // a range that no user data base gives out
-constexpr uid_t kCommandUsers = 600;
 
 }  // namespace sorakaze::process

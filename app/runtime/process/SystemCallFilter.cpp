@@ -8,6 +8,8 @@
 #include <linux/sched.h>
 #include <linux/seccomp.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -16,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 
 namespace sorakaze::process {
 namespace {
@@ -38,7 +41,7 @@ class Builder {
         Load(offsetof(seccomp_data, arch));
         Add(BPF_JMP | BPF_JEQ | BPF_K, kArchitecture, 1, 0);
         Return(SECCOMP_RET_KILL_PROCESS);
-        Load(offsetof(seccomp_data, nr));
+        LoadCall();
 #if defined(__x86_64__)
         // The x32 numbering of the same calls, which would slip past everything below.
         Add(BPF_JMP | BPF_JGE | BPF_K, 0x40000000, 0, 1);
@@ -55,39 +58,56 @@ class Builder {
         }
     }
 
+    // A call may have several of the rules that follow: what one of them lets pass is for the next to see.
+
     /// Refuses `call` where the low half of its argument, masked, is one of `values`.
     void RefuseArgument(int error, long call, int argument, std::uint32_t mask,
                         std::initializer_list<std::uint32_t> values) {
-        const auto count = static_cast<std::uint8_t>(values.size());
-        Add(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0,
-            static_cast<std::uint8_t>(4 + count));
+        auto left = static_cast<std::uint8_t>(values.size());
+        OnlyFor(call, 3 + left);
         LoadArgument(argument);
         Add(BPF_ALU | BPF_AND | BPF_K, mask);
-        std::uint8_t left = count;
-        for (const std::uint32_t value : values) Add(BPF_JMP | BPF_JEQ | BPF_K, value, left--, 0);
-        Return(SECCOMP_RET_ALLOW);
-        Return(SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error));
+        for (const std::uint32_t value : values) {
+            --left;
+            Add(BPF_JMP | BPF_JEQ | BPF_K, value, left, left == 0 ? 1 : 0);
+        }
+        RefuseAndGoOn(error);
     }
 
     /// Refuses `call` unless the masked low half of its argument is `value`.
     void RefuseUnless(int error, long call, int argument, std::uint32_t mask, std::uint32_t value) {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 5);
+        OnlyFor(call, 4);
         LoadArgument(argument);
         Add(BPF_ALU | BPF_AND | BPF_K, mask);
-        Add(BPF_JMP | BPF_JEQ | BPF_K, value, 0, 1);
-        Return(SECCOMP_RET_ALLOW);
-        Return(SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error));
+        Add(BPF_JMP | BPF_JEQ | BPF_K, value, 1, 0);
+        RefuseAndGoOn(error);
+    }
+
+    struct Bits {
+        int argument;
+        std::uint32_t mask;
+    };
+    /// Refuses `call` where one of the bits is set; with a `guard` only where one of those is set as well,
+    /// since otherwise the kernel looks at neither and the argument may be anything.
+    void RefuseBits(int error, long call, Bits refused, std::optional<Bits> guard = {}) {
+        OnlyFor(call, guard ? 5 : 3);
+        if (guard) {
+            LoadArgument(guard->argument);
+            Add(BPF_JMP | BPF_JSET | BPF_K, guard->mask, 0, 3);
+        }
+        LoadArgument(refused.argument);
+        Add(BPF_JMP | BPF_JSET | BPF_K, refused.mask, 0, 1);
+        RefuseAndGoOn(error);
     }
 
     /// Refuses `call` unless the pointer that it is given is null.
     void RefuseUnlessNull(int error, long call, int argument) {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 6);
+        OnlyFor(call, 5);
         LoadArgument(argument);
-        Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 0, 3);
+        Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 0, 2);
         LoadArgument(argument, kHighHalf);
-        Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 0, 1);
-        Return(SECCOMP_RET_ALLOW);
-        Return(SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error));
+        Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 1, 0);
+        RefuseAndGoOn(error);
     }
 
     std::vector<sock_filter> Finish() {
@@ -104,6 +124,18 @@ class Builder {
     void Load(std::size_t offset) {
         Add(BPF_LD | BPF_W | BPF_ABS, static_cast<std::uint32_t>(offset));
     }
+    void LoadCall() {
+        Load(offsetof(seccomp_data, nr));
+    }
+    /// Skips the instructions of a rule, so many and the last one, for all other calls.
+    void OnlyFor(long call, int instructions) {
+        Add(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0,
+            static_cast<std::uint8_t>(instructions + 1));
+    }
+    void RefuseAndGoOn(int error) {
+        Return(SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error));
+        LoadCall();
+    }
     void Return(std::uint32_t action) {
         Add(BPF_RET | BPF_K, action);
     }
@@ -114,6 +146,25 @@ class Builder {
 
     std::vector<sock_filter> program_;
 };
+
+/// A program that runs as the user for everybody who starts it must not come to be, by whichever call takes a
+/// mode.
+void RefuseSetIds(Builder& filter) {
+    constexpr std::uint32_t kSetIds = S_ISUID | S_ISGID;
+    constexpr std::uint32_t kMakes = O_CREAT | (O_TMPFILE & ~O_DIRECTORY);
+    // Its arguments lie in memory, where they can't be looked at. Programs do without it.
+    filter.Refuse(ENOSYS, {SYS_openat2});
+    filter.RefuseBits(EPERM, SYS_fchmod, {1, kSetIds});
+    filter.RefuseBits(EPERM, SYS_fchmodat, {2, kSetIds});
+    filter.RefuseBits(EPERM, SYS_mkdirat, {2, kSetIds});
+    filter.RefuseBits(EPERM, SYS_openat, {3, kSetIds}, {{2, kMakes}});
+#if defined(__x86_64__)
+    filter.RefuseBits(EPERM, SYS_chmod, {1, kSetIds});
+    filter.RefuseBits(EPERM, SYS_mkdir, {1, kSetIds});
+    filter.RefuseBits(EPERM, SYS_creat, {1, kSetIds});
+    filter.RefuseBits(EPERM, SYS_open, {2, kSetIds}, {{1, kMakes}});
+#endif
+}
 
 void RefuseAlways(Builder& filter) {
     // Programs that try these have a way on without them.
@@ -135,7 +186,12 @@ void RefuseAlways(Builder& filter) {
                    SYS_move_mount, SYS_fsopen, SYS_fsconfig, SYS_fsmount, SYS_fspick, SYS_mount_setattr,
                    SYS_name_to_handle_at, SYS_open_by_handle_at, SYS_fanotify_init});
     // Links that lead out of the folder, and pipes and devices in it, are traps for whoever reads the folder.
-    filter.Refuse(EPERM, {SYS_symlinkat, SYS_mknodat});
+    filter.Refuse(EPERM, {SYS_symlinkat, SYS_mknodat, SYS_linkat});
+    filter.Refuse(EPERM, {SYS_setxattr, SYS_lsetxattr, SYS_fsetxattr, SYS_removexattr, SYS_lremovexattr,
+                          SYS_fremovexattr});
+    // Whoever hides itself from the application hides what it uses up.
+    filter.RefuseArgument(EPERM, SYS_prctl, 0, 0xffffffff, {PR_SET_DUMPABLE});
+    RefuseSetIds(filter);
     // The kernel itself.
     filter.Refuse(
         EPERM, {SYS_bpf,        SYS_perf_event_open, SYS_add_key,       SYS_request_key,   SYS_keyctl,
@@ -144,8 +200,8 @@ void RefuseAlways(Builder& filter) {
                 SYS_syslog,     SYS_vhangup,         SYS_settimeofday,  SYS_clock_settime, SYS_clock_adjtime,
                 SYS_adjtimex,   SYS_sethostname,     SYS_setdomainname, SYS_lookup_dcookie});
 #if defined(__x86_64__)
-    filter.Refuse(EPERM, {SYS_symlink, SYS_mknod, SYS_kexec_file_load, SYS_iopl, SYS_ioperm, SYS_modify_ldt,
-                          SYS_uselib, SYS_ustat, SYS_sysfs, SYS__sysctl});
+    filter.Refuse(EPERM, {SYS_symlink, SYS_mknod, SYS_link, SYS_kexec_file_load, SYS_iopl, SYS_ioperm,
+                          SYS_modify_ldt, SYS_uselib, SYS_ustat, SYS_sysfs, SYS__sysctl});
 #endif
     constexpr std::uint32_t kNamespaces = CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC |
                                           CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
@@ -157,8 +213,7 @@ void RefuseAlways(Builder& filter) {
 }
 
 void GuardMetadata(Builder& filter) {
-    filter.Refuse(EPERM, {SYS_fchmod, SYS_fchmodat, SYS_fchown, SYS_fchownat, SYS_setxattr, SYS_lsetxattr,
-                          SYS_fsetxattr, SYS_removexattr, SYS_lremovexattr, SYS_fremovexattr});
+    filter.Refuse(EPERM, {SYS_fchmod, SYS_fchmodat, SYS_fchown, SYS_fchownat});
     filter.RefuseUnlessNull(EPERM, SYS_utimensat, 1);
 #if defined(__x86_64__)
     filter.Refuse(EPERM, {SYS_chmod, SYS_chown, SYS_lchown, SYS_utime, SYS_utimes});
@@ -168,7 +223,6 @@ void GuardMetadata(Builder& filter) {
 
 void GuardTruncation(Builder& filter) {
     filter.Refuse(EPERM, {SYS_truncate});
-    filter.Refuse(ENOSYS, {SYS_openat2});
     constexpr std::uint32_t kMask = O_TRUNC | O_ACCMODE;
     filter.RefuseArgument(EACCES, SYS_openat, 2, kMask, {O_TRUNC | O_RDONLY, O_TRUNC | O_ACCMODE});
 #if defined(__x86_64__)
