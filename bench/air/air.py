@@ -32,22 +32,42 @@ def make():
     shutil.copy(station.TRACKS[0], FOLDER / "Music/track.mp3")
 
 
+def processes(pid):
+    """The process and all below it: sounds are decoded by others than the application."""
+    found = [pid]
+    for path in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        try:
+            parent = int(path.read_text().rsplit(")", 1)[1].split()[1])
+        except OSError:
+            continue
+        if parent == pid:
+            found += processes(int(path.parent.name))
+    return found
+
+
 def usage(pid):
-    """Seconds of processor time and context switches of all threads so far."""
-    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
-    switches = 0
-    for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
-        for line in (task / "status").read_text().splitlines():
-            if "ctxt_switches" in line:
-                switches += int(line.split()[1])
-    return (int(fields[11]) + int(fields[12])) / HZ, switches
+    """Seconds of processor time and context switches of all threads so far. That of children which have ended counts
+    with their parents."""
+    seconds = switches = 0
+    for process in processes(pid):
+        fields = pathlib.Path(f"/proc/{process}/stat").read_text().rsplit(")", 1)[1].split()
+        seconds += sum(int(field) for field in fields[11:15]) / HZ
+        for task in pathlib.Path(f"/proc/{process}/task").iterdir():
+            for line in (task / "status").read_text().splitlines():
+                if "ctxt_switches" in line:
+                    switches += int(line.split()[1])
+    return seconds, switches
 
 
 def memory(pid):
-    """Megabytes resident, and of those the process's own."""
-    rollup = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
-    value = {line.split(":")[0]: int(line.split()[1]) for line in rollup.splitlines()[1:]}
-    return value["Rss"] / 1024, (value["Private_Clean"] + value["Private_Dirty"]) / 1024
+    """Megabytes of all processes together: what they share counts once among them; and what is nobody else's."""
+    shares = own = 0
+    for process in processes(pid):
+        rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
+        value = {line.split(":")[0]: int(line.split()[1]) for line in rollup.splitlines()[1:]}
+        shares += value["Pss"] / 1024
+        own += (value["Private_Clean"] + value["Private_Dirty"]) / 1024
+    return shares, own
 
 
 def over(pid):

@@ -48,7 +48,7 @@ class RingWriter {
           samples_(reinterpret_cast<float*>(static_cast<char*>(memory) + kRingSamplesOffset)) {}
 
     std::size_t Free() const {
-        const std::uint64_t filled = written_ - header_.read.load(std::memory_order_acquire);
+        const std::uint64_t filled = written_ - header_.read.load();
         return capacity_ - static_cast<std::size_t>(std::min<std::uint64_t>(filled, capacity_));
     }
     /// The room for frames that is free and lies in one piece.
@@ -69,10 +69,7 @@ class RingWriter {
         return header_.waiting.exchange(0) != 0;
     }
     /// Before a wait for room: the reader tells of it from here on. Free is to be looked at once more.
-    void AnnounceSleep() {
-        header_.sleeping.store(1);
-        std::atomic_thread_fence(std::memory_order_seq_cst);
-    }
+    void AnnounceSleep() { header_.sleeping.store(1); }
 
   private:
     const std::uint64_t capacity_;
@@ -94,7 +91,7 @@ class RingReader {
 
     /// Frames that can be read; more may come at any time.
     std::size_t Filled() {
-        const std::uint64_t written = header_.written.load(std::memory_order_acquire);
+        const std::uint64_t written = header_.written.load();
         // Frames that were once handed over are never taken back.
         if (written < known_ || written - read_ > capacity_) nonsense_.store(true, std::memory_order_relaxed);
         known_ = written;
@@ -130,10 +127,7 @@ class RingReader {
     }
     /// Before a wait for frames: the decoder tells of them from here on. Filled and IsFinished are to be
     /// looked at once more.
-    void AnnounceWait() {
-        header_.waiting.store(1);
-        std::atomic_thread_fence(std::memory_order_seq_cst);
-    }
+    void AnnounceWait() { header_.waiting.store(1); }
 
     // --- any thread ---
 
