@@ -60,6 +60,21 @@ TEST_F(Render, NoTitleSteersATerminal) {
     EXPECT_EQ(station.Traced("say", "text"), std::vector<std::string>{"x\u202Ey\x1B[2J"});
 }
 
+TEST_F(Render, ATextThatIsTooLongIsCutAndToldOf) {
+    std::string text;
+    for (int i = 0; i < 3000; ++i) text += "word ";
+    station.WriteTone("Music/track.wav", 500, 0.25, 1);
+    station.Write("Programs/Show.txt",
+                  "mode: songs 1\nintro: 0, say " + text + "\nintro: 0, play [[iTunes]]\n");
+    const auto outcome = station.Render("none");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(station.Traced("failed", "why"),
+              std::vector<std::string>{"the text is too long, its speech was cut"});
+    EXPECT_EQ(station.Traced("failed", "which"), std::vector<std::string>{"say"});
+    ASSERT_EQ(station.Traced("say", "seconds").size(), 1u);
+    EXPECT_NEAR(std::stod(station.Traced("say", "seconds")[0]), 118.5, 3);
+}
+
 TEST_F(Render, TheSoundIsWhatTheProgramSays) {
     station.WriteTone("Sounds/tone.wav", 1000, 0.5, 10);
     station.WriteTone("Music/track.wav", 500, 0.25, 60);
