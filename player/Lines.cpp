@@ -34,8 +34,8 @@ bool Lines::FindEncoding() {
     bigEndian_ = undecoded_.starts_with("\xFE\xFF");
     const bool utf16 = bigEndian_ || undecoded_.starts_with("\xFF\xFE");
     encoding_ = utf16 ? Encoding::Utf16 : Encoding::Bytes;
-    if (utf16) undecoded_.erase(0, 2);
-    if (undecoded_.starts_with(kUtf8Mark)) undecoded_.erase(0, kUtf8Mark.size());
+    const std::size_t mark = utf16 ? 2 : undecoded_.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
+    undecoded_.erase(0, mark);
     return true;
 }
 
