@@ -25,6 +25,11 @@ std::string TrackText::*FieldFor(std::string_view key) {
     return nullptr;
 }
 
+/// Most of a library is what isn't asked for.
+bool IsOfTrack(std::string_view key) {
+    return key == "Track ID" || key == "Location" || FieldFor(key) != nullptr;
+}
+
 std::optional<std::uint32_t> NumberIn(std::string_view text) {
     const auto first = text.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos) return std::nullopt;
@@ -91,6 +96,7 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     Kind ValueIn(const Element& dictionary) const {
         if (dictionary.kind == Kind::Tracks) return Kind::Track;
         if (dictionary.kind == Kind::List && dictionary.key == "Playlist Items") return Kind::Items;
+        if (dictionary.kind == Kind::Track) return IsOfTrack(dictionary.key) ? Kind::Value : Kind::Other;
         if (dictionary.kind != Kind::Root) return Kind::Value;
         if (dictionary.key == "Tracks" && !hasTracks_) return Kind::Tracks;
         return dictionary.key == "Playlists" && !hasLists_ ? Kind::Lists : Kind::Other;

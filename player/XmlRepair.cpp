@@ -47,6 +47,14 @@ bool IsControl(char character) {
            character != '\r';
 }
 
+/// How many of the first characters mean nothing to this.
+std::size_t PlainLength(std::string_view text, bool inCharacterData) {
+    const auto isOrdinary = [&](char character) {
+        return !IsControl(character) && character != (inCharacterData ? ']' : '<') && character != '&';
+    };
+    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isOrdinary) - text.begin());
+}
+
 }  // namespace
 
 std::string XmlRepair::Next(std::string_view piece) {
@@ -54,6 +62,12 @@ std::string XmlRepair::Next(std::string_view piece) {
     std::string repaired;
     repaired.reserve(text.size() + text.size() / 16);
     for (std::size_t at = 0; at < text.size(); ++at) {
+        if (matched_ == 0) {
+            const std::size_t plain = PlainLength(std::string_view(text).substr(at), inCharacterData_);
+            repaired.append(text, at, plain);
+            at += plain;
+            if (at == text.size()) break;
+        }
         const char character = text[at];
         repaired += IsControl(character) ? ' ' : character;
         if (character == '&' && !inCharacterData_) {

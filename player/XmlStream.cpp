@@ -168,6 +168,10 @@ struct XmlStream::Impl {
     static void XMLCALL OnText(void* self, const char* text, int size) {
         Impl& impl = Of(self);
         const std::string_view utf8(text, static_cast<std::size_t>(size));
+        if (std::none_of(utf8.begin(), utf8.end(), [](char c) { return (c & 0x80) != 0; })) {
+            impl.visitor.Text(utf8);
+            return;
+        }
         // A reference to a character takes more bytes in the file than the one that it stands for.
         const bool asItIs =
             impl.encoding == Encoding::AsItIs && !impl.isLatin1 &&
