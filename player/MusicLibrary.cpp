@@ -55,15 +55,15 @@ class Entries {
 
 struct MusicLibrary::Impl {
     std::stop_source end;
+    std::stop_callback<std::function<void()>> onEnd;  ///< before what it stops: the end may have come already
     PlaylistFiles files;
     LibraryWatcher watcher;
-    std::stop_callback<std::function<void()>> onEnd;
 
     Impl(std::vector<std::filesystem::path> roots, Watching watching, std::function<Clock::time_point()> now,
          std::stop_token ended)
-        : files(end.get_token()),
-          watcher(std::move(roots), files, watching, std::move(now), end.get_token()),
-          onEnd(std::move(ended), [this] { end.request_stop(); }) {}
+        : onEnd(std::move(ended), [this] { end.request_stop(); }),
+          files(end.get_token()),
+          watcher(std::move(roots), files, watching, std::move(now), end.get_token()) {}
     ~Impl() { end.request_stop(); }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
