@@ -11,9 +11,9 @@
 
 namespace sorakaze {
 // The library begins to look through the music before anything else comes up.
-Desktop::Desktop(std::filesystem::path appFolder)
+Desktop::Desktop(std::filesystem::path appFolder, std::stop_token interrupted)
     : appFolder_(std::move(appFolder)),
-      player_(engine_, player::MusicLibrary::OfApplication(appFolder_)),
+      player_(engine_, player::MusicLibrary::OfApplication(appFolder_, std::move(interrupted))),
       runtime_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_) {}
 
 Desktop::~Desktop() {

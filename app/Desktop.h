@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <stop_token>
 
 #include "app/FailureLog.h"
 #include "app/desktop/Mpris.h"
@@ -23,7 +24,9 @@ namespace sorakaze {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 class Desktop {
   public:
-    explicit Desktop(std::filesystem::path appFolder);
+    /// From when a stop is asked of `interrupted`, on any thread, nothing waits for the music to be looked
+    /// through.
+    explicit Desktop(std::filesystem::path appFolder, std::stop_token interrupted = {});
     ~Desktop();
     Desktop(const Desktop&) = delete;
     Desktop& operator=(const Desktop&) = delete;

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <stop_token>
 
 #include "app/Desktop.h"
 #include "app/Display.h"
@@ -53,9 +54,12 @@ class Reach {
         desktop_ = nullptr;
         temporary_.clear();
     }
+    /// Is asked to stop by a signal, also while the application can't be attached yet.
+    std::stop_token Interrupted() const { return stop_.get_token(); }
     void Interrupt() {
         const std::lock_guard lock(mutex_);
         interrupted_ = true;
+        stop_.request_stop();
         if (!desktop_) return;
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [desktop = desktop_] { desktop->Quit(); }, Qt::QueuedConnection);
@@ -73,6 +77,7 @@ class Reach {
     Desktop* desktop_ = nullptr;
     std::filesystem::path temporary_;
     bool interrupted_ = false;
+    std::stop_source stop_;
 };
 
 Reach& TheReach() {
@@ -86,7 +91,7 @@ void RunDesktop(const std::filesystem::path& appFolder) {
         if (running) running->Raise();
     });
     if (!only) return;
-    Desktop desktop(appFolder);
+    Desktop desktop(appFolder, TheReach().Interrupted());
     // Whoever starts the application while this one ends gets one of his own.
     desktop.onQuit = [&only] { only.reset(); };
     running = &desktop;

@@ -67,10 +67,11 @@ std::vector<std::string> Qualified(std::string_view name, Edition edition) {
 
 std::string PageOf(std::string_view name, std::string_view told, Edition edition) {
     // The reader of this page takes tags out and decodes nothing: an ampersand stands for itself, and what
-    // would look like a tag can't stay.
+    // would look like a tag can't stay. What is told goes through a shell on its way to the announcer.
     const auto text = [](std::string_view from) {
         std::string plain(from);
-        std::erase_if(plain, [](char c) { return c == '<' || c == '>'; });
+        std::erase_if(plain,
+                      [](char c) { return std::string_view("<>`$\\").find(c) != std::string_view::npos; });
         return plain;
     };
     return std::string("<!DOCTYPE html>\n<html lang=\"") + (edition == Edition::Japanese ? "ja" : "en") +

@@ -9,19 +9,25 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "app/runtime/SignalsHeld.h"
+#include "gateway/Visitors.h"
 
 namespace sorakaze::gateway {
 namespace {
 
-constexpr unsigned kConnections = 16;
+/// The most that haven't been admitted, and of all.
+constexpr std::size_t kStrangers = 16;
+constexpr unsigned kConnections = 64;
 constexpr unsigned kIdleSeconds = 10;
 /// While an answer is made nothing moves on its connection. Longer than any answer takes.
 constexpr unsigned kAnswerSeconds = 120;
+/// From a request's admittance on, for whoever reads its answer slowly.
+constexpr std::chrono::minutes kLongestVisit{10};
 constexpr std::size_t kHeaderBytes = 32 * 1024;
 constexpr std::size_t kFormBytes = 256 * 1024;
 constexpr std::size_t kStackBytes = 1024 * 1024;
@@ -73,6 +79,11 @@ MHD_Result TakeField(void* closure, MHD_ValueKind, const char* name, const char*
     return MHD_YES;
 }
 
+int SocketOf(MHD_Connection* connection) {
+    const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+    return info ? info->connect_fd : -1;
+}
+
 MHD_Result TakeArgument(void* closure, MHD_ValueKind, const char* name, const char* value) {
     static_cast<Exchange*>(closure)->request.fields.emplace(name, value ? value : "");
     return MHD_YES;
@@ -85,14 +96,16 @@ struct LoopbackServer::Impl {
     std::uint16_t port = 0;
     Admits admits;
     Answers answers;
+    std::optional<Visitors> visitors;  ///< from Start on
     MHD_Daemon* daemon = nullptr;
 
-    MHD_Result Begin(MHD_Connection* connection, Exchange& exchange, const char* method) const {
+    MHD_Result Begin(MHD_Connection* connection, Exchange& exchange, const char* method) {
         exchange.request.method = method;
         const char* host = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_HOST);
         exchange.request.host = host ? host : "";
         exchange.admitted = admits(exchange.request);
         if (!exchange.admitted) return SendStatus(connection, 404);
+        visitors->IsGuest(SocketOf(connection));
         MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, &TakeArgument, &exchange);
         // Bodies of other kinds than a form's are read and dropped.
         exchange.form = MHD_create_post_processor(connection, 4096, &TakeField, &exchange);
@@ -113,7 +126,7 @@ struct LoopbackServer::Impl {
     /// Called when a request's headers are in, for each piece of its body, and when it is whole.
     static MHD_Result Handle(void* closure, MHD_Connection* connection, const char*, const char* method,
                              const char*, const char* data, std::size_t* size, void** state) {
-        const auto& self = *static_cast<const Impl*>(closure);
+        auto& self = *static_cast<Impl*>(closure);
         auto* exchange = static_cast<Exchange*>(*state);
         if (!exchange) return MHD_NO;
         if (!exchange->admitted) return self.Begin(connection, *exchange, method);
@@ -134,8 +147,20 @@ struct LoopbackServer::Impl {
         return exchange;
     }
 
-    static void Complete(void*, MHD_Connection* connection, void** state, MHD_RequestTerminationCode) {
+    static void Notice(void* closure, MHD_Connection* connection, void**,
+                       MHD_ConnectionNotificationCode what) {
+        Visitors& visitors = *static_cast<Impl*>(closure)->visitors;
+        if (what == MHD_CONNECTION_NOTIFY_STARTED) {
+            visitors.Came(SocketOf(connection));
+        } else {
+            visitors.Left(SocketOf(connection));
+        }
+    }
+
+    static void Complete(void* closure, MHD_Connection* connection, void** state,
+                         MHD_RequestTerminationCode) {
         delete static_cast<Exchange*>(std::exchange(*state, nullptr));
+        static_cast<Impl*>(closure)->visitors->IsStranger(SocketOf(connection));
         MHD_set_connection_option(connection, MHD_CONNECTION_OPTION_TIMEOUT, kIdleSeconds);
     }
 };
@@ -167,7 +192,8 @@ std::uint16_t LoopbackServer::Port() const {
     return impl_->port;
 }
 
-void LoopbackServer::Start(Admits admits, Answers answers) {
+void LoopbackServer::Start(Admits admits, Answers answers, std::chrono::milliseconds patience) {
+    impl_->visitors.emplace(Visitors::Bounds{kStrangers, patience, kLongestVisit});
     impl_->admits = std::move(admits);
     impl_->answers = std::move(answers);
     // The server's threads take none.
@@ -177,7 +203,8 @@ void LoopbackServer::Start(Admits admits, Answers answers) {
         &Impl::Handle, impl_.get(), MHD_OPTION_LISTEN_SOCKET, impl_->socket, MHD_OPTION_CONNECTION_LIMIT,
         kConnections, MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
         kHeaderBytes, MHD_OPTION_THREAD_STACK_SIZE, kStackBytes, MHD_OPTION_URI_LOG_CALLBACK,
-        &Impl::TakeTarget, nullptr, MHD_OPTION_NOTIFY_COMPLETED, &Impl::Complete, nullptr, MHD_OPTION_END);
+        &Impl::TakeTarget, nullptr, MHD_OPTION_NOTIFY_COMPLETED, &Impl::Complete, impl_.get(),
+        MHD_OPTION_NOTIFY_CONNECTION, &Impl::Notice, impl_.get(), MHD_OPTION_END);
     if (!impl_->daemon) throw std::system_error(errno, std::generic_category(), "the loopback server");
     impl_->socket = -1;  // the daemon's from now on
 }

@@ -2,9 +2,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // An HTTP server on the loopback interface that hands each request on with its target as it came: names of
 // artists stand in it unencoded, question marks and number signs included. It keeps one thread that waits,
-// and makes one more for each connection. It knows nothing of what is served.
+// and makes one more for each connection. However many connections say nothing or little, a request that is
+// admitted is served. It knows nothing of what is served.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -43,7 +45,8 @@ class LoopbackServer {
     LoopbackServer& operator=(const LoopbackServer&) = delete;
 
     std::uint16_t Port() const;
-    void Start(Admits admits, Answers answers);
+    /// Who hasn't sent an admitted request within `patience` is dropped.
+    void Start(Admits admits, Answers answers, std::chrono::milliseconds patience = std::chrono::seconds(5));
     /// Closes every connection and waits for the answers that are being made: whoever makes them must have
     /// been told to end. Once.
     void Stop();

@@ -7,7 +7,8 @@
 // An object makes one request at a time and is used from one thread at a time. Failures are codes, found in
 // ErrorCode: 0 none, -1 timeout, 1 the download's target can't be written, else the socket's code. A status
 // such as 404 is no failure: its page arrives like any other. A head is kept in memory until its end
-// has come, and a body is kept there whole, both without a bound; for large bodies there is the download to a
+// has come, and a body is kept there whole, both without a bound but the one
+// of SetBounds; for large bodies there is the download to a
 // file.
 #pragma once
 

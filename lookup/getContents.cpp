@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the announcer can say of an artist: the first paragraph of the encyclopaedia's article that begins in
 // bold, found by the redirect of the search engine's lucky button.
+#include <chrono>
+
 #include "app/runtime/RegEx.h"
 #include "app/runtime/Runtime.h"
 #include "http/HTTPSocket.h"
@@ -11,6 +13,9 @@ namespace sorakaze {
 namespace {
 
 constexpr std::int32_t kTimeLimit = 30;  ///< seconds without a sign of life
+/// A host that sends a byte now and then gives signs of life for ever. These are far beyond what an honest
+/// one takes: an article is a megabyte or two, a head a few kilobytes.
+constexpr SocketCore::Bounds kBounds{std::chrono::minutes(3), std::uint64_t{24} << 20, std::size_t{2} << 20};
 constexpr std::int32_t kLongestJapanese = 200;
 
 /// The name goes as it is but for its blanks: the search engine reads it so.
@@ -26,6 +31,7 @@ String SearchAddress(const Deployment& deployment, const String& name, bool japa
 String FetchArticle(const String& searchAddress) {
     HTTPSocket socket;
     socket.Constructor();
+    socket.SetBounds(kBounds);
     socket.Yield = true;
     socket.SetRequestHeader("User-Agent", "MSIE");
     const InternetHeadersRef headers = socket.GetHeaders(searchAddress, kTimeLimit);

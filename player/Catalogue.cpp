@@ -12,6 +12,9 @@ namespace sorakaze::player {
 
 namespace {
 
+/// All libraries stay in memory. Nobody has more of them than a few.
+constexpr std::size_t kMostLibraryBytes = std::size_t{192} << 20;
+
 void SortByName(std::vector<Playlist>& playlists) {
     std::vector<std::pair<std::string, Playlist>> byKey;
     byKey.reserve(playlists.size());
@@ -53,7 +56,8 @@ const Playlist* Catalogue::Find(const std::string& name) const {
 
 bool Catalogue::IsCurrent(PlaylistFiles& files) const {
     return std::all_of(libraries_.begin(), libraries_.end(), [&](const LibraryFile& library) {
-        const auto now = files.Get(library.path);
+        if (!library.isRead) return true;
+        const auto now = files.GetHere(library.path);
         return now == library.contents ||
                (now && now->settled && library.contents && now->stamp == library.contents->stamp);
     });
@@ -66,11 +70,13 @@ void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& na
         playlists_.push_back({FitName(std::string_view(name).substr(0, ending)), path, false, {}, 0});
         return;
     }
-    const auto contents = files.Get(path);
-    libraries_.push_back({path, contents});
+    const bool isRead = libraryBytes_ < kMostLibraryBytes;
+    const auto contents = isRead ? files.GetHere(path) : nullptr;
+    if (contents) libraryBytes_ += contents->bytes;
+    libraries_.push_back({path, contents, isRead});
     if (!contents || !contents->isLibrary) return;
     std::unordered_map<std::string, int> occurrences;
-    for (const LibraryXml::List& list : contents->lists) {
+    for (const ParsedPlaylist::List& list : contents->lists) {
         playlists_.push_back({FitName(list.name), path, true, list.name, occurrences[list.name]++});
     }
 }

@@ -51,6 +51,7 @@ class Catalogue {
     struct LibraryFile {
         std::string path;
         std::shared_ptr<const PlaylistFiles::Contents> contents;
+        bool isRead;  ///< false for one too many
     };
 
     void AddPlaylistFile(const std::string& folder, const std::string& name, PlaylistFiles& files);
@@ -60,6 +61,7 @@ class Catalogue {
     std::vector<Sound> sounds_;
     std::vector<Playlist> playlists_;
     std::vector<LibraryFile> libraries_;
+    std::size_t libraryBytes_ = 0;  ///< of memory that they take
     std::unordered_map<std::string, std::size_t> byName_;
     std::unordered_map<std::string, std::size_t> byFoldedName_;
 };

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 
 #include "player/ForeignText.h"
@@ -42,10 +43,14 @@ bool BeginsWithDrive(const std::string& path) {
     return path.size() > 2 && path[1] == ':' && path[2] == '/';
 }
 
-/// An absolute path's last components looked for below `folder`, the longest tail first.
+/// An absolute path's last components looked for below `folder`, the longest tail first. No deeper than
+/// anybody's music is kept: each tail costs a look at the disk.
 std::optional<std::filesystem::path> MovedFile(const std::string& path, const std::filesystem::path& folder) {
     if (!path.starts_with('/') && !BeginsWithDrive(path)) return std::nullopt;
+    constexpr std::ptrdiff_t kDeepest = 32;
+    auto left = std::count(path.begin(), path.end(), '/');
     for (auto slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+        if (left-- > kDeepest) continue;
         const std::string tail = path.substr(slash + 1);
         if (tail.empty() || tail.starts_with('/')) continue;
         std::filesystem::path candidate = folder / tail;

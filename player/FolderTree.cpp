@@ -54,7 +54,8 @@ Kind KindOf(int folder, const dirent& entry) {
     struct stat status {};
     if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) return Kind::Other;
     const bool isLink = S_ISLNK(status.st_mode);
-    if (isLink && ::fstatat(folder, entry.d_name, &status, 0) != 0) return Kind::Other;
+    // What a link that leads nowhere just now is meant for may be away for a while.
+    if (isLink && ::fstatat(folder, entry.d_name, &status, 0) != 0) return Kind::LinkedFolder;
     if (S_ISDIR(status.st_mode)) return isLink ? Kind::LinkedFolder : Kind::Folder;
     return S_ISREG(status.st_mode) && IsOfInterest(entry.d_name) ? KindOfFile(entry.d_name) : Kind::Other;
 }
@@ -65,8 +66,8 @@ void Sort(FolderTree::Listing& listing) {
     }
 }
 
-/// Null for a folder that can't be read.
-std::shared_ptr<const FolderTree::Listing> ReadFolder(const std::string& path) {
+/// Null for a folder that can't be read, and when a stop is asked for.
+std::shared_ptr<const FolderTree::Listing> ReadFolder(const std::string& path, const std::stop_token& ended) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return nullptr;
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(descriptor), ::closedir);
@@ -79,6 +80,7 @@ std::shared_ptr<const FolderTree::Listing> ReadFolder(const std::string& path) {
     listing->stamp = StampOf(status);
     listing->settled = IsSettled(listing->stamp);
     while (const dirent* entry = ::readdir(directory.get())) {
+        if (ended.stop_requested()) return nullptr;
         if (entry->d_name[0] == '.') continue;
         switch (KindOf(descriptor, *entry)) {
             case Kind::Sound:
@@ -120,67 +122,124 @@ struct FolderTree::Scanner {
         std::string path;
         std::size_t parent = kNone;
         std::string name;
+        bool mayBeAway = false;  ///< a root or a linked folder: its place on the disk isn't its parent's
     };
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
     const FolderTree* before;
     FolderTree& tree;
+    AwayFolders& away;
+    const std::stop_token& ended;
     std::set<std::pair<std::uint64_t, std::uint64_t>> visited;
     std::deque<Step> links;
 
+    const Folder* Former(const std::string& path) const {
+        if (before == nullptr) return nullptr;
+        const auto found = before->byPath_.find(path);
+        return found == before->byPath_.end() ? nullptr : &before->folders_[found->second];
+    }
+
     std::shared_ptr<const Listing> ListingOf(const std::string& path, const FileStamp& stamp) const {
-        if (before != nullptr) {
-            const auto found = before->byPath_.find(path);
-            if (found != before->byPath_.end()) {
-                const auto& listing = before->folders_[found->second].listing;
-                if (listing->settled && listing->stamp == stamp) return listing;
-            }
+        if (const Folder* former = Former(path); former != nullptr) {
+            if (former->listing->settled && former->listing->stamp == stamp) return former->listing;
         }
-        return ReadFolder(path);
+        return ReadFolder(path, ended);
+    }
+
+    /// Where a disk was mounted, an empty folder of the disk below is left.
+    static bool IsUnmounted(const Folder& former, const Listing& now) {
+        return former.listing->stamp.device != now.stamp.device && IsEmpty(now) && !IsEmpty(*former.listing);
+    }
+
+    static bool IsEmpty(const Listing& listing) {
+        return listing.sounds.empty() && listing.playlists.empty() && listing.folders.empty() &&
+               listing.linkedFolders.empty();
+    }
+
+    std::size_t Put(const Step& step, const std::shared_ptr<const Listing>& listing) {
+        const std::size_t index = tree.folders_.size();
+        if (step.parent == kNone) {
+            tree.roots_.push_back(index);
+        } else {
+            tree.folders_[step.parent].children.emplace_back(step.name, index);
+        }
+        tree.byPath_.emplace(step.path, index);
+        tree.folders_.push_back({step.path, listing, {}});
+        return index;
+    }
+
+    /// As it was, with all that was below it.
+    void Keep(Step first) {
+        std::vector<Step> steps;
+        steps.push_back(std::move(first));
+        while (!steps.empty()) {
+            const Step step = std::move(steps.back());
+            steps.pop_back();
+            const Folder* former = Former(step.path);
+            const auto& stamp = former->listing->stamp;
+            if (!visited.emplace(stamp.device, stamp.inode).second) continue;
+            const std::size_t index = Put(step, former->listing);
+            for (auto child = former->children.rbegin(); child != former->children.rend(); ++child)
+                steps.push_back({before->folders_[child->second].path, index, child->first});
+        }
+    }
+
+    bool KeepWhileAway(const Step& step) {
+        const Folder* former = Former(step.path);
+        // Another root may have brought it along.
+        if (former == nullptr || tree.byPath_.contains(step.path) || !away.IsWaitedFor(step.path))
+            return false;
+        Keep(step);
+        return true;
     }
 
     void Walk(Step first) {
         std::vector<Step> steps;
         steps.push_back(std::move(first));
-        while (!steps.empty()) {
-            Step step = std::move(steps.back());
+        while (!steps.empty() && !ended.stop_requested()) {
+            const Step step = std::move(steps.back());
             steps.pop_back();
             const auto stamp = StampOf(step.path);
-            if (!stamp || !visited.emplace(stamp->device, stamp->inode).second) continue;
-            const auto listing = ListingOf(step.path, *stamp);
-            if (!listing) continue;
-            const std::size_t index = tree.folders_.size();
-            if (step.parent == kNone) {
-                tree.roots_.push_back(index);
-            } else {
-                tree.folders_[step.parent].children.emplace_back(step.name, index);
+            if (stamp && visited.contains({stamp->device, stamp->inode})) continue;
+            const auto listing = stamp ? ListingOf(step.path, *stamp) : nullptr;
+            if (!listing) {
+                if (step.mayBeAway) KeepWhileAway(step);
+                continue;
             }
-            for (const std::string& name : listing->linkedFolders)
-                links.push_back({Joined(step.path, name), index, name});
-            for (auto name = listing->folders.rbegin(); name != listing->folders.rend(); ++name) {
-                steps.push_back({Joined(step.path, *name), index, *name});
-            }
-            tree.byPath_.emplace(step.path, index);
-            tree.folders_.push_back({std::move(step.path), listing, {}});
+            const Folder* former = Former(step.path);
+            if (former != nullptr && IsUnmounted(*former, *listing) && KeepWhileAway(step)) continue;
+            away.IsBack(step.path);
+            visited.emplace(stamp->device, stamp->inode);
+            Descend(step, listing, steps);
         }
+    }
+
+    void Descend(const Step& step, const std::shared_ptr<const Listing>& listing, std::vector<Step>& steps) {
+        const std::size_t index = Put(step, listing);
+        for (const std::string& name : listing->linkedFolders)
+            links.push_back({Joined(step.path, name), index, name, true});
+        for (auto name = listing->folders.rbegin(); name != listing->folders.rend(); ++name)
+            steps.push_back({Joined(step.path, *name), index, *name});
     }
 };
 
 std::shared_ptr<const FolderTree> FolderTree::Scan(const std::vector<std::filesystem::path>& roots,
-                                                   const FolderTree* before) {
+                                                   const FolderTree* before, AwayFolders& away,
+                                                   const std::stop_token& ended) {
     auto tree = std::make_shared<FolderTree>();
-    Scanner scanner{before, *tree, {}, {}};
+    Scanner scanner{before, *tree, away, ended, {}, {}};
     std::vector<std::string> starts;
     for (const auto& root : roots) {
         if (!root.empty()) starts.push_back(root.lexically_normal().string());
     }
     std::sort(starts.begin(), starts.end());
-    for (const std::string& start : starts) scanner.Walk({start, Scanner::kNone, {}});
-    while (!scanner.links.empty()) {
+    for (const std::string& start : starts) scanner.Walk({start, Scanner::kNone, {}, true});
+    while (!scanner.links.empty() && !ended.stop_requested()) {
         Scanner::Step step = std::move(scanner.links.front());
         scanner.links.pop_front();
         scanner.Walk(std::move(step));
     }
+    if (ended.stop_requested()) return nullptr;
     for (Folder& folder : tree->folders_) std::sort(folder.children.begin(), folder.children.end());
     return tree;
 }

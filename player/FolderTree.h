@@ -8,11 +8,13 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "player/AwayFolders.h"
 #include "player/FileStamp.h"
 
 namespace sorakaze::player {
@@ -37,9 +39,12 @@ class FolderTree {
     };
 
     /// Scans the folders at and below `roots`. Each folder counts once, however many roots and links lead to
-    /// it; the way without links is preferred. What can't be read is left out. `before` may be null.
+    /// it; the way without links is preferred. What can't be read is left out. `before` may be null; from it
+    /// come the roots, linked folders and mounted disks that are away for the time being. Null when a stop is
+    /// asked for.
     static std::shared_ptr<const FolderTree> Scan(const std::vector<std::filesystem::path>& roots,
-                                                  const FolderTree* before);
+                                                  const FolderTree* before, AwayFolders& away,
+                                                  const std::stop_token& ended);
 
     const std::vector<Folder>& Folders() const { return folders_; }
 

@@ -147,11 +147,8 @@ std::string DecodeUnlabelled(std::string_view bytes) {
     return Converted(bytes, "windows-1252");
 }
 
-std::string WithoutByteOrderMark(std::string_view bytes) {
-    if (bytes.starts_with("\xEF\xBB\xBF")) return std::string(bytes.substr(3));
-    if (bytes.starts_with("\xFF\xFE")) return Converted(bytes.substr(2), "UTF-16LE");
-    if (bytes.starts_with("\xFE\xFF")) return Converted(bytes.substr(2), "UTF-16BE");
-    return std::string(bytes);
+std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
+    return Converted(bytes, bigEndian ? "UTF-16BE" : "UTF-16LE");
 }
 
 std::string CleanLine(std::string_view bytes) {

@@ -15,9 +15,8 @@ bool IsUtf8(std::string_view bytes);
 /// dropped), read as Shift_JIS or EUC-JP where the bytes speak clearly for it, as windows-1252 otherwise.
 std::string DecodeUnlabelled(std::string_view bytes);
 
-/// The whole of a text file: UTF-16 with a byte order mark becomes UTF-8, a UTF-8 byte order mark goes, and
-/// all else stays as it is, byte by byte.
-std::string WithoutByteOrderMark(std::string_view bytes);
+/// UTF-8 for UTF-16 without a byte order mark.
+std::string DecodeUtf16(std::string_view bytes, bool bigEndian);
 
 /// One clean line: decoded as by DecodeUnlabelled, composed (NFC), each run of control characters and line
 /// breaks one blank, no blanks at the ends.

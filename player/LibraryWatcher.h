@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stop_token>
 #include <thread>
 #include <vector>
 
@@ -21,32 +22,38 @@ namespace sorakaze::player {
 
 class LibraryWatcher {
   public:
+    /// Once a stop is asked of `ended`, nothing is scanned any more and nobody waits. It must be asked before
+    /// this goes.
     LibraryWatcher(std::vector<std::filesystem::path> roots, PlaylistFiles& files,
-                   MusicLibrary::Watching watching, std::function<MusicLibrary::Clock::time_point()> now);
+                   MusicLibrary::Watching watching, std::function<MusicLibrary::Clock::time_point()> now,
+                   std::stop_token ended);
     ~LibraryWatcher();
     LibraryWatcher(const LibraryWatcher&) = delete;
     LibraryWatcher& operator=(const LibraryWatcher&) = delete;
 
     /// The latest catalogue. Waits for the first scan; later, for a moment at most, when nobody has asked for
-    /// a while.
+    /// a while. Empty where the end came before the first scan was done.
     std::shared_ptr<const Catalogue> Current();
 
   private:
     using Clock = MusicLibrary::Clock;
 
     std::shared_ptr<const Catalogue> CurrentFromThread();
-    /// The catalogue as it is now: `before` itself where nothing has changed.
+    /// The catalogue as it is now: `before` itself where nothing has changed, or when a stop is asked for.
     std::shared_ptr<const Catalogue> Scanned(const std::shared_ptr<const Catalogue>& before);
-    void Run(const std::stop_token& stop);
+    std::shared_ptr<const Catalogue> Empty();
+    void Run();
 
     const std::vector<std::filesystem::path> roots_;
     PlaylistFiles& files_;
     const MusicLibrary::Watching watching_;
     const std::function<Clock::time_point()> now_;
+    const std::stop_token ended_;
+    AwayFolders away_;  ///< the scanning thread's
 
     std::mutex mutex_;  ///< guards what follows; callers and the thread
     std::condition_variable_any wake_;
-    std::condition_variable done_;
+    std::condition_variable_any done_;
     std::shared_ptr<const Catalogue> catalogue_;
     bool wanted_ = true;
     std::uint64_t scans_ = 0;

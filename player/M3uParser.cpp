@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/ForeignText.h"
+#include "player/Lines.h"
 #include "player/PlaylistParsers.h"
 
 namespace sorakaze::player {
@@ -19,25 +20,40 @@ TrackText TextOfTrackInfo(std::string_view info) {
     return {};
 }
 
-}  // namespace
+class Parser final : public PlaylistParser {
+  public:
+    bool Read(std::string_view piece) override {
+        lines_.Read(piece);
+        return !entries_.IsFull();
+    }
 
-std::vector<PlaylistEntry> ParseM3u(std::string_view bytes) {
-    std::vector<PlaylistEntry> entries;
-    const std::string content = WithoutByteOrderMark(bytes);
-    TrackText text;
-    for (std::string_view rest = content; !rest.empty() && entries.size() < kMostTracks;) {
-        const std::string_view line = TakeLine(rest);
+    ParsedPlaylist Finish() override {
+        lines_.Finish();
+        return {entries_.Take(), false, {}};
+    }
+
+  private:
+    void TakeLine(std::string_view line) {
         if (LowerCased(line.substr(0, kTrackInfo.size())) == LowerCased(kTrackInfo)) {
-            text = TextOfTrackInfo(line.substr(kTrackInfo.size()));
+            words_ = TextOfTrackInfo(line.substr(kTrackInfo.size())).Packed();
         } else if (!line.empty() && !line.starts_with('#')) {
             if (auto entry = EntryAt(line, PlaylistEntry::Form::Path)) {
-                entry->text = std::move(text);
-                entries.push_back(std::move(*entry));
+                entry->words = words_;
+                entries_.Add(std::move(*entry));
             }
-            text = {};
+            words_.clear();
         }
     }
-    return entries;
+
+    EntryCollector entries_;
+    std::string words_;  ///< for the next entry
+    Lines lines_{kLongestText, [this](std::string_view line) { TakeLine(line); }};
+};
+
+}  // namespace
+
+std::unique_ptr<PlaylistParser> M3uParser() {
+    return std::make_unique<Parser>();
 }
 
 }  // namespace sorakaze::player

@@ -18,9 +18,9 @@ bool IsLibrary(const std::string& playlist) {
 }
 
 /// The list of a library XML that `playlist` names. Null when the file no longer holds it.
-const LibraryXml::List* ListOf(const PlaylistFiles::Contents& contents, const Playlist& playlist) {
+const ParsedPlaylist::List* ListOf(const PlaylistFiles::Contents& contents, const Playlist& playlist) {
     int occurrence = playlist.occurrence;
-    for (const LibraryXml::List& list : contents.lists) {
+    for (const ParsedPlaylist::List& list : contents.lists) {
         if (list.name == playlist.ownName && occurrence-- == 0) return &list;
     }
     return nullptr;
@@ -48,29 +48,38 @@ class Entries {
   private:
     std::shared_ptr<const PlaylistFiles::Contents> contents_;
     bool inLibraryXml_;
-    const LibraryXml::List* list_ = nullptr;
+    const ParsedPlaylist::List* list_ = nullptr;
 };
 
 }  // namespace
 
 struct MusicLibrary::Impl {
+    std::stop_source end;
+    std::stop_callback<std::function<void()>> onEnd;  ///< before what it stops: the end may have come already
     PlaylistFiles files;
     LibraryWatcher watcher;
 
-    Impl(std::vector<std::filesystem::path> roots, Watching watching, std::function<Clock::time_point()> now)
-        : watcher(std::move(roots), files, watching, std::move(now)) {}
+    Impl(std::vector<std::filesystem::path> roots, Watching watching, std::function<Clock::time_point()> now,
+         std::stop_token ended)
+        : onEnd(std::move(ended), [this] { end.request_stop(); }),
+          files(end.get_token()),
+          watcher(std::move(roots), files, watching, std::move(now), end.get_token()) {}
+    ~Impl() { end.request_stop(); }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
 };
 
 MusicLibrary::MusicLibrary(std::vector<std::filesystem::path> roots, Watching watching,
-                           std::function<Clock::time_point()> now)
-    : impl_(std::make_unique<Impl>(std::move(roots), watching, std::move(now))) {}
+                           std::function<Clock::time_point()> now, std::stop_token ended)
+    : impl_(std::make_unique<Impl>(std::move(roots), watching, std::move(now), std::move(ended))) {}
 
 MusicLibrary::~MusicLibrary() = default;
 
-std::unique_ptr<MusicLibrary> MusicLibrary::OfApplication(const std::filesystem::path& appFolder) {
+std::unique_ptr<MusicLibrary> MusicLibrary::OfApplication(const std::filesystem::path& appFolder,
+                                                          std::stop_token ended) {
     std::vector<std::filesystem::path> roots{appFolder / "Music"};
     if (const auto own = UserMusicFolder(); !own.empty()) roots.push_back(own);
-    return std::make_unique<MusicLibrary>(std::move(roots));
+    return std::make_unique<MusicLibrary>(std::move(roots), Watching::OnThread, Clock::now, std::move(ended));
 }
 
 std::vector<std::string> MusicLibrary::Names() {
@@ -108,7 +117,7 @@ std::optional<Track> MusicLibrary::Find(const std::string& playlist, int number)
     const Entries entries(impl_->files.Get(found->file), *found);
     if (index >= entries.Count()) return std::nullopt;
     const PlaylistEntry& entry = entries.At(index);
-    return Track{FileOf(entry, entries.Folder()), entry.text};
+    return Track{FileOf(entry, entries.Folder()), TrackText::Unpacked(entry.words)};
 }
 
 }  // namespace sorakaze::player

@@ -5,7 +5,8 @@
 // tags and plays nothing.
 //
 // A playlist that is edited counts from the next call. New, moved and removed files are noticed within about
-// a second of the calls that come in meanwhile; while nobody asks, nothing looks at the disk.
+// a second of the calls that come in meanwhile; while nobody asks, nothing looks at the disk. A music folder
+// that goes as a whole (a disk is unmounted, a network is down) counts as it was for a quarter of an hour.
 #pragma once
 
 #include <chrono>
@@ -13,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -30,7 +32,9 @@ struct Track {
 class MusicLibrary {
   public:
     /// The library of an application: the Music folder beside it, and the user's own music folder.
-    static std::unique_ptr<MusicLibrary> OfApplication(const std::filesystem::path& appFolder);
+    /// For `ended` see the constructor.
+    static std::unique_ptr<MusicLibrary> OfApplication(const std::filesystem::path& appFolder,
+                                                       std::stop_token ended = {});
 
     using Clock = std::chrono::steady_clock;
 
@@ -40,9 +44,10 @@ class MusicLibrary {
         InCall,    ///< Each call scans first when a second has gone by.
     };
 
-    /// Roots may be missing, equal or nested. `now` is the clock for InCall.
+    /// Roots may be missing, equal or nested. `now` is the clock for InCall. Once a stop is asked of `ended`,
+    /// on any thread, every call returns at once with what is known by then.
     explicit MusicLibrary(std::vector<std::filesystem::path> roots, Watching watching = Watching::OnThread,
-                          std::function<Clock::time_point()> now = Clock::now);
+                          std::function<Clock::time_point()> now = Clock::now, std::stop_token ended = {});
     ~MusicLibrary();
 
     /// `Library`, then the others by name. Distinct; no name holds ", ", a tab or a line break.

@@ -7,25 +7,28 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <optional>
+#include <span>
+#include <string_view>
+#include <utility>
 
 namespace sorakaze::player {
 
 namespace {
 
-/// Beyond these sizes a file is no playlist that anyone made, and would only cost memory. A list of tracks is
-/// read up to its bound; XML broken off in the middle keeps its tracks too.
-constexpr std::size_t kLargestList = std::size_t{64} << 20;
-constexpr std::size_t kLargestLibrary = std::size_t{256} << 20;
+/// Beyond these sizes a file is no playlist that anyone made. A list of tracks is read up to its bound, a
+/// larger library not at all.
+constexpr std::int64_t kLargestList = std::int64_t{64} << 20;
+constexpr std::int64_t kLargestLibrary = std::int64_t{256} << 20;
 /// A property list says so within its first lines. Other XML files aren't read any further.
 constexpr std::size_t kHead = 4096;
+constexpr std::size_t kPiece = std::size_t{64} << 10;
 /// Lists kept parsed at a time: a show uses one.
-constexpr std::size_t kMostLists = 16;
-
-bool HasEnding(const std::string& path, std::string_view ending) {
-    return path.size() >= ending.size() &&
-           LowerCased(std::string_view(path).substr(path.size() - ending.size())) == ending;
-}
+constexpr std::size_t kMostCached = 16;
+constexpr std::size_t kMostCachedBytes = std::size_t{128} << 20;
+/// How long a caller waits for a file whose former contents are known.
+constexpr std::chrono::seconds kLongestWait{2};
 
 class Descriptor {
   public:
@@ -45,74 +48,115 @@ class Descriptor {
         return StampOf(status);
     }
 
-    /// Appends to `bytes` up to `most` bytes in all. False on a read error.
-    bool ReadUpTo(std::size_t most, std::string& bytes) const {
-        while (bytes.size() < most) {
-            const std::size_t had = bytes.size();
-            bytes.resize(std::min(most, had + (std::size_t{1} << 20)));
-            const ssize_t got = ::read(descriptor_, bytes.data() + had, bytes.size() - had);
-            bytes.resize(had + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-            if (got < 0 && errno != EINTR) return false;
-            if (got == 0) return true;
+    /// The next bytes in `piece`, none at the end. Empty on a read error.
+    std::optional<std::size_t> Read(std::span<char> piece) const {
+        for (;;) {
+            const ssize_t got = ::read(descriptor_, piece.data(), piece.size());
+            if (got >= 0) return static_cast<std::size_t>(got);
+            if (errno != EINTR) return std::nullopt;
         }
-        return true;
     }
 
   private:
     int descriptor_;
 };
 
-std::shared_ptr<PlaylistFiles::Contents> Read(const std::string& path) {
+/// Empty on a read error, and when it is time to stop.
+std::optional<ParsedPlaylist> Parse(const Descriptor& file, const std::string& path, std::int64_t size,
+                                    const std::stop_token& ended) {
+    const auto parser = ParserFor(path);
+    const bool isXml = HasEnding(path, ".xml");
+    if (isXml && size > kLargestLibrary) return ParsedPlaylist{};
+    std::vector<char> buffer(kPiece);
+    for (std::int64_t all = 0; isXml || all < kLargestList;) {
+        if (ended.stop_requested()) return std::nullopt;
+        const auto got = file.Read(buffer);
+        if (!got) return std::nullopt;
+        const std::string_view piece(buffer.data(), *got);
+        if (isXml && all == 0 && piece.substr(0, kHead).find("plist") == std::string_view::npos) break;
+        all += static_cast<std::int64_t>(*got);
+        if (*got == 0 || !parser->Read(piece)) break;
+    }
+    return parser->Finish();
+}
+
+std::size_t BytesOf(const ParsedPlaylist& playlist) {
+    std::size_t bytes = 0;
+    for (const PlaylistEntry& entry : playlist.tracks)
+        bytes += sizeof entry + entry.location.capacity() + entry.words.capacity();
+    for (const auto& list : playlist.lists)
+        bytes += sizeof list + list.name.capacity() + list.tracks.capacity() * sizeof(std::uint32_t);
+    return bytes;
+}
+
+std::shared_ptr<PlaylistFiles::Contents> Read(const std::string& path, const std::stop_token& ended) {
     const Descriptor file(path);
     const auto stamp = file.Stamp();
     if (!stamp) return nullptr;
     const bool settled = IsSettled(*stamp);
-    const bool isXml = HasEnding(path, ".xml");
-    std::string bytes;
-    bytes.reserve(
-        std::min<std::size_t>(static_cast<std::size_t>(stamp->size) + 1, isXml ? kHead : kLargestList));
-    if (!file.ReadUpTo(isXml ? kHead : kLargestList, bytes)) return nullptr;
-    if (isXml) {
-        const bool mayBeLibrary = bytes.find("plist") != std::string::npos &&
-                                  static_cast<std::size_t>(stamp->size) <= kLargestLibrary;
-        if (!mayBeLibrary) bytes.clear();
-        if (mayBeLibrary && !file.ReadUpTo(kLargestLibrary, bytes)) return nullptr;
-    }
-    auto contents = std::make_shared<PlaylistFiles::Contents>(ParsePlaylist(path, bytes));
+    auto parsed = Parse(file, path, stamp->size, ended);
+    if (!parsed) return nullptr;
+    auto contents = std::make_shared<PlaylistFiles::Contents>();
+    contents->bytes = BytesOf(*parsed);
+    static_cast<ParsedPlaylist&>(*contents) = std::move(*parsed);
     contents->stamp = *stamp;
     contents->settled = settled;
     contents->folder = std::filesystem::path(path).parent_path();
     return contents;
 }
 
-}  // namespace
-
-PlaylistFiles::Contents ParsePlaylist(const std::string& name, std::string_view bytes) {
-    PlaylistFiles::Contents contents;
-    if (HasEnding(name, ".xml")) {
-        if (auto library = ParseLibraryXml(bytes)) {
-            contents.isLibrary = true;
-            contents.tracks = std::move(library->tracks);
-            contents.lists = std::move(library->lists);
-        }
-    } else if (HasEnding(name, ".xspf")) {
-        contents.tracks = ParseXspf(bytes);
-    } else if (HasEnding(name, ".pls")) {
-        contents.tracks = ParsePls(bytes);
-    } else {
-        contents.tracks = ParseM3u(bytes);
-    }
-    return contents;
+bool IsUpToDate(const PlaylistFiles::Contents* contents, const std::optional<FileStamp>& stamp) {
+    return !stamp || (contents != nullptr && contents->settled && contents->stamp == *stamp);
 }
 
+}  // namespace
+
+ParsedPlaylist ParsePlaylist(const std::string& name, std::string_view bytes) {
+    const auto parser = ParserFor(name);
+    while (!bytes.empty() && parser->Read(bytes.substr(0, kPiece)))
+        bytes.remove_prefix(std::min(kPiece, bytes.size()));
+    return parser->Finish();
+}
+
+PlaylistFiles::PlaylistFiles(std::stop_token ended) : ended_(std::move(ended)), thread_([this] { Run(); }) {}
+
 std::shared_ptr<const PlaylistFiles::Contents> PlaylistFiles::Get(const std::string& path) {
-    auto cached = Cached(path);
     const auto stamp = StampOf(path);
-    if (!stamp || (cached && cached->settled && cached->stamp == *stamp)) return cached;
-    std::shared_ptr<const Contents> fresh = Read(path);
+    auto cached = Cached(path);
+    if (IsUpToDate(cached.get(), stamp) || ended_.stop_requested()) return cached;
+    std::unique_lock lock(mutex_);
+    const auto isRead = [&] { return !wanted_.contains(path); };
+    const bool isFirst = wanted_.insert(path).second;
+    changed_.notify_all();
+    if (!cached) {
+        changed_.wait(lock, ended_, isRead);
+    } else if (isFirst) {
+        changed_.wait_for(lock, ended_, kLongestWait, isRead);
+    }
+    lock.unlock();
+    return Cached(path);
+}
+
+std::shared_ptr<const PlaylistFiles::Contents> PlaylistFiles::GetHere(const std::string& path) {
+    const auto stamp = StampOf(path);
+    auto cached = Cached(path);
+    if (IsUpToDate(cached.get(), stamp)) return cached;
+    std::shared_ptr<const Contents> fresh = Read(path, ended_);
     if (!fresh) return cached;
     Store(path, fresh);
     return fresh;
+}
+
+void PlaylistFiles::Run() {
+    std::unique_lock lock(mutex_);
+    while (changed_.wait(lock, ended_, [&] { return !wanted_.empty(); }) && !ended_.stop_requested()) {
+        const std::string path = *wanted_.begin();
+        lock.unlock();
+        GetHere(path);
+        lock.lock();
+        wanted_.erase(path);
+        changed_.notify_all();
+    }
 }
 
 std::shared_ptr<const PlaylistFiles::Contents> PlaylistFiles::Cached(const std::string& path) {
@@ -123,12 +167,21 @@ std::shared_ptr<const PlaylistFiles::Contents> PlaylistFiles::Cached(const std::
 
 void PlaylistFiles::Store(const std::string& path, std::shared_ptr<const Contents> contents) {
     const std::lock_guard lock(mutex_);
-    // Libraries stay, since every scan asks for their names.
-    const auto isPlain = [](const auto& item) { return !HasEnding(item.first, ".xml"); };
-    if (static_cast<std::size_t>(std::count_if(cache_.begin(), cache_.end(), isPlain)) >= kMostLists) {
-        std::erase_if(cache_, isPlain);
-    }
+    cache_.erase(path);
+    MakeRoom(contents->bytes);
     cache_[path] = std::move(contents);
+}
+
+/// Libraries stay, since every scan asks for their names.
+void PlaylistFiles::MakeRoom(std::size_t bytes) {
+    const auto isPlain = [](const auto& item) { return !HasEnding(item.first, ".xml"); };
+    std::size_t count = 0;
+    for (const auto& item : cache_) {
+        if (!isPlain(item)) continue;
+        ++count;
+        bytes += item.second->bytes;
+    }
+    if (count >= kMostCached || bytes > kMostCachedBytes) std::erase_if(cache_, isPlain);
 }
 
 void PlaylistFiles::KeepOnly(const std::unordered_set<std::string>& paths) {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/PlaylistNames.h"
 
+#include <unordered_map>
 #include <unordered_set>
 
 #include "player/ForeignText.h"
@@ -23,8 +24,10 @@ void MakeDistinct(std::vector<std::string>& names) {
     for (std::string& name : names) {
         if (!taken.insert(FoldCase(name)).second) doubles.push_back(&name);
     }
+    // Where a number was free, the ones before it aren't: thousands of equal names cost no more than others.
+    std::unordered_map<std::string, int> next;
     for (std::string* name : doubles) {
-        int number = 2;
+        int& number = next.try_emplace(FoldCase(*name), 2).first->second;
         while (!taken.insert(FoldCase(*name + ' ' + std::to_string(number))).second) ++number;
         *name += ' ' + std::to_string(number);
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace sorakaze::player {
 
@@ -52,10 +53,34 @@ std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::F
         entry.form = PlaylistEntry::Form::Url;
     }
     const bool blank = location.find_first_not_of(" \t") == std::string_view::npos;
-    if (blank || location.find('\0') != std::string_view::npos || IsPlaylistName(location))
+    const std::size_t longest = entry.form == PlaylistEntry::Form::Url ? kLongestText : kLongestPath;
+    if (blank || location.size() > longest || location.find('\0') != std::string_view::npos ||
+        IsPlaylistName(location)) {
         return std::nullopt;
+    }
     entry.location = location;
     return entry;
+}
+
+std::unique_ptr<PlaylistParser> ParserFor(std::string_view name) {
+    if (HasEnding(name, ".xml")) return LibraryXmlParser();
+    if (HasEnding(name, ".xspf")) return XspfParser();
+    return HasEnding(name, ".pls") ? PlsParser() : M3uParser();
+}
+
+void EntryCollector::Add(PlaylistEntry entry) {
+    if (IsFull()) return;
+    bytes_ += entry.location.size() + entry.words.size();
+    entries_.push_back(std::move(entry));
+}
+
+std::vector<PlaylistEntry> EntryCollector::Take() {
+    entries_.shrink_to_fit();
+    return std::move(entries_);
+}
+
+bool HasEnding(std::string_view name, std::string_view ending) {
+    return name.size() >= ending.size() && LowerCased(name.substr(name.size() - ending.size())) == ending;
 }
 
 bool IsPlaylistName(std::string_view path) {

@@ -1,11 +1,14 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The playlist formats, each a pure function from a file's bytes to the entries that can stand for tracks of
-// the user's own. Nothing here looks at the disk, and nothing fails: what can't be read gives no entries.
-// Network addresses, other playlists and entries without a place are no tracks and don't count.
+// The playlist formats, each a parser that takes a file's bytes piece by piece and gives the entries that can
+// stand for tracks of the user's own. Nothing here looks at the disk, and nothing fails: what can't be read
+// gives no entries. Network addresses, other playlists and entries without a place are no tracks and don't
+// count. The time is linear in the file's size, and the memory is bounded whatever the file holds: what goes
+// beyond the bounds is left out.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,8 +18,14 @@
 
 namespace sorakaze::player {
 
-/// No list is read any further than this.
-inline constexpr std::size_t kMostTracks = 1'000'000;
+/// No list is read any further than this, in entries and in bytes of what they say.
+inline constexpr std::size_t kMostTracks = 500'000;
+inline constexpr std::size_t kMostTrackBytes = std::size_t{64} << 20;
+/// What the system takes for a path, in bytes, and the longest spelling of one: each byte as %XX.
+inline constexpr std::size_t kLongestPath = 4096;
+inline constexpr std::size_t kLongestText = 3 * kLongestPath;
+/// Lists of one library.
+inline constexpr std::size_t kMostLists = 10'000;
 
 struct PlaylistEntry {
     enum class Form {
@@ -25,36 +34,67 @@ struct PlaylistEntry {
     };
     std::string location;  ///< raw bytes, never empty, no NUL
     Form form = Form::Path;
-    TrackText text;  ///< what the playlist says of the track
+    std::string words;  ///< what the playlist says of the track, as TrackText::Packed gives it
 
     bool operator==(const PlaylistEntry&) const = default;
 };
 
-/// M3U and M3U8 alike: real files keep to neither encoding.
-std::vector<PlaylistEntry> ParseM3u(std::string_view bytes);
-
-std::vector<PlaylistEntry> ParsePls(std::string_view bytes);
-
-std::vector<PlaylistEntry> ParseXspf(std::string_view bytes);
-
-/// A music library exported as a property list: one pool of tracks and the playlists that draw on it.
-struct LibraryXml {
+struct ParsedPlaylist {
     struct List {
         std::string name;
-        std::vector<std::uint32_t> tracks;  ///< indices into LibraryXml::tracks
+        std::vector<std::uint32_t> tracks;  ///< indices into ParsedPlaylist::tracks
     };
     std::vector<PlaylistEntry> tracks;
+    /// A music library exported as a property list: one pool of tracks, and the playlists that draw on it.
+    bool isLibrary = false;
     /// Without the sections that every library has (all its music, podcasts and the like), hidden lists and
     /// folders.
     std::vector<List> lists;
 };
 
-/// Empty for a file that is no such library.
-std::optional<LibraryXml> ParseLibraryXml(std::string_view bytes);
+class PlaylistParser {
+  public:
+    PlaylistParser() = default;
+    virtual ~PlaylistParser() = default;
+    PlaylistParser(const PlaylistParser&) = delete;
+    PlaylistParser& operator=(const PlaylistParser&) = delete;
+
+    /// The file's next bytes. False when the rest of the file doesn't count.
+    virtual bool Read(std::string_view piece) = 0;
+    /// What has been read. A file that breaks off in the middle still gives the tracks before the break. To
+    /// be called once.
+    virtual ParsedPlaylist Finish() = 0;
+};
+
+/// M3U and M3U8 alike: real files keep to neither encoding.
+std::unique_ptr<PlaylistParser> M3uParser();
+std::unique_ptr<PlaylistParser> PlsParser();
+std::unique_ptr<PlaylistParser> XspfParser();
+std::unique_ptr<PlaylistParser> LibraryXmlParser();
+
+/// By the ending of `name`.
+std::unique_ptr<PlaylistParser> ParserFor(std::string_view name);
+
+/// Entries up to the bounds above.
+class EntryCollector {
+  public:
+    void Add(PlaylistEntry entry);
+    bool IsFull() const { return entries_.size() >= kMostTracks || bytes_ >= kMostTrackBytes; }
+    std::size_t Size() const { return entries_.size(); }
+    std::vector<PlaylistEntry> Take();
+
+  private:
+    std::vector<PlaylistEntry> entries_;
+    std::size_t bytes_ = 0;
+};
 
 /// The entry for a location as it stands in a playlist: a path, or a URL where it begins like one. `form` is
-/// what a location without a scheme is. Empty where it can't be a track.
+/// what a location without a scheme is. Empty where it can't be a track, as a path that is too long for the
+/// system can't.
 std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::Form form);
+
+/// True for a name with that ending, which is lower case.
+bool HasEnding(std::string_view name, std::string_view ending);
 
 /// True for a path whose name ends like a playlist's.
 bool IsPlaylistName(std::string_view path);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "player/ForeignText.h"
+#include "player/Lines.h"
 #include "player/PlaylistParsers.h"
 
 namespace sorakaze::player {
@@ -27,33 +28,54 @@ std::optional<int> NumberOf(std::string_view key, std::string_view prefix) {
     return number;
 }
 
-}  // namespace
+class Parser final : public PlaylistParser {
+  public:
+    bool Read(std::string_view piece) override {
+        lines_.Read(piece);
+        return !IsFull();
+    }
 
-std::vector<PlaylistEntry> ParsePls(std::string_view bytes) {
+    ParsedPlaylist Finish() override {
+        lines_.Finish();
+        EntryCollector entries;
+        for (auto& [number, item] : items_) {
+            auto entry = EntryAt(item.file, PlaylistEntry::Form::Path);
+            if (!entry) continue;
+            entry->words = SplitArtistTitle(CleanLine(item.title)).Packed();
+            item = {};
+            entries.Add(std::move(*entry));
+        }
+        return {entries.Take(), false, {}};
+    }
+
+  private:
     struct Item {
-        std::string_view file;
-        std::string_view title;
+        std::string file;
+        std::string title;
     };
-    // The numbers alone give the order: files with gaps or in any order are common.
-    std::map<int, Item> items;
-    const std::string content = WithoutByteOrderMark(bytes);
-    for (std::string_view rest = content; !rest.empty() && items.size() < kMostTracks;) {
-        const std::string_view line = TakeLine(rest);
+
+    bool IsFull() const { return items_.size() >= kMostTracks || bytes_ >= kMostTrackBytes; }
+
+    void TakeLine(std::string_view line) {
         const auto equals = line.find('=');
-        if (equals == std::string_view::npos) continue;
+        if (equals == std::string_view::npos || IsFull()) return;
         const std::string key = LowerCased(Trimmed(line.substr(0, equals)));
         const std::string_view value = Trimmed(line.substr(equals + 1));
-        if (const auto number = NumberOf(key, "file")) items[*number].file = value;
-        if (const auto number = NumberOf(key, "title")) items[*number].title = value;
+        bytes_ += value.size();
+        if (const auto number = NumberOf(key, "file")) items_[*number].file = value;
+        if (const auto number = NumberOf(key, "title")) items_[*number].title = value;
     }
-    std::vector<PlaylistEntry> entries;
-    for (const auto& [number, item] : items) {
-        auto entry = EntryAt(item.file, PlaylistEntry::Form::Path);
-        if (!entry) continue;
-        entry->text = SplitArtistTitle(CleanLine(item.title));
-        entries.push_back(std::move(*entry));
-    }
-    return entries;
+
+    /// The numbers alone give the order: files with gaps or in any order are common.
+    std::map<int, Item> items_;
+    std::size_t bytes_ = 0;
+    Lines lines_{kLongestText, [this](std::string_view line) { TakeLine(line); }};
+};
+
+}  // namespace
+
+std::unique_ptr<PlaylistParser> PlsParser() {
+    return std::make_unique<Parser>();
 }
 
 }  // namespace sorakaze::player

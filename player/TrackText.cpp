@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/TrackText.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace sorakaze::player {
@@ -31,6 +32,23 @@ std::string TrackText::Record() const {
         record += this->*field;
     }
     return record;
+}
+
+std::string TrackText::Packed() const {
+    std::string packed = Record();
+    packed.resize(packed.find_last_not_of('\t') + 1);
+    packed.shrink_to_fit();
+    return packed;
+}
+
+TrackText TrackText::Unpacked(std::string_view packed) {
+    TrackText text;
+    for (const auto field : kFields) {
+        const auto tab = std::min(packed.find('\t'), packed.size());
+        text.*field = packed.substr(0, tab);
+        packed.remove_prefix(std::min(tab + 1, packed.size()));
+    }
+    return text;
 }
 
 TrackText SplitArtistTitle(const std::string& text) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace sorakaze::player {
 
@@ -24,6 +25,10 @@ struct TrackText {
 
     /// The six texts in the order above, separated by tabs.
     std::string Record() const;
+
+    /// The record without the tabs at its end, to be kept by the hundred thousand, and what it came from.
+    std::string Packed() const;
+    static TrackText Unpacked(std::string_view packed);
 };
 
 /// The common way to write a track in one text, "Artist - Title". Without " - " it is all title.

@@ -1,21 +1,16 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <pugixml.hpp>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "player/ForeignText.h"
 #include "player/PlaylistParsers.h"
+#include "player/XmlStream.h"
 
 namespace sorakaze::player {
 
 namespace {
-
-/// The name without a namespace prefix.
-std::string_view LocalName(const pugi::xml_node& node) {
-    const std::string_view name = node.name();
-    const auto colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
-}
 
 std::string_view Trimmed(std::string_view text) {
     const auto first = text.find_first_not_of(" \t\r\n");
@@ -45,49 +40,96 @@ std::string Resolved(std::string_view base, std::string_view reference) {
     return whole.append(reference);
 }
 
-std::string BaseWithin(const std::string& outer, const pugi::xml_node& node) {
-    return Resolved(outer, Trimmed(node.attribute("xml:base").value()));
+/// A base that is too long for any path is none.
+std::string BaseWithin(const std::string& outer, std::string_view base) {
+    base = Trimmed(base);
+    return outer.size() + base.size() > kLongestText ? outer : Resolved(outer, base);
 }
 
-/// Empty for a track that has no location among the user's files.
-std::optional<PlaylistEntry> EntryOf(const pugi::xml_node& track, const std::string& outerBase) {
-    const std::string base = BaseWithin(outerBase, track);
-    std::optional<PlaylistEntry> entry;
-    TrackText text;
-    for (const pugi::xml_node& child : track.children()) {
-        const std::string_view name = LocalName(child);
-        const std::string_view value = Trimmed(child.text().get());
-        if (name == "title") text.title = CleanLine(value);
-        if (name == "creator") text.artist = CleanLine(value);
-        if (name == "album") text.album = CleanLine(value);
-        if (name == "location" && !entry && !value.empty()) {
-            entry = EntryAt(Resolved(BaseWithin(base, child), value), PlaylistEntry::Form::Url);
+class Parser final : public PlaylistParser, private XmlVisitor {
+  public:
+    bool Read(std::string_view piece) override { return stream_.Read(piece) && !entries_.IsFull(); }
+
+    ParsedPlaylist Finish() override {
+        if (std::any_of(open_.begin(), open_.end(), [](const Element& e) { return e.kind == Kind::Track; }))
+            EndTrack();
+        return {entries_.Take(), false, {}};
+    }
+
+  private:
+    enum class Kind { Playlist, List, Track, Title, Creator, Album, Location, Other };
+    struct Element {
+        Kind kind;
+        std::string base;  ///< what locations in it are relative to
+    };
+
+    Kind KindOf(std::string_view name) const {
+        if (open_.empty()) return name == "playlist" ? Kind::Playlist : Kind::Other;
+        switch (open_.back().kind) {
+            case Kind::Playlist:
+                return name == "trackList" ? Kind::List : Kind::Other;
+            case Kind::List:
+                return name == "track" ? Kind::Track : Kind::Other;
+            case Kind::Track:
+                if (name == "title") return Kind::Title;
+                if (name == "creator") return Kind::Creator;
+                if (name == "album") return Kind::Album;
+                return name == "location" ? Kind::Location : Kind::Other;
+            default:
+                return Kind::Other;
         }
     }
-    if (entry) entry->text = std::move(text);
-    return entry;
-}
+
+    void Begin(std::string_view name, std::string_view base) override {
+        const Kind kind = KindOf(name);
+        // Nobody asks for the base of what isn't read.
+        const std::string outer = open_.empty() || kind == Kind::Other ? "" : open_.back().base;
+        open_.push_back({kind, kind == Kind::Other ? "" : BaseWithin(outer, base)});
+        if (kind != Kind::Other) text_.clear();
+    }
+
+    void Text(std::string_view text) override {
+        if (open_.empty() || open_.back().kind == Kind::Other || text_.size() > kLongestText) return;
+        text_ += text;
+    }
+
+    void End() override {
+        const Element element = std::move(open_.back());
+        open_.pop_back();
+        const std::string_view value = Trimmed(text_);
+        const bool isText = value.size() <= kLongestText;
+        if (element.kind == Kind::Title && isText) words_.title = CleanLine(value);
+        if (element.kind == Kind::Creator && isText) words_.artist = CleanLine(value);
+        if (element.kind == Kind::Album && isText) words_.album = CleanLine(value);
+        if (element.kind == Kind::Location && !entry_ && !value.empty() && isText) {
+            entry_ = EntryAt(Resolved(element.base, value), PlaylistEntry::Form::Url);
+        }
+        if (element.kind == Kind::Track) EndTrack();
+        text_.clear();
+    }
+
+    /// A track that has no location among the user's files is none.
+    void EndTrack() {
+        if (entry_) {
+            entry_->words = words_.Packed();
+            entries_.Add(std::move(*entry_));
+        }
+        entry_.reset();
+        words_ = {};
+    }
+
+    std::vector<Element> open_;
+    std::string text_;  ///< of the innermost element
+    std::optional<PlaylistEntry> entry_;
+    TrackText words_;
+    EntryCollector entries_;
+    XmlStream stream_{*this};
+};
 
 }  // namespace
 
-std::vector<PlaylistEntry> ParseXspf(std::string_view bytes) {
-    // A file that breaks off in the middle still gives the tracks before the break.
-    pugi::xml_document document;
-    document.load_buffer(bytes.data(), bytes.size());
-    std::vector<PlaylistEntry> entries;
-    for (const pugi::xml_node& playlist : document.children()) {
-        if (LocalName(playlist) != "playlist") continue;
-        const std::string base = BaseWithin({}, playlist);
-        for (const pugi::xml_node& list : playlist.children()) {
-            if (LocalName(list) != "trackList") continue;
-            const std::string listBase = BaseWithin(base, list);
-            for (const pugi::xml_node& track : list.children()) {
-                if (LocalName(track) != "track" || entries.size() >= kMostTracks) continue;
-                if (auto entry = EntryOf(track, listBase)) entries.push_back(std::move(*entry));
-            }
-        }
-    }
-    return entries;
+std::unique_ptr<PlaylistParser> XspfParser() {
+    return std::make_unique<Parser>();
 }
 
 }  // namespace sorakaze::player

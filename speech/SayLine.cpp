@@ -9,6 +9,9 @@
 namespace sorakaze {
 namespace {
 
+/// What `say` prints of a text that would take more than two minutes.
+constexpr const char* kCut = "the text is too long, its speech was cut";
+
 void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
     window.sayData->Play();
     window.tell("say", {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
@@ -27,6 +30,8 @@ void SayLine(mainWindow& window, Shell& shell, const String& voice, const String
         MsgBox("読み上げ結果のサウンドファイルが存在しません");
         return;
     }
+    if (InStr(shell.Result(), kCut) > 0)
+        window.tell("failed", {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
     window.sayData = file->OpenAsSound();
     if (window.sayData) {
         PlayToEnd(window, voice, text);

@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <chrono>
+
 #include "app/runtime/Runtime.h"
 #include "app/runtime/Shell.h"
 #include "app/runtime/Utf8.h"
@@ -7,13 +9,28 @@
 #include "speech/Romanisation.h"
 
 namespace sorakaze {
+namespace {
+
+/// Each run of multibyte characters costs a program. A text of more runs than any title has, or one that
+/// takes too long on this machine, goes on without them. A rendered show counts on the first bound alone: the
+/// second is a last resort, and isn't reached before it on a machine of ordinary speed.
+constexpr int kMostRuns = 150;
+constexpr std::chrono::seconds kLongest{7};
+
+}  // namespace
 
 String mainWindow::convertRoma(const String& text) {
     const std::string& bytes = text.Bytes();
     std::string result;
     std::string run;
+    int runs = 0;
+    const auto begin = std::chrono::steady_clock::now();
     const auto endRun = [&] {
-        if (!run.empty()) result += kanji2roma(run).Bytes();
+        const bool isAffordable = runs < kMostRuns && std::chrono::steady_clock::now() - begin < kLongest;
+        if (!run.empty() && isAffordable) {
+            result += kanji2roma(run).Bytes();
+            ++runs;
+        }
         run.clear();
     };
     for (std::size_t at = 0; at < bytes.size();) {

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "app/runtime/Utf8.h"
+
 namespace sorakaze::studio {
 namespace {
 
@@ -17,6 +19,21 @@ constexpr double kPlainPeriod = 600;
 void Put(std::FILE* to, const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), to);
     std::fflush(to);
+}
+
+constexpr char32_t kReplacement = U'\uFFFD';
+
+/// C0, C1, and the separators of lines and paragraphs.
+bool IsControl(char32_t character) {
+    return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 ||
+           character == 0x2029;
+}
+
+/// Embeddings, overrides and isolates, which reach beyond the text that they are in, and tags, which nobody
+/// sees. Marks and joiners, which languages need, are none of them.
+bool TurnsText(char32_t character) {
+    return (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x206F) ||
+           (character >= 0xE0000 && character <= 0xE007F);
 }
 
 }  // namespace
@@ -33,14 +50,19 @@ std::string ClockText(double seconds) {
 }
 
 std::string Harmless(const std::string& text) {
-    std::string harmless = text;
-    for (std::size_t i = 0; i < harmless.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(harmless[i]);
-        // C1 controls are two bytes in UTF-8: C2 80 to C2 9F.
-        const bool second =
-            byte == 0xC2 && i + 1 < harmless.size() && static_cast<unsigned char>(harmless[i + 1]) < 0xA0;
-        if (byte < 0x20 || byte == 0x7F) harmless[i] = ' ';
-        if (second) harmless[i] = harmless[i + 1] = ' ';
+    std::string harmless;
+    harmless.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [character, size] = utf8::Read(text, at);
+        if (character >= utf8::kStray) {
+            // Some terminals take single bytes for control characters.
+            utf8::Append(harmless, kReplacement);
+        } else if (IsControl(character)) {
+            harmless += ' ';
+        } else if (!TurnsText(character)) {
+            harmless.append(text, at, size);
+        }
+        at += size;
     }
     return harmless;
 }

@@ -17,9 +17,9 @@ class Console {
     Console();
     ~Console();
 
-    /// A line on standard output; control characters in it are made harmless.
+    /// A line on standard output, made harmless.
     void Line(const std::string& text);
-    /// A line on standard error.
+    /// A line on standard error, made harmless too.
     void Message(const std::string& text);
     /// `done` is 0 to 1 where the length is known; `showSeconds` is how much of the show there is.
     void Progress(std::optional<double> done, double showSeconds);
@@ -45,7 +45,9 @@ class Console {
 
 /// "1:02:03" or "2:03".
 std::string ClockText(double seconds);
-/// The text with control characters as blanks, so that no title can steer a terminal.
+/// Foreign text as it may be printed: control characters are blanks, bytes that aren't UTF-8 are replacement
+/// characters, and what turns the direction of the text around it is left out. So no title can steer a
+/// terminal, or make a line read as another.
 std::string Harmless(const std::string& text);
 
 }  // namespace sorakaze::studio

@@ -117,7 +117,7 @@ class Onlookers : public ShowObserver {
 /// One show, from the press of the button to the complete file.
 class Session {
   public:
-    explicit Session(const RenderOptions& options)
+    Session(const RenderOptions& options, std::stop_token interrupted)
         : options_(options),
           station_(FindStation(options.station)),
           host_(console_),
@@ -125,7 +125,7 @@ class Session {
           runtime_({std::make_unique<StudioClock>([this] { recorder_.MixTick(); }), station_,
                     &recorder_.Engine(), options.seed},
                    host_),
-          player_(recorder_.Engine(), player::MusicLibrary::OfApplication(station_)),
+          player_(recorder_.Engine(), player::MusicLibrary::OfApplication(station_, std::move(interrupted))),
           transcript_(console_, station_) {
         if (runtime_.TemporaryFolder().empty()) {
             throw StudioError(
@@ -309,17 +309,19 @@ void Render(const RenderOptions& options) {
     std::filesystem::path temporary;
     std::mutex mutex;  // guards these: a signal may come before the session stands and after it has gone
     bool interrupted = false;
+    std::stop_source music;  // a look through a huge music folder ends too
     const Signals signals(
         [&] {
             const std::lock_guard lock(mutex);
             interrupted = true;
+            music.request_stop();
             if (running) running->Interrupt();
         },
         [&] {
             const std::lock_guard lock(mutex);
             RemoveLeftovers(options.output, temporary);
         });
-    Session session(options);
+    Session session(options, music.get_token());
     {
         const std::lock_guard lock(mutex);
         running = &session;

@@ -35,7 +35,11 @@ void TraceWriter::OnShowEvent(const ShowEvent& event) {
     Json line;
     line["ticks"] = event.ticks;
     line["what"] = std::string(event.what);
-    for (const auto& [name, value] : event.fields) line[std::string(name)] = std::visit(ToJson(), value);
+    for (const auto& [name, value] : event.fields) {
+        // `failed` has a `what` of its own, beside the one that names the event.
+        const std::string member = line.contains(name) ? "which" : std::string(name);
+        line[member] = std::visit(ToJson(), value);
+    }
     out_ << line.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
 }
 

@@ -9,7 +9,8 @@
 
 namespace sorakaze::studio {
 
-/// Writes a show as JSON Lines: one object an event, `ticks` and `what` first, then the event's fields. Bytes
+/// Writes a show as JSON Lines: one object an event, `ticks` and `what` first, then the event's fields; a
+/// field that is called `what` itself is the member `which`. Bytes
 /// that aren't UTF-8 come out as replacement characters.
 class TraceWriter : public ShowObserver {
   public:

@@ -42,7 +42,10 @@ std::string Transcript::Describe(const ShowEvent& event) const {
     if (event.what == "track") return "> track " + field("number") + ": " + field("title");
     if (event.what == "fade") return "  fading track " + field("number") + " at " + field("position");
     if (event.what == "ended") return "< track " + field("number") + " ended at " + field("position");
-    if (event.what == "failed") return "! " + field("path") + ": " + field("why");
+    if (event.what == "failed") {
+        const std::string path = field("path");
+        return "! " + (path.empty() ? field("what") : path) + ": " + field("why");
+    }
     if (event.what == "end") return "=== end of the show ===";
     return {};
 }

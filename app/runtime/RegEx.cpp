@@ -8,6 +8,7 @@
 #include <string>
 
 #include "app/runtime/Exceptions.h"
+#include "app/runtime/Utf8.h"
 
 namespace sorakaze {
 namespace {
@@ -29,12 +30,16 @@ PCRE2_SPTR Units(const std::string& text) {
     return reinterpret_cast<PCRE2_SPTR>(text.data());
 }
 
-Owned<pcre2_code> Compile(const std::string& pattern) {
+/// The library looks for stray bytes in all the rest of the text at each match, unless it is promised that
+/// there are none.
+constexpr std::size_t kBytesAStep = 256;
+
+Owned<pcre2_code> Compile(const std::string& pattern, std::uint32_t strayBytes) {
     int error = 0;
     PCRE2_SIZE offset = 0;
     Owned<pcre2_code> code(pcre2_compile(Units(pattern), pattern.size(),
-                                         PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_AUTO_CALLOUT, &error,
-                                         &offset, nullptr));
+                                         PCRE2_UTF | PCRE2_AUTO_CALLOUT | strayBytes, &error, &offset,
+                                         nullptr));
     if (!code) {
         PCRE2_UCHAR message[256];
         pcre2_get_error_message(error, message, sizeof message);
@@ -52,19 +57,22 @@ int CountStep(pcre2_callout_block*, void* steps) {
 }  // namespace
 
 String RegEx::Replace(const String& target) const {
-    const Owned<pcre2_code> code = Compile(SearchPattern.Bytes());
+    const std::string& text = target.Bytes();
+    const bool wellFormed = utf8::IsWellFormed(text);
+    const Owned<pcre2_code> code = Compile(SearchPattern.Bytes(), wellFormed ? 0 : PCRE2_MATCH_INVALID_UTF);
+    const std::uint32_t check = wellFormed ? PCRE2_NO_UTF_CHECK : 0;
     const Owned<pcre2_match_data> match(pcre2_match_data_create_from_pattern(code.get(), nullptr));
     const Owned<pcre2_match_context> context(pcre2_match_context_create(nullptr));
     std::uint64_t steps = 0;
     pcre2_set_callout(context.get(), CountStep, &steps);
     pcre2_set_heap_limit(context.get(), kHeapLimitKilobytes);
 
-    const std::string& text = target.Bytes();
     std::string result;
     std::size_t copied = 0;
     std::size_t from = 0;
     while (from <= text.size() &&
-           pcre2_match(code.get(), Units(text), text.size(), from, 0, match.get(), context.get()) > 0) {
+           pcre2_match(code.get(), Units(text), text.size(), from, check, match.get(), context.get()) > 0) {
+        if (!wellFormed) steps += (text.size() - from) / kBytesAStep;
         const PCRE2_SIZE* bounds = pcre2_get_ovector_pointer(match.get());
         result.append(text, copied, bounds[0] - copied);
         result += ReplacementPattern.Bytes();

@@ -58,6 +58,7 @@ struct SocketCore::Core {
     bool connected = false;
     bool ended = false;  ///< the socket is no more
     std::int32_t lastError = SocketError::kNone;
+    std::optional<Bounds> bounds;
 
     /// Lets go of the connection.
     void Detach() {
@@ -108,7 +109,10 @@ struct SocketCore::Core {
         auto& runtime = Runtime::Current();
         try {
             auto made = std::make_shared<Exchange>([&threads = runtime.Threads()] { threads.Notify(); });
-            connection = Connection::Open(runtime.Network(), host, static_cast<std::uint16_t>(port), made);
+            const network::Bounds outer =
+                bounds ? network::Bounds{bounds->time, bounds->received} : network::Bounds{};
+            connection =
+                Connection::Open(runtime.Network(), host, static_cast<std::uint16_t>(port), made, outer);
             const std::lock_guard lock(mutex);
             exchange = std::move(made);
         } catch (const std::system_error&) {
@@ -122,6 +126,10 @@ SocketCore::SocketCore() : core_(std::make_shared<Core>()) {}
 SocketCore::~SocketCore() {
     core_->ended = true;
     core_->Detach();
+}
+
+void SocketCore::SetBounds(const Bounds& bounds) {
+    core_->bounds = bounds;
 }
 
 void SocketCore::Connect() {
@@ -159,6 +167,13 @@ void SocketCore::Poll() {
         if (core->TakeReceived()) {
             Event_DataAvailable();
             if (over()) return;
+            if (core->bounds && core->Unread().size() > core->bounds->unread) {
+                core->DropReceived();
+                core->Detach();
+                core->lastError = SocketError::kLost;
+                Event_Error();
+                return;
+            }
         }
         if (exchange->TakeSent()) {
             Event_SendComplete();

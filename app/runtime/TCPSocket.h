@@ -7,6 +7,8 @@
 // Every operation is for the baton's holder, from within an event too: Close, Connect, and the socket's end.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -39,6 +41,16 @@ class SocketCore {
     String Address;
     std::int32_t Port = 0;
 
+    /// What the other end can make of a connection at most. Beyond it the connection is torn: Error comes
+    /// with kLost, or kRefused where none had come about.
+    struct Bounds {
+        std::chrono::milliseconds time;  ///< in all, from Connect on, by the wall's clock
+        std::uint64_t received;          ///< bytes in all
+        std::size_t unread;              ///< bytes after a DataAvailable; those are dropped, too
+    };
+    /// For the next connections. There are none at first.
+    void SetBounds(const Bounds& bounds);
+
     /// Drops the present connection with all that was received, starts connecting and returns; Connected or
     /// Error follows. Every address of a name is tried in turn: one that stays silent for three seconds while
     /// there are others to try, and the last one for as long as the system takes, some two minutes.
@@ -52,8 +64,8 @@ class SocketCore {
     /// DataAvailable, SendComplete, Error, in this order. Error comes behind the last data, also when the
     /// peer closes. A Poll from within an event fires what is due behind it.
     ///
-    /// What is taken up and left unread grows with each Poll, without a bound: 1 MB may wait to be taken up,
-    /// then the network waits for the next Poll, and the sender with it.
+    /// What is taken up and left unread grows with each Poll, up to the bound if there is one: 1 MB may wait
+    /// to be taken up, then the network waits for the next Poll, and the sender with it.
     void Poll();
     /// Queues bytes; SendComplete follows when all that was queued has been handed to the system. Where there
     /// is no connection (yet, or any more), Error follows with kInvalidState, and the bytes are dropped.

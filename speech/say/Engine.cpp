@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <espeak-ng/espeak_ng.h>
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <filesystem>
@@ -36,13 +37,30 @@ constexpr const char* kJapanese = "jpx/ja";
 struct Speech {
     const Engine::Sink* sink;
     std::exception_ptr failure;
+    std::size_t passed = 0;  ///< samples
+
+    /// Each word in the block begins a piece of its own.
+    void Pass(std::span<const std::int16_t> samples, const espeak_EVENT* events) {
+        std::size_t at = 0;
+        Place place = Place::Within;
+        for (; events->type != espeakEVENT_LIST_TERMINATED; ++events) {
+            if (events->type != espeakEVENT_WORD) continue;
+            const auto begin = static_cast<std::size_t>(std::max(events->sample, 0));
+            const std::size_t word = std::clamp(begin, passed + at, passed + samples.size()) - passed;
+            if (word > at) (*sink)(samples.subspan(at, word - at), place);
+            place = Place::Word;
+            at = word;
+        }
+        if (at < samples.size()) (*sink)(samples.subspan(at), place);
+        passed += samples.size();
+    }
 };
 
 int TakeSamples(short* samples, int count, espeak_EVENT* events) {
     auto* speech = static_cast<Speech*>(events->user_data);
     if (!samples || !speech || count <= 0) return 0;
     try {
-        (*speech->sink)({samples, static_cast<std::size_t>(count)});
+        speech->Pass({samples, static_cast<std::size_t>(count)}, events);
         return 0;
     } catch (...) {
         speech->failure = std::current_exception();
@@ -173,7 +191,7 @@ void Engine::Use(const std::string& voice) {
 
 void Engine::Speak(const std::string& text, const Sink& sink, Reading reading) {
     Use(reading == Reading::English ? kDefaultLanguage : look_.voice);
-    Speech speech{&sink, nullptr};
+    Speech speech{&sink, nullptr, 0};
     // No markup: a text is read as it stands.
     const unsigned flags = espeakCHARS_UTF8 | (reading == Reading::Phonemes ? espeakPHONEMES : 0);
     const auto status =

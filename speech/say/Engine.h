@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 
+#include "speech/say/LongestSpeech.h"
 #include "speech/say/VoiceNames.h"
 
 namespace sorakaze::speech {
@@ -15,8 +16,8 @@ namespace sorakaze::speech {
 /// device, no home folder. Errors are std::runtime_error with one line for the user.
 class Engine {
   public:
-    /// Takes a block of raw mono samples.
-    using Sink = std::function<void(std::span<const std::int16_t>)>;
+    /// Takes a block of raw mono samples. A word begins a block of its own where the engine tells of it.
+    using Sink = std::function<void(std::span<const std::int16_t>, Place)>;
 
     Engine();
     ~Engine();

@@ -33,6 +33,22 @@ double PauseSeconds(SpokenClause::End end) {
     return 0;
 }
 
+/// Of a phrase, in bytes of katakana: the engine writes longer words beyond its own memory.
+constexpr std::size_t kLongestPhrase = std::size_t{3} * 40;
+
+/// Up to the blank after the phrase, or up to a mora's end in one that is too long.
+std::size_t PhraseLength(std::string_view phrases) {
+    constexpr std::string_view kBelongToMora = "ァィゥェォャュョヮーッン";
+    std::size_t length = std::min(phrases.find(' '), phrases.size());
+    if (length <= kLongestPhrase) return length;
+    length = kLongestPhrase;
+    while (length > kLongestPhrase / 2 &&
+           kBelongToMora.find(phrases.substr(length, 3)) != std::string_view::npos) {
+        length -= 3;
+    }
+    return length;
+}
+
 /// Between two languages in one clause.
 constexpr double kChangeSeconds = 0.03;
 
@@ -72,9 +88,10 @@ class Speaker {
     void SpeakKana(std::string_view phrases, const char* mark) {
         std::string codes;
         while (!phrases.empty()) {
-            const auto blank = std::min(phrases.find(' '), phrases.size());
-            const std::string phrase = KanaPhonemes(phrases.substr(0, blank));
-            phrases.remove_prefix(std::min(blank + 1, phrases.size()));
+            const std::size_t length = PhraseLength(phrases);
+            const std::string phrase = KanaPhonemes(phrases.substr(0, length));
+            phrases.remove_prefix(length);
+            if (phrases.starts_with(' ')) phrases.remove_prefix(1);
             if (!codes.empty() && codes.size() + phrase.size() > kLongestCall) {
                 Call(codes, Engine::Reading::Phonemes);
                 codes.clear();
@@ -86,27 +103,42 @@ class Speaker {
 
     void Call(const std::string& text, Engine::Reading reading) {
         samples_.clear();
+        words_.clear();
         engine_.Speak(
             text,
-            [&](std::span<const std::int16_t> samples) {
+            [&](std::span<const std::int16_t> samples, Place place) {
+                if (place == Place::Word) words_.push_back(samples_.size());
                 samples_.insert(samples_.end(), samples.begin(), samples.end());
             },
             reading);
         const auto sounds = [](std::int16_t sample) { return std::abs(sample) >= kSilence; };
         const auto first = std::find_if(samples_.begin(), samples_.end(), sounds);
         const auto last = std::find_if(samples_.rbegin(), samples_.rend(), sounds).base();
-        if (first < last) sink_({&*first, static_cast<std::size_t>(last - first)});
+        if (first < last) {
+            Pass(static_cast<std::size_t>(first - samples_.begin()),
+                 static_cast<std::size_t>(last - samples_.begin()));
+        }
+    }
+
+    void Pass(std::size_t begin, std::size_t end) {
+        for (const std::size_t word : words_) {
+            if (word <= begin || word >= end) continue;
+            sink_(std::span(samples_).subspan(begin, word - begin), Place::Word);
+            begin = word;
+        }
+        sink_(std::span(samples_).subspan(begin, end - begin), Place::Word);
     }
 
     void Pause(double seconds) {
         samples_.assign(static_cast<std::size_t>(seconds / speed_ * engine_.SampleRate()), 0);
-        sink_(samples_);
+        sink_(samples_, Place::Word);
     }
 
     Engine& engine_;
     const double speed_;
     const Engine::Sink& sink_;
     std::vector<std::int16_t> samples_;
+    std::vector<std::size_t> words_;  ///< where they begin in samples_
 };
 
 }  // namespace

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // say -v VOICE TEXT -o FILE [-s SPEED]: speaks a text into an AIFF file, or a WAV file where its name ends
 // so. Exit status 0 when the file is complete, 1 when it could not be made (then nothing is left in its
-// folder), 2 for a wrong call. Errors are one line on standard error.
+// folder), 2 for a wrong call. Errors are one line on standard error. Speech is cut after about two minutes,
+// and then a line on standard output says so.
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -18,6 +19,7 @@
 #include "speech/say/JapaneseText.h"
 #include "speech/say/JapaneseVoice.h"
 #include "speech/say/Leveller.h"
+#include "speech/say/LongestSpeech.h"
 #include "speech/say/OpenJTalk.h"
 #include "speech/say/SpeechFile.h"
 #include "speech/say/SpokenText.h"
@@ -32,13 +34,16 @@ class Recorder {
   public:
     explicit Recorder(const char* file) : file_(file) {}
 
-    void Write(int sampleRate, std::span<const std::int16_t> samples) {
+    /// Throws SpeechCut when there is enough.
+    void Write(int sampleRate, std::span<const std::int16_t> samples, Place place) {
         if (!leveller_) {
             sound_.emplace(file_, sampleRate);
             leveller_.emplace(sampleRate,
                               [this](std::span<const std::int16_t> levelled) { sound_->Write(levelled); });
+            cutter_.emplace(sampleRate,
+                            [this](std::span<const std::int16_t> whole) { leveller_->Write(whole); });
         }
-        leveller_->Write(samples);
+        cutter_->Write(samples, place);
     }
     void Finish() {
         leveller_->Finish();
@@ -47,6 +52,7 @@ class Recorder {
     bool Begun() const { return leveller_.has_value(); }
     /// For another voice to begin again.
     void Forget() {
+        cutter_.reset();
         leveller_.reset();
         sound_.reset();
     }
@@ -55,6 +61,7 @@ class Recorder {
     const char* file_;
     std::optional<SpeechFile> sound_;
     std::optional<Leveller> leveller_;
+    std::optional<SpeechCutter> cutter_;
 };
 
 /// False where Open JTalk isn't installed or fails: then the engine speaks.
@@ -65,7 +72,7 @@ bool SayByOpenJTalk(const std::string& voice, const std::string& text, double sp
     try {
         const auto folder = std::filesystem::absolute(file).parent_path();
         SpeakOpenJTalk(*found, text, folder, [&](int sampleRate, std::span<const std::int16_t> samples) {
-            recorder.Write(sampleRate, samples);
+            recorder.Write(sampleRate, samples, Place::Within);
         });
         return recorder.Begun();
     } catch (const std::runtime_error&) {
@@ -74,25 +81,37 @@ bool SayByOpenJTalk(const std::string& voice, const std::string& text, double sp
     }
 }
 
+void Speak(Engine& engine, const std::string& voice, const std::string& text, double speed, const char* file,
+           Recorder& recorder) {
+    const auto record = [&](std::span<const std::int16_t> samples, Place place) {
+        recorder.Write(engine.SampleRate(), samples, place);
+    };
+    const bool silent = text.find_first_not_of(' ') == std::string::npos;
+    if (!silent && engine.IsJapanese() && SayByOpenJTalk(voice, text, speed, file, recorder)) return;
+    record({}, Place::Within);
+    if (!silent && engine.IsJapanese()) {
+        SpeakJapanese(engine, text, speed, record);
+    } else if (!silent) {
+        engine.Speak(text, record);
+    }
+}
+
 void SayTo(const std::string& voice, std::string_view text, const char* file, double speed) {
     Engine engine;
     engine.Choose(voice, speed);
     Recorder recorder(file);
-    const auto record = [&](std::span<const std::int16_t> samples) {
-        recorder.Write(engine.SampleRate(), samples);
-    };
-    const std::string spoken = OrdinaryWidths(SpokenText(text));
-    const bool silent = spoken.find_first_not_of(' ') == std::string::npos;
-    const bool done = !silent && engine.IsJapanese() && SayByOpenJTalk(voice, spoken, speed, file, recorder);
-    if (!done) {
-        record({});
-        if (!silent && engine.IsJapanese()) {
-            SpeakJapanese(engine, spoken, speed, record);
-        } else if (!silent) {
-            engine.Speak(spoken, record);
-        }
+    const std::string whole = OrdinaryWidths(SpokenText(text));
+    const std::string spoken(SpeakableBeginning(whole));
+    bool cut = spoken.size() < whole.size();
+    try {
+        Speak(engine, voice, spoken, speed, file, recorder);
+    } catch (const SpeechCut&) {
+        cut = true;
     }
     recorder.Finish();
+    if (!cut) return;
+    std::puts("say: the text is too long, its speech was cut");
+    std::fflush(stdout);
 }
 
 void Complain(std::string_view message) {

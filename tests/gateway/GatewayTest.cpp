@@ -9,7 +9,9 @@
 #include <latch>
 #include <optional>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -169,6 +171,34 @@ TEST(LoopbackServerTest, HandsOnTargetsAsTheyCameAndFormsDecoded) {
     }
     while (ask("GET /after").find("GET /after") == std::string::npos) {
     }
+}
+
+TEST(LoopbackServerTest, SlowStrangersKeepNobodyOut) {
+    constexpr auto kPatience = 300ms;
+    LoopbackServer server;
+    server.Start([](const ServerRequest& request) { return request.target == "/token"; },
+                 [](const ServerRequest&) {
+                     return ServerAnswer{200, "text/plain", "welcome", {}};
+                 },
+                 kPatience);
+    std::vector<test::PeerEnd> strangers;
+    const auto begins = [&](const char* request) {
+        strangers.push_back(Connected(server.Port()));
+        strangers.back().Send(request);
+    };
+    for (int i = 0; i < 100; ++i) {
+        begins(i % 2 ? "GET /tok" : "");
+        if (i % 10 == 9) {
+            EXPECT_THAT(Ask(server.Port(), "GET /token HTTP/1.0\r\n\r\n"), HasSubstr("welcome")) << i;
+        }
+    }
+    // Each byte is a sign of life, and none helps.
+    strangers.clear();
+    begins("GET /");
+    const std::jthread drips([&](const std::stop_token& ended) {
+        for (; !ended.stop_requested(); std::this_thread::sleep_for(kPatience / 20)) strangers[0].Send("x");
+    });
+    EXPECT_EQ(strangers[0].Receive(1 << 18), "");
 }
 
 /// Text and elements that hold one another up: `piece` so many times, on the stack of a server's thread.

@@ -105,6 +105,23 @@ TEST_F(LookupTest, JapaneseTextsAreWholeOrNotAtAll) {
     EXPECT_EQ(window.wikiContents, "");
 }
 
+TEST_F(LookupTest, AHostWithoutEndIsLeft) {
+    for (const std::string endless : {"X: a\r\n", "<p>and so on</p>"}) {
+        const bool isHead = endless.starts_with('X');
+        test::ScriptedServer server([&](test::ScriptedServer::Connection& client) {
+            const bool asksForHead = client.ReadRequest().starts_with("HEAD ");
+            client.Send("HTTP/1.0 302 Found\r\nlocation: " + server.Url("/x") + "\r\n");
+            if (!asksForHead || !isHead) client.Send("\r\n");
+            std::string piece;
+            while (piece.size() < 100'000) piece += endless;
+            while ((isHead || !asksForHead) && client.Send(piece)) continue;
+        });
+        window.deployment.searchHost = "127.0.0.1:" + std::to_string(server.Port());
+        window.getContents("endless");
+        EXPECT_EQ(window.wikiContents, "") << endless;
+    }
+}
+
 /// Time passes as fast as the show keeps up with it.
 TEST(SlowLookupTest, TheNextButOneTracksLookupIsAllThatAShowWaitsFor) {
     auto made = std::make_unique<test::SkippingClock>();

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <stop_token>
 #include <thread>
 
 #include "player/MusicLibrary.h"
@@ -179,6 +181,73 @@ TEST_F(MusicLibraryTest, NewAndRemovedFilesAreNoticedWithinASecond) {
     EXPECT_EQ(library->Count("Library"), 2);
     EXPECT_THAT(library->Names(), ElementsAre("Library", "new"));
     EXPECT_EQ(library->Count("list"), 0);
+}
+
+TEST_F(MusicLibraryTest, AFolderThatIsAwayForAWhileIsWaitedFor) {
+    const fs::path other = fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();
+    const fs::path disk = other / ("away-" + std::to_string(::getpid()));
+    for (const char* name : {"root/a.mp3", "root/sub/b.mp3", "empty/x", "elsewhere/linked.mp3"})
+        music_.Write(name);
+    fs::create_directory(disk);
+    std::ofstream(disk / "disk.mp3").put('x');
+    music_.Write("root/list.m3u", "a.mp3\nsub/b.mp3\n");
+    fs::create_directory_symlink(music_ / "elsewhere", music_ / "root/link");
+    fs::create_directory_symlink(disk, music_ / "mounted");
+    const auto library = Open({music_ / "root", music_ / "mounted"});
+    const auto countsLater = [&](auto time) {
+        now_ += time;
+        return std::pair(library->Count("Library"), library->Count("list"));
+    };
+    const auto all = std::pair(4, 2);
+    EXPECT_EQ(countsLater(1s), all);
+    fs::rename(music_ / "root", music_ / "gone");
+    EXPECT_EQ(countsLater(1s), all);
+    EXPECT_EQ(countsLater(14min), all);
+    fs::rename(music_ / "gone", music_ / "root");
+    EXPECT_EQ(countsLater(1s), all);
+    fs::rename(music_ / "root", music_ / "gone");
+    EXPECT_EQ(countsLater(2min), all) << "the wait begins anew";
+    EXPECT_EQ(countsLater(15min), std::pair(1, 0)) << "gone for good";
+    fs::rename(music_ / "gone", music_ / "root");
+    EXPECT_EQ(countsLater(1s), all);
+
+    fs::rename(music_ / "elsewhere", music_ / "gone");
+    EXPECT_EQ(countsLater(1s), all) << "a link's target";
+    music_.Write("root/new.mp3");
+    EXPECT_EQ(countsLater(1s), std::pair(5, 2)) << "the rest is seen as it is";
+    fs::remove(music_ / "root/link");
+    EXPECT_EQ(countsLater(1s), std::pair(4, 2)) << "the link itself is gone";
+
+    if (other == "/dev/shm") {
+        // What an unmounted disk leaves is an empty folder of the disk below.
+        fs::remove(music_ / "mounted");
+        fs::remove(music_ / "empty/x");
+        fs::create_directory_symlink(music_ / "empty", music_ / "mounted");
+        EXPECT_EQ(countsLater(1s), std::pair(4, 2));
+    }
+    fs::remove_all(disk);
+    for (const char* name : {"root/a.mp3", "root/new.mp3", "root/sub/b.mp3"}) fs::remove(music_ / name);
+    music_.Write("root/list.m3u", "");
+    EXPECT_EQ(countsLater(1s), std::pair(other == "/dev/shm" ? 1 : 0, 0)) << "a folder that was emptied";
+}
+
+TEST_F(MusicLibraryTest, NobodyWaitsOnceTheApplicationEnds) {
+    music_.Write("a.mp3");
+    music_.Write("list.m3u", "a.mp3\n");
+    for (const auto watching : {MusicLibrary::Watching::OnThread, MusicLibrary::Watching::InCall}) {
+        std::stop_source end;
+        MusicLibrary early(
+            {music_.Path()}, watching, [this] { return now_; }, end.get_token());
+        EXPECT_EQ(early.Count("list"), 1);
+        end.request_stop();
+        music_.Write("list.m3u", "a.mp3\nb.mp3\n");
+        EXPECT_EQ(early.Count("list"), 1) << "what is known by then";
+        MusicLibrary late(
+            {music_.Path()}, watching, [this] { return now_; }, end.get_token());
+        EXPECT_THAT(late.Names(), ElementsAre("Library"));
+        EXPECT_EQ(late.Count("Library"), 0);
+        music_.Write("list.m3u", "a.mp3\n");
+    }
 }
 
 TEST_F(MusicLibraryTest, WatchesOnAThreadToo) {

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "player/EntryFile.h"
 #include "player/ForeignText.h"
 #include "player/PlaylistFiles.h"
@@ -51,14 +53,80 @@ TEST(PlaylistParsers, GiveTheEntriesOfEachFormat) {
          "<location>c.mp3</location></track><track><title>nowhere</title></track>"
          "<track xml:base='http://h/x/'><location>a.mp3</location></track></trackList></playlist>",
          {"b.mp3||"}},
+        {"sloppy writers.xspf",
+         "\n<?xml version='1.0' encoding='UTF-8'?><playlist><trackList><track><title>A & B &nbsp;\x01 "
+         "C</title>"
+         "<creator><![CDATA[D & E]]></creator><location>caf\xE9 & co.mp3</location></track>"
+         "<track><title>&#xE9;t\xC3\xA9</title><location>b.mp3</location></track></trackList></playlist>",
+         {"caf\xE9 & co.mp3|D & E|A & B &nbsp;  C", "b.mp3||été"}},
+        {"Latin-1.xspf",
+         "<?xml version='1.0' encoding='iso-8859-1'?><playlist><trackList><track>"
+         "<location>caf\xE9.mp3</location></track></trackList></playlist>",
+         {"café.mp3||"}},
+        {"what no path is as long as.m3u",
+         std::string(5000, 'x') + ".mp3\na.mp3\n#EXTINF:1," + std::string(20'000, 'x') + "\nb.mp3\n/" +
+             std::string(40'000, '/') + "\nfile:///" + std::string(13'000, 'y') + "\nc.mp3",
+         {"a.mp3||", "b.mp3||", "c.mp3||"}},
     };
     for (const auto& c : cases) {
         std::vector<std::string> told;
         for (const PlaylistEntry& entry : ParsePlaylist(c.name, c.bytes).tracks) {
-            told.push_back(Spellings(entry).front() + '|' + entry.text.artist + '|' + entry.text.title);
+            const TrackText text = TrackText::Unpacked(entry.words);
+            told.push_back(Spellings(entry).front() + '|' + text.artist + '|' + text.title);
         }
         EXPECT_EQ(told, c.told) << c.name;
     }
+}
+
+/// How many of a file's bytes are read that goes on with `piece` for ever, up to 64 MB.
+std::size_t ReadBytes(PlaylistParser& parser, const std::string& beginning,
+                      const std::function<std::string(int)>& piece) {
+    std::size_t read = beginning.size();
+    if (!parser.Read(beginning)) return read;
+    for (int i = 0; read < std::size_t{64} << 20; ++i) {
+        const std::string next = piece(i);
+        read += next.size();
+        if (!parser.Read(next)) break;
+    }
+    return read;
+}
+
+TEST(PlaylistParsers, ReadNoFurtherWhereAFileIsHostile) {
+    const auto repeated = [](std::string text) {
+        std::string piece;
+        while (piece.size() < 64 * 1024) piece += text;
+        return [piece](int) { return piece; };
+    };
+    const auto names = [](int i) {
+        std::string piece;
+        for (int k = 0; k < 4000; ++k) piece += "<n" + std::to_string(i * 4000 + k) + "/>";
+        return piece;
+    };
+    const std::string bomb =
+        "<?xml version='1.0'?><!DOCTYPE plist [<!ENTITY a 'aaaaaaaaaa'><!ENTITY b '&a;&a;&a;'>]>";
+    const struct {
+        const char* name;
+        std::string beginning;
+        std::function<std::string(int)> piece;
+    } cases[] = {
+        {"nesting", "<a>", repeated("<a>")},
+        {"a name without end", "<a", repeated("aaaa")},
+        {"an attribute without end", "<a b='", repeated("aaaa")},
+        {"a comment without end", "<a><!-- ", repeated("aaaa")},
+        {"names of every kind", "<a>", names},
+        {"entities", bomb, repeated(" ")},
+    };
+    for (const auto& c : cases) {
+        EXPECT_LT(ReadBytes(*XspfParser(), c.beginning, c.piece), std::size_t{16} << 20) << c.name;
+        EXPECT_LT(ReadBytes(*LibraryXmlParser(), c.beginning, c.piece), std::size_t{16} << 20) << c.name;
+    }
+    const std::string track = "<track><location>" + std::string(4000, 'a') + "</location></track>";
+    EXPECT_LE(ReadBytes(*XspfParser(), "<playlist><trackList>", repeated(track)), std::size_t{66} << 20);
+    const auto parser = M3uParser();
+    ReadBytes(*parser, "", repeated(std::string(4090, 'a') + "\n"));
+    std::size_t bytes = 0;
+    for (const PlaylistEntry& entry : parser->Finish().tracks) bytes += entry.location.size();
+    EXPECT_LE(bytes, kMostTrackBytes + kLongestPath);
 }
 
 TEST(ForeignText, IsReadAsWhatItIs) {

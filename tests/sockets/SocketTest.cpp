@@ -54,6 +54,29 @@ TEST_F(Sockets, ConnectEchoCloseInOrder) {
     EXPECT_EQ(socket.Read(9).Bytes(), "bye");
 }
 
+TEST_F(Sockets, NoBoundIsOutstayed) {
+    constexpr std::uint64_t kMuch = 1 << 30;
+    const auto logOf = [&](const SocketCore::Bounds& bounds, std::size_t piece, bool reads) {
+        NotingSocket socket;
+        socket.SetBounds(bounds);
+        socket.onEvent = [&](char event) {
+            if (event == 'D' && reads) socket.ReadAll();
+        };
+        const PeerEnd peer = Connected(socket);
+        const std::jthread sending([&](const std::stop_token& ended) {
+            for (; !ended.stop_requested(); std::this_thread::sleep_for(std::chrono::milliseconds(5)))
+                peer.Send(std::string(piece, 'x'));
+        });
+        socket.UntilLogEnds("E102");
+        EXPECT_EQ(socket.Lookahead().IsEmpty(), reads || bounds.unread < kMuch);
+        return socket.log.size();
+    };
+    // The last one sends for ever what no other bound ends.
+    logOf({std::chrono::hours(1), 1 << 20, kMuch}, 60'000, true);
+    logOf({std::chrono::hours(1), kMuch, 1 << 20}, 60'000, false);
+    EXPECT_GT(logOf({std::chrono::milliseconds(500), kMuch, kMuch}, 1, true), 5u);
+}
+
 TEST_F(Sockets, FailuresToConnectAndToWrite) {
     Listener gone;
     gone.Close();

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/support/TestShow.h"
 
 namespace sorakaze {
@@ -69,6 +71,18 @@ TEST_F(RomanisationTest, EachMultibyteRunIsReadByItself) {
     }
     std::filesystem::remove(program);
     EXPECT_EQ(show.window.convertRoma("a東京b").Bytes(), "ab");
+}
+
+TEST_F(RomanisationTest, NoTitleHasMoreRunsThanCanBeRead) {
+    show.folder.Write(program, "#!/bin/sh\necho か\n");
+    std::filesystem::permissions(program, std::filesystem::perms::all);
+    std::string text;
+    for (int i = 0; i < 400; ++i) text += "雲a";
+    const std::string romaji = show.window.convertRoma(text + "雲").Bytes();
+    EXPECT_EQ(std::ranges::count(romaji, 'a') - std::ranges::count(romaji, 'k'), 400);
+    EXPECT_LE(std::ranges::count(romaji, 'k'), 150);
+    EXPECT_TRUE(romaji.starts_with("kaa"));
+    EXPECT_TRUE(romaji.ends_with("aaaa")) << "as with a program that prints nothing";
 }
 
 TEST_F(RomanisationTest, TheTableHasNoRowThatHidesALaterOne) {

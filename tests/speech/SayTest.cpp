@@ -8,6 +8,7 @@
 #include <cmath>
 #include <map>
 #include <sndfile.hh>
+#include <span>
 
 #include "tests/support/Program.h"
 #include "tests/support/TestRuntime.h"
@@ -157,16 +158,43 @@ TEST_F(SayTest, TextWithoutAWordIsAShortSilence) {
     }
 }
 
-TEST_F(SayTest, LongTextsAreSpokenAndEndedHalfWayLeaveNothing) {
-    std::string page;
-    while (page.size() < 12000) page += kSentence + " ";
-    const Sound sound = Spoken("Alex", page);
-    EXPECT_GT(sound.Seconds(), 400);
-    EXPECT_LE(sound.Peak(), -0.95);
+TEST_F(SayTest, NoSpeechIsLongerThanTwoMinutes) {
+    const auto repeated = [](const std::string& text, int times) {
+        std::string all;
+        for (int i = 0; i < times; ++i) all += text;
+        return all;
+    };
+    const struct {
+        const char* voice;
+        std::string text;
+        double shortest;  ///< seconds
+    } cases[] = {{"Alex", repeated("a ", 60'000), 115},
+                 {"Alex", repeated(kSentence + " ", 500), 115},
+                 {"Alex", repeated("雲a", 25'000), 115},
+                 {"Alex", repeated("a", 100'000), 115},
+                 {"Alex", repeated("e", 1) + repeated("\u0301", 50'000), 0.1},
+                 {"Kyoko", repeated("今日は晴れ。", 5'000), 115},
+                 {"Kyoko", repeated("1", 100'000), 115},
+                 {"Kyoko", repeated("一二三", 1'000), 115},
+                 {"Kyoko", repeated("😀", 25'000), 0.05}};
+    for (const auto& [voice, text, shortest] : cases) {
+        SCOPED_TRACE(voice + (" " + text.substr(0, 20)));
+        const Sound sound = Spoken(voice, text);
+        EXPECT_NEAR(sound.Seconds(), (shortest + 121) / 2, (121 - shortest) / 2);
+        EXPECT_EQ(ReadBytes(folder.Path() / "output"), "say: the text is too long, its speech was cut\n");
+        const auto end = std::span(sound.samples).last(static_cast<std::size_t>(sound.rate) / 500);
+        EXPECT_TRUE(std::ranges::none_of(end, Sound::Loud)) << "no click";
+    }
+    const Sound sound = Spoken("Alex", repeated(kSentence + " ", 15));
+    EXPECT_GT(sound.Seconds(), 60);
+    EXPECT_EQ(ReadBytes(folder.Path() / "output"), "");
     EXPECT_NEAR(sound.Level(), -18, 2);
+}
 
+TEST_F(SayTest, EndedHalfWayItLeavesNothing) {
+    std::string page;
+    while (page.size() < 90'000) page += kSentence + " ";
     fs::remove(file);
-    while (page.size() < 90000) page += page;
     Program ended = Start({"-v", "Alex", page, "-o", file});
     while (Left() == 0 && !ended.Ended()) continue;
     ended.Signal(SIGTERM);

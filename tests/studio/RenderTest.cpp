@@ -48,6 +48,33 @@ struct Render : testing::Test {
     StudioStation station;
 };
 
+TEST_F(Render, NoTitleSteersATerminal) {
+    const std::string title = "a\u202Eb\u2066c\u2028d\u009Be\u0007f\xE2\x80\x8D日";
+    station.WriteTone("Music/" + title + ".wav", 500, 0.25, 2);
+    station.Write("Programs/Show.txt",
+                  "mode: songs 1\nintro: 0, say x\u202Ey\x1B[2J\nintro: 0, play [[iTunes]]\n");
+    const auto outcome = station.Render("none");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_NE(outcome.out.find("> track 1: abc d e f\u200D日\n"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("Alex: xy [2J\n"), std::string::npos) << outcome.out;
+    EXPECT_EQ(station.Traced("say", "text"), std::vector<std::string>{"x\u202Ey\x1B[2J"});
+}
+
+TEST_F(Render, ATextThatIsTooLongIsCutAndToldOf) {
+    std::string text;
+    for (int i = 0; i < 3000; ++i) text += "word ";
+    station.WriteTone("Music/track.wav", 500, 0.25, 1);
+    station.Write("Programs/Show.txt",
+                  "mode: songs 1\nintro: 0, say " + text + "\nintro: 0, play [[iTunes]]\n");
+    const auto outcome = station.Render("none");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(station.Traced("failed", "why"),
+              std::vector<std::string>{"the text is too long, its speech was cut"});
+    EXPECT_EQ(station.Traced("failed", "which"), std::vector<std::string>{"say"});
+    ASSERT_EQ(station.Traced("say", "seconds").size(), 1u);
+    EXPECT_NEAR(std::stod(station.Traced("say", "seconds")[0]), 118.5, 3);
+}
+
 TEST_F(Render, TheSoundIsWhatTheProgramSays) {
     station.WriteTone("Sounds/tone.wav", 1000, 0.5, 10);
     station.WriteTone("Music/track.wav", 500, 0.25, 60);

@@ -46,12 +46,15 @@ class TcpConnection final : public Connection,
                             public Endable,
                             public std::enable_shared_from_this<TcpConnection> {
   public:
-    TcpConnection(std::shared_ptr<Network> network, std::shared_ptr<Exchange> exchange, std::uint16_t port)
+    TcpConnection(std::shared_ptr<Network> network, std::shared_ptr<Exchange> exchange, std::uint16_t port,
+                  Bounds bounds)
         : network_(std::move(network)),
           exchange_(std::move(exchange)),
           port_(port),
+          bounds_(bounds),
           socket_(network_->GetLoop().context),
-          patience_(network_->GetLoop().context) {}
+          patience_(network_->GetLoop().context),
+          end_(network_->GetLoop().context) {}
 
     void Serve() override {
         network_->Post([self = shared_from_this()] {
@@ -72,10 +75,12 @@ class TcpConnection final : public Connection,
         std::error_code ignored;
         socket_.close(ignored);
         patience_.cancel();
+        end_.cancel();
     }
 
     void Begin(const std::string& host) {
         network_->GetLoop().living.insert(this);
+        EndInTime();
         std::error_code noAddress;
         asio::ip::make_address(host, noAddress);
         if (!noAddress) {
@@ -94,6 +99,16 @@ class TcpConnection final : public Connection,
     }
 
   private:
+    void EndInTime() {
+        if (bounds_.time == std::chrono::milliseconds::max()) return;
+        end_.expires_after(bounds_.time);
+        end_.async_wait([wanted = weak_from_this()](std::error_code cancelled) {
+            const auto self = wanted.lock();
+            if (self && !cancelled && !self->over_)
+                self->Fail(self->connected_ ? Failure::Lost : Failure::Unreachable);
+        });
+    }
+
     void TryAll(const std::vector<std::string>& addresses) {
         for (const auto& text : addresses) {
             std::error_code noAddress;
@@ -197,6 +212,11 @@ class TcpConnection final : public Connection,
                 return;
             }
             exchange_->TellReceived({scratch.data(), count});
+            received_ += count;
+            if (received_ > bounds_.received) {
+                Fail(Failure::Lost);
+                return;
+            }
             if (count < size) break;
         }
         AwaitData();
@@ -228,14 +248,17 @@ class TcpConnection final : public Connection,
     const std::shared_ptr<Network> network_;
     const std::shared_ptr<Exchange> exchange_;
     const std::uint16_t port_;
+    const Bounds bounds_;
     tcp::socket socket_;
     asio::steady_timer patience_;
+    asio::steady_timer end_;
 
     std::vector<tcp::endpoint> untried_;
     std::size_t next_ = 0;
     bool noted_ = false;
     Failure failure_ = Failure::NoAddress;
     bool connected_ = false;
+    std::uint64_t received_ = 0;  ///< bytes
     bool over_ = false;
     bool sending_ = false;  ///< waits until the system takes more, or never sends again
     std::string outgoing_;
@@ -245,8 +268,9 @@ class TcpConnection final : public Connection,
 }  // namespace
 
 std::shared_ptr<Connection> Connection::Open(std::shared_ptr<Network> network, std::string host,
-                                             std::uint16_t port, std::shared_ptr<Exchange> exchange) {
-    auto connection = std::make_shared<TcpConnection>(network, std::move(exchange), port);
+                                             std::uint16_t port, std::shared_ptr<Exchange> exchange,
+                                             Bounds bounds) {
+    auto connection = std::make_shared<TcpConnection>(network, std::move(exchange), port, bounds);
     network->Post([connection, host = std::move(host)] { connection->Begin(host); });
     return connection;
 }

@@ -3,7 +3,9 @@
 // One TCP connection, from its name's look-up to its end. What comes of it is told through its Exchange.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -12,6 +14,12 @@
 
 namespace sorakaze::network {
 
+/// Beyond these a connection is torn.
+struct Bounds {
+    std::chrono::milliseconds time = std::chrono::milliseconds::max();   ///< from the look-up of the name on
+    std::uint64_t received = std::numeric_limits<std::uint64_t>::max();  ///< bytes
+};
+
 class Connection {
   public:
     virtual ~Connection() = default;
@@ -19,7 +27,8 @@ class Connection {
     /// Begins to connect and returns. `host` is a name or a numeric address. All addresses of a name are
     /// tried in turn.
     static std::shared_ptr<Connection> Open(std::shared_ptr<Network> network, std::string host,
-                                            std::uint16_t port, std::shared_ptr<Exchange> exchange);
+                                            std::uint16_t port, std::shared_ptr<Exchange> exchange,
+                                            Bounds bounds);
 
     // Any thread:
 
