@@ -45,9 +45,5 @@ class Console {
 
 /// "1:02:03" or "2:03".
 std::string ClockText(double seconds);
-/// Foreign text as it may be printed: control characters are blanks, bytes that aren't UTF-8 are replacement
-/// characters, and what turns the direction of the text around it is left out. So no title can steer a
-/// terminal, or make a line read as another.
-std::string Harmless(const std::string& text);
 
 }  // namespace sorakaze::studio

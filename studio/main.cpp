@@ -10,6 +10,7 @@
 #include <exception>
 #include <string>
 
+#include "app/runtime/HarmlessText.h"
 #include "app/runtime/sound/encoding/SoundFileWriter.h"
 #include "studio/Console.h"
 #include "studio/Render.h"
@@ -20,7 +21,7 @@ namespace {
 using namespace sorakaze::studio;
 
 int Fail(int status, const std::string& line) {
-    std::fprintf(stderr, "sorakaze-studio: %s\n", Harmless(line).c_str());
+    std::fprintf(stderr, "sorakaze-studio: %s\n", sorakaze::Harmless(line).c_str());
     return status;
 }
 

@@ -59,7 +59,7 @@ TEST(TrackFiles, PlaylistsNameThem) {
         for (std::size_t i = 0; i < entries.size(); ++i) {
             const Track& track = Tracks()[static_cast<std::size_t>(playlist.tracks[i])];
             EXPECT_EQ(player::Spellings(entries[i]).front(), track.file) << name;
-            EXPECT_EQ(entries[i].text.title, track.title) << name;
+            EXPECT_EQ(player::TrackText::Unpacked(entries[i].words).title, track.title) << name;
         }
     }
 }
