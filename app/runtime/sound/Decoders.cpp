@@ -2,10 +2,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/runtime/sound/Decoders.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <set>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <variant>
@@ -21,10 +24,15 @@ using Failure = DecoderProcess::Failure;
 /// A program that is ended from outside costs no file anything, as long as it comes back.
 constexpr int kAttempts = 4;
 
-/// What a job may allocate. Honest files of many hours have indexes of a share of their size.
+/// What a job may allocate. Files of many hours in one kind of container have indexes of a share of their
+/// size.
 std::uint64_t MemoryFor(const RegularFile& file) {
-    constexpr std::uint64_t kLeast = 40u << 20, kMostForIndexes = 192u << 20;
-    return kLeast + std::min(static_cast<std::uint64_t>(file.status.st_size) / 4, kMostForIndexes);
+    constexpr std::uint64_t kUsual = 40u << 20, kMostForIndexes = 192u << 20;
+    char head[8]{};
+    const bool indexed = ::pread(file.descriptor.Get(), head, sizeof head, 0) == sizeof head &&
+                         std::string_view(head + 4, 4) == "ftyp";
+    return kUsual +
+           (indexed ? std::min(static_cast<std::uint64_t>(file.status.st_size) / 4, kMostForIndexes) : 0);
 }
 
 FileIdentity IdentityOf(const RegularFile& file) {
