@@ -8,6 +8,7 @@
 
 #include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
+#include "speech/VoicePage.h"
 
 namespace sorakaze {
 // The library begins to look through the music before anything else comes up.
@@ -52,7 +53,9 @@ void Desktop::_MakeDefaultView() {
     host_.SetParent(view_.get());
     view_->onClose = [this] { Quit(); };
     viewer_ = std::make_unique<viewer::Viewer>(appFolder_ / "Sorakaze.app/Contents/Linux/sorakaze-viewer");
-    window_->voiceHTMLViewer.Load = [this](const FolderItemRef& file) { viewer_->Load(file->Path()); };
+    window_->voiceHTMLViewer.Load = [this](const FolderItemRef& file) {
+        viewer_->Load(file->Path(), {VoiceAddress(window_->deployment), kVoicePageScript, ownVoice_});
+    };
     try {
         window_->Event_Open();
     } catch (...) {
@@ -86,6 +89,7 @@ void Desktop::OfferServices() {
         deployment.encyclopaediaEnglish.clear();
         deployment.encyclopaediaJapanese.clear();
     }
+    ownVoice_ = deployment.voiceHost.empty();
     gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
                                  deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
                                 deployment.searchHost, deployment.voiceHost, complaint);

@@ -69,6 +69,7 @@ class Desktop {
     std::unique_ptr<window::WindowView> view_;
     std::unique_ptr<output::Loudspeaker> loudspeaker_;
     std::unique_ptr<gateway::Gateway> gateway_;
+    bool ownVoice_ = false;  ///< the gateway speaks; set before the first show
     std::unique_ptr<viewer::Viewer> viewer_;
     std::unique_ptr<desktop::Mpris> mpris_;
     desktop::NowPlaying nowPlaying_;  ///< for the baton's holder

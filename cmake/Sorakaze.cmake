@@ -34,6 +34,7 @@ if(SORAKAZE_FUZZ)
     target_compile_options(sorakaze_flags INTERFACE -fsanitize=fuzzer-no-link)
     target_link_options(sorakaze_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+include(cmake/Hardening.cmake)
 
 # Where a built station stands: the portable folder that a user has. Only the preset release fills build/Sorakaze/;
 # every other build has a folder of its own, so that two builds never mix.

@@ -15,10 +15,12 @@ std::string Field(const std::string& name, const std::string& value, const std::
 String Template(const Deployment& deployment) {
     return "<html>\r"
            "<head><meta http-equiv='Content-Type' content='text/html; charset=utf-8'></head>\r"
-           "<body onload=\"document.forms[0].target = 'sub'; document.forms[0].submit();\">\r"
+           "<body onload=\"" +
+           std::string(kVoicePageScript) +
+           "\">\r"
            "\r"
-           "<form method=\"post\" action=\"http://" +
-           deployment.voiceHost + "/voice_neo/vsdemo.aspx\">\r" +
+           "<form method=\"post\" action=\"" +
+           VoiceAddress(deployment) + "\">\r" +
            Field("__VIEWSTATE", deployment.viewState, " id=\"__VIEWSTATE\"") +
            Field("__EVENTVALIDATION", deployment.eventValidation, " id=\"__EVENTVALIDATION\"") +
            Field("RadioButton1", "[[voice]]") + Field("WriteText", "[[text]]", " rows=\"2\" cols=\"20\"") +
@@ -31,6 +33,10 @@ String Template(const Deployment& deployment) {
 }
 
 }  // namespace
+
+std::string VoiceAddress(const Deployment& deployment) {
+    return "http://" + deployment.voiceHost + "/voice_neo/vsdemo.aspx";
+}
 
 /// The text first: should it hold the other's mark, the mark of the voice's field stands ahead of it.
 String VoicePage(const Deployment& deployment, const String& voice, const String& text) {

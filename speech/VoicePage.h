@@ -2,10 +2,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <string>
+
 #include "app/runtime/String.h"
 #include "show/Deployment.h"
 
 namespace sorakaze {
+
+/// What the page does when it is loaded, the only script in it.
+inline constexpr const char* kVoicePageScript =
+    "document.forms[0].target = 'sub'; document.forms[0].submit();";
+
+/// Where the page posts its form.
+std::string VoiceAddress(const Deployment& deployment);
 
 /// The page that sends `text` to the voice service the moment it is loaded, in UTF-8 with lines that end in a
 /// carriage return. Neither text is escaped; `text` holds no double quote.

@@ -2,13 +2,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/viewer/Viewer.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <csignal>
 #include <cstdio>
+#include <memory>
 #include <utility>
+
+#include "app/runtime/process/Descriptor.h"
 
 namespace sorakaze::viewer {
 namespace {
@@ -19,6 +25,12 @@ constexpr int kHesitationMilliseconds = 5;
 /// For a process that the kernel has to take down.
 constexpr int kPatienceMilliseconds = 1000;
 
+/// Of what a program says on standard error.
+constexpr int kMostSaid = 4096;
+
+/// Of a page; a text of any sense is shorter.
+constexpr off_t kMostBytes = 8 << 20;
+
 /// Between the fork and the program: a process group of its own, which ends as one and which a terminal's
 /// Ctrl+C does not reach; no outliving the application, however that ends; and no signals held back.
 void BecomeOnesOwn() {
@@ -27,6 +39,27 @@ void BecomeOnesOwn() {
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+/// Empty for what is no ordinary file, or too long for a page.
+std::optional<std::string> ReadPage(const std::filesystem::path& path) {
+    const process::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!file || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kMostBytes)
+        return std::nullopt;
+    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+    const ssize_t length = ::pread(file.Get(), bytes.data(), bytes.size(), 0);
+    if (length < 0) return std::nullopt;
+    bytes.resize(static_cast<std::size_t>(length));
+    return bytes;
+}
+
+/// A file without a name, to be read from its beginning. Throws nothing; empty where memory is short.
+process::Descriptor InMemory(const std::string& bytes) {
+    process::Descriptor file(::memfd_create("page", MFD_CLOEXEC));
+    if (!file || ::pwrite(file.Get(), bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
+        return {};
+    return file;
 }
 
 QString FromPath(const std::filesystem::path& path) {
@@ -52,10 +85,12 @@ Viewer::~Viewer() {
     for (QProcess* process : processes) process->waitForFinished(kPatienceMilliseconds);
 }
 
-void Viewer::Load(std::filesystem::path page) {
+void Viewer::Load(const std::filesystem::path& page, Service service) {
+    auto html = ReadPage(page);
     {
         const std::lock_guard lock(mutex_);
-        next_ = std::move(page);
+        next_.reset();
+        if (html) next_ = Page{*std::move(html), std::move(service)};
     }
     QMetaObject::invokeMethod(
         this,
@@ -67,28 +102,45 @@ void Viewer::Load(std::filesystem::path page) {
 }
 
 void Viewer::Begin() {
-    std::filesystem::path page;
+    std::optional<Page> page;
     {
         const std::lock_guard lock(mutex_);
-        page = next_;
+        page = std::exchange(next_, std::nullopt);
     }
+    if (page) return Start(*page);
+    Complain("the page can't be read");
+}
+
+void Viewer::Start(const Page& page) {
     process_ = new QProcess(this);
     QProcess* const process = process_;
     connect(process, &QProcess::finished, process, &QObject::deleteLater);
-    connect(process, &QProcess::finished, this, [this, process] {
-        Complain(LastLine(process->readAllStandardError()));
+    const QString ended = FromPath(program_) + " has ended: ";
+    const auto said = std::make_shared<QByteArray>();
+    connect(process, &QProcess::readyReadStandardError, this, [this, process, said] {
+        *said = (*said + process->readAllStandardError()).right(kMostSaid);
+        const auto begin = said->indexOf(kNotice);
+        const auto end = begin < 0 ? begin : said->indexOf('\n', begin);
+        if (end >= 0) Notice(said->mid(begin, end - begin));
+    });
+    connect(process, &QProcess::finished, this, [this, said, ended] {
+        Complain(ended + LastLine(*said));
         process_ = nullptr;
     });
-    connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
+    connect(process, &QProcess::errorOccurred, this, [this, process, ended](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
-        Complain(process->errorString());
+        Complain(ended + process->errorString());
         process->deleteLater();
         process_ = nullptr;
     });
     process->setStandardInputFile(QProcess::nullDevice());
     process->setStandardOutputFile(QProcess::nullDevice());
-    process->setChildProcessModifier(BecomeOnesOwn);
-    process->start(FromPath(program_), {FromPath(page)}, QIODevice::ReadOnly);
+    const auto input = std::make_shared<process::Descriptor>(InMemory(Pack(page)));
+    process->setChildProcessModifier([input] {
+        BecomeOnesOwn();
+        ::dup2(input->Get(), STDIN_FILENO);
+    });
+    process->start(FromPath(program_), {}, QIODevice::ReadOnly);
 }
 
 void Viewer::End(QProcess& process) {
@@ -102,8 +154,11 @@ void Viewer::End(QProcess& process) {
 
 void Viewer::Complain(const QString& why) {
     if (std::exchange(complained_, true)) return;
-    std::fprintf(stderr, "Sorakaze: pages stay silent, because %s has ended: %s\n", program_.c_str(),
-                 qPrintable(why));
+    std::fprintf(stderr, "Sorakaze: pages stay silent: %s\n", qPrintable(why));
+}
+
+void Viewer::Notice(const QByteArray& line) {
+    if (!std::exchange(noticed_, true)) std::fprintf(stderr, "%s\n", line.constData());
 }
 
 }  // namespace sorakaze::viewer

@@ -11,6 +11,10 @@
 #include <QTimer>
 #include <filesystem>
 #include <mutex>
+#include <optional>
+#include <string>
+
+#include "app/viewer/Page.h"
 
 namespace sorakaze::viewer {
 
@@ -21,24 +25,28 @@ class Viewer : public QObject {
     /// The page ends at once, with all its processes.
     ~Viewer() override;
 
-    /// Runs the page of a local file in place of what is there, and returns at once. Of loads in quick
+    /// Runs the page that the local file holds now, no link, in place of what is there. Of loads in quick
     /// succession only the last may be begun. Any thread.
-    void Load(std::filesystem::path page);
+    void Load(const std::filesystem::path& page, Service service = {});
 
   private:
     void Begin();
+    void Start(const Page& page);
     /// Ends the process with all that it has started, without waiting.
     static void End(QProcess& process);
     /// The first time only: a show has many pages, and its user one standard error.
     void Complain(const QString& why);
+    /// What the program lacks, though it runs; the first time only as well.
+    void Notice(const QByteArray& line);
 
     const std::filesystem::path program_;
     QTimer hesitation_;            ///< then the page begins
     QProcess* process_ = nullptr;  ///< a child object, as are those that are ending
     bool complained_ = false;
+    bool noticed_ = false;
 
-    std::mutex mutex_;            ///< guards what follows
-    std::filesystem::path next_;  ///< the last one asked for
+    std::mutex mutex_;          ///< guards what follows
+    std::optional<Page> next_;  ///< the last one asked for; empty: it can't be read
 };
 
 }  // namespace sorakaze::viewer

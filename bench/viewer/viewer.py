@@ -49,7 +49,7 @@ def run(stage, times, costs):
         service.posts.get(timeout=rig.PATIENCE)
         written = station.page_written()
         times.append(stage.recorder.hear()[0] - written)
-    costs.append((before, memory(station.process.pid), sum(memory(pid) for pid in station.below())))
+    costs.append((before, memory(station.process.pid), sum(memory(pid) for pid in station.browsers())))
     station.terminate()
     station.remove()
 

@@ -3,8 +3,10 @@
 // The application's side of the viewer, with shell scripts in the place of the web engine. What the engine
 // does with a page is tried in the real window, by scripts/try-viewer.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <QChildEvent>
+#include <QElapsedTimer>
 #include <csignal>
 #include <optional>
 #include <thread>
@@ -19,7 +21,9 @@ namespace {
 using desktop::RunUntil;
 
 /// Notes the page, and itself with a child that would stay behind.
-constexpr const char* kPatient = "#!/bin/sh\nsleep 60 &\necho \"$1 $$ $!\" >>\"$0.log\"\nwait\n";
+constexpr const char* kPatient =
+    "#!/bin/sh\nread address\nread script\nread whose\nread page\nsleep 60 &\n"
+    "echo \"$address $script $whose $page $$ $!\" >>\"$0.log\"\nwait\n";
 
 struct ViewerTest : testing::Test {
     std::filesystem::path Program(const std::string& text) const {
@@ -58,19 +62,22 @@ struct CountingViewer : Viewer {
 
 TEST_F(ViewerTest, TheLastOfSeveralPagesRunsAndNothingOfTheOthersStays) {
     std::optional<Viewer> viewer(Program(kPatient));
-    const auto load = [&](const char* empty, const char* page) {
+    const auto empty = folder.Write("blank.html", "blank\n");
+    const auto load = [&](const std::string& text) {
+        const auto page = folder.Write("temp.html", text + '\n');
         std::thread([&] {
             viewer->Load(empty);
-            viewer->Load(page);
+            viewer->Load(page, {"http://host/form", "script", true});
         }).join();
+        folder.Write("temp.html", "somebody else's\n");
     };
-    load("/blank", "/first");
+    load("first");
     const std::string first = Note(1);
-    EXPECT_EQ(first.substr(0, 7), "/first ");
+    EXPECT_EQ(first.substr(0, 34), "http://host/form script own first ");
     EXPECT_FALSE(Ended(first));
-    load("/blank", "/with blanks & 'quotes'");
+    load("with blanks & 'quotes'");
     const std::string second = Note(2);
-    EXPECT_EQ(second.substr(0, 23), "/with blanks & 'quotes'");
+    EXPECT_EQ(second.substr(28, 23), "with blanks & 'quotes' ");
     EXPECT_TRUE(RunUntil([&] { return Ended(first); }));
     EXPECT_FALSE(Ended(second));
     viewer.reset();
@@ -79,10 +86,11 @@ TEST_F(ViewerTest, TheLastOfSeveralPagesRunsAndNothingOfTheOthersStays) {
 
 TEST_F(ViewerTest, EndsWithAPageThatIsBeingStarted) {
     std::optional<CountingViewer> viewer(Program(kPatient));
-    viewer->Load("/page");
+    const auto page = folder.Write("page", "page\n");
+    viewer->Load(page);
     viewer.reset();
     viewer.emplace(Program(kPatient));
-    viewer->Load("/page");
+    viewer->Load(page);
     EXPECT_TRUE(RunUntil([&] { return viewer->begun == 1; }));
     viewer.reset();
 }
@@ -96,7 +104,7 @@ TEST_F(ViewerTest, AProgramThatFailsIsToldOfOnceAndTriedAgain) {
         testing::internal::CaptureStderr();
         CountingViewer viewer(program);
         for (int round = 1; round <= 2; ++round) {
-            viewer.Load("/page");
+            viewer.Load(folder.Write("page", "page\n"));
             EXPECT_TRUE(RunUntil([&] { return viewer.done == round; }));
         }
         const std::string told = testing::internal::GetCapturedStderr();
@@ -104,6 +112,35 @@ TEST_F(ViewerTest, AProgramThatFailsIsToldOfOnceAndTriedAgain) {
         EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
     }
     Note(2);
+}
+
+TEST_F(ViewerTest, WhatAProgramLacksIsToldOfOnceAndNotAsItsEnd) {
+    testing::internal::CaptureStderr();
+    CountingViewer viewer(Program("#!/bin/sh\necho 'sorakaze-viewer: no sandbox' >&2\necho bad >&2\n"));
+    for (int round = 1; round <= 2; ++round) {
+        viewer.Load(folder.Write("page", "page\n"));
+        EXPECT_TRUE(RunUntil([&] { return viewer.done == round; }));
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "sorakaze-viewer: no sandbox\nSorakaze: pages stay silent: " + (folder / "program").string() +
+                  " has ended: bad\n");
+}
+
+TEST_F(ViewerTest, WhatIsNoFileOfItsOwnIsNotShown) {
+    const auto page = folder.Write("page", "page\n");
+    std::filesystem::create_symlink(page, folder / "link");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    for (const char* name : {"link", "pipe", "nothing", "."}) {
+        testing::internal::CaptureStderr();
+        CountingViewer viewer(Program(kPatient));
+        viewer.Load(folder / name);
+        QElapsedTimer hesitation;
+        hesitation.start();
+        RunUntil([&] { return viewer.begun > 0 || hesitation.hasExpired(100); });
+        const std::string told = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(viewer.begun, 0) << name;
+        EXPECT_NE(told.find("can't be read"), std::string::npos) << name << told;
+    }
 }
 
 }  // namespace

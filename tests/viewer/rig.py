@@ -11,8 +11,10 @@ import os
 import pathlib
 import pwd
 import queue
+import secrets
 import shutil
 import signal
+import socket
 import statistics
 import struct
 import subprocess
@@ -37,8 +39,36 @@ def tone():
             struct.pack("<IHHIIHH", 16, 1, 1, RATE, RATE * 2, 2, 16) + b"data" + struct.pack("<I", len(samples)) + samples)
 
 
+class Trap:
+    """A port of this machine that nobody may come to, by TCP or by UDP."""
+
+    def __init__(self):
+        self.seen = []
+        self.stream = socket.create_server(("127.0.0.1", 0))
+        self.host = f"127.0.0.1:{self.stream.getsockname()[1]}"
+        self.datagrams = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.datagrams.bind(self.stream.getsockname())
+        for wait in (self.accept, self.receive):
+            threading.Thread(target=wait, daemon=True).start()
+
+    def accept(self):
+        while True:
+            connection, _ = self.stream.accept()
+            with connection:
+                connection.settimeout(1)
+                try:
+                    self.seen.append(connection.recv(100))
+                except OSError as error:
+                    self.seen.append(error)
+
+    def receive(self):
+        while True:
+            self.seen.append(self.datagrams.recv(100))
+
+
 class Service(http.server.ThreadingHTTPServer):
-    """Answers each post with the page that `answers` has for its text, or with one that plays the tone."""
+    """Answers each post with the page that `answers` has for its text, or with one that plays the tone; and with a redirect to
+    that where it has a path."""
     daemon_threads = True
     PLAY = '<html><body><audio autoplay src="/tone.wav"></audio></body></html>'
 
@@ -68,7 +98,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
         body = self.rfile.read(int(self.headers["Content-Length"])).decode()
         fields = urllib.parse.parse_qsl(body, keep_blank_values=True)
         self.server.posts.put((self.path, fields))
-        self.answer(self.server.answers.get(dict(fields).get("WriteText"), Service.PLAY).encode())
+        answer = self.server.answers.get(dict(fields).get("WriteText"), Service.PLAY)
+        if answer.startswith("/"):
+            self.answer(b"", status=302, Location=answer)
+        else:
+            self.answer(answer.encode())
 
     def do_GET(self):
         self.server.gets.append(self.path)
@@ -76,6 +110,8 @@ class Handler(http.server.BaseHTTPRequestHandler):
             self.answer(self.server.tone, "audio/wav")
         elif self.path == "/closed":
             self.answer(b"", status=401, WWW_Authenticate='Basic realm="x"')
+        elif self.path == "/redirected":
+            self.answer(Service.PLAY.encode())
         elif self.path == "/file.bin":
             self.answer(b"x" * 1000, "application/octet-stream", Content_Disposition="attachment; filename=file.bin")
         else:
@@ -140,11 +176,16 @@ class Rig:
         home.mkdir(mode=0o700)
         cookie = self.folder / "cookie"
         cookie.write_bytes(bytes(256))
+        # A user's server as it is on a desktop: in a folder of the user's own, for whoever has the cookie.
+        self.own_server = {"PULSE_SERVER": f"unix:{home}/sound", "PULSE_COOKIE": f"{home}/cookie"}
+        (home / "cookie").write_bytes(secrets.token_bytes(256))
+        (home / "cookie").chmod(0o600)
         self.environment = {"PATH": os.environ["PATH"], "LANG": "C.UTF-8", "DISPLAY": f":{display}",
                             "PULSE_SERVER": f"unix:{socket}", "PULSE_COOKIE": str(cookie), "HOME": str(home), "XDG_RUNTIME_DIR": str(home)}
         self.start("openbox", stdout=subprocess.DEVNULL)
         self.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disallow-exit",
                    "-L", f"module-native-protocol-unix socket={socket} auth-anonymous=1",
+                   "-L", f"module-native-protocol-unix socket={home}/sound auth-cookie={home}/cookie",
                    "-L", f"module-null-sink sink_name=ear rate={RATE}")
         for _ in range(PATIENCE * 10):
             if subprocess.run(["pactl", "info"], capture_output=True, env=self.environment).returncode == 0:
@@ -168,8 +209,39 @@ class Rig:
             process.wait(PATIENCE)
         shutil.rmtree(self.folder, ignore_errors=True)
 
+    def sound_of(self, account):
+        """Where a user's programs find the sound server."""
+        return {**self.environment, **(self.own_server if account.pw_uid == os.geteuid() else {})}
+
+    def view(self, user, page):
+        """Has the page's bytes, as the application hands them over, run by the program alone. It has to find the sound server
+        at the usual place."""
+        account = pwd.getpwnam(user)
+        program = self.folder / "sorakaze-viewer"
+        if not program.exists():
+            shutil.copy(STATION / "Sorakaze.app/Contents/Linux/sorakaze-viewer", program)
+        runtime = pathlib.Path(tempfile.mkdtemp(prefix=user, dir=self.folder))
+        (runtime / "pulse").mkdir(mode=0o700)
+        (runtime / "pulse/native").symlink_to(self.folder / "sound")
+        for path in (runtime, runtime / "pulse"):
+            os.chown(path, account.pw_uid, account.pw_gid)
+        environment = {name: self.environment[name] for name in ("PATH", "LANG")}
+        process = subprocess.Popen([program], stdin=subprocess.PIPE, stderr=subprocess.DEVNULL, cwd="/", start_new_session=True,
+                                   env={**environment, "XDG_RUNTIME_DIR": str(runtime), "HOME": "/nonexistent"}, **identity(account))
+        self.processes.append(process)
+        process.stdin.write(page)
+        process.stdin.close()
+        return process
+
     def run(self, *command):
         return subprocess.run(command, capture_output=True, text=True, env=self.environment, timeout=PATIENCE).stdout
+
+
+def identity(account):
+    """For a process that is to run as another user."""
+    if account.pw_uid == os.geteuid():
+        return {}
+    return {"user": account.pw_uid, "group": account.pw_gid, "extra_groups": []}
 
 
 class Station:
@@ -195,8 +267,7 @@ class Station:
         for path in self.own.values():
             path.mkdir(mode=0o700)
             os.chown(path, account.pw_uid, account.pw_gid)
-        self.identity = {} if account.pw_uid == os.geteuid() else {
-            "user": account.pw_uid, "group": account.pw_gid, "extra_groups": []}
+        self.account = account
         self.process = None
 
     def open(self, **environment):
@@ -204,8 +275,8 @@ class Station:
         home = str(self.own["home"])
         self.messages = open(self.folder / "messages", "w+")
         self.process = subprocess.Popen(
-            [self.app / "Contents/Linux/Sorakaze"], stderr=self.messages, cwd="/", **self.identity,
-            env={**self.rig.environment, "HOME": home, "XDG_RUNTIME_DIR": str(self.own["runtime"]),
+            [self.app / "Contents/Linux/Sorakaze"], stderr=self.messages, cwd="/", **identity(self.account),
+            env={**self.rig.sound_of(self.account), "HOME": home, "XDG_RUNTIME_DIR": str(self.own["runtime"]),
                  "TMPDIR": str(self.own["temporary"]), "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent", **environment})
         self.rig.processes.append(self.process)
         while not (found := self.windows()):
@@ -214,7 +285,7 @@ class Station:
         self.window = found[0]
         while self.rig.run("xdotool", "getwindowfocus").split() != [self.window]:
             time.sleep(0.01)
-        self.idle = self.below()
+        self.idle = self.browsers()
         self.rig.run("xdotool", "key", "space")
 
     def windows(self):
@@ -222,7 +293,7 @@ class Station:
 
     def page_written(self):
         """When the page that is being loaded, or will be soon, was written."""
-        while not (pages := list(self.own["temporary"].glob("*/temp.html"))):
+        while not (pages := list(self.own["temporary"].rglob("temp.html"))):
             time.sleep(0.01)
         return pages[0].stat().st_mtime
 
@@ -239,10 +310,17 @@ class Station:
             found |= more
         return sorted(found - {self.process.pid})
 
+    def browsers(self):
+        """Those of them that belong to a page, with their command lines."""
+        arguments = {pid: pathlib.Path(f"/proc/{pid}/cmdline").read_bytes() for pid in self.below()}
+        # A renderer has its arguments as one text.
+        programs = (b"sorakaze-viewer", b"QtWebEngineProcess")
+        return {pid: line for pid, line in arguments.items()
+                if line.replace(b"\0", b" ").split(b" ")[0].rsplit(b"/")[-1] in programs}
+
     def renderers(self):
         """Those that run a page."""
-        arguments = {pid: pathlib.Path(f"/proc/{pid}/cmdline").read_bytes() for pid in self.below()}
-        return [pid for pid, line in arguments.items() if b"--type=renderer" in line]
+        return [pid for pid, line in self.browsers().items() if b"--type=renderer" in line]
 
     def left_behind(self):
         """All files but the lock that tells of one instance a folder."""

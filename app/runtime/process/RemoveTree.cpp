@@ -64,7 +64,7 @@ class Emptier {
         struct stat status {};
         if (::fstatat(Here(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(status.st_mode))
             return false;
-        ::fchmodat(Here(), name.c_str(), S_IRWXU, 0);
+        [[maybe_unused]] const int opened = ::fchmodat(Here(), name.c_str(), S_IRWXU, 0);
         here_ = OpenFolder(Here(), name.c_str());
         path_.push_back(std::move(name));
         return here_ != nullptr;

@@ -3,35 +3,72 @@
 #include "app/viewer/program/Confinement.h"
 
 #include <sys/prctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <system_error>
-#include <vector>
 
 #include "app/runtime/process/LandlockRules.h"
+#include "app/runtime/process/LandlockScopes.h"
+#include "app/viewer/program/GiveUpRoot.h"
+#include "app/viewer/program/OtherProcesses.h"
+#include "app/viewer/program/SoundServer.h"
 
 namespace sorakaze::viewer {
 namespace {
 
 using process::Access;
 
-/// The last version that rules files alone: later ones would take the network and the sound server away.
+/// The last version that rules files alone: the scopes and ports of later ones have rules of their own.
 constexpr int kFilesAlone = 3;
+
+// Of the settings of a machine what libraries ask for, and no folder that could hold a secret. All of /proc:
+// each process has its own files there, and those of others that tell anything the kernel refuses.
+constexpr const char* kReadable[] = {"/usr",
+                                     "/lib",
+                                     "/lib32",
+                                     "/lib64",
+                                     "/bin",
+                                     "/proc",
+                                     "/sys/devices/system",
+                                     "/var/cache/fontconfig",
+                                     "/var/lib/dbus/machine-id",
+                                     "/etc/ld.so.cache",
+                                     "/etc/alternatives",
+                                     "/etc/fonts",
+                                     "/etc/localtime",
+                                     "/etc/timezone",
+                                     "/etc/machine-id",
+                                     "/etc/resolv.conf",
+                                     "/etc/hosts",
+                                     "/etc/host.conf",
+                                     "/etc/nsswitch.conf",
+                                     "/etc/gai.conf",
+                                     "/etc/services",
+                                     "/etc/protocols",
+                                     "/etc/ssl/certs",
+                                     "/etc/ssl/openssl.cnf",
+                                     "/etc/ca-certificates",
+                                     "/etc/pki/nssdb",
+                                     "/etc/pki/tls/certs",
+                                     "/etc/pki/ca-trust/extracted/pem",
+                                     "/etc/pulse",
+                                     "/etc/alsa",
+                                     "/etc/asound.conf"};
 
 std::vector<process::Place> SystemPlaces() {
     std::vector<process::Place> places;
-    for (const char* path : {"/usr", "/lib", "/lib32", "/lib64", "/bin", "/opt", "/etc", "/proc", "/sys",
-                             "/var/cache/fontconfig", "/var/lib/dbus", "/run/pulse", "/run/systemd/resolve",
-                             "/run/resolvconf", "/run/NetworkManager"}) {
-        places.push_back({path, Access::Read});
-    }
+    for (const char* path : kReadable) places.push_back({path, Access::Read});
     for (const char* path : {"/dev/urandom", "/dev/random", "/dev/zero"})
         places.push_back({path, Access::ReadDevice});
     for (const char* path : {"/dev/null", "/dev/snd"}) places.push_back({path, Access::WriteDevice});
+    // The engine's sandbox writes the maps of its user namespace. Processes of other users stay out of reach.
+    places.push_back({"/proc", Access::WriteDevice});
     places.push_back({"/dev/shm", Access::Write});  // shared memory, without a name as soon as it is there
     return places;
 }
@@ -41,28 +78,38 @@ void AddPathsOf(const char* variable, std::vector<process::Place>& places) {
     const char* value = std::getenv(variable);
     std::istringstream list(value ? value : "");
     for (std::string path; std::getline(list, path, ':');)
-        if (!path.empty()) places.push_back({path, Access::Read});
+        if (!path.empty() && !path.starts_with("/proc/")) places.push_back({path, Access::Read});
+}
+
+void Enforce(const process::Descriptor& rules) {
+    if (rules && !process::EnforceLandlock(rules.Get()))
+        throw std::system_error(errno, std::generic_category(), "landlock_restrict_self");
 }
 
 }  // namespace
 
-void ConfineToFilesOf(const std::filesystem::path& page) {
-    const int version = std::min(process::LandlockVersion(), kFilesAlone);
-    if (version == 0) return;
-    auto places = SystemPlaces();
-    places.push_back({page, Access::Read});
-    for (const char* variable : {"LD_LIBRARY_PATH", "QT_PLUGIN_PATH", "QTWEBENGINEPROCESS_PATH",
-                                 "QTWEBENGINE_RESOURCES_PATH", "QTWEBENGINE_LOCALES_PATH", "PULSE_COOKIE",
-                                 "PULSE_CLIENTCONFIG", "PULSE_RUNTIME_PATH", "ALSA_CONFIG_PATH"}) {
-        AddPathsOf(variable, places);
+void Confine(const std::optional<std::vector<std::uint16_t>>& ports) {
+    const int version = process::LandlockVersion();
+    process::Descriptor files, scopes;
+    if (::geteuid() == 0) KeepSoundServerReachable();
+    if (version > 0) {
+        auto places = SystemPlaces();
+        for (const char* variable : {"LD_LIBRARY_PATH", "QT_PLUGIN_PATH", "QTWEBENGINEPROCESS_PATH",
+                                     "QTWEBENGINE_RESOURCES_PATH", "QTWEBENGINE_LOCALES_PATH", "PULSE_COOKIE",
+                                     "PULSE_CLIENTCONFIG", "PULSE_RUNTIME_PATH", "ALSA_CONFIG_PATH"}) {
+            AddPathsOf(variable, places);
+        }
+        if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"))
+            places.push_back({std::filesystem::path(runtime) / "pulse", Access::Read});
+        files = process::MakeLandlockRules(std::min(version, kFilesAlone), places);
+        scopes = process::MakeLandlockScopes(version, ports);
     }
-    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"))
-        places.push_back({std::filesystem::path(runtime) / "pulse", Access::Read});
-    const auto rules = process::MakeLandlockRules(version, places);
+    GiveUpRoot();
     // What the kernel asks of whoever gives up rights without being root.
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    if (!process::EnforceLandlock(rules.Get()))
-        throw std::system_error(errno, std::generic_category(), "landlock_restrict_self");
+    Enforce(files);
+    Enforce(scopes);
+    LeaveOtherProcessesAlone(ports ? Datagrams::Refused : Datagrams::Allowed);
 }
 
 }  // namespace sorakaze::viewer

@@ -2,13 +2,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <filesystem>
+#include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace sorakaze::viewer {
 
-/// From here on this process and all that it starts, root's too, can read the system's files and the page,
-/// play sound, and write nothing that lasts; as far as the kernel knows how. Called after NarrowSurroundings,
-/// while there is one thread.
-void ConfineToFilesOf(const std::filesystem::path& page);
+/// From here on this process and all that it starts can read the system's public files, play sound, and write
+/// nothing that lasts; they reach no other process; and as root they are root no more. With `ports`, these
+/// are the only ones to connect to. All as far as the kernel knows how. Called after NarrowSurroundings,
+/// while there is one thread. Throws std::runtime_error where something that is there fails.
+void Confine(const std::optional<std::vector<std::uint16_t>>& ports);
 
 }  // namespace sorakaze::viewer

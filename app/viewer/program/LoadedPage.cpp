@@ -2,44 +2,87 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/viewer/program/LoadedPage.h"
 
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QHostInfo>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineFileSystemAccessRequest>
 #include <QWebEngineFullScreenRequest>
 #include <QWebEngineQuotaRequest>
 #include <QWebEngineRegisterProtocolHandlerRequest>
 #include <QWebEngineSettings>
-#include <algorithm>
+#include <QWebEngineUrlRequestJob>
+#include <QWebEngineUrlScheme>
 #include <initializer_list>
 #include <utility>
 
 namespace sorakaze::viewer {
 namespace {
 
-constexpr const char* kWebSchemes[] = {"http", "https", "ws", "wss", "data", "blob", "about"};
+constexpr const char* kScheme = "page";
 
-bool IsOfTheWeb(const QUrl& url) {
-    return std::any_of(std::begin(kWebSchemes), std::end(kWebSchemes),
-                       [scheme = url.scheme()](const char* web) { return scheme == QLatin1String(web); });
+QUrl PageUrl() {
+    return QUrl("page:voice");
+}
+
+/// The page's own frames may lead anywhere that the gate lets them.
+QByteArray Policy(const std::string& script) {
+    const QByteArray hash =
+        QCryptographicHash::hash(QByteArray::fromStdString(script), QCryptographicHash::Sha256).toBase64();
+    return "default-src 'none'; base-uri 'none'; frame-src http: https:; script-src 'unsafe-hashes' "
+           "'sha256-" +
+           hash + "'";
+}
+
+QList<QHostAddress> Resolve(const QString& host) {
+    return QHostInfo::fromName(host).addresses();
 }
 
 }  // namespace
 
-void OnlyTheWeb::interceptRequest(QWebEngineUrlRequestInfo& request) {
-    request.block(request.requestUrl() != page_ && !IsOfTheWeb(request.requestUrl()));
+/// Without a host its origin is like no other, as that of a local file is.
+void RegisterPageScheme() {
+    QWebEngineUrlScheme scheme(kScheme);
+    scheme.setSyntax(QWebEngineUrlScheme::Syntax::Path);
+    QWebEngineUrlScheme::registerScheme(scheme);
 }
 
-void ConfigureProfile(QWebEngineProfile& profile) {
+Gate::Gate(const Service& service)
+    : rules_(QUrl(QString::fromStdString(service.address)), service.own, Resolve) {}
+
+void Gate::interceptRequest(QWebEngineUrlRequestInfo& request) {
+    const bool subFrame = request.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeSubFrame;
+    const bool isPage = request.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
+                        request.requestUrl() == PageUrl();
+    request.block(!isPage && !rules_.Allows({request.requestUrl(), request.initiator(),
+                                             request.requestMethod(), subFrame}));
+}
+
+PageSource::PageSource(const Page& page)
+    : bytes_("<meta http-equiv=\"Content-Security-Policy\" content=\"" + Policy(page.service.script) + "\">" +
+             QByteArray::fromStdString(page.html)) {}
+
+void PageSource::requestStarted(QWebEngineUrlRequestJob* job) {
+    if (job->requestUrl() != PageUrl()) return job->fail(QWebEngineUrlRequestJob::UrlNotFound);
+    auto* const buffer = new QBuffer(job);
+    buffer->setData(bytes_);
+    job->reply("text/html; charset=utf-8", buffer);
+}
+
+void ConfigureProfile(QWebEngineProfile& profile, Gate& gate, PageSource& source) {
     profile.setHttpCacheType(QWebEngineProfile::NoCache);
     profile.setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     profile.setSpellCheckEnabled(false);
+    profile.setUrlRequestInterceptor(&gate);
+    profile.installUrlSchemeHandler(kScheme, &source);
     QObject::connect(&profile, &QWebEngineProfile::downloadRequested,
                      [](QWebEngineDownloadRequest* download) { download->cancel(); });
 }
 
-LoadedPage::LoadedPage(const QUrl& page, QWebEngineProfile& profile) : QWebEnginePage(&profile), page_(page) {
+LoadedPage::LoadedPage(QWebEngineProfile& profile) : QWebEnginePage(&profile) {
     Configure();
     RefuseWhatIsAsked();
-    load(page_);
+    load(PageUrl());
     // A page that thinks itself hidden may hold its breath. Said before the load it would be lost.
     setVisible(true);
 }
@@ -48,7 +91,6 @@ void LoadedPage::Configure() {
     using Settings = QWebEngineSettings;
     settings()->setUnknownUrlSchemePolicy(Settings::DisallowUnknownUrlSchemes);
     for (const auto& [attribute, on] : std::initializer_list<std::pair<Settings::WebAttribute, bool>>{
-             {Settings::LocalContentCanAccessRemoteUrls, true},  // its form is posted to a service
              {Settings::LocalContentCanAccessFileUrls, false},
              // Reads false before anything has been set, and isn't.
              {Settings::PlaybackRequiresUserGesture, false},
@@ -84,7 +126,7 @@ void LoadedPage::RefuseWhatIsAsked() {
 }
 
 bool LoadedPage::acceptNavigationRequest(const QUrl& url, NavigationType, bool isMainFrame) {
-    return isMainFrame ? url == page_ : IsOfTheWeb(url);
+    return !isMainFrame || url == PageUrl();
 }
 
 }  // namespace sorakaze::viewer

@@ -2,29 +2,46 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QUrl>
+#include <QByteArray>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineUrlRequestInterceptor>
+#include <QWebEngineUrlSchemeHandler>
+
+#include "app/viewer/Page.h"
+#include "app/viewer/program/WebRules.h"
 
 namespace sorakaze::viewer {
 
-/// Lets a page ask the web for what it wants, and nobody else: of the local files, itself alone.
-class OnlyTheWeb : public QWebEngineUrlRequestInterceptor {
+/// Makes the page's own scheme known. Called before the application is made.
+void RegisterPageScheme();
+
+/// Holds all that a page asks for against the rules.
+class Gate : public QWebEngineUrlRequestInterceptor {
   public:
-    explicit OnlyTheWeb(QUrl page) : page_(std::move(page)) {}
+    explicit Gate(const Service& service);
     void interceptRequest(QWebEngineUrlRequestInfo& request) override;
 
   private:
-    const QUrl page_;
+    WebRules rules_;
 };
 
-/// A page of a local file that runs, and plays, without being seen and without anybody at hand. It can't
-/// open anything beside itself: what it asks of a user is answered with no, and at once.
+/// Gives out the page, with the one script that it may run, from memory.
+class PageSource : public QWebEngineUrlSchemeHandler {
+  public:
+    explicit PageSource(const Page& page);
+    void requestStarted(QWebEngineUrlRequestJob* job) override;
+
+  private:
+    const QByteArray bytes_;
+};
+
+/// A page that runs, and plays, without being seen and without anybody at hand. It can't open anything
+/// beside itself: what it asks of a user is answered with no, and at once.
 class LoadedPage : public QWebEnginePage {
   public:
-    /// The profile outlives the page.
-    LoadedPage(const QUrl& page, QWebEngineProfile& profile);
+    /// Loads what the profile's PageSource gives out. The profile outlives the page.
+    explicit LoadedPage(QWebEngineProfile& profile);
 
   protected:
     bool acceptNavigationRequest(const QUrl& url, NavigationType type, bool isMainFrame) override;
@@ -39,11 +56,10 @@ class LoadedPage : public QWebEnginePage {
   private:
     void Configure();
     void RefuseWhatIsAsked();
-
-    const QUrl page_;
 };
 
 /// Keeps nothing: neither on the disk nor, since it goes with the page, in memory.
-void ConfigureProfile(QWebEngineProfile& profile);
+/// `gate` and `source` outlive it.
+void ConfigureProfile(QWebEngineProfile& profile, Gate& gate, PageSource& source);
 
 }  // namespace sorakaze::viewer

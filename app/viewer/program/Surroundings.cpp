@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/viewer/program/Surroundings.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -61,16 +59,6 @@ std::string Variable(const char* name) {
     return value ? value : "";
 }
 
-std::string EngineFlags() {
-    // The sound system's failures and the absent buses are no news.
-    std::string flags = "--log-level=3";
-    // One process less to start before a page is heard.
-    flags += " --disable-features=AudioServiceOutOfProcess";
-    // The engine's own sandbox is for ordinary users: root's processes it refuses to start in there.
-    if (::geteuid() == 0) flags += " --no-sandbox";
-    return flags;
-}
-
 }  // namespace
 
 void NarrowSurroundings() {
@@ -92,7 +80,6 @@ void NarrowSurroundings() {
         kept.emplace_back(name, "disabled:");
     kept.emplace_back("QT_QPA_PLATFORM", "offscreen");
     kept.emplace_back("QT_QUICK_BACKEND", "software");
-    kept.emplace_back("QTWEBENGINE_CHROMIUM_FLAGS", EngineFlags());
 
     ::clearenv();
     for (const auto& [name, value] : kept) ::setenv(name.c_str(), value.c_str(), 1);

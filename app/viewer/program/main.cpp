@@ -1,33 +1,57 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// sorakaze-viewer FILE: runs the page of a local file, unseen, until it is killed.
-#include <QFile>
+// sorakaze-viewer <PAGE: runs the page that it is handed (see app/viewer/Page.h), unseen, until it is killed.
 #include <QGuiApplication>
+#include <algorithm>
 #include <cstdio>
-#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
 
 #include "app/viewer/program/Confinement.h"
+#include "app/viewer/program/EngineOptions.h"
 #include "app/viewer/program/LoadedPage.h"
 #include "app/viewer/program/Surroundings.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int Run(const sorakaze::viewer::Page& handed) {
     using namespace sorakaze::viewer;
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: sorakaze-viewer FILE\n");
-        return 2;
-    }
-    const auto file = std::filesystem::absolute(argv[1]);
-    NarrowSurroundings();
-    ConfineToFilesOf(file);
-    int one = 1;
-    QGuiApplication application(one, argv);
+    auto options = EngineOptions(handed.service);
+    std::vector<char*> arguments;
+    std::transform(options.begin(), options.end(), std::back_inserter(arguments),
+                   [](std::string& option) { return option.data(); });
+    int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    RegisterPageScheme();
+    QGuiApplication application(count, arguments.data());
     // The name that a sound mixer shows.
     QGuiApplication::setApplicationName("Sorakaze");
-    const QUrl url = QUrl::fromLocalFile(QFile::decodeName(file.c_str()));
+    PageSource source(handed);
+    Gate gate(handed.service);
     QWebEngineProfile profile;
-    ConfigureProfile(profile);
-    OnlyTheWeb gate(url);
-    profile.setUrlRequestInterceptor(&gate);
-    const LoadedPage page(url, profile);
+    ConfigureProfile(profile, gate, source);
+    const LoadedPage page(profile);
     return QGuiApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char**) {
+    using namespace sorakaze::viewer;
+    const std::string handed(std::istreambuf_iterator<char>(std::cin), {});
+    const auto page = argc == 1 ? Unpack(handed) : std::nullopt;
+    if (!page) {
+        std::fprintf(stderr, "usage: sorakaze-viewer <PAGE, as Sorakaze hands it over\n");
+        return 2;
+    }
+    NarrowSurroundings();
+    try {
+        Confine(PortsFor(page->service));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    return Run(*page);
 }
