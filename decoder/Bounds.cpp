@@ -67,8 +67,10 @@ void MeasureData() {
 void BoundProgram() {
     ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    // One heap a process: every further one would reserve as much again.
-    ::mallopt(M_ARENA_MAX, 1);
+    // Memory that is given back to the kernel between two frames is asked for again with the next.
+    ::mallopt(M_ARENA_MAX, 2);
+    ::mallopt(M_TRIM_THRESHOLD, 64 << 20);
+    ::mallopt(M_MMAP_THRESHOLD, 8 << 20);
     MeasureData();
     DropCapabilities();
     OpenNothing();

@@ -154,7 +154,7 @@ def main():
                 thread.join()
             for label, (percent, switches) in figures.items():
                 print(f"{label:10} {percent:5.2f} % of a core, {switches:6.1f} context switches a second")
-            print(f"memory: {idle[0]:.0f} MB resident at rest ({idle[1]:.0f} MB its own), "
+            print(f"memory: {idle[0]:.0f} MB at rest ({idle[1]:.0f} MB its own), "
                   f"{memory(app.pid)[0]:.0f} MB on the air")
             app.send_signal(signal.SIGTERM)
             print(f"exit status {app.wait(10)}")

@@ -15,8 +15,8 @@
 
 namespace sorakaze::sound {
 
-SharedMemory::SharedMemory()
-    : descriptor_(::memfd_create("sorakaze-sound", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {
+SharedMemory::SharedMemory(std::uint32_t capacity)
+    : descriptor_(::memfd_create("sorakaze-sound", MFD_CLOEXEC | MFD_ALLOW_SEALING)), capacity_(capacity) {
     rlimit largest{};
     ::getrlimit(RLIMIT_FSIZE, &largest);
     if (largest.rlim_cur < RingBytes(capacity_)) capacity_ = kSmallRingCapacity;

@@ -26,8 +26,9 @@ struct FileIdentity {
 /// A ring's memory, which another process can write but not shrink.
 class SharedMemory {
   public:
-    /// Zeroed, of the larger capacity that can be had. Throws std::system_error.
-    SharedMemory();
+    /// Zeroed, of this capacity in frames or, where the system allows no file so large, of the small one.
+    /// Throws std::system_error.
+    explicit SharedMemory(std::uint32_t capacity = kRingCapacity);
     ~SharedMemory();
     SharedMemory(const SharedMemory&) = delete;
     SharedMemory& operator=(const SharedMemory&) = delete;
@@ -40,7 +41,7 @@ class SharedMemory {
 
   private:
     process::Descriptor descriptor_;
-    std::uint32_t capacity_ = kRingCapacity;
+    std::uint32_t capacity_;
     void* address_;
 };
 

@@ -133,7 +133,7 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
     const auto file = OpenRegularFile(path);
     if (!file || impl_->IsBad(path, *file)) return nullptr;
     try {
-        auto memory = std::make_unique<SharedMemory>();
+        auto memory = std::make_unique<SharedMemory>(pace == Pace::Fast ? kFastRingCapacity : kRingCapacity);
         auto asked = impl_->Ask(pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play, *file, path,
                                 {memory->Descriptor(), memory->Capacity()});
         if (const auto* failure = std::get_if<Failure>(&asked)) {

@@ -22,6 +22,8 @@ namespace sorakaze::sound {
 /// counts as.
 inline constexpr std::uint32_t kRingCapacity = 1u << 18;
 inline constexpr std::uint32_t kSmallRingCapacity = 1u << 14;
+/// Where frames are taken as fast as they come, the ring stays within the processor's own memory.
+inline constexpr std::uint32_t kFastRingCapacity = 1u << 16;
 
 /// What the memory begins with. All zero at first.
 struct RingHeader {
@@ -29,7 +31,7 @@ struct RingHeader {
     std::atomic<std::uint32_t> finished;             // set by the decoder: nothing more will come
     std::atomic<std::uint32_t> sleeping;             // set by the decoder: it waits until it is told of room
     alignas(64) std::atomic<std::uint64_t> read;     // frames; moved by the reader
-    std::atomic<std::uint32_t> waiting;              // set by the reader: it waits until it is told of frames
+    std::atomic<std::uint32_t> waiting;              // set by the reader: how many frames it waits for, or 0
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
@@ -56,14 +58,15 @@ class RingWriter {
         const std::size_t begin = written_ % capacity_;
         return {samples_ + begin * kChannels, std::min(Free(), capacity_ - begin) * kChannels};
     }
-    /// Hands the first `frames` of Writable to the reader. True when the reader waits for them: then it is to
-    /// be told.
+    /// Hands the first `frames` of Writable to the reader. True when the reader waited for as many as there
+    /// are now: then it is to be told.
     bool Commit(std::size_t frames) {
         written_ += frames;
         header_.written.store(written_);
-        return header_.waiting.exchange(0) != 0;
+        const std::uint32_t wanted = header_.waiting.load();
+        return wanted != 0 && capacity_ - Free() >= wanted && header_.waiting.exchange(0) != 0;
     }
-    /// After the last Commit. True as for Commit.
+    /// After the last Commit. True when the reader waits.
     bool Finish() {
         header_.finished.store(1);
         return header_.waiting.exchange(0) != 0;
@@ -125,9 +128,9 @@ class RingReader {
         return Filled() <= capacity_ / 2 && !IsFinished() &&
                header_.sleeping.load(std::memory_order_relaxed) != 0 && header_.sleeping.exchange(0) != 0;
     }
-    /// Before a wait for frames: the decoder tells of them from here on. Filled and IsFinished are to be
-    /// looked at once more.
-    void AnnounceWait() { header_.waiting.store(1); }
+    /// Before a wait for frames: the decoder tells when there are some, so many that both sides work for a
+    /// while before the next wait. Filled and IsFinished are to be looked at once more.
+    void AnnounceWait() { header_.waiting.store(static_cast<std::uint32_t>(capacity_ / 4)); }
 
     // --- any thread ---
 
