@@ -125,7 +125,7 @@ void Caretaker::LookOnAir(Entry& entry) {
         entry.starvingSince.reset();
     else if (!entry.starvingSince)
         entry.starvingSince = now;
-    else if (now - *entry.starvingSince > kLongestStandstill / 2)
+    else if (now - *entry.starvingSince > sound.LongestStandstill() / 2)
         sound.SetStoodStill();
     const bool lost = entry.hungUp && !sound.Ring().IsComplete();
     if (!lost && !sound.StoodStill() && !sound.Ring().IsNonsense()) return;

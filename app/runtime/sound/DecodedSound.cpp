@@ -35,11 +35,12 @@ SharedMemory::~SharedMemory() {
 }
 
 DecodedSound::DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, process::Descriptor socket,
-                           std::optional<Frames> length)
+                           std::optional<Frames> length, std::chrono::milliseconds longestStandstill)
     : origin_(std::move(origin)),
       memory_(std::move(memory)),
       socket_(std::move(socket)),
       length_(length),
+      longestStandstill_(longestStandstill),
       ring_(memory_->Address(), memory_->Capacity()) {
     memory_->CloseDescriptor();
 }
@@ -59,7 +60,7 @@ bool DecodedSound::HasHungUp() const {
 }
 
 void DecodedSound::WaitForFrames() {
-    const auto deadline = std::chrono::steady_clock::now() + kLongestStandstill;
+    const auto deadline = std::chrono::steady_clock::now() + longestStandstill_;
     while (ring_.Filled() == 0 && !ring_.IsFinished()) {
         ring_.AnnounceWait();
         if (ring_.Filled() > 0 || ring_.IsFinished()) return;

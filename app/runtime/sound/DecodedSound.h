@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -54,13 +55,16 @@ class DecodedSound {
     };
 
     DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, process::Descriptor socket,
-                 std::optional<Frames> length);
+                 std::optional<Frames> length,
+                 std::chrono::milliseconds longestStandstill = kLongestStandstill);
     /// The decoder ends.
     ~DecodedSound() = default;
 
     /// What the container states.
     std::optional<Frames> Length() const { return length_; }
     const Origin& From() const { return origin_; }
+    /// How long its decoder may take for the next frames.
+    std::chrono::milliseconds LongestStandstill() const { return longestStandstill_; }
 
     // --- the mixing thread ---
 
@@ -89,6 +93,7 @@ class DecodedSound {
     const std::unique_ptr<SharedMemory> memory_;
     const process::Descriptor socket_;
     const std::optional<Frames> length_;
+    const std::chrono::milliseconds longestStandstill_;
     RingReader ring_;
     std::atomic<bool> stoodStill_{false};
 };

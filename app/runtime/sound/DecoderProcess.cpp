@@ -67,8 +67,11 @@ DecoderProcess::Failure OfStatus(int status) {
 
 }  // namespace
 
-DecoderProcess::DecoderProcess(std::filesystem::path program)
-    : program_(std::move(program)), wake_(::eventfd(0, EFD_CLOEXEC)), thread_([this] { Watch(); }) {}
+DecoderProcess::DecoderProcess(std::filesystem::path program, std::chrono::milliseconds longestStandstill)
+    : program_(std::move(program)),
+      longestStandstill_(longestStandstill),
+      wake_(::eventfd(0, EFD_CLOEXEC)),
+      thread_([this] { Watch(); }) {}
 
 DecoderProcess::~DecoderProcess() {
     {
@@ -178,7 +181,7 @@ std::variant<DecoderProcess::Job, DecoderProcess::Failure> DecoderProcess::Begin
 
 std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const Job& job) {
     pollfd socket{job.socket.Get(), POLLIN, 0};
-    const auto deadline = Clock::now() + kLongestStandstill;
+    const auto deadline = Clock::now() + longestStandstill_;
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         const int ready = ::poll(&socket, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));

@@ -48,7 +48,7 @@ class DecoderProcess {
         std::string why;  ///< in words for a line of text
     };
 
-    explicit DecoderProcess(std::filesystem::path program);
+    DecoderProcess(std::filesystem::path program, std::chrono::milliseconds longestStandstill);
     ~DecoderProcess();
     DecoderProcess(const DecoderProcess&) = delete;
     DecoderProcess& operator=(const DecoderProcess&) = delete;
@@ -76,6 +76,7 @@ class DecoderProcess {
     bool Send(const JobRequest& request, const int* descriptors, std::size_t count);
 
     const std::filesystem::path program_;
+    const std::chrono::milliseconds longestStandstill_;
     const process::Descriptor wake_;  ///< readable when the thread is to end
 
     std::mutex mutex_;                 ///< guards all below

@@ -55,7 +55,8 @@ std::optional<Frames> ChecksOut(std::int64_t length) {
 }  // namespace
 
 struct Decoders::Impl {
-    explicit Impl(std::filesystem::path program) : process(std::move(program)) {}
+    Impl(std::filesystem::path program, std::chrono::milliseconds standstill)
+        : longestStandstill(standstill), process(std::move(program), standstill) {}
 
     struct Answered {
         DecoderProcess::Job job;
@@ -68,6 +69,7 @@ struct Decoders::Impl {
     void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure);
     bool IsBad(const std::filesystem::path& path, const RegularFile& file);
 
+    const std::chrono::milliseconds longestStandstill;
     DecoderProcess process;
     std::mutex mutex;  // guards all below
     std::vector<DecoderFailure> failures;
@@ -110,7 +112,8 @@ bool Decoders::Impl::IsBad(const std::filesystem::path& path, const RegularFile&
     return true;
 }
 
-Decoders::Decoders(std::filesystem::path program) : impl_(std::make_unique<Impl>(std::move(program))) {}
+Decoders::Decoders(std::filesystem::path program, std::chrono::milliseconds longestStandstill)
+    : impl_(std::make_unique<Impl>(std::move(program), longestStandstill)) {}
 Decoders::~Decoders() = default;
 
 std::shared_ptr<Decoders> Decoders::OfProcess() {
@@ -148,7 +151,7 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
         if (answer.result != PlayAnswer::Playing) return nullptr;
         return std::make_unique<DecodedSound>(DecodedSound::Origin{path, IdentityOf(*file), job.name},
                                               std::move(memory), std::move(job.socket),
-                                              ChecksOut(answer.length));
+                                              ChecksOut(answer.length), impl_->longestStandstill);
     } catch (const std::system_error& error) {
         impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()});
         return nullptr;

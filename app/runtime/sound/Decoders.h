@@ -5,6 +5,7 @@
 // forked from one that is kept warm. A file that ends, holds up or outgrows its process costs no other one.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -31,7 +32,9 @@ class Decoders {
 
     /// `program` is sorakaze-decoder. It is started at once, on a thread of this object's own, and again
     /// whenever it has ended.
-    explicit Decoders(std::filesystem::path program);
+    /// A decoder may take `longestStandstill` for an answer or for its next frames.
+    explicit Decoders(std::filesystem::path program,
+                      std::chrono::milliseconds longestStandstill = kLongestStandstill);
     /// Sounds that are still held end.
     ~Decoders();
     Decoders(const Decoders&) = delete;
