@@ -54,6 +54,7 @@ std::string DamagedFiles::TakeFailures(MixingEngine& engine, const std::filesyst
     if (failures.size() > 2) return "more failures than decoders";
     for (const DecoderFailure& failure : failures) {
         if (failure.file != file) return "a failure of " + failure.file.string() + ": " + failure.why;
+        if (failure.why.ends_with("status 99")) return "a sanitizer ended the decoder";
         lastFailure_ = failure.why;
         ++failures_[failure.why];
     }

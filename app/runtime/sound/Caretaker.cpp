@@ -59,7 +59,7 @@ void Caretaker::Close() {
     for (auto& entry : voices_) {
         entry->voice->Stop();
         entry->voice->LeaveMixing();
-        entry->voice->FreeResources();
+        Free(*entry->voice);
     }
     voices_.clear();
 }
@@ -69,6 +69,11 @@ void Caretaker::NoteFailures() {
     for (auto& entry : voices_)
         if (entry->voice->Broke()) Note(*entry);
     failures_ = 0;  // whoever asks takes them
+}
+
+void Caretaker::Free(VoiceCore& voice) {
+    decoders_->End(voice.Sound());
+    voice.FreeResources();
 }
 
 void Caretaker::Work() {
@@ -85,7 +90,7 @@ void Caretaker::Work() {
         }
         for (; ceased > 0; --ceased) onCeased_();
         if (failures > 0) onFailure_();
-        for (auto& voice : over) voice->FreeResources();
+        for (auto& voice : over) Free(*voice);
         over.clear();
         Wait();
     }

@@ -53,6 +53,7 @@ class Caretaker {
     void Look(Entry& entry);
     void LookOnAir(Entry& entry);
     void Note(Entry& entry);
+    void Free(VoiceCore& voice);
     std::vector<std::shared_ptr<VoiceCore>> TakeOver();
 
     const Reading reading_;

@@ -135,11 +135,11 @@ void DecoderProcess::Follow(int channel) {
     }
 }
 
-/// False when the program has ended.
+/// False when the program has ended. Some at a time: whoever sends on and on doesn't keep the thread.
 bool DecoderProcess::TakeStatuses(int channel) {
     constexpr std::size_t kMostKept = 256;
     JobEnded ended;
-    for (;;) {
+    for (std::size_t count = 0; count < kMostKept; ++count) {
         const ssize_t got = ::recv(channel, &ended, sizeof ended, MSG_DONTWAIT);
         if (got < 0 && (errno == EAGAIN || errno == EINTR)) return true;
         if (got <= 0) return false;
@@ -149,6 +149,7 @@ bool DecoderProcess::TakeStatuses(int channel) {
         if (statuses_.size() > kMostKept) statuses_.erase(statuses_.begin());
         changed_.notify_all();
     }
+    return true;
 }
 
 bool DecoderProcess::Send(const JobRequest& request, const int* descriptors, std::size_t count) {
@@ -205,6 +206,7 @@ DecoderProcess::Failure DecoderProcess::WhyEnded(const JobName& job) {
     changed_.wait_for(lock, kLongestWord, known);
     const auto status = statuses_.find(job.number);
     if (status != statuses_.end()) return OfStatus(status->second);
+    if (helper_ && generation_ == job.generation) return {Failure::Died, "its decoder let go of it"};
     return {Failure::Ended, "the decoder was ended: " + lastEnd_};
 }
 

@@ -88,6 +88,7 @@ std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(JobKind kind
             auto answer = process.Await(*job);
             if (auto* bytes = std::get_if<std::string>(&answer))
                 return Answered{std::move(*job), std::move(*bytes)};
+            process.Kill(job->name);
             failure = std::get<Failure>(std::move(answer));
         } else {
             failure = std::get<Failure>(std::move(begun));
@@ -148,7 +149,12 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
         if (bytes.size() == sizeof answer) std::memcpy(&answer, bytes.data(), sizeof answer);
         if (answer.result == PlayAnswer::TooLarge)
             impl_->Note(path, IdentityOf(*file), {Failure::Died, "it takes too much memory to decode"});
-        if (answer.result != PlayAnswer::Playing) return nullptr;
+        if (answer.result == 0 || answer.result > PlayAnswer::TooLarge)
+            impl_->Note(path, IdentityOf(*file), {Failure::Died, "its decoder answered nonsense"});
+        if (answer.result != PlayAnswer::Playing) {
+            impl_->process.Kill(job.name);
+            return nullptr;
+        }
         return std::make_unique<DecodedSound>(DecodedSound::Origin{path, IdentityOf(*file), job.name},
                                               std::move(memory), std::move(job.socket),
                                               ChecksOut(answer.length), impl_->longestStandstill);
@@ -166,7 +172,10 @@ std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path)
         if (impl_->badFiles.contains(IdentityOf(*file))) return std::nullopt;
     }
     auto asked = impl_->Ask(JobKind::Tags, *file, path);
-    if (auto* answered = std::get_if<Impl::Answered>(&asked)) return std::move(answered->bytes);
+    if (auto* answered = std::get_if<Impl::Answered>(&asked)) {
+        impl_->process.Kill(answered->job.name);
+        return std::move(answered->bytes);
+    }
     impl_->Note(path, IdentityOf(*file), std::get<Failure>(asked));
     return std::nullopt;
 }
@@ -182,8 +191,11 @@ void Decoders::TakeEnd(DecodedSound& sound) {
     } else {
         failure = impl_->process.WhyEnded(sound.From().job);
     }
-    impl_->process.Kill(sound.From().job);
     impl_->Note(sound.From().file, sound.From().identity, failure);
+}
+
+void Decoders::End(const DecodedSound& sound) {
+    impl_->process.Kill(sound.From().job);
 }
 
 std::vector<DecoderFailure> Decoders::TakeFailures() {

@@ -58,6 +58,9 @@ class Decoders {
     std::vector<DecoderFailure> TakeFailures();
     /// For a sound whose decoder has ended: notes why, if it was a failure. Any thread but the mixing one.
     void TakeEnd(DecodedSound& sound);
+    /// Before a sound is freed: its decoder ends, even if it takes no notice of that. Any thread but the
+    /// mixing one.
+    void End(const DecodedSound& sound);
     void ForgetBadFiles();
 
   private:

@@ -140,7 +140,7 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
 }
 
 VoiceCore::MixResult VoiceCore::End() {
-    const bool broke = !sound_->Ring().IsComplete();
+    const bool broke = !sound_->Ring().IsComplete() || sound_->Ring().IsNonsense();
     if (broke) broke_.store(true, std::memory_order_release);
     State expected = State::Playing;
     const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
