@@ -7,6 +7,7 @@
 #include <linux/filter.h>
 #include <linux/sched.h>
 #include <linux/seccomp.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -43,7 +44,6 @@ constexpr long kOfAll[] = {
     SYS_sendto,
     SYS_ppoll,
     // Memory.
-    SYS_mmap,
     SYS_munmap,
     SYS_mremap,
     SYS_mprotect,
@@ -97,7 +97,7 @@ constexpr long kOfAll[] = {
 #endif
 };
 
-constexpr long kOfProgram[] = {SYS_wait4, SYS_kill, SYS_prctl, SYS_prlimit64, SYS_seccomp, SYS_getppid};
+constexpr long kOfProgram[] = {SYS_wait4, SYS_kill, SYS_prctl, SYS_seccomp, SYS_getppid};
 
 class Builder {
   public:
@@ -116,6 +116,22 @@ class Builder {
         Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_fcntl, 0, 4);
         Load(offsetof(seccomp_data, args) + 8);
         Add(BPF_JMP | BPF_JEQ | BPF_K, F_GETFL, 0, 1);
+        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
+        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
+    }
+    /// None that is shared or grows by itself: that wouldn't count as the process's data.
+    void AllowPrivateMemory() {
+        Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_mmap, 0, 4);
+        Load(offsetof(seccomp_data, args) + 24);
+        Add(BPF_JMP | BPF_JSET | BPF_K, MAP_SHARED | MAP_GROWSDOWN | MAP_HUGETLB, 1, 0);
+        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
+        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
+    }
+    /// Only of the process itself.
+    void AllowLimits() {
+        Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_prlimit64, 0, 4);
+        Load(offsetof(seccomp_data, args));
+        Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 0, 1);
         Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
         Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
     }
@@ -149,9 +165,12 @@ std::vector<sock_filter> FilterFor(Calls calls) {
     if (calls == Calls::OfProgram) {
         for (const long call : kOfProgram) filter.Allow(call);
         filter.Allow(SYS_clone);
-    } else if (calls == Calls::OfWorkerWithThreads) {
-        filter.AllowThreads();
+        filter.Allow(SYS_mmap);
+        filter.AllowLimits();
+    } else {
+        filter.AllowPrivateMemory();
     }
+    if (calls == Calls::OfWorkerWithThreads) filter.AllowThreads();
     return filter.Finish();
 }
 

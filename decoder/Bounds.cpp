@@ -51,14 +51,19 @@ void OpenNothing() {
     process::EnforceLandlock(rules.Get());
 }
 
-/// Bytes of private memory that the process can write, as the kernel counts them for RLIMIT_DATA.
-std::uint64_t dataAtStart = 64u << 20;  // where the kernel doesn't tell
+/// Bytes that the process has mapped, and those of them that are private and can be written, as the kernel
+/// counts them for RLIMIT_AS and RLIMIT_DATA.
+struct Footprint {
+    std::uint64_t all, data;
+};
+Footprint atStart{256u << 20, 64u << 20};  // where the kernel doesn't tell
 
-void MeasureData() {
+void MeasureFootprint() {
     std::FILE* const file = std::fopen("/proc/self/statm", "re");
-    unsigned long long data = 0;
-    if (file && std::fscanf(file, "%*u %*u %*u %*u %*u %llu", &data) == 1)
-        dataAtStart = data * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    unsigned long long all = 0, data = 0;
+    const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    if (file && std::fscanf(file, "%llu %*u %*u %*u %*u %llu", &all, &data) == 2)
+        atStart = {all * page, data * page};
     if (file) std::fclose(file);
 }
 
@@ -71,7 +76,7 @@ void BoundProgram() {
     ::mallopt(M_ARENA_MAX, 2);
     ::mallopt(M_TRIM_THRESHOLD, 64 << 20);
     ::mallopt(M_MMAP_THRESHOLD, 8 << 20);
-    MeasureData();
+    MeasureFootprint();
     DropCapabilities();
     OpenNothing();
     AllowCalls(Calls::OfProgram);
@@ -81,7 +86,12 @@ void BoundWorker(std::uint64_t memory, Threads threads) {
     Limit(RLIMIT_CPU, kMostProcessorSeconds);
     Limit(RLIMIT_CORE, 0);
     // A sanitizer reserves terabytes.
-    if (!kSanitized) Limit(RLIMIT_DATA, dataAtStart + memory);
+    if (!kSanitized) {
+        // Shared memory and stacks aren't data. The room is for the ring and what a heap only reserves.
+        constexpr std::uint64_t kRoom = 192u << 20;
+        Limit(RLIMIT_DATA, atStart.data + memory);
+        Limit(RLIMIT_AS, atStart.all + memory + kRoom);
+    }
     AllowCalls(threads == Threads::Some ? Calls::OfWorkerWithThreads : Calls::OfWorker);
 }
 
