@@ -26,7 +26,8 @@ inline std::vector<pid_t> ChildrenOf(pid_t parent) {
     for (const auto& entry : std::filesystem::directory_iterator("/proc", ignored)) {
         if (std::atoi(entry.path().filename().c_str()) == 0) continue;
         std::ifstream stat(entry.path() / "stat");
-        const std::string line{std::istreambuf_iterator(stat), {}};
+        std::string line;
+        std::getline(stat, line);
         const std::size_t name = line.rfind(") ");
         if (name == std::string::npos || std::atoi(line.c_str() + name + 4) != parent) continue;
         children.push_back(std::atoi(line.c_str()));

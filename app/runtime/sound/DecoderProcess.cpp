@@ -33,7 +33,8 @@ using namespace std::chrono_literals;
 /// For the program to be there, and for the word of how a job ended.
 constexpr auto kLongestStart = 5s;
 constexpr auto kLongestWord = 1s;
-/// A program that ends as soon as it has begun is not started again and again without a pause.
+/// A program that ends as soon as it has begun, without having done anything, is not started again and again
+/// without a pause.
 constexpr auto kShortLife = 1s;
 constexpr auto kFirstPause = 20ms, kLongestPause = 1000ms;
 
@@ -100,7 +101,9 @@ void DecoderProcess::Watch() {
         std::unique_lock lock(mutex_);
         if (!end.empty()) lastEnd_ = std::move(end);
         changed_.notify_all();
-        pause = Clock::now() - began < kShortLife ? std::min(pause * 2, kLongestPause) : kFirstPause;
+        pause = !std::exchange(useful_, false) && Clock::now() - began < kShortLife
+                    ? std::min(pause * 2, kLongestPause)
+                    : kFirstPause;
         if (changed_.wait_for(lock, pause, [this] { return closed_; })) return;
     }
 }
@@ -145,6 +148,7 @@ bool DecoderProcess::TakeStatuses(int channel) {
         if (got <= 0) return false;
         if (got != sizeof ended) continue;
         const std::lock_guard lock(mutex_);
+        useful_ = true;
         statuses_[ended.number] = ended.status;
         if (statuses_.size() > kMostKept) statuses_.erase(statuses_.begin());
         changed_.notify_all();

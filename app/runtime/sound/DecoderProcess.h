@@ -83,6 +83,7 @@ class DecoderProcess {
     std::condition_variable changed_;  ///< the program started or ended, or a job's status came
     std::unique_ptr<process::ConfinedHelper> helper_;  ///< empty while the program doesn't run
     std::uint64_t generation_ = 0;
+    bool useful_ = false;  ///< the program has done a job
     std::string lastEnd_;  ///< how the program ended last
     bool closed_ = false;
     std::uint32_t lastJob_ = 0;
