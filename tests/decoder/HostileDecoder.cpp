@@ -78,11 +78,11 @@ class Worker {
 }
 
 const std::map<std::string, std::function<void(Worker&)>> kManners = {
-    {"good", [](Worker& w) { w.Write(96'000), w.Finish(), w.Answer(96'000); }},
+    {"good", [](Worker& w) { w.Write(48'000), w.Finish(), w.Answer(48'000); }},
     {"long",
-     [](Worker& w) { w.Write(96'000), w.Finish(), w.Answer(std::numeric_limits<std::int64_t>::max()); }},
+     [](Worker& w) { w.Write(48'000), w.Finish(), w.Answer(std::numeric_limits<std::int64_t>::max()); }},
     {"negative",
-     [](Worker& w) { w.Write(96'000), w.Finish(), w.Answer(std::numeric_limits<std::int64_t>::min()); }},
+     [](Worker& w) { w.Write(48'000), w.Finish(), w.Answer(std::numeric_limits<std::int64_t>::min()); }},
     {"silent", [](Worker&) { Stay(); }},
     {"garbage", [](Worker& w) { w.Send(std::string(150'000, '\xA5').data(), 150'000), Stay(); }},
     {"short", [](Worker& w) { w.Send("abc", 3), Stay(); }},

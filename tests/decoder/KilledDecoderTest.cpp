@@ -86,7 +86,8 @@ TEST_F(KilledDecoder, OnTheAirEndsItsSoundAndTheNextOneOpens) {
         voice->Start();
         ASSERT_TRUE(Await([&] { return voice->Position() > Frames{}; }));
         const bool first = kill % 5 == 4;
-        EXPECT_EQ(KillAll(first ? ChildrenOf(::getpid()) : Workers()), 1);
+        // The former one may not have been taken in yet.
+        EXPECT_GE(KillAll(first ? ChildrenOf(::getpid()) : Workers()), 1);
         EXPECT_TRUE(Await([&] { return !voice->IsPlaying(); }));
         EXPECT_LT(voice->Position(), kLength);
         std::vector<DecoderFailure> failures;

@@ -103,7 +103,8 @@ void Caretaker::Wait() {
     {
         const std::lock_guard lock(mutex_);
         for (auto& entry : voices_) {
-            sounding |= entry->voice->IsMixed();
+            // Over: the mixing thread let go of it after the look.
+            sounding |= entry->voice->IsMixed() || entry->voice->IsOver();
             if (!entry->hungUp) events.push_back({entry->voice->Sound().Socket(), 0, 0});
         }
     }
