@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <optional>
 #include <utility>
 
@@ -15,7 +16,12 @@ namespace sorakaze::player {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr double kFadeSeconds = 4;
+/// How long a music folder that is away is waited for, and how often it is looked for.
+constexpr std::chrono::minutes kPatience{15};
+constexpr std::chrono::seconds kLookInterval{1};
 
 std::string Decimal(double seconds) {
     std::array<char, 64> text{};
@@ -32,6 +38,13 @@ struct LocalPlayer::Impl {
         std::shared_ptr<sound::Voice> voice;
         TrackEvent track;                        ///< what Started told
         std::optional<sound::Frames> fadeBegun;  ///< in frames mixed by the engine
+    };
+    /// A track whose music folder is away. It counts as playing until the folder is back or was away for
+    /// long.
+    struct Waiting {
+        TrackEvent track;
+        Clock::time_point since;
+        Clock::time_point nextLook;
     };
     /// A file's texts or decoder, valid while the stamp is the file's.
     template <typename Value>
@@ -54,6 +67,7 @@ struct LocalPlayer::Impl {
     std::unique_ptr<MusicLibrary> library;
     bool readsAhead = false;
     std::optional<Playing> playing;
+    std::optional<Waiting> waiting;  ///< never beside playing
     std::optional<OfFile<TrackText>> lastTags;
     std::optional<OfFile<std::shared_ptr<sound::Voice>>> prepared;
 
@@ -98,8 +112,38 @@ struct LocalPlayer::Impl {
         if (player.onTrack) player.onTrack(event);
     }
 
+    void Begin(std::shared_ptr<sound::Voice> voice, TrackEvent event) {
+        voice->Start();
+        playing = Playing{std::move(voice), event, std::nullopt};
+        Tell(std::move(event), TrackEvent::What::Started, 0);
+    }
+
+    /// Only where time is the wall's: a rendered show would run on meanwhile.
+    void WaitFor(const TrackEvent& track) {
+        const auto now = Clock::now();
+        if (!readsAhead && library->IsAway(track.path)) waiting = Waiting{track, now, now + kLookInterval};
+    }
+
+    void LookForAwayFolder() {
+        const auto now = Clock::now();
+        if (!waiting || now < waiting->nextLook) return;
+        waiting->nextLook = now + kLookInterval;
+        TrackEvent track = waiting->track;
+        if (library->IsAway(track.path)) {
+            if (now - waiting->since > kPatience) waiting.reset();
+            return;
+        }
+        waiting.reset();
+        auto voice = TakeVoice(track.path.string());
+        if (!voice) return;
+        const auto known = library->Find(track.playlist, track.number);
+        if (player.onTrack && known) track.title = TextOf(*known).title;
+        Begin(std::move(voice), std::move(track));
+    }
+
     /// Ends the current track, if there is one. The player stands stopped before anyone is told.
     void End() {
+        waiting.reset();
         if (!playing) return;
         const Playing ended = std::move(*playing);
         playing.reset();
@@ -152,6 +196,8 @@ std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
 }
 
 std::string LocalPlayer::State() {
+    impl_->LookForAwayFolder();
+    if (impl_->waiting) return "playing";
     if (!impl_->IsPlaying()) return "stopped";
     return impl_->playing->fadeBegun ? "fading" : "playing";
 }
@@ -165,12 +211,10 @@ void LocalPlayer::Play(const std::string& playlist, int number) {
     const auto track = impl_->library->Find(playlist, number);
     if (!track) return;
     auto voice = impl_->TakeVoice(track->path.string());
-    if (!voice) return;
     TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0};
+    if (!voice) return impl_->WaitFor(event);
     if (onTrack) event.title = impl_->TextOf(*track).title;
-    voice->Start();
-    impl_->playing = Impl::Playing{std::move(voice), event, std::nullopt};
-    impl_->Tell(std::move(event), TrackEvent::What::Started, 0);
+    impl_->Begin(std::move(voice), std::move(event));
 }
 
 void LocalPlayer::Stop() {

@@ -52,7 +52,8 @@ class LocalPlayer {
     std::string SongInfo(const std::string& playlist, int number);
 
     /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as
-    /// stopped.
+    /// stopped; one whose whole music folder is away counts as playing until it is back, a quarter of an hour
+    /// at most.
     std::string State();
     /// Seconds played of the current track, in decimal with a point; "0" when stopped.
     std::string Position();

@@ -56,14 +56,16 @@ class Entries {
 struct MusicLibrary::Impl {
     std::stop_source end;
     std::stop_callback<std::function<void()>> onEnd;  ///< before what it stops: the end may have come already
+    const std::vector<std::filesystem::path> roots;
     PlaylistFiles files;
     LibraryWatcher watcher;
 
-    Impl(std::vector<std::filesystem::path> roots, Watching watching, std::function<Clock::time_point()> now,
-         std::stop_token ended)
+    Impl(std::vector<std::filesystem::path> folders, Watching watching,
+         std::function<Clock::time_point()> now, std::stop_token ended)
         : onEnd(std::move(ended), [this] { end.request_stop(); }),
+          roots(std::move(folders)),
           files(end.get_token()),
-          watcher(std::move(roots), files, watching, std::move(now), end.get_token()) {}
+          watcher(roots, files, watching, std::move(now), end.get_token()) {}
     ~Impl() { end.request_stop(); }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
@@ -80,6 +82,16 @@ std::unique_ptr<MusicLibrary> MusicLibrary::OfApplication(const std::filesystem:
     std::vector<std::filesystem::path> roots{appFolder / "Music"};
     if (const auto own = UserMusicFolder(); !own.empty()) roots.push_back(own);
     return std::make_unique<MusicLibrary>(std::move(roots), Watching::OnThread, Clock::now, std::move(ended));
+}
+
+bool MusicLibrary::IsAway(const std::filesystem::path& file) const {
+    return std::any_of(impl_->roots.begin(), impl_->roots.end(), [&](const std::filesystem::path& root) {
+        const bool within =
+            std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end();
+        std::error_code gone;
+        // What a disk is mounted at stays, and is empty.
+        return within && (std::filesystem::is_empty(root, gone) || gone);
+    });
 }
 
 std::vector<std::string> MusicLibrary::Names() {

@@ -61,6 +61,10 @@ class MusicLibrary {
     /// The track with the 1-based `number`; empty outside the playlist.
     std::optional<Track> Find(const std::string& playlist, int number);
 
+    /// Whether the file would be in a folder of music that is away as a whole at the moment. Looks at the
+    /// disk.
+    bool IsAway(const std::filesystem::path& file) const;
+
   private:
     struct Impl;
     std::unique_ptr<Impl> impl_;

@@ -11,12 +11,25 @@ namespace {
 
 /// What `say` prints of a text that would take more than two minutes.
 constexpr const char* kCut = "the text is too long, its speech was cut";
+/// Nothing that `say` made is longer, but a text's own commands may have made the file.
+constexpr double kLongestSpeech = 125;  // seconds
+
+void TellOfCut(mainWindow& window) {
+    window.tell("failed", {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
+}
 
 void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
     window.sayData->Play();
     window.tell("say", {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
     const SoundRef speech = window.sayData;
-    WaitWhile([&speech] { return speech->IsPlaying(); });
+    bool cut = false;
+    WaitWhile([&speech, &cut] {
+        cut = speech->Played() > kLongestSpeech;
+        return !cut && speech->IsPlaying();
+    });
+    if (!cut) return;
+    speech->Stop();
+    TellOfCut(window);
 }
 
 }  // namespace
@@ -30,8 +43,7 @@ void SayLine(mainWindow& window, Shell& shell, const String& voice, const String
         MsgBox("読み上げ結果のサウンドファイルが存在しません");
         return;
     }
-    if (InStr(shell.Result(), kCut) > 0)
-        window.tell("failed", {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
+    if (InStr(shell.Result(), kCut) > 0) TellOfCut(window);
     window.sayData = file->OpenAsSound();
     if (window.sayData) {
         PlayToEnd(window, voice, text);

@@ -26,6 +26,9 @@ class Sound {
     std::int32_t Volume() const { return volume_; }
     void SetVolume(std::int32_t volume);
 
+    /// Seconds of it that have been heard.
+    double Played() const { return voice_->Position().Seconds(); }
+
     const std::filesystem::path& Path() const { return path_; }
     /// Length in seconds as the file states it, 0 where it doesn't.
     double Seconds() const;

@@ -18,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 struct ThreeTracks : MusicFolder {
     ThreeTracks() {
@@ -85,6 +86,29 @@ TEST_F(LocalPlayerTest, WhatCannotBePlayedLeavesThePlayerStopped) {
         EXPECT_THAT(TakeTold(), ElementsAre("ended Library 1 1 at 0")) << playlist << number;
     }
     EXPECT_LT(Hear(0.5), 0.001);
+}
+
+TEST_F(LocalPlayerTest, ATrackWhoseFolderIsAwayIsWaitedFor) {
+    const std::filesystem::path away = music_.Path().string() + "-away";
+    ASSERT_NE(player_.CountSongs("Library"), "0");
+    for (const bool back : {true, false}) {
+        std::filesystem::rename(music_.Path(), away);
+        player_.Play("Library", 1);
+        EXPECT_EQ(player_.State(), "playing");
+        EXPECT_EQ(player_.Position(), "0");
+        EXPECT_THAT(TakeTold(), IsEmpty());
+        if (!back) player_.Stop();
+        std::filesystem::rename(away, music_.Path());
+        if (!back) break;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (told_.empty() && std::chrono::steady_clock::now() < deadline)
+            EXPECT_EQ(player_.State(), "playing");
+        EXPECT_THAT(TakeTold(), ElementsAre("started Library 1 1 at 0"));
+        EXPECT_GT(Hear(1), 0.2f);
+        player_.Stop();
+        TakeTold();
+    }
+    EXPECT_EQ(player_.State(), "stopped");
 }
 
 TEST_F(LocalPlayerTest, FadesOutAndComesBackAtFullLevel) {

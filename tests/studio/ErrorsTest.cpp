@@ -114,6 +114,23 @@ TEST_F(Errors, HostileTitlesReachTheShellAndHarmNobody) {
         EXPECT_LT(std::stod(length), 3.5) << "longer than what the program says";
 }
 
+TEST_F(Errors, ASentenceThatLastsForHoursIsCut) {
+    // The line's own shell makes the sound: 8 kHz, 8 bits, an hour and more.
+    station.Write(
+        "Programs/Show.txt",
+        "mode: songs 0\npersonality: Fred X\nopening: 0, say A `for o in temp*; do printf "
+        "'RIFF\\377\\377\\377\\177WAVEfmt \\020\\0\\0\\0\\001\\0\\001\\0\\100\\037\\0\\0"
+        "\\100\\037\\0\\0\\001\\0\\010\\0data\\0\\0\\0\\002' > $o; dd if=/dev/zero of=$o bs=1000000 "
+        "seek=1 count=30; kill $$; done`\n");
+    const auto outcome = station.Render("none", "--limit 1000");
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    ASSERT_EQ(station.Traced("say", "seconds").size(), 1u);
+    EXPECT_GT(std::stod(station.Traced("say", "seconds")[0]), 1000);
+    EXPECT_EQ(station.Traced("failed", "which").size(), 1u);
+    ASSERT_EQ(station.Traced("end", "ticks").size(), 1u);
+    EXPECT_LT(std::stod(station.Traced("end", "ticks")[0]), 150 * 60);
+}
+
 TEST_F(Errors, ListNamesProgramsAndPlaylists) {
     station.Write("Music/Evening, late.m3u8", "a.wav\na.wav\n");
     station.Write("Programs/夜.txt", "");
