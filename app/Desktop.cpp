@@ -14,6 +14,7 @@ namespace sorakaze {
 // The library begins to look through the music before anything else comes up.
 Desktop::Desktop(std::filesystem::path appFolder, std::stop_token interrupted)
     : appFolder_(std::move(appFolder)),
+      onInterrupt_(interrupted, [this] { engine_.Cancel(); }),
       player_(engine_, player::MusicLibrary::OfApplication(appFolder_, std::move(interrupted))),
       runtime_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_) {}
 
@@ -141,6 +142,7 @@ void Desktop::Raise() {
 }
 
 void Desktop::Quit() {
+    engine_.Cancel();
     if (view_) view_->hide();
     runtime_.Events().Quit();
     host_.Close();

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <stop_token>
 
@@ -60,6 +61,7 @@ class Desktop {
 
     const std::filesystem::path appFolder_;
     sound::MixingEngine engine_{sound::Reading::RealTime};
+    std::stop_callback<std::function<void()>> onInterrupt_;  ///< nobody waits for a decoder any more
     window::QtHost host_;
     player::LocalPlayer player_;
     Runtime runtime_;

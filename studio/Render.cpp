@@ -122,6 +122,7 @@ class Session {
           station_(FindStation(options.station)),
           host_(console_),
           recorder_(options.output),
+          onInterrupt_(interrupted, [this] { recorder_.Engine().Cancel(); }),
           runtime_({std::make_unique<StudioClock>([this] { recorder_.MixTick(); }), station_,
                     &recorder_.Engine(), options.seed},
                    host_),
@@ -259,6 +260,7 @@ class Session {
     Console console_;
     StudioHost host_;
     Recorder recorder_;
+    std::stop_callback<std::function<void()>> onInterrupt_;  ///< nobody waits for a decoder any more
     Runtime runtime_;
     std::unique_ptr<gateway::Gateway> gateway_;
     player::LocalPlayer player_;

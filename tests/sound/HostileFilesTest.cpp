@@ -95,11 +95,10 @@ TEST_F(HostileFiles, OneThatEndsItsDecoderCostsItselfAlone) {
         EXPECT_EQ(failures[0].file, file);
         EXPECT_NE(failures[0].why, "");
 
-        // Not a second time, but each wish to hear it is answered.
+        // Neither tried nor told of a second time.
         EXPECT_EQ(engine.ReadTags(file), std::nullopt);
-        EXPECT_THAT(engine.TakeFailures(), IsEmpty());
         EXPECT_EQ(engine.Open(file), nullptr);
-        EXPECT_THAT(engine.TakeFailures(), SizeIs(1));
+        EXPECT_THAT(engine.TakeFailures(), IsEmpty());
         engine.ForgetBadFiles();
         EXPECT_EQ(engine.ReadTags(file), std::nullopt);
         EXPECT_THAT(engine.TakeFailures(), SizeIs(1));

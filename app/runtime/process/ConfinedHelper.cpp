@@ -28,6 +28,7 @@ std::string EndText(const LaunchReport& report, int status) {
 }  // namespace
 
 struct ConfinedHelper::Impl {
+    LaunchPlan plan;  ///< its texts say where a start failed
     Launched launched;
     Descriptor channel;
     bool taken = false;
@@ -40,9 +41,10 @@ ConfinedHelper::ConfinedHelper(const HelperOptions& options) : impl_(std::make_u
     impl_->channel = Descriptor(ends[0]);
     Descriptor theirs(ends[1]);
     ::fcntl(impl_->channel.Get(), F_SETFL, O_NONBLOCK);
-    LaunchPlan plan = PlanHelper(options, AvailableMechanisms());
-    plan.channel = std::move(theirs);
-    impl_->launched = Launch(plan);
+    impl_->plan = PlanHelper(options, AvailableMechanisms());
+    impl_->plan.channel = std::move(theirs);
+    impl_->launched = Launch(impl_->plan);
+    impl_->plan.channel.Close();
 }
 
 ConfinedHelper::~ConfinedHelper() {

@@ -18,13 +18,25 @@
 namespace sorakaze::process {
 namespace {
 
-/// Whether a process comes to stand under all of these, found out by doing it.
+/// What a full system says. It tells nothing of the kernel.
+bool IsShortage(const std::error_code& code) {
+    for (const std::errc shortage : {std::errc::too_many_files_open, std::errc::too_many_files_open_in_system,
+                                     std::errc::resource_unavailable_try_again, std::errc::not_enough_memory})
+        if (code == shortage) return true;
+    return false;
+}
+
+/// Whether a process comes to stand under all of these, found out by doing it. Throws std::system_error where
+/// the system is too short of something to tell.
 bool Works(const Mechanisms& mechanisms) {
     try {
         LaunchPlan plan = PlanTrial(mechanisms);
         Launched launched = Launch(plan);
         const LaunchReport report = TakeEnd(launched);
         return report.what == LaunchReport::Ended && report.value == 0;
+    } catch (const std::system_error& error) {
+        if (IsShortage(error.code())) throw;
+        return false;
     } catch (const std::exception&) {
         return false;
     }

@@ -36,6 +36,8 @@ constexpr auto kLongestWord = 1s;
 /// A program that ends as soon as it has begun, without having done anything, is not started again and again
 /// without a pause.
 constexpr auto kShortLife = 1s;
+/// After so many starts in vain nobody waits for the next one any more, though there are further ones.
+constexpr int kMostUselessStarts = 4;
 constexpr auto kFirstPause = 20ms, kLongestPause = 1000ms;
 
 bool SendPacket(int channel, const JobRequest& request, const int* descriptors, std::size_t count) {
@@ -72,6 +74,7 @@ DecoderProcess::DecoderProcess(std::filesystem::path program, std::chrono::milli
     : program_(std::move(program)),
       longestStandstill_(longestStandstill),
       wake_(::eventfd(0, EFD_CLOEXEC)),
+      cancel_(::eventfd(0, EFD_CLOEXEC)),
       thread_([this] { Watch(); }) {}
 
 DecoderProcess::~DecoderProcess() {
@@ -100,10 +103,11 @@ void DecoderProcess::Watch() {
         ended.reset();
         std::unique_lock lock(mutex_);
         if (!end.empty()) lastEnd_ = std::move(end);
+        toldGeneration_ = generation_;
+        const bool useful = std::exchange(useful_, false) || Clock::now() - began >= kShortLife;
+        uselessStarts_ = useful ? 0 : uselessStarts_ + 1;
         changed_.notify_all();
-        pause = !std::exchange(useful_, false) && Clock::now() - began < kShortLife
-                    ? std::min(pause * 2, kLongestPause)
-                    : kFirstPause;
+        pause = !useful ? std::min(pause * 2, kLongestPause) : kFirstPause;
         if (changed_.wait_for(lock, pause, [this] { return closed_; })) return;
     }
 }
@@ -176,23 +180,29 @@ std::variant<DecoderProcess::Job, DecoderProcess::Failure> DecoderProcess::Begin
     const int descriptors[] = {file, theirs.Get(), ring.descriptor};
 
     std::unique_lock lock(mutex_);
-    if (!changed_.wait_for(lock, kLongestStart, [this] { return helper_ || closed_; }) || closed_)
+    const auto knows = [this] {
+        return helper_ || closed_ || cancelled_ || uselessStarts_ >= kMostUselessStarts;
+    };
+    if (!changed_.wait_for(lock, kLongestStart, knows) || closed_ || cancelled_ ||
+        uselessStarts_ >= kMostUselessStarts)
         return Failure{Failure::NotStarted, "the decoder can't be started: " + lastEnd_};
     request.number = ++lastJob_;
     job.name = {request.number, generation_};
-    if (!Send(request, descriptors, ring.descriptor < 0 ? 2 : 3)) return Failure{Failure::Ended, lastEnd_};
+    if (!Send(request, descriptors, ring.descriptor < 0 ? 2 : 3))
+        return Failure{Failure::Ended, "the decoder has just ended"};
     return job;
 }
 
 std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const Job& job) {
-    pollfd socket{job.socket.Get(), POLLIN, 0};
+    pollfd events[] = {{job.socket.Get(), POLLIN, 0}, {cancel_.Get(), POLLIN, 0}};
     const auto deadline = Clock::now() + longestStandstill_;
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const int ready = ::poll(&socket, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+        const int ready = ::poll(events, 2, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
         if (ready < 0 && errno == EINTR) continue;
-        if (ready > 0) break;
+        if (ready > 0 && events[0].revents != 0) break;
         Kill(job.name);
+        if (ready > 0) return Failure{Failure::NotStarted, "the application ends"};
         return Failure{Failure::Slow, "it takes too long to open"};
     }
     std::string answer(kLongestTags, '\0');
@@ -204,14 +214,19 @@ std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const J
 
 DecoderProcess::Failure DecoderProcess::WhyEnded(const JobName& job) {
     std::unique_lock lock(mutex_);
-    const auto known = [&] {
-        return statuses_.contains(job.number) || !helper_ || generation_ != job.generation;
-    };
+    const auto known = [&] { return statuses_.contains(job.number) || toldGeneration_ >= job.generation; };
     changed_.wait_for(lock, kLongestWord, known);
     const auto status = statuses_.find(job.number);
     if (status != statuses_.end()) return OfStatus(status->second);
-    if (helper_ && generation_ == job.generation) return {Failure::Died, "its decoder let go of it"};
+    if (toldGeneration_ < job.generation) return {Failure::Died, "its decoder let go of it"};
     return {Failure::Ended, "the decoder was ended: " + lastEnd_};
+}
+
+void DecoderProcess::Cancel() {
+    cancelled_ = true;
+    const std::uint64_t one = 1;
+    static_cast<void>(!::write(cancel_.Get(), &one, sizeof one));
+    changed_.notify_all();
 }
 
 void DecoderProcess::Kill(const JobName& job) {

@@ -5,6 +5,7 @@
 // hears how jobs ended. Used by Decoders alone.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -67,6 +68,8 @@ class DecoderProcess {
     /// Of a job whose socket has hung up before it was done.
     Failure WhyEnded(const JobName& job);
     void Kill(const JobName& job);
+    /// The application ends: from here on nobody waits here. Any number of times; takes no lock.
+    void Cancel();
 
   private:
     void Watch();
@@ -77,14 +80,18 @@ class DecoderProcess {
 
     const std::filesystem::path program_;
     const std::chrono::milliseconds longestStandstill_;
-    const process::Descriptor wake_;  ///< readable when the thread is to end
+    const process::Descriptor wake_;    ///< readable when the thread is to end
+    const process::Descriptor cancel_;  ///< readable when nobody is to wait
+    std::atomic<bool> cancelled_{false};
 
     std::mutex mutex_;                 ///< guards all below
     std::condition_variable changed_;  ///< the program started or ended, or a job's status came
     std::unique_ptr<process::ConfinedHelper> helper_;  ///< empty while the program doesn't run
     std::uint64_t generation_ = 0;
-    bool useful_ = false;  ///< the program has done a job
-    std::string lastEnd_;  ///< how the program ended last
+    bool useful_ = false;               ///< the program has done a job
+    std::string lastEnd_;               ///< how the program ended last
+    std::uint64_t toldGeneration_ = 0;  ///< the last one whose end is in lastEnd_
+    int uselessStarts_ = 0;             ///< in a row
     bool closed_ = false;
     std::uint32_t lastJob_ = 0;
     std::map<std::uint32_t, int> statuses_;  ///< of the jobs that ended last

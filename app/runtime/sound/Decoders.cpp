@@ -67,7 +67,8 @@ struct Decoders::Impl {
                                         const std::filesystem::path& path,
                                         const DecoderProcess::Ring& ring = {});
     void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure);
-    bool IsBad(const std::filesystem::path& path, const RegularFile& file);
+    /// It has ended a decoder before, and that was told.
+    bool IsBad(const RegularFile& file);
 
     const std::chrono::milliseconds longestStandstill;
     DecoderProcess process;
@@ -106,11 +107,9 @@ void Decoders::Impl::Note(const std::filesystem::path& file, const FileIdentity&
     if (failures.size() < kMost) failures.push_back({file, failure.why});
 }
 
-bool Decoders::Impl::IsBad(const std::filesystem::path& path, const RegularFile& file) {
+bool Decoders::Impl::IsBad(const RegularFile& file) {
     const std::lock_guard lock(mutex);
-    if (!badFiles.contains(IdentityOf(file))) return false;
-    failures.push_back({path, "it has ended a decoder before"});
-    return true;
+    return badFiles.contains(IdentityOf(file));
 }
 
 Decoders::Decoders(std::filesystem::path program, std::chrono::milliseconds longestStandstill)
@@ -135,7 +134,7 @@ void Decoders::SetProgramOfProcess(std::filesystem::path program) {
 
 std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace) {
     const auto file = OpenRegularFile(path);
-    if (!file || impl_->IsBad(path, *file)) return nullptr;
+    if (!file || impl_->IsBad(*file)) return nullptr;
     try {
         auto memory = std::make_unique<SharedMemory>(pace == Pace::Fast ? kFastRingCapacity : kRingCapacity);
         auto asked = impl_->Ask(pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play, *file, path,
@@ -166,11 +165,7 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
 
 std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path) {
     const auto file = OpenRegularFile(path);
-    if (!file) return std::nullopt;
-    {
-        const std::lock_guard lock(impl_->mutex);
-        if (impl_->badFiles.contains(IdentityOf(*file))) return std::nullopt;
-    }
+    if (!file || impl_->IsBad(*file)) return std::nullopt;
     auto asked = impl_->Ask(JobKind::Tags, *file, path);
     if (auto* answered = std::get_if<Impl::Answered>(&asked)) {
         impl_->process.Kill(answered->job.name);
@@ -201,6 +196,10 @@ void Decoders::End(const DecodedSound& sound) {
 std::vector<DecoderFailure> Decoders::TakeFailures() {
     const std::lock_guard lock(impl_->mutex);
     return std::exchange(impl_->failures, {});
+}
+
+void Decoders::Cancel() {
+    impl_->process.Cancel();
 }
 
 void Decoders::ForgetBadFiles() {

@@ -62,6 +62,8 @@ class Decoders {
     /// mixing one.
     void End(const DecodedSound& sound);
     void ForgetBadFiles();
+    /// The application ends: every call returns at once, with nothing. Any thread, also in a signal's stead.
+    void Cancel();
 
   private:
     struct Impl;

@@ -136,6 +136,10 @@ void MixingEngine::OnFailure(std::function<void()> tell) {
     impl_->shared->tellFailure = std::move(tell);
 }
 
+void MixingEngine::Cancel() {
+    impl_->shared->decoders->Cancel();
+}
+
 void MixingEngine::ForgetBadFiles() {
     impl_->shared->decoders->ForgetBadFiles();
 }

@@ -78,6 +78,8 @@ class MixingEngine {
     /// ForgetBadFiles. Any thread but the mixing one.
     std::vector<DecoderFailure> TakeFailures();
     void ForgetBadFiles();
+    /// The application ends: Open and ReadTags return at once, with nothing.
+    void Cancel();
     /// `tell` is called, on any thread but the mixing one, when there is something for TakeFailures. It must
     /// not call the engine. Once this has returned, the former one isn't called any more.
     void OnFailure(std::function<void()> tell);
