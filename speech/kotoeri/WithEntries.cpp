@@ -61,7 +61,7 @@ std::vector<Morpheme> WithEntries(std::vector<Morpheme> morphemes) {
         };
         const auto entry = EntryAtBeginning(std::u32string_view(sentence).substr(begins[at]), suits);
         if (!entry) {
-            result.push_back(std::move(morphemes[at++]));
+            result.push_back(morphemes[at++]);  // a copy: the next piece looks back at it
             continue;
         }
         result.push_back({std::u32string(entry->surface),
