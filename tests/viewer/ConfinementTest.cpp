@@ -20,8 +20,8 @@
 #include <functional>
 
 #include "app/runtime/process/LandlockRules.h"
-#include "app/viewer/program/GiveUpRoot.h"
 #include "app/viewer/program/Confinement.h"
+#include "app/viewer/program/GiveUpRoot.h"
 #include "app/viewer/program/OtherProcesses.h"
 #include "app/viewer/program/Surroundings.h"
 #include "tests/support/TestRuntime.h"
