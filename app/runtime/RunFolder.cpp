@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "app/runtime/process/RemoveTree.h"
 
@@ -33,17 +34,14 @@ Lock Try(int folder) {
     return errno == EWOULDBLOCK ? Lock::HeldByAnother : Lock::Impossible;
 }
 
-/// Opens the folder of a run; negative where it isn't one of this user's.
-int OpenFolder(const fs::path& path) {
-    const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (folder < 0) return -1;
+/// Opens the folder of a run; empty where it isn't one of this user's.
+process::Descriptor OpenFolder(const fs::path& path) {
+    process::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     // Commands that run under a user of their own may have to pass through it.
-    const bool isOurs = ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
+    const bool isOurs = folder && ::fstat(folder.Get(), &status) == 0 && status.st_uid == ::geteuid() &&
                         (status.st_mode & 0777 & ~static_cast<mode_t>(S_IXGRP)) == S_IRWXU;
-    if (isOurs) return folder;
-    ::close(folder);
-    return -1;
+    return isOurs ? std::move(folder) : process::Descriptor();
 }
 
 bool IsRunsName(const std::string& name) {
@@ -56,10 +54,8 @@ void ClearLeftovers(const fs::path& parent) {
     for (auto entry = fs::directory_iterator(parent, failure); !failure && entry != fs::directory_iterator();
          entry.increment(failure)) {
         if (!IsRunsName(entry->path().filename())) continue;
-        const int folder = OpenFolder(entry->path());
-        if (folder < 0) continue;
-        if (Try(folder) == Lock::Taken) process::RemoveTree(entry->path(), end);
-        ::close(folder);
+        const process::Descriptor folder = OpenFolder(entry->path());
+        if (folder && Try(folder.Get()) == Lock::Taken) process::RemoveTree(entry->path(), end);
         if (std::chrono::steady_clock::now() > end) return;
     }
 }
@@ -75,27 +71,24 @@ std::unique_ptr<RunFolder> RunFolder::Make() {
     for (int attempt = 0; attempt < 16; ++attempt) {
         std::string name = parent / (std::string(kPrefix) + std::string(kPattern));
         if (!::mkdtemp(name.data())) return nullptr;
-        const int folder = OpenFolder(name);
-        if (folder < 0) {
+        process::Descriptor folder = OpenFolder(name);
+        if (!folder) {
             ::rmdir(name.c_str());
             continue;
         }
-        if (Try(folder) == Lock::HeldByAnother) {
-            ::close(folder);
-            continue;
-        }
+        if (Try(folder.Get()) == Lock::HeldByAnother) continue;
         // A file system without locks serves as well: nobody takes what can't be locked for a dead run's.
-        std::unique_ptr<RunFolder> made(new RunFolder(name, folder));
+        std::unique_ptr<RunFolder> made(new RunFolder(name, std::move(folder)));
         if (::mkdir(made->Files().c_str(), S_IRWXU) == 0) return made;
     }
     return nullptr;
 }
 
-RunFolder::RunFolder(fs::path path, int lock) : path_(std::move(path)), lock_(lock) {}
+RunFolder::RunFolder(fs::path path, process::Descriptor lock)
+    : path_(std::move(path)), lock_(std::move(lock)) {}
 
 RunFolder::~RunFolder() {
     process::RemoveTree(path_);
-    ::close(lock_);
 }
 
 }  // namespace sorakaze

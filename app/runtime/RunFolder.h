@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "app/runtime/process/Descriptor.h"
+
 namespace sorakaze {
 
 class RunFolder {
@@ -25,11 +27,11 @@ class RunFolder {
     const std::filesystem::path& Files() const { return files_; }
 
   private:
-    RunFolder(std::filesystem::path path, int lock);
+    RunFolder(std::filesystem::path path, process::Descriptor lock);
 
     const std::filesystem::path path_;
     const std::filesystem::path files_ = path_ / "files";
-    const int lock_;  ///< a descriptor of the folder, locked for as long as it is open
+    const process::Descriptor lock_;  ///< of the folder, locked for as long as it is open
 };
 
 }  // namespace sorakaze

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/runtime/process/Footprint.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "app/runtime/process/Descriptor.h"
+#include "app/runtime/process/FolderListing.h"
 
 namespace sorakaze::process {
 namespace {
@@ -27,23 +26,6 @@ namespace fs = std::filesystem;
 /// More than it takes up: many entries take long to remove.
 constexpr std::uint64_t kLeastEntry = 64 << 10;
 constexpr int kDeepest = 64;
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
-
-Folder OpenFolder(int parent, const char* name) {
-    const int descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0) return nullptr;
-    Folder folder(::fdopendir(descriptor));
-    if (!folder) ::close(descriptor);
-    return folder;
-}
-
-bool IsDots(const char* name) {
-    return name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]));
-}
 
 std::uint64_t DiskBytes(const struct stat& status) {
     return static_cast<std::uint64_t>(status.st_blocks) * 512;

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/runtime/process/RemoveTree.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,27 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "app/runtime/process/FolderListing.h"
+
 namespace sorakaze::process {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
-
-Folder OpenFolder(int parent, const char* name) {
-    const int descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0) return nullptr;
-    Folder folder(::fdopendir(descriptor));
-    if (!folder) ::close(descriptor);
-    return folder;
-}
-
-bool IsDots(const char* name) {
-    return name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]));
-}
 
 /// Empties a tree from its leaves up, one folder open at a time.
 class Emptier {
