@@ -40,12 +40,21 @@ std::string DamagedFiles::Mix(MixingEngine& engine, Voice& voice, std::int64_t f
 
 /// What came before must not disturb what comes now.
 std::string DamagedFiles::PlayGood(MixingEngine& engine) {
-    const auto voice = engine.Open(good_);
+    auto voice = engine.Open(good_);
     if (!voice) return "a good file isn't opened any more";
     voice->Start();
-    const std::string wrong = Mix(engine, *voice, kSampleRate / 10);
-    if (!wrong.empty()) return wrong;
-    return voice->Position().count == kSampleRate / 10 ? "" : "a good file isn't played any more";
+    std::string wrong = Mix(engine, *voice, kSampleRate / 10);
+    if (wrong.empty() && voice->Position().count != kSampleRate / 10)
+        wrong = "a good file isn't played any more";
+    voice.reset();
+    return wrong.empty() ? MixRest(engine) : wrong;
+}
+
+/// A voice that was dropped is let go of by the mixing that fades it.
+std::string DamagedFiles::MixRest(MixingEngine& engine) {
+    std::array<float, kBlock * kChannels> rest;
+    engine.Mix(rest);
+    return FirstInsane(rest) ? "the end isn't sane" : "";
 }
 
 std::string DamagedFiles::TakeFailures(MixingEngine& engine, const std::filesystem::path& file) {
@@ -77,10 +86,7 @@ std::string DamagedFiles::Play(const std::filesystem::path& file, std::uint64_t 
         const auto most = whole ? kMost : static_cast<std::int64_t>(number * 977 % (kSampleRate / 2));
         if (auto wrong = Mix(engine, *voice, most); !wrong.empty()) return wrong;
     }
-    // What was dropped fades away before anything else is judged.
-    std::array<float, kBlock * kChannels> rest;
-    engine.Mix(rest);
-    if (FirstInsane(rest)) return "the end isn't sane";
+    if (auto wrong = MixRest(engine); !wrong.empty()) return wrong;
     if (auto wrong = TakeFailures(engine, file); !wrong.empty()) return wrong;
     engine.ForgetBadFiles();
     return number % 16 == 0 ? PlayGood(offline_) : std::string();

@@ -36,6 +36,7 @@ class DamagedFiles {
   private:
     std::string Mix(MixingEngine& engine, Voice& voice, std::int64_t frames);
     std::string PlayGood(MixingEngine& engine);
+    static std::string MixRest(MixingEngine& engine);
     std::string TakeFailures(MixingEngine& engine, const std::filesystem::path& file);
 
     const std::filesystem::path good_;
