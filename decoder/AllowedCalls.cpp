@@ -3,32 +3,18 @@
 #include "decoder/AllowedCalls.h"
 
 #include <fcntl.h>
-#include <linux/audit.h>
-#include <linux/filter.h>
 #include <linux/sched.h>
-#include <linux/seccomp.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
-#include <vector>
+#include "app/runtime/process/CallFilter.h"
 
 namespace sorakaze::decoder {
 namespace {
 
-#if defined(__x86_64__)
-constexpr std::uint32_t kArchitecture = AUDIT_ARCH_X86_64;
-#elif defined(__aarch64__)
-constexpr std::uint32_t kArchitecture = AUDIT_ARCH_AARCH64;
-#else
-constexpr std::uint32_t kArchitecture = 0;
-#endif
+using process::CallFilter;
 
-constexpr long kOfAll[] = {
+constexpr int kOfAll[] = {
     // What is open already.
     SYS_read,
     SYS_readv,
@@ -97,91 +83,25 @@ constexpr long kOfAll[] = {
 #endif
 };
 
-constexpr long kOfProgram[] = {SYS_wait4, SYS_kill, SYS_prctl, SYS_seccomp, SYS_getppid};
-
-class Builder {
-  public:
-    Builder() {
-        Load(offsetof(seccomp_data, arch));
-        Add(BPF_JMP | BPF_JEQ | BPF_K, kArchitecture, 1, 0);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS);
-        Load(offsetof(seccomp_data, nr));
-    }
-    void Allow(long call) {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
-    }
-    /// Only to ask for a descriptor's flags: other commands have signals sent.
-    void AllowFlags() {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_fcntl, 0, 4);
-        Load(offsetof(seccomp_data, args) + 8);
-        Add(BPF_JMP | BPF_JEQ | BPF_K, F_GETFL, 0, 1);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
-    }
-    /// None that is shared or grows by itself: that wouldn't count as the process's data.
-    void AllowPrivateMemory() {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_mmap, 0, 4);
-        Load(offsetof(seccomp_data, args) + 24);
-        Add(BPF_JMP | BPF_JSET | BPF_K, MAP_SHARED | MAP_GROWSDOWN | MAP_HUGETLB, 1, 0);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
-    }
-    /// Only of the process itself.
-    void AllowLimits() {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_prlimit64, 0, 4);
-        Load(offsetof(seccomp_data, args));
-        Add(BPF_JMP | BPF_JEQ | BPF_K, 0, 0, 1);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
-    }
-    /// Only new threads of the same process.
-    void AllowThreads() {
-        Add(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 4);
-        Load(offsetof(seccomp_data, args));  // the low half, on both architectures
-        Add(BPF_JMP | BPF_JSET | BPF_K, CLONE_THREAD, 0, 1);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM);
-    }
-    std::vector<sock_filter> Finish() {
-        // As on an older kernel: the C library has another way where there is one.
-        Add(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS);
-        return std::move(program_);
-    }
-
-  private:
-    void Add(int code, std::uint32_t k, std::uint8_t whenTrue = 0, std::uint8_t whenFalse = 0) {
-        program_.push_back({static_cast<std::uint16_t>(code), whenTrue, whenFalse, k});
-    }
-    void Load(std::size_t offset) { Add(BPF_LD | BPF_W | BPF_ABS, static_cast<std::uint32_t>(offset)); }
-
-    std::vector<sock_filter> program_;
-};
-
-std::vector<sock_filter> FilterFor(Calls calls) {
-    Builder filter;
-    for (const long call : kOfAll) filter.Allow(call);
-    filter.AllowFlags();
-    if (calls == Calls::OfProgram) {
-        for (const long call : kOfProgram) filter.Allow(call);
-        filter.Allow(SYS_clone);
-        filter.Allow(SYS_mmap);
-        filter.AllowLimits();
-    } else {
-        filter.AllowPrivateMemory();
-    }
-    if (calls == Calls::OfWorkerWithThreads) filter.AllowThreads();
-    return filter.Finish();
-}
+constexpr int kOfProgram[] = {SYS_wait4, SYS_kill, SYS_prctl, SYS_seccomp, SYS_getppid, SYS_clone, SYS_mmap};
 
 }  // namespace
 
 void AllowCalls(Calls calls) {
-    if (kArchitecture == 0) return;
-    auto filter = FilterFor(calls);
-    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
-    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
+    CallFilter filter(CallFilter::Rest::Unknown);
+    for (const int call : kOfAll) filter.Allow(call);
+    // Only to ask for a descriptor's flags: other commands have signals sent.
+    filter.Allow(SYS_fcntl, {CallFilter::Is(1, F_GETFL)});
+    if (calls == Calls::OfProgram) {
+        for (const int call : kOfProgram) filter.Allow(call);
+        filter.Allow(SYS_prlimit64, {CallFilter::Is(0, 0)});  // its own limits
+    } else {
+        // None that is shared or grows by itself: that wouldn't count as the process's data.
+        filter.Allow(SYS_mmap, {CallFilter::BitsAre(3, MAP_SHARED | MAP_GROWSDOWN | MAP_HUGETLB, 0)});
+    }
+    if (calls == Calls::OfWorkerWithThreads)
+        filter.Allow(SYS_clone, {CallFilter::BitsAre(0, CLONE_THREAD, CLONE_THREAD)});
+    filter.Load();
 }
 
 }  // namespace sorakaze::decoder

@@ -159,6 +159,12 @@ Tries AttacksOn(pid_t victim) {
                  int ends[2];
                  return ::pipe(ends) == 0 && ::fcntl(ends[0], F_SETOWN, victim) == 0;
              }},
+            {"ready descriptors, in bits that the kernel passes over",
+             [=] {
+                 int ends[2];
+                 return ::pipe(ends) == 0 &&
+                        ::syscall(SYS_fcntl, ends[0], 0x100000000 | F_SETOWN, victim) == 0;
+             }},
             {"limits",
              [=] {
                  const rlimit none{1, 1};
