@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "app/runtime/HarmlessText.h"
+#include "base/PrintableText.h"
 
 namespace sorakaze {
 void FailureLog::OnShowEvent(const ShowEvent& event) {
@@ -17,7 +17,7 @@ void FailureLog::OnShowEvent(const ShowEvent& event) {
         if (text && name == "why") why = text->Bytes();
     }
     if (!path.empty()) path += ": ";
-    std::fprintf(stderr, "Sorakaze: %s\n", Harmless(path + why).c_str());
+    std::fprintf(stderr, "Sorakaze: %s\n", Printable(path + why).c_str());
 }
 
 }  // namespace sorakaze

@@ -7,7 +7,7 @@
 #include <sys/mman.h>
 #include <sys/syscall.h>
 
-#include "app/runtime/process/CallFilter.h"
+#include "process/CallFilter.h"
 
 namespace sorakaze::decoder {
 namespace {

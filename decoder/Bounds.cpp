@@ -15,8 +15,8 @@
 #include <cstdio>
 #include <vector>
 
-#include "app/runtime/process/LandlockRules.h"
 #include "decoder/AllowedCalls.h"
+#include "process/LandlockRules.h"
 
 namespace sorakaze::decoder {
 namespace {

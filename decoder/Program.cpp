@@ -15,13 +15,12 @@
 #include <optional>
 #include <utility>
 
-#include "app/runtime/sound/DecoderProtocol.h"
 #include "decoder/Worker.h"
+#include "sound/DecoderProtocol.h"
 
 namespace sorakaze::decoder {
 namespace {
 
-using process::Descriptor;
 using sound::JobEnded;
 using sound::JobKind;
 using sound::JobRequest;
@@ -81,9 +80,9 @@ class Program {
         if (!header) return got;
         int numbers[kMost] = {-1, -1, -1};
         std::memcpy(numbers, CMSG_DATA(header), header->cmsg_len - CMSG_LEN(0));
-        job.file = Descriptor(numbers[0]);
-        job.socket = Descriptor(numbers[1]);
-        job.ring = Descriptor(numbers[2]);
+        job.file = FileDescriptor(numbers[0]);
+        job.socket = FileDescriptor(numbers[1]);
+        job.ring = FileDescriptor(numbers[2]);
         return got;
     }
 

@@ -4,7 +4,7 @@
 
 #include <pthread.h>
 
-#include "app/runtime/sound/AvSupport.h"
+#include "sound/AvSupport.h"
 
 namespace sorakaze::decoder {
 

@@ -13,10 +13,10 @@
 #include <thread>
 #include <utility>
 
-#include "app/runtime/sound/SharedRing.h"
-#include "app/runtime/sound/decoding/Decoder.h"
 #include "decoder/Bounds.h"
 #include "player/TagReader.h"
+#include "sound/SharedRing.h"
+#include "sound/decoding/Decoder.h"
 
 namespace sorakaze::decoder {
 namespace {
@@ -40,7 +40,7 @@ class Player {
     Player(int socket, void* ring, std::uint32_t capacity, bool fast)
         : socket_(socket), ring_(ring, capacity), half_(capacity / 2), fast_(fast) {}
 
-    PlayAnswer Open(process::Descriptor file, const std::string& name) {
+    PlayAnswer Open(FileDescriptor file, const std::string& name) {
         const unsigned helpers =
             fast_ ? std::clamp(std::thread::hardware_concurrency(), 2u, kMostThreads) - 1 : 0;
         decoder_ = Decoder::Open(sound::InputFile::Adopt(std::move(file)), name, helpers);

@@ -4,16 +4,16 @@
 // bytes.
 #pragma once
 
-#include "app/runtime/process/Descriptor.h"
-#include "app/runtime/sound/DecoderProtocol.h"
+#include "base/FileDescriptor.h"
+#include "sound/DecoderProtocol.h"
 
 namespace sorakaze::decoder {
 
 struct Job {
     sound::JobRequest request;
-    process::Descriptor file;
-    process::Descriptor socket;
-    process::Descriptor ring;  ///< for Play
+    FileDescriptor file;
+    FileDescriptor socket;
+    FileDescriptor ring;  ///< for Play
 };
 
 /// Confines the process and does the job. Returns its exit status.

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <optional>
 
+#include "base/Ascii.h"
 #include "gateway/HtmlTree.h"
 #include "gateway/LeadText.h"
 #include "gateway/Names.h"
@@ -19,11 +20,8 @@ constexpr std::size_t kMostNames = 64;
 constexpr std::size_t kLongestText = 16u << 10;
 
 bool IsHiddenByStyle(const GumboNode* element) {
-    std::string style;
-    std::ranges::copy_if(Attribute(element, "style"), std::back_inserter(style),
-                         [](unsigned char c) { return !std::isspace(c); });
-    std::ranges::transform(style, style.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::string style = ascii::Lowered(Attribute(element, "style"));
+    std::erase_if(style, [](unsigned char c) { return std::isspace(c); });
     return style.find("display:none") != style.npos;
 }
 

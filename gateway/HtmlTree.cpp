@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/Ascii.h"
+
 namespace sorakaze::gateway {
 namespace {
 
@@ -29,9 +31,7 @@ constexpr std::chrono::milliseconds kLongest{250};
 constexpr std::ptrdiff_t kStackBytes = 64 * 1024;
 
 bool StartsWith(std::string_view text, std::string_view lower) {
-    return std::ranges::equal(
-        text.substr(0, lower.size()), lower,
-        [](unsigned char one, unsigned char other) { return std::tolower(one) == other; });
+    return ascii::Lowered(text.substr(0, lower.size())) == lower;
 }
 
 /// Whether the parser will be interrupted in time when that must be. Nothing here depends on what is open

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "base/Ascii.h"
 #include "gateway/Predicate.h"
 #include "gateway/Sentences.h"
 
@@ -74,7 +75,7 @@ std::string ToldInEnglish(const Behind& behind, std::string_view title) {
         told += next;
     }
     // A comma stands next to the name, a word doesn't.
-    if (std::isalnum(static_cast<unsigned char>(told.front()))) told.insert(0, " ");
+    if (ascii::IsLetter(told.front()) || ascii::IsDigit(told.front())) told.insert(0, " ");
     return told;
 }
 

@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "app/runtime/SignalsHeld.h"
+#include "base/BlockedSignals.h"
 #include "gateway/Visitors.h"
 
 namespace sorakaze::gateway {
@@ -197,7 +197,7 @@ void LoopbackServer::Start(Admits admits, Answers answers, std::chrono::millisec
     impl_->admits = std::move(admits);
     impl_->answers = std::move(answers);
     // The server's threads take none.
-    const SignalsHeld held;
+    const BlockedSignals held;
     impl_->daemon = MHD_start_daemon(
         MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_THREAD_PER_CONNECTION | MHD_USE_ITC, 0, nullptr, nullptr,
         &Impl::Handle, impl_.get(), MHD_OPTION_LISTEN_SOCKET, impl_->socket, MHD_OPTION_CONNECTION_LIMIT,

@@ -7,6 +7,8 @@
 #include <initializer_list>
 #include <span>
 
+#include "base/Ascii.h"
+
 namespace sorakaze::gateway {
 namespace {
 
@@ -89,13 +91,6 @@ constexpr std::string_view kJapaneseGroups[] = {"バンド",
                                                 "ガールズグループ",
                                                 "四重奏団"};
 
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return lower;
-}
-
 /// `plural`s of English words: as the word with an "s", the last word alone counting.
 bool EndsWithPluralOf(std::string_view text, std::span<const std::string_view> words) {
     if (!text.ends_with('s')) return false;
@@ -126,7 +121,7 @@ bool HasWord(std::string_view text, std::span<const std::string_view> words) {
 
 /// "genre" of "Genre(s)" and "Genres".
 std::string PlainLabel(std::string_view label) {
-    std::string plain = Lower(label);
+    std::string plain = ascii::Lowered(label);
     if (plain.ends_with("(s)")) plain.resize(plain.size() - 3);
     if (plain.ends_with('s') && !plain.ends_with(" as")) plain.pop_back();
     while (plain.ends_with(' ')) plain.pop_back();
@@ -149,7 +144,7 @@ class Labels {
 };
 
 bool IsOfEnglishMusicians(std::string_view category) {
-    std::string head = Lower(category);
+    std::string head = ascii::Lowered(category);
     for (const std::string_view word :
          {" from ", " of ", " by ", " in ", " with ", " who ", " about ", " for ", " at ", " established",
           " disestablished", " reestablished"}) {
@@ -172,7 +167,7 @@ bool HasProfession(const InformationBox& box) {
     return std::ranges::any_of(box.rows, [](const InformationBox::Row& row) {
         const std::string label = PlainLabel(row.label);
         if (label != "occupation" && label != "職業") return false;
-        const std::string value = Lower(row.value);
+        const std::string value = ascii::Lowered(row.value);
         return HasWord(value, kEnglishProfessions) ||
                std::ranges::any_of(kJapaneseProfessions, [&](std::string_view word) {
                    return row.value.find(word) != std::string::npos;
@@ -190,8 +185,8 @@ BoxSays Judge(const InformationBox& box) {
                                           "監督", "文化的起源", "様式的起源"})) {
         return BoxSays::SomethingElse;
     }
-    if (std::ranges::any_of(box.headings,
-                            [](const std::string& text) { return Lower(text) == "musical career"; }) ||
+    if (std::ranges::any_of(
+            box.headings, [](const std::string& text) { return ascii::Lowered(text) == "musical career"; }) ||
         labels.HaveOneOf({"instrument", "担当楽器"}) || HasProfession(box) ||
         (hasGenre && labels.HaveOneOf({"label", "レーベル"}))) {
         return BoxSays::Musician;

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/PercentCoding.h"
+
 namespace sorakaze::gateway {
 namespace {
 
@@ -51,22 +53,6 @@ std::string WithBlanks(std::string_view name) {
     return text;
 }
 
-std::optional<std::string> PercentDecoded(std::string_view text) {
-    std::string decoded;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '%') {
-            decoded += text[at];
-            continue;
-        }
-        unsigned byte = 0;
-        const char* begin = text.data() + at + 1;
-        if (text.size() - at < 3 || std::from_chars(begin, begin + 2, byte, 16).ptr != begin + 2) return {};
-        decoded += static_cast<char>(byte);
-        at += 2;
-    }
-    return decoded;
-}
-
 bool TakeEdition(std::string_view& target, Edition& edition) {
     edition = TakePrefix(target, "ja") ? Edition::Japanese : Edition::English;
     return edition == Edition::Japanese || TakePrefix(target, "en");
@@ -100,20 +86,6 @@ std::optional<ArticleAddress> ParseArticleAddress(std::string_view target) {
 
 std::string ArticleTarget(const ArticleAddress& address) {
     return (address.edition == Edition::Japanese ? "/wiki/ja/" : "/wiki/en/") + PercentEncoded(address.title);
-}
-
-std::string PercentEncoded(std::string_view text) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string encoded;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (std::isalnum(byte) || std::string_view("-._~").find(c) != std::string_view::npos) {
-            encoded += c;
-        } else {
-            encoded += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
-        }
-    }
-    return encoded;
 }
 
 }  // namespace sorakaze::gateway

@@ -33,7 +33,4 @@ std::optional<ArticleAddress> ParseArticleAddress(std::string_view target);
 /// The other way round.
 std::string ArticleTarget(const ArticleAddress& address);
 
-/// Everything but ASCII letters, digits and "-._~" as "%XX".
-std::string PercentEncoded(std::string_view text);
-
 }  // namespace sorakaze::gateway

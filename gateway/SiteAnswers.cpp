@@ -8,6 +8,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "base/PercentCoding.h"
 #include "gateway/SearchTarget.h"
 
 namespace sorakaze::gateway {

@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/runtime/SignalsHeld.h"
+#include "base/BlockedSignals.h"
 
 namespace sorakaze::gateway {
 
 Visitors::Visitors(Bounds bounds) : bounds_(bounds) {
-    const SignalsHeld held;
+    const BlockedSignals held;
     thread_ = std::jthread([this](const std::stop_token& stop) { Run(stop); });
 }
 

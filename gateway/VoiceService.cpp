@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "app/runtime/process/ConfinedProcess.h"
 #include "gateway/VoiceForm.h"
+#include "process/ConfinedProcess.h"
 
 namespace sorakaze::gateway {
 namespace {

@@ -6,7 +6,7 @@
 #include <limits>
 #include <string_view>
 
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 
 namespace sorakaze::http {
 namespace {

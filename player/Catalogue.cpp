@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "base/Ascii.h"
 #include "player/ForeignText.h"
 #include "player/PlaylistNames.h"
 
@@ -66,7 +67,7 @@ bool Catalogue::IsCurrent(PlaylistFiles& files) const {
 void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& name, PlaylistFiles& files) {
     const std::string path = folder + '/' + name;
     const auto ending = name.rfind('.');
-    if (LowerCased(std::string_view(name).substr(ending)) != ".xml") {
+    if (ascii::Lowered(std::string_view(name).substr(ending)) != ".xml") {
         playlists_.push_back({FitName(std::string_view(name).substr(0, ending)), path, false, {}, 0});
         return;
     }

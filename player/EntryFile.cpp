@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "base/PercentCoding.h"
 #include "player/ForeignText.h"
 
 namespace sorakaze::player {
@@ -63,7 +64,7 @@ std::optional<std::filesystem::path> MovedFile(const std::string& path, const st
 
 std::vector<std::string> Spellings(const PlaylistEntry& entry) {
     std::vector<std::string> spellings = {entry.location};
-    AddChanged(spellings, PercentDecoded);
+    AddChanged(spellings, PercentDecodedLeniently);
     if (entry.form == PlaylistEntry::Form::Url) std::reverse(spellings.begin(), spellings.end());
     std::erase_if(spellings, [](const std::string& text) { return text.find('\0') != std::string::npos; });
     AddChanged(spellings, DecodeUnlabelled);

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "app/runtime/sound/MixingEngine.h"
+#include "sound/MixingEngine.h"
 
 namespace sorakaze::player {
 

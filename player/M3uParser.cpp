@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/Ascii.h"
 #include "player/ForeignText.h"
 #include "player/Lines.h"
 #include "player/PlaylistParsers.h"
@@ -34,7 +35,7 @@ class Parser final : public PlaylistParser {
 
   private:
     void TakeLine(std::string_view line) {
-        if (LowerCased(line.substr(0, kTrackInfo.size())) == LowerCased(kTrackInfo)) {
+        if (ascii::Lowered(line.substr(0, kTrackInfo.size())) == ascii::Lowered(kTrackInfo)) {
             words_ = TextOfTrackInfo(line.substr(kTrackInfo.size())).Packed();
         } else if (!line.empty() && !line.starts_with('#')) {
             if (auto entry = EntryAt(line, PlaylistEntry::Form::Path)) {

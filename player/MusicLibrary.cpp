@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "base/Ascii.h"
 #include "player/EntryFile.h"
 #include "player/LibraryWatcher.h"
 #include "player/UserMusicFolder.h"
@@ -14,7 +15,7 @@ namespace sorakaze::player {
 namespace {
 
 bool IsLibrary(const std::string& playlist) {
-    return playlist == kLibraryName || LowerCased(playlist) == LowerCased(kLibraryName);
+    return playlist == kLibraryName || ascii::Lowered(playlist) == ascii::Lowered(kLibraryName);
 }
 
 /// The list of a library XML that `playlist` names. Null when the file no longer holds it.

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/FileDescriptor.h"
+
 namespace sorakaze::player {
 
 namespace {
@@ -30,20 +32,15 @@ constexpr std::size_t kMostCachedBytes = std::size_t{128} << 20;
 /// How long a caller waits for a file whose former contents are known.
 constexpr std::chrono::seconds kLongestWait{2};
 
-class Descriptor {
+class PlaylistFile {
   public:
-    explicit Descriptor(const std::string& path)
+    explicit PlaylistFile(const std::string& path)
         : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
 
     /// Empty for what is no regular file.
     std::optional<FileStamp> Stamp() const {
         struct stat status {};
-        if (descriptor_ < 0 || ::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode))
+        if (!descriptor_ || ::fstat(descriptor_.Get(), &status) != 0 || !S_ISREG(status.st_mode))
             return std::nullopt;
         return StampOf(status);
     }
@@ -51,18 +48,18 @@ class Descriptor {
     /// The next bytes in `piece`, none at the end. Empty on a read error.
     std::optional<std::size_t> Read(std::span<char> piece) const {
         for (;;) {
-            const ssize_t got = ::read(descriptor_, piece.data(), piece.size());
+            const ssize_t got = ::read(descriptor_.Get(), piece.data(), piece.size());
             if (got >= 0) return static_cast<std::size_t>(got);
             if (errno != EINTR) return std::nullopt;
         }
     }
 
   private:
-    int descriptor_;
+    FileDescriptor descriptor_;
 };
 
 /// Empty on a read error, and when it is time to stop.
-std::optional<ParsedPlaylist> Parse(const Descriptor& file, const std::string& path, std::int64_t size,
+std::optional<ParsedPlaylist> Parse(const PlaylistFile& file, const std::string& path, std::int64_t size,
                                     const std::stop_token& ended) {
     const auto parser = ParserFor(path);
     const bool isXml = HasEnding(path, ".xml");
@@ -90,7 +87,7 @@ std::size_t BytesOf(const ParsedPlaylist& playlist) {
 }
 
 std::shared_ptr<PlaylistFiles::Contents> Read(const std::string& path, const std::stop_token& ended) {
-    const Descriptor file(path);
+    const PlaylistFile file(path);
     const auto stamp = file.Stamp();
     if (!stamp) return nullptr;
     const bool settled = IsSettled(*stamp);

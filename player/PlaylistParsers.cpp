@@ -7,6 +7,8 @@
 #include <array>
 #include <utility>
 
+#include "base/Ascii.h"
+
 namespace sorakaze::player {
 
 namespace {
@@ -22,7 +24,7 @@ std::string_view SchemeOf(std::string_view location) {
     if (colon == std::string_view::npos || colon < 2) return {};
     const std::string_view scheme = location.substr(0, colon);
     if (!std::all_of(scheme.begin(), scheme.end(), IsSchemeCharacter)) return {};
-    const bool isFile = LowerCased(scheme) == "file" && location.substr(colon + 1).starts_with('/');
+    const bool isFile = ascii::Lowered(scheme) == "file" && location.substr(colon + 1).starts_with('/');
     return isFile || location.substr(colon + 1).starts_with("//") ? scheme : std::string_view{};
 }
 
@@ -34,13 +36,6 @@ std::string_view PathOfFileUrl(std::string_view rest) {
     return slash == std::string_view::npos ? std::string_view{} : rest.substr(slash);
 }
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 }  // namespace
 
 std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::Form form) {
@@ -48,7 +43,7 @@ std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::F
     entry.form = form;
     const std::string_view scheme = SchemeOf(location);
     if (!scheme.empty()) {
-        if (LowerCased(scheme) != "file") return std::nullopt;
+        if (ascii::Lowered(scheme) != "file") return std::nullopt;
         location = PathOfFileUrl(location.substr(scheme.size() + 1));
         entry.form = PlaylistEntry::Form::Url;
     }
@@ -80,40 +75,14 @@ std::vector<PlaylistEntry> EntryCollector::Take() {
 }
 
 bool HasEnding(std::string_view name, std::string_view ending) {
-    return name.size() >= ending.size() && LowerCased(name.substr(name.size() - ending.size())) == ending;
+    return name.size() >= ending.size() && ascii::Lowered(name.substr(name.size() - ending.size())) == ending;
 }
 
 bool IsPlaylistName(std::string_view path) {
     static constexpr std::array<std::string_view, 5> kEndings = {".m3u", ".m3u8", ".pls", ".xspf", ".xml"};
     while (path.ends_with(' ') || path.ends_with('\t')) path.remove_suffix(1);
-    const std::string tail = LowerCased(path.substr(path.size() - std::min<std::size_t>(path.size(), 5)));
+    const std::string tail = ascii::Lowered(path.substr(path.size() - std::min<std::size_t>(path.size(), 5)));
     return std::any_of(kEndings.begin(), kEndings.end(), [&](auto ending) { return tail.ends_with(ending); });
-}
-
-std::string PercentDecoded(std::string_view text) {
-    std::string decoded;
-    decoded.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size()) {
-            const int high = HexDigit(text[i + 1]);
-            const int low = HexDigit(text[i + 2]);
-            if (high >= 0 && low >= 0) {
-                decoded += static_cast<char>(high * 16 + low);
-                i += 2;
-                continue;
-            }
-        }
-        decoded += text[i];
-    }
-    return decoded;
-}
-
-std::string LowerCased(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return lower;
 }
 
 std::string_view TakeLine(std::string_view& rest) {

@@ -99,12 +99,6 @@ bool HasEnding(std::string_view name, std::string_view ending);
 /// True for a path whose name ends like a playlist's.
 bool IsPlaylistName(std::string_view path);
 
-/// %XX turned into bytes; escapes that aren't any stay as they are.
-std::string PercentDecoded(std::string_view text);
-
-/// ASCII only.
-std::string LowerCased(std::string_view text);
-
 /// The next line of `rest`, ended by CR, LF, CR LF or the end, and `rest` moved behind it.
 std::string_view TakeLine(std::string_view& rest);
 

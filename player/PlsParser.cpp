@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 
+#include "base/Ascii.h"
 #include "player/ForeignText.h"
 #include "player/Lines.h"
 #include "player/PlaylistParsers.h"
@@ -11,12 +12,6 @@
 namespace sorakaze::player {
 
 namespace {
-
-std::string_view Trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
 
 /// The number behind `prefix` in a key such as "file12", which is lower case. Empty for another key.
 std::optional<int> NumberOf(std::string_view key, std::string_view prefix) {
@@ -59,8 +54,8 @@ class Parser final : public PlaylistParser {
     void TakeLine(std::string_view line) {
         const auto equals = line.find('=');
         if (equals == std::string_view::npos || IsFull()) return;
-        const std::string key = LowerCased(Trimmed(line.substr(0, equals)));
-        const std::string_view value = Trimmed(line.substr(equals + 1));
+        const std::string key = ascii::Lowered(ascii::Trimmed(line.substr(0, equals)));
+        const std::string_view value = ascii::Trimmed(line.substr(equals + 1));
         bytes_ += value.size();
         if (const auto number = NumberOf(key, "file")) items_[*number].file = value;
         if (const auto number = NumberOf(key, "title")) items_[*number].title = value;

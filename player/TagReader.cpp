@@ -81,7 +81,7 @@ std::string ValueOf(const TagLib::PropertyMap& properties, const char* key) {
 
 }  // namespace
 
-TrackText ReadTags(process::Descriptor file, const std::string& name) {
+TrackText ReadTags(FileDescriptor file, const std::string& name) {
     TrackText text;
     UseOwnDecoding();
     constexpr bool kReadSound = false;

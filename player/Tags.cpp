@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/Tags.h"
 
-#include "app/runtime/sound/MixingEngine.h"
 #include "player/ForeignText.h"
+#include "sound/MixingEngine.h"
 
 namespace sorakaze::player {
 

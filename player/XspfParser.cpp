@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Ascii.h"
 #include "player/ForeignText.h"
 #include "player/PlaylistParsers.h"
 #include "player/XmlStream.h"
@@ -11,12 +12,6 @@
 namespace sorakaze::player {
 
 namespace {
-
-std::string_view Trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
 
 bool HasScheme(std::string_view url) {
     const auto colon = url.find(':');
@@ -42,7 +37,7 @@ std::string Resolved(std::string_view base, std::string_view reference) {
 
 /// A base that is too long for any path is none.
 std::string BaseWithin(const std::string& outer, std::string_view base) {
-    base = Trimmed(base);
+    base = ascii::Trimmed(base);
     return outer.size() + base.size() > kLongestText ? outer : Resolved(outer, base);
 }
 
@@ -96,7 +91,7 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     void End() override {
         const Element element = std::move(open_.back());
         open_.pop_back();
-        const std::string_view value = Trimmed(text_);
+        const std::string_view value = ascii::Trimmed(text_);
         const bool isText = value.size() <= kLongestText;
         if (element.kind == Kind::Title && isText) words_.title = CleanLine(value);
         if (element.kind == Kind::Creator && isText) words_.artist = CleanLine(value);

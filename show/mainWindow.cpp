@@ -3,7 +3,7 @@
 #include "show/mainWindow.h"
 
 #include "app/runtime/Runtime.h"
-#include "app/runtime/sound/MixingEngine.h"
+#include "sound/MixingEngine.h"
 #include "speech/KanaTable.h"
 
 namespace sorakaze {

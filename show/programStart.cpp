@@ -3,8 +3,8 @@
 // The button's two paths.
 #include "app/runtime/Random.h"
 #include "app/runtime/Runtime.h"
-#include "app/runtime/sound/MixingEngine.h"
 #include "show/mainWindow.h"
+#include "sound/MixingEngine.h"
 
 namespace sorakaze {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "app/runtime/Runtime.h"
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 #include "speech/KanaTable.h"
 
 namespace sorakaze {

@@ -4,7 +4,7 @@
 
 #include "app/runtime/Runtime.h"
 #include "app/runtime/Shell.h"
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 #include "show/mainWindow.h"
 #include "speech/Romanisation.h"
 

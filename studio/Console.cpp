@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "app/runtime/HarmlessText.h"
+#include "base/PrintableText.h"
 
 namespace sorakaze::studio {
 namespace {
@@ -46,13 +46,13 @@ Console::~Console() {
 void Console::Line(const std::string& text) {
     const std::lock_guard lock(mutex_);
     if (outIsTerminal_) ClearBar();
-    Put(stdout, Harmless(text) + "\n");
+    Put(stdout, Printable(text) + "\n");
 }
 
 void Console::Message(const std::string& text) {
     const std::lock_guard lock(mutex_);
     ClearBar();
-    Put(stderr, Harmless(text) + "\n");
+    Put(stderr, Printable(text) + "\n");
 }
 
 void Console::Progress(std::optional<double> done, double showSeconds) {

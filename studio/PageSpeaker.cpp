@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "app/runtime/FolderItem.h"
-#include "app/runtime/PlainFile.h"
 #include "app/runtime/Runtime.h"
+#include "base/RegularFile.h"
 #include "studio/PageClient.h"
 
 namespace sorakaze::studio {
@@ -38,7 +38,7 @@ std::string FetchSound(const PageForm& form, const std::stop_token& cancelled) {
 }
 
 bool Write(const std::filesystem::path& path, const std::string& bytes) {
-    FileHandle file = CreatePlainFile(path);
+    FileHandle file = CreateRegularFile(path);
     return file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
            std::fclose(file.release()) == 0;
 }
@@ -63,7 +63,7 @@ Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::Mixin
 }
 
 std::string ReadPage(const std::filesystem::path& file) {
-    const FileHandle in = OpenPlainFile(file, O_RDONLY | O_NOFOLLOW, "rb");
+    const FileHandle in = OpenRegularFile(file, O_RDONLY | O_NOFOLLOW, "rb");
     std::string page(kLargestPage, '\0');
     page.resize(in ? std::fread(page.data(), 1, page.size(), in.get()) : 0);
     return page;

@@ -14,7 +14,7 @@
 #include "app/runtime/Controls.h"
 #include "app/runtime/Scheduler.h"
 #include "app/runtime/Thread.h"
-#include "app/runtime/sound/MixingEngine.h"
+#include "sound/MixingEngine.h"
 #include "studio/VoicePages.h"
 
 namespace sorakaze::studio {

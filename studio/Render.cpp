@@ -9,12 +9,12 @@
 
 #include "app/runtime/Application.h"
 #include "app/runtime/Signals.h"
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
 #include "gateway/StandIn.h"
 #include "player/LocalPlayer.h"
 #include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
 #include "show/mainWindow.h"
+#include "sound/encoding/SoundFileWriter.h"
 #include "studio/Console.h"
 #include "studio/PageSpeaker.h"
 #include "studio/Station.h"

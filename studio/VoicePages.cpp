@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "base/Ascii.h"
+#include "base/PercentCoding.h"
 #include "gateway/HtmlTree.h"
 
 namespace sorakaze::studio {
@@ -15,16 +17,6 @@ namespace {
 using gateway::Attribute;
 using gateway::HtmlTree;
 using gateway::IsElement;
-
-char Lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-std::string Lowered(std::string_view text) {
-    std::string lowered(text);
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lower);
-    return lowered;
-}
 
 bool IsForm(const GumboNode* node) {
     return IsElement(node, GUMBO_TAG_FORM);
@@ -40,35 +32,18 @@ bool IsSound(const GumboNode* node) {
 /// By recursion, since no HtmlTree is deep.
 void CollectFields(const GumboNode* node, PageForm& form) {
     const std::string_view name = Attribute(node, "name");
-    const bool hidden = Lowered(Attribute(node, "type")) == "hidden";
+    const bool hidden = ascii::Lowered(Attribute(node, "type")) == "hidden";
     if (IsElement(node, GUMBO_TAG_INPUT) && hidden && !name.empty()) {
         form.fields.emplace_back(name, Attribute(node, "value"));
     }
     for (const GumboNode* child : gateway::Children(node)) CollectFields(child, form);
 }
 
-std::string_view Trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r\n\f";
-    const auto first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-void EncodeInto(std::string& body, std::string_view text) {
-    constexpr char kHex[] = "0123456789ABCDEF";
-    for (const char byte : text) {
-        const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-                           (byte >= '0' && byte <= '9') ||
-                           std::string_view("*-._").find(byte) != std::string_view::npos;
-        if (plain) {
-            body += byte;
-        } else if (byte == ' ') {
-            body += '+';
-        } else {
-            const auto value = static_cast<unsigned char>(byte);
-            body += {'%', kHex[value >> 4U], kHex[value & 15U]};
-        }
-    }
+/// As a form sends it.
+std::string FormEncoded(std::string_view text) {
+    std::string encoded = PercentEncoded(text, " *-._");
+    std::ranges::replace(encoded, ' ', '+');
+    return encoded;
 }
 
 struct EndsUrl {
@@ -88,9 +63,9 @@ std::string Part(CURLU& url, CURLUPart part) {
 std::optional<PageForm> FindForm(std::string_view html) {
     const HtmlTree tree(html);
     const GumboNode* element = tree.Root() ? gateway::Find(tree.Root(), IsForm) : nullptr;
-    if (!element || Lowered(Attribute(element, "method")) != "post") return {};
+    if (!element || ascii::Lowered(Attribute(element, "method")) != "post") return {};
     PageForm form;
-    form.action = Trimmed(Attribute(element, "action"));
+    form.action = ascii::Trimmed(Attribute(element, "action"));
     if (form.action.empty()) return {};
     CollectFields(element, form);
     return form;
@@ -100,9 +75,9 @@ std::string EncodeForm(const PageForm& form) {
     std::string body;
     for (const auto& [name, value] : form.fields) {
         if (!body.empty()) body += '&';
-        EncodeInto(body, name);
+        body += FormEncoded(name);
         body += '=';
-        EncodeInto(body, value);
+        body += FormEncoded(value);
     }
     return body;
 }
@@ -110,7 +85,7 @@ std::string EncodeForm(const PageForm& form) {
 std::string FindSound(std::string_view html) {
     const HtmlTree tree(html);
     const GumboNode* element = tree.Root() ? gateway::Find(tree.Root(), IsSound) : nullptr;
-    return element ? std::string(Trimmed(Attribute(element, "src"))) : std::string();
+    return element ? std::string(ascii::Trimmed(Attribute(element, "src"))) : std::string();
 }
 
 std::string Resolve(const std::string& base, const std::string& reference) {

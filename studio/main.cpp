@@ -10,8 +10,8 @@
 #include <exception>
 #include <string>
 
-#include "app/runtime/HarmlessText.h"
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "base/PrintableText.h"
+#include "sound/encoding/SoundFileWriter.h"
 #include "studio/Console.h"
 #include "studio/Render.h"
 #include "studio/StudioError.h"
@@ -21,7 +21,7 @@ namespace {
 using namespace sorakaze::studio;
 
 int Fail(int status, const std::string& line) {
-    std::fprintf(stderr, "sorakaze-studio: %s\n", sorakaze::Harmless(line).c_str());
+    std::fprintf(stderr, "sorakaze-studio: %s\n", sorakaze::Printable(line).c_str());
     return status;
 }
 

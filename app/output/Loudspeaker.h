@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "app/runtime/sound/MixingEngine.h"
+#include "sound/MixingEngine.h"
 
 namespace sorakaze::output {
 

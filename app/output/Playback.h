@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <span>
 
-#include "app/runtime/sound/MixingEngine.h"
-#include "app/runtime/sound/Ramp.h"
+#include "sound/MixingEngine.h"
+#include "sound/Ramp.h"
 
 namespace sorakaze::output {
 

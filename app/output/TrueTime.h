@@ -7,7 +7,7 @@
 #include <chrono>
 #include <cstdint>
 
-#include "app/runtime/sound/Frames.h"
+#include "sound/Frames.h"
 
 namespace sorakaze::output {
 

@@ -6,8 +6,8 @@
 #include <memory>
 #include <utility>
 
-#include "app/runtime/PlainFile.h"
 #include "app/runtime/String.h"
+#include "base/RegularFile.h"
 
 namespace sorakaze {
 

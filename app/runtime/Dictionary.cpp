@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/runtime/Exceptions.h"
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 
 namespace sorakaze {
 namespace {

@@ -117,7 +117,7 @@ std::shared_ptr<TextOutputStream> FolderItem::CreateTextFile() const {
 }
 
 std::shared_ptr<BinaryStream> FolderItem::OpenAsBinaryFile(bool forWriting) const {
-    FileHandle handle = forWriting ? OpenPlainFile(path_, O_WRONLY | O_NOFOLLOW, "wb") : nullptr;
+    FileHandle handle = forWriting ? OpenRegularFile(path_, O_WRONLY | O_NOFOLLOW, "wb") : nullptr;
     return handle ? std::make_shared<BinaryStream>(std::move(handle)) : nullptr;
 }
 

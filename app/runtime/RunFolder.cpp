@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "app/runtime/process/RemoveTree.h"
+#include "process/RemoveTree.h"
 
 namespace sorakaze {
 namespace {
@@ -35,13 +35,13 @@ Lock Try(int folder) {
 }
 
 /// Opens the folder of a run; empty where it isn't one of this user's.
-process::Descriptor OpenFolder(const fs::path& path) {
-    process::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+FileDescriptor OpenFolder(const fs::path& path) {
+    FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     // Commands that run under a user of their own may have to pass through it.
     const bool isOurs = folder && ::fstat(folder.Get(), &status) == 0 && status.st_uid == ::geteuid() &&
                         (status.st_mode & 0777 & ~static_cast<mode_t>(S_IXGRP)) == S_IRWXU;
-    return isOurs ? std::move(folder) : process::Descriptor();
+    return isOurs ? std::move(folder) : FileDescriptor();
 }
 
 bool IsRunsName(const std::string& name) {
@@ -54,7 +54,7 @@ void ClearLeftovers(const fs::path& parent) {
     for (auto entry = fs::directory_iterator(parent, failure); !failure && entry != fs::directory_iterator();
          entry.increment(failure)) {
         if (!IsRunsName(entry->path().filename())) continue;
-        const process::Descriptor folder = OpenFolder(entry->path());
+        const FileDescriptor folder = OpenFolder(entry->path());
         if (folder && Try(folder.Get()) == Lock::Taken) process::RemoveTree(entry->path(), end);
         if (std::chrono::steady_clock::now() > end) return;
     }
@@ -71,7 +71,7 @@ std::unique_ptr<RunFolder> RunFolder::Make() {
     for (int attempt = 0; attempt < 16; ++attempt) {
         std::string name = parent / (std::string(kPrefix) + std::string(kPattern));
         if (!::mkdtemp(name.data())) return nullptr;
-        process::Descriptor folder = OpenFolder(name);
+        FileDescriptor folder = OpenFolder(name);
         if (!folder) {
             ::rmdir(name.c_str());
             continue;
@@ -84,8 +84,7 @@ std::unique_ptr<RunFolder> RunFolder::Make() {
     return nullptr;
 }
 
-RunFolder::RunFolder(fs::path path, process::Descriptor lock)
-    : path_(std::move(path)), lock_(std::move(lock)) {}
+RunFolder::RunFolder(fs::path path, FileDescriptor lock) : path_(std::move(path)), lock_(std::move(lock)) {}
 
 RunFolder::~RunFolder() {
     process::RemoveTree(path_);

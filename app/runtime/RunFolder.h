@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "app/runtime/process/Descriptor.h"
+#include "base/FileDescriptor.h"
 
 namespace sorakaze {
 
@@ -27,11 +27,11 @@ class RunFolder {
     const std::filesystem::path& Files() const { return files_; }
 
   private:
-    RunFolder(std::filesystem::path path, process::Descriptor lock);
+    RunFolder(std::filesystem::path path, FileDescriptor lock);
 
     const std::filesystem::path path_;
     const std::filesystem::path files_ = path_ / "files";
-    const process::Descriptor lock_;  ///< of the folder, locked for as long as it is open
+    const FileDescriptor lock_;  ///< of the folder, locked for as long as it is open
 };
 
 }  // namespace sorakaze

@@ -5,7 +5,7 @@
 #include <cassert>
 #include <utility>
 
-#include "app/runtime/network/Network.h"
+#include "network/Network.h"
 
 namespace sorakaze {
 namespace {

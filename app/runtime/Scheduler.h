@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "app/runtime/Clock.h"
-#include "app/runtime/FunctionRef.h"
+#include "base/FunctionRef.h"
 
 namespace sorakaze {
 

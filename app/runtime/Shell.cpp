@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "app/runtime/Runtime.h"
-#include "app/runtime/process/ConfinedProcess.h"
+#include "process/ConfinedProcess.h"
 
 namespace sorakaze {
 

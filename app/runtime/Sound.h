@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "app/runtime/sound/MixingEngine.h"
+#include "sound/MixingEngine.h"
 
 namespace sorakaze {
 

@@ -9,7 +9,7 @@
 #include <ostream>
 
 #include "app/runtime/TextSearch.h"
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 
 namespace sorakaze {
 namespace {

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "app/runtime/Runtime.h"
-#include "app/runtime/network/Connection.h"
+#include "network/Connection.h"
 
 namespace sorakaze {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 
 namespace sorakaze {
 namespace {

@@ -16,7 +16,7 @@ TextInputStream::TextInputStream(FileHandle file) : file_(std::move(file)) {
 }
 
 std::shared_ptr<TextInputStream> TextInputStream::Open(const FolderItemRef& file) {
-    FileHandle handle = OpenPlainFile(NotNil(file)->Path(), O_RDONLY, "rb");
+    FileHandle handle = OpenRegularFile(NotNil(file)->Path(), O_RDONLY, "rb");
     return handle ? std::make_shared<TextInputStream>(std::move(handle)) : nullptr;
 }
 
@@ -47,7 +47,7 @@ bool TextInputStream::EndOfFile() {
 }
 
 std::shared_ptr<TextOutputStream> TextOutputStream::Create(const FolderItemRef& file) {
-    FileHandle handle = CreatePlainFile(NotNil(file)->Path());
+    FileHandle handle = CreateRegularFile(NotNil(file)->Path());
     return handle ? std::make_shared<TextOutputStream>(std::move(handle)) : nullptr;
 }
 

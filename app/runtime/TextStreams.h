@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "app/runtime/FolderItem.h"
-#include "app/runtime/PlainFile.h"
+#include "base/RegularFile.h"
 
 namespace sorakaze {
 

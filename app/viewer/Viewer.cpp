@@ -14,7 +14,7 @@
 #include <memory>
 #include <utility>
 
-#include "app/runtime/process/Descriptor.h"
+#include "base/FileDescriptor.h"
 
 namespace sorakaze::viewer {
 namespace {
@@ -43,7 +43,7 @@ void BecomeOnesOwn() {
 
 /// Empty for what is no ordinary file, or too long for a page.
 std::optional<std::string> ReadPage(const std::filesystem::path& path) {
-    const process::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!file || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kMostBytes)
         return std::nullopt;
@@ -55,8 +55,8 @@ std::optional<std::string> ReadPage(const std::filesystem::path& path) {
 }
 
 /// A file without a name, to be read from its beginning. Throws nothing; empty where memory is short.
-process::Descriptor InMemory(const std::string& bytes) {
-    process::Descriptor file(::memfd_create("page", MFD_CLOEXEC));
+FileDescriptor InMemory(const std::string& bytes) {
+    FileDescriptor file(::memfd_create("page", MFD_CLOEXEC));
     if (!file || ::pwrite(file.Get(), bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
         return {};
     return file;
@@ -135,7 +135,7 @@ void Viewer::Start(const Page& page) {
     });
     process->setStandardInputFile(QProcess::nullDevice());
     process->setStandardOutputFile(QProcess::nullDevice());
-    const auto input = std::make_shared<process::Descriptor>(InMemory(Pack(page)));
+    const auto input = std::make_shared<FileDescriptor>(InMemory(Pack(page)));
     process->setChildProcessModifier([input] {
         BecomeOnesOwn();
         ::dup2(input->Get(), STDIN_FILENO);

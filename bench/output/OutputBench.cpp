@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "app/output/Loudspeaker.h"
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "sound/encoding/SoundFileWriter.h"
 
 namespace {
 

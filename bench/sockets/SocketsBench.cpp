@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "app/runtime/Thread.h"
-#include "tests/sockets/Peer.h"
+#include "tests/app/runtime/sockets/Peer.h"
 
 namespace {
 

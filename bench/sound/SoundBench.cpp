@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "app/runtime/sound/MixingEngine.h"
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "sound/MixingEngine.h"
+#include "sound/encoding/SoundFileWriter.h"
 
 namespace sorakaze::sound {
 namespace {

@@ -7,7 +7,7 @@ import statistics
 import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/viewer"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/app/viewer"))
 sys.dont_write_bytecode = True
 import rig  # noqa: E402
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 #include "speech/kotoeri/Characters.h"
 
 namespace sorakaze::kotoeri {

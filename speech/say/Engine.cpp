@@ -12,7 +12,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "app/runtime/SignalsHeld.h"
+#include "base/BlockedSignals.h"
 
 // The engine makes a connection to a sound device at its start, even where it only hands out samples. It asks
 // this function for one, and the program's own stands before the sound library's: there is no device, no
@@ -144,7 +144,7 @@ Engine::Engine() {
     espeak_ng_InitializePath(data.c_str());
     espeak_ng_ERROR_CONTEXT context = nullptr;
     // The engine starts a thread, which is not to take a signal that the main thread lets wait.
-    const SignalsHeld held;
+    const BlockedSignals held;
     const bool started =
         espeak_ng_Initialize(&context) == ENS_OK &&
         espeak_ng_InitializeOutput(ENOUTPUT_MODE_SYNCHRONOUS, kBufferMilliseconds, nullptr) == ENS_OK;

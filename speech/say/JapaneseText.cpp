@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 #include "speech/say/JapaneseNumbers.h"
 
 namespace sorakaze::speech {

@@ -16,7 +16,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "app/runtime/SignalsHeld.h"
+#include "base/BlockedSignals.h"
 #include "speech/say/ScratchFile.h"
 
 namespace sorakaze::speech {
@@ -73,7 +73,7 @@ SpeechFile::SpeechFile(std::filesystem::path file, int sampleRate) : file_(std::
     if (!file_.has_filename()) Fail(file_, "no file is named");
     const int descriptor = [this] {
         // None may come between the file and what removes it.
-        const SignalsHeld held;
+        const BlockedSignals held;
         const int made = MakeScratchFile(file_.parent_path(), unfinished_);
         if (made >= 0) RemoveWhenEnded(unfinished_.c_str());
         return made;

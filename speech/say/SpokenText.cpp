@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "speech/say/SpokenText.h"
 
-#include "app/runtime/Utf8.h"
+#include "base/Utf8.h"
 
 namespace sorakaze::speech {
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <span>
 
-#include "app/runtime/sound/Limiter.h"
+#include "sound/Limiter.h"
 #include "station/synth/Filters.h"
 
 namespace sorakaze::station {

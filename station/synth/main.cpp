@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "sound/encoding/SoundFileWriter.h"
 #include "station/synth/Catalogue.h"
 #include "station/synth/Installer.h"
 #include "station/synth/Master.h"

@@ -14,8 +14,8 @@
 #include <map>
 #include <string>
 
-#include "app/runtime/sound/DecoderProtocol.h"
-#include "app/runtime/sound/SharedRing.h"
+#include "sound/DecoderProtocol.h"
+#include "sound/SharedRing.h"
 
 namespace {
 

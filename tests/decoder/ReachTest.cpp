@@ -9,7 +9,7 @@
 
 #include <cstddef>
 
-#include "app/runtime/process/ConfinedHelper.h"
+#include "process/ConfinedHelper.h"
 #include "tests/process/Scratch.h"
 
 namespace sorakaze::process {
@@ -38,7 +38,7 @@ class AbstractSocket {
 
   private:
     const std::string name_ = "sorakaze-test-" + std::to_string(::getpid());
-    const Descriptor socket_;
+    const FileDescriptor socket_;
 };
 
 /// What an intruder in that role came to, with "done" at its end.

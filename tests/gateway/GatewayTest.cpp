@@ -22,8 +22,8 @@
 #include "gateway/LoopbackServer.h"
 #include "gateway/Names.h"
 #include "gateway/SearchTarget.h"
+#include "tests/app/runtime/sockets/Peer.h"
 #include "tests/gateway/TlsSite.h"
-#include "tests/sockets/Peer.h"
 #include "tests/support/ScriptedServer.h"
 
 namespace {

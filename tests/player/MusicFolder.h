@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "sound/encoding/SoundFileWriter.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::player {

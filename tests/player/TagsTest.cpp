@@ -8,8 +8,8 @@
 #include <taglib/textidentificationframe.h>
 #include <taglib/tpropertymap.h>
 
-#include "app/runtime/sound/MixingEngine.h"
 #include "player/Tags.h"
+#include "sound/MixingEngine.h"
 #include "tests/player/MusicFolder.h"
 
 namespace sorakaze::player {

@@ -40,7 +40,7 @@ struct Household {
         scratch.Write("station/program", "station");
         fs::permissions(scratch / "home/.ssh", fs::perms::owner_all);
         fs::create_directory_symlink(scratch / "home/.ssh", scratch.Folder() / "planted");
-        leak = Descriptor(::open((scratch / "home/.ssh/id").c_str(), O_RDONLY));
+        leak = FileDescriptor(::open((scratch / "home/.ssh/id").c_str(), O_RDONLY));
         bounds = scratch.Bounds();
         bounds.readable = {scratch / "station"};
         prelude = "IFS=; F='" + scratch.Folder().string() + "' H='" + (scratch / "home").string() + "' S='" +
@@ -56,7 +56,7 @@ struct Household {
     }
 
     const Scratch scratch;
-    Descriptor leak;
+    FileDescriptor leak;
     Confinement bounds;
     std::string prelude;
 };
@@ -162,10 +162,10 @@ TEST(Attack, NoOtherProcessIsTouched) {
 }
 
 TEST(Attack, NothingIsTypedIntoATerminal) {
-    const Descriptor master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    const FileDescriptor master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
     ASSERT_TRUE(master && ::grantpt(master.Get()) == 0 && ::unlockpt(master.Get()) == 0);
     // Left open for every program that starts, by mistake.
-    const Descriptor terminal(::open(::ptsname(master.Get()), O_RDWR | O_NOCTTY));
+    const FileDescriptor terminal(::open(::ptsname(master.Get()), O_RDWR | O_NOCTTY));
     termios raw{};
     ::cfmakeraw(&raw);
     ::tcsetattr(terminal.Get(), TCSANOW, &raw);

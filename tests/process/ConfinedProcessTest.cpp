@@ -263,7 +263,7 @@ TEST(Bounds, NothingOutlivesItsLineOrTheApplication) {
             return ConfinedProcess(scratch.Line(text), bounds).Run();
         };
         const auto lock = [](const Scratch& scratch, int how) {
-            const Descriptor file(::open((scratch / "lock").c_str(), O_RDWR | O_CLOEXEC));
+            const FileDescriptor file(::open((scratch / "lock").c_str(), O_RDWR | O_CLOEXEC));
             return ::flock(file.Get(), LOCK_EX | how) == 0;
         };
         EXPECT_EQ(run(line, linger).output, "done\n");

@@ -11,9 +11,9 @@
 
 #include <thread>
 
-#include "app/runtime/process/ConfinedProcess.h"
-#include "app/runtime/process/Descriptor.h"
-#include "app/runtime/process/Mechanisms.h"
+#include "base/FileDescriptor.h"
+#include "process/ConfinedProcess.h"
+#include "process/Mechanisms.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::process {

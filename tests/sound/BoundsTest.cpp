@@ -7,11 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "app/runtime/sound/DecodedSound.h"
-#include "app/runtime/sound/DecoderProtocol.h"
-#include "app/runtime/sound/RegularFile.h"
+#include "base/RegularFile.h"
 #include "decoder/Bounds.h"
 #include "decoder/Worker.h"
+#include "sound/DecodedSound.h"
+#include "sound/DecoderProtocol.h"
 #include "tests/sound/HostileFiles.h"
 #include "tests/sound/SoundTesting.h"
 
@@ -31,17 +31,17 @@ struct Cost {
 Cost CostOf(JobKind kind, const std::filesystem::path& file) {
     int ends[2];
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
-    const process::Descriptor ours(ends[0]);
-    process::Descriptor theirs(ends[1]);
+    const FileDescriptor ours(ends[0]);
+    FileDescriptor theirs(ends[1]);
     const SharedMemory ring;
-    auto opened = OpenRegularFile(file);
+    auto opened = OpenNonEmptyFile(file);
     const pid_t worker = ::fork();
     if (worker == 0) {
         JobRequest request{kind, 1, kMemory, ring.Capacity(), {}};
         file.filename().string().copy(request.name, sizeof request.name - 1);
         decoder::BoundProgram();
-        ::_exit(decoder::Work({request, std::move(opened->descriptor), std::move(theirs),
-                               process::Descriptor(ring.Descriptor())}));
+        ::_exit(decoder::Work(
+            {request, std::move(opened->descriptor), std::move(theirs), FileDescriptor(ring.Descriptor())}));
     }
     theirs.Close();
     PlayAnswer answer{};

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "app/runtime/sound/MixingEngine.h"
+#include "sound/MixingEngine.h"
 #include "tests/sound/Traces.h"
 
 namespace sorakaze::sound::testing {

@@ -6,7 +6,7 @@
 
 #include <random>
 
-#include "app/runtime/sound/Limiter.h"
+#include "sound/Limiter.h"
 #include "tests/sound/SoundTesting.h"
 
 namespace sorakaze::sound::testing {

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "sound/encoding/SoundFileWriter.h"
 #include "tests/sound/DamagedFiles.h"
 #include "tests/sound/Mutator.h"
 

@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/runtime/sound/VoiceCore.h"
+#include "sound/VoiceCore.h"
 
 using namespace sorakaze;
 using namespace sorakaze::sound;
@@ -46,14 +46,13 @@ class HostileSound {
     explicit HostileSound(Input& input) : input_(input), reading_(Reading(input.Take<char>() & 1)) {
         int ends[2];
         Check(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0);
-        theirs_ = process::Descriptor(ends[1]);
+        theirs_ = FileDescriptor(ends[1]);
         auto memory = std::make_unique<SharedMemory>();
         memory_ = memory->Address();
         capacity_ = memory->Capacity();
         constexpr std::chrono::milliseconds kStandstill{1};
-        voice_ = std::make_unique<VoiceCore>(
-            std::make_unique<DecodedSound>(DecodedSound::Origin{}, std::move(memory),
-                                           process::Descriptor(ends[0]), std::nullopt, kStandstill));
+        voice_ = std::make_unique<VoiceCore>(std::make_unique<DecodedSound>(
+            DecodedSound::Origin{}, std::move(memory), FileDescriptor(ends[0]), std::nullopt, kStandstill));
         voice_->Start();
     }
 
@@ -142,7 +141,7 @@ class HostileSound {
 
     Input& input_;
     const Reading reading_;
-    process::Descriptor theirs_;
+    FileDescriptor theirs_;
     void* memory_;
     std::uint32_t capacity_;
     std::unique_ptr<VoiceCore> voice_;

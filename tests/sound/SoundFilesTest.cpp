@@ -13,9 +13,9 @@
 #include <random>
 #include <thread>
 
-#include "app/runtime/sound/RegularFile.h"
-#include "app/runtime/sound/decoding/Decoder.h"
-#include "app/runtime/sound/encoding/WavHeader.h"
+#include "base/RegularFile.h"
+#include "sound/decoding/Decoder.h"
+#include "sound/encoding/WavHeader.h"
 #include "tests/sound/SoundTesting.h"
 
 namespace sorakaze::sound::testing {
@@ -71,7 +71,7 @@ TEST(Decoding, KeepsLengthLevelAndPurity) {
 
 /// Of the decoder by itself, with as many threads helping it as given.
 Samples ReadWith(const std::filesystem::path& file, unsigned helpers) {
-    const auto decoder = Decoder::Open(InputFile::Adopt(std::move(OpenRegularFile(file)->descriptor)),
+    const auto decoder = Decoder::Open(InputFile::Adopt(std::move(OpenNonEmptyFile(file)->descriptor)),
                                        file.filename().string(), helpers);
     Samples all, block(2 * 5000);
     for (std::size_t frames = 1; frames > 0;) {

@@ -10,11 +10,11 @@ extern "C" {
 
 #include <algorithm>
 
-#include "app/runtime/sound/RegularFile.h"
-#include "app/runtime/sound/encoding/SoundFileWriter.h"
+#include "base/RegularFile.h"
 #include "player/EntryFile.h"
 #include "player/PlaylistFiles.h"
 #include "player/TagReader.h"
+#include "sound/encoding/SoundFileWriter.h"
 #include "station/synth/TrackTags.h"
 #include "tests/support/TestRuntime.h"
 
@@ -41,10 +41,9 @@ TEST(TrackFiles, CarryTagsAndCovers) {
         writer->Write(std::vector<float>(9600, 0.01F));
         writer->Finish();
         WriteTags(file, track, Encode(Paint(16, track.cover), track.coverFormat));
-        EXPECT_EQ(
-            player::ReadTags(std::move(sound::OpenRegularFile(file)->descriptor), file.filename().string()),
-            (player::TrackText{track.title, track.artist, track.album, track.titleSort, track.artistSort,
-                               track.albumSort}));
+        EXPECT_EQ(player::ReadTags(std::move(OpenNonEmptyFile(file)->descriptor), file.filename().string()),
+                  (player::TrackText{track.title, track.artist, track.album, track.titleSort,
+                                     track.artistSort, track.albumSort}));
         EXPECT_TRUE(HasCover(file));
     }
 }

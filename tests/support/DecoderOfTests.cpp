@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // For tests and benchmarks that open sounds: the decoder of this build, which isn't beside them.
-#include "app/runtime/sound/Decoders.h"
+#include "sound/Decoders.h"
 
 namespace {
 

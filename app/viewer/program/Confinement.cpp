@@ -13,11 +13,11 @@
 #include <string>
 #include <system_error>
 
-#include "app/runtime/process/LandlockRules.h"
-#include "app/runtime/process/LandlockScopes.h"
 #include "app/viewer/program/GiveUpRoot.h"
 #include "app/viewer/program/OtherProcesses.h"
 #include "app/viewer/program/SoundServer.h"
+#include "process/LandlockRules.h"
+#include "process/LandlockScopes.h"
 
 namespace sorakaze::viewer {
 namespace {
@@ -81,7 +81,7 @@ void AddPathsOf(const char* variable, std::vector<process::Place>& places) {
         if (!path.empty() && !path.starts_with("/proc/")) places.push_back({path, Access::Read});
 }
 
-void Enforce(const process::Descriptor& rules) {
+void Enforce(const FileDescriptor& rules) {
     if (rules && !process::EnforceLandlock(rules.Get()))
         throw std::system_error(errno, std::generic_category(), "landlock_restrict_self");
 }
@@ -90,7 +90,7 @@ void Enforce(const process::Descriptor& rules) {
 
 void Confine(const std::optional<std::vector<std::uint16_t>>& ports) {
     const int version = process::LandlockVersion();
-    process::Descriptor files, scopes;
+    FileDescriptor files, scopes;
     if (::geteuid() == 0) KeepSoundServerReachable();
     if (version > 0) {
         auto places = SystemPlaces();

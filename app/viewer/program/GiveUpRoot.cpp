@@ -14,7 +14,7 @@
 #include <set>
 #include <vector>
 
-#include "app/runtime/process/CommandUser.h"
+#include "process/CommandUser.h"
 
 namespace sorakaze::viewer {
 namespace {

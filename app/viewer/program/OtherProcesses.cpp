@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "app/runtime/process/CallFilter.h"
+#include "process/CallFilter.h"
 
 namespace sorakaze::viewer {
 namespace {

@@ -1,0 +1,205 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "process/ConfinedProcess.h"
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <mutex>
+#include <optional>
+#include <system_error>
+
+#include "process/Footprint.h"
+#include "process/Launch.h"
+#include "process/LaunchPlan.h"
+#include "process/Mechanisms.h"
+#include "process/Workplace.h"
+
+namespace sorakaze::process {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr int kCannotStart = 127;
+constexpr int kEndedBySignal = 128;
+/// How often the sums of a running command are taken.
+constexpr auto kLookInterval = 100ms;
+
+void TellWhatIsMissing() {
+    static std::once_flag told;
+    std::call_once(told, [] {
+        const ConfinementSupport support = QueryConfinementSupport();
+        if (!support.missing.empty())
+            std::fprintf(stderr, "Sorakaze: commands run confined by %s only; this system lacks: %s\n",
+                         support.inForce.c_str(), support.missing.c_str());
+    });
+}
+
+int ExitStatus(int waited) {
+    return WIFEXITED(waited) ? WEXITSTATUS(waited) : kEndedBySignal + WTERMSIG(waited);
+}
+
+/// Reads what there is, but not for longer than a moment, since a command may write faster than this reads.
+/// False when there is nothing more for now. What goes beyond `most` is dropped, so that the command never
+/// blocks on it.
+bool Drain(int descriptor, std::uint64_t most, std::string& output) {
+    char buffer[64 << 10];
+    for (int turn = 0; turn < 32; ++turn) {
+        const ssize_t length = ::read(descriptor, buffer, sizeof buffer);
+        if (length < 0 && errno == EINTR) continue;
+        if (length <= 0) return false;
+        const auto room = most - std::min<std::uint64_t>(most, output.size());
+        output.append(buffer, std::min<std::uint64_t>(room, static_cast<std::uint64_t>(length)));
+    }
+    return true;
+}
+
+}  // namespace
+
+struct ConfinedProcess::Impl {
+    Impl(std::string line, Confinement bounds)
+        : commandLine(std::move(line)), confinement(std::move(bounds)) {}
+
+    const std::string commandLine;
+    const Confinement confinement;
+
+    std::mutex mutex;
+    // Both guarded by mutex. Kill writes the first and reads the second, Run the other way round.
+    bool killed = false;
+    Launched* running = nullptr;
+
+    CommandResult Run();
+    void Kill();
+
+  private:
+    void Follow(Launched& launched, CommandResult& result);
+    void WaitForEnd(Launched& launched, CommandResult& result);
+    bool WithinBounds(const Launched& launched) const;
+
+    fs::path folderOnDisk;  ///< the command's; empty where it is on none
+};
+
+void ConfinedProcess::Impl::Kill() {
+    const std::lock_guard lock(mutex);
+    killed = true;
+    if (running) EndAll(*running);
+}
+
+bool ConfinedProcess::Impl::WithinBounds(const Launched& launched) const {
+    // One process at its bound is all right, and so are two or three ordinary ones; a herd at theirs is not.
+    constexpr std::uint64_t kHerd = 2;
+    const ProcessesFootprint processes =
+        MeasureProcesses(launched.keeper, folderOnDisk, confinement.fileSize);
+    if (processes.processes > confinement.processes + 1 ||
+        processes.memory / kHerd > confinement.addressSpace ||
+        processes.removedFiles > confinement.folderSize)
+        return false;
+    if (folderOnDisk.empty()) return true;  // the kernel keeps to its size
+    const std::uint64_t room = confinement.folderSize - processes.removedFiles;
+    return FolderBytes(folderOnDisk, room) <= room;
+}
+
+void ConfinedProcess::Impl::WaitForEnd(Launched& launched, CommandResult& result) {
+    const Clock::time_point deadline = Clock::now() + confinement.wallTime;
+    Clock::time_point look = Clock::now() + kLookInterval;
+    const auto end = [&] {
+        result.timedOut = true;
+        const std::lock_guard lock(mutex);
+        EndAll(launched);
+    };
+    pollfd events[] = {{launched.process.Get(), POLLIN, 0}, {launched.output.Get(), POLLIN, 0}};
+    while (!(events[0].revents & POLLIN)) {
+        const Clock::time_point now = Clock::now();
+        if (!result.timedOut && now >= deadline) end();
+        if (!result.timedOut && now >= look) {
+            if (!WithinBounds(launched)) end();
+            look = Clock::now() + kLookInterval;
+        }
+        const auto wait = std::chrono::ceil<std::chrono::milliseconds>(std::min(look, deadline) - now);
+        ::poll(events, 2, result.timedOut ? -1 : static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
+        if (events[1].revents & POLLIN) Drain(launched.output.Get(), confinement.outputSize, result.output);
+        // Everything may have closed its end and still run.
+        else if (events[1].revents != 0)
+            events[1].fd = -1;
+    }
+    // Nobody is left to write.
+    while (Drain(launched.output.Get(), confinement.outputSize, result.output)) {
+    }
+}
+
+void ConfinedProcess::Impl::Follow(Launched& launched, CommandResult& result) {
+    {
+        const std::lock_guard lock(mutex);
+        running = &launched;
+        if (killed) EndAll(launched);
+    }
+    WaitForEnd(launched, result);
+    {
+        const std::lock_guard lock(mutex);
+        running = nullptr;
+    }
+    const LaunchReport report = TakeEnd(launched);
+    switch (report.what) {
+        case LaunchReport::Ended:
+            result.status = ExitStatus(report.value);
+            break;
+        case LaunchReport::Failed:
+            throw std::system_error(report.value, std::generic_category(), report.where);
+        case LaunchReport::Nothing:  // ended from outside
+            result.status = kEndedBySignal + SIGKILL;
+            break;
+    }
+    result.timedOut |= result.status == kEndedBySignal + SIGXCPU || result.status == kEndedBySignal + SIGXFSZ;
+}
+
+CommandResult ConfinedProcess::Impl::Run() {
+    CommandResult result;
+    result.status = kEndedBySignal + SIGKILL;
+    const auto killWasCalled = [this] {
+        const std::lock_guard lock(mutex);
+        return killed;
+    };
+    if (!killWasCalled()) {
+        try {
+            TellWhatIsMissing();
+            const Mechanisms mechanisms = AvailableMechanisms();
+            Workplace workplace(confinement, mechanisms);
+            if (workplace.FolderIsOnDisk()) folderOnDisk = fs::canonical(workplace.Folder());
+            LaunchPlan plan = PlanCommand(commandLine, confinement, workplace, mechanisms);
+            Launched launched = Launch(plan);
+            Follow(launched, result);
+            if (!result.timedOut && !killWasCalled()) workplace.TakeOutput();
+        } catch (const std::exception& failure) {
+            ReportOnce(std::string("Sorakaze: a command could not be started: ") + failure.what());
+            result.status = kCannotStart;
+        }
+    }
+    result.killed = killWasCalled();
+    return result;
+}
+
+ConfinedProcess::ConfinedProcess(std::string commandLine, Confinement confinement)
+    : impl_(std::make_unique<Impl>(std::move(commandLine), std::move(confinement))) {}
+ConfinedProcess::~ConfinedProcess() = default;
+CommandResult ConfinedProcess::Run() {
+    return impl_->Run();
+}
+void ConfinedProcess::Kill() {
+    impl_->Kill();
+}
+
+void OfferPrograms(Confinement& confinement, const fs::path& resources) {
+    confinement.searchFirst.push_back(resources);
+    // The second of the programs has a dictionary beside it, if the user gave it one.
+    for (const char* name : {"say", "SayKotoeri", "ipadic"}) confinement.readable.push_back(resources / name);
+}
+
+}  // namespace sorakaze::process

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Landlock: the rights to files, and to nothing else, that a command has, whatever it runs as. Built by the
+// application before the fork, put in force by the command's first process.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "base/FileDescriptor.h"
+
+namespace sorakaze::process {
+
+enum class Access {
+    Read,         ///< read and execute, all below
+    ReadDevice,   ///< read
+    WriteDevice,  ///< read and write
+    WriteFile,    ///< read and write, an ordinary file
+    Write         ///< read, write, make and remove ordinary files and folders; nothing below is executed
+};
+
+struct Place {
+    std::filesystem::path path;
+    Access access;
+};
+
+/// The version of Landlock's interface that the kernel has, 0 for none.
+int LandlockVersion();
+
+/// A ruleset that allows `places` and refuses every other file, the network and signals to the outside as far
+/// as `version` knows these. Places that don't exist are left out. Throws std::system_error.
+FileDescriptor MakeLandlockRules(int version, const std::vector<Place>& places);
+
+/// Adds a place to a ruleset of that version: a file or a folder that `descriptor` stands for.
+/// Async-signal-safe; false with errno.
+bool AllowPlace(int ruleset, int version, int descriptor, Access access);
+
+/// Puts the ruleset in force for the calling thread and all it starts. Async-signal-safe; false with errno.
+bool EnforceLandlock(int ruleset);
+
+}  // namespace sorakaze::process

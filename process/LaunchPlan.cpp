@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "process/LaunchPlan.h"
+
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+#include "process/CommandUser.h"
+#include "process/SystemCallFilter.h"
+#include "process/ViewPlan.h"
+#include "process/Workplace.h"
+
+namespace sorakaze::process {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The tasks that the user has now, since these count where no user namespace counts the command's alone.
+rlim_t TasksOfUser() {
+    rlim_t count = 0;
+    std::error_code failure;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc", failure)) {
+        struct stat status {};
+        if (::stat(entry.path().c_str(), &status) != 0 || status.st_uid != ::getuid()) continue;
+        for (fs::directory_iterator task(entry.path() / "task", failure), end; !failure && task != end;
+             task.increment(failure))
+            ++count;
+    }
+    return count;
+}
+
+void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
+    // What the application may have is the most that it can give.
+    const auto add = [&](int resource, rlim_t soft, rlim_t hard) {
+        rlimit own{};
+        ::getrlimit(static_cast<__rlimit_resource>(resource), &own);
+        plan.limits.push_back({resource, {std::min(soft, own.rlim_max), std::min(hard, own.rlim_max)}});
+    };
+    // The user goes on starting programs meanwhile; the count of the command's own is watched besides.
+    constexpr rlim_t kRoomForTheUser = 128;
+    rlim_t processes = confinement.processes;
+    if (!plan.asRoot) ++processes;  // the keeper is the same user's
+    if (!plan.asRoot && !plan.mechanisms.userNamespace) processes += TasksOfUser() + kRoomForTheUser;
+    const auto seconds = static_cast<rlim_t>(std::max<std::int64_t>(confinement.processorTime.count(), 1));
+    add(RLIMIT_NPROC, processes, processes);
+    add(RLIMIT_CPU, seconds, seconds + 1);
+    add(RLIMIT_FSIZE, confinement.fileSize, confinement.fileSize);
+    add(RLIMIT_CORE, 0, 0);
+    add(RLIMIT_NOFILE, 256, 256);
+    add(RLIMIT_MEMLOCK, 64 << 10, 64 << 10);
+    add(RLIMIT_MSGQUEUE, 0, 0);
+    add(RLIMIT_STACK, 8 << 20, 64 << 20);
+    add(RLIMIT_AS, confinement.addressSpace, confinement.addressSpace);
+}
+
+void PlanUser(LaunchPlan& plan, const Confinement* confinement, const Workplace* workplace) {
+    const auto user = CommandUser();
+    plan.asRoot = user.has_value();
+    if (!user) {
+        const auto itself = [](auto id) { return std::to_string(id) + ' ' + std::to_string(id) + " 1\n"; };
+        plan.userMap = itself(::geteuid());
+        plan.groupMap = itself(::getegid());
+        return;
+    }
+    plan.userMap = EverybodyThemselves("/proc/self/uid_map");
+    plan.groupMap = EverybodyThemselves("/proc/self/gid_map");
+    plan.user = *user;
+    const Mechanisms& narrowing = plan.mechanisms;
+    // A view shows what the command may use under modes of its own.
+    if (narrowing.view || narrowing.landlockVersion == 0 || !confinement ||
+        OthersCanUse(*confinement, workplace))
+        return;
+    plan.capabilities |= 1ull << CAP_DAC_READ_SEARCH;
+    // To run a program that only its owner may run. Nothing but its folder and its file can be written with
+    // it.
+    if (narrowing.landlockVersion >= 3 && narrowing.systemCallFilter)
+        plan.capabilities |= 1ull << CAP_DAC_OVERRIDE;
+}
+
+LaunchPlan PlanConfinement(const Confinement* confinement, const Workplace* workplace,
+                           const Mechanisms& mechanisms) {
+    LaunchPlan plan;
+    plan.mechanisms = mechanisms;
+    PlanUser(plan, confinement, workplace);
+    Places all = PlacesFor(confinement, workplace);
+    if (mechanisms.landlockVersion > 0)
+        plan.ruleset = MakeLandlockRules(mechanisms.landlockVersion, all.places);
+    if (mechanisms.view) {
+        plan.viewMountPoint = workplace ? plan.Keep(workplace->Folder()) : "/usr";
+        PlanView(plan, std::move(all), confinement, workplace);
+    }
+    if (mechanisms.systemCallFilter) {
+        FilterDuties duties;
+        duties.guardMetadata = !mechanisms.view;
+        duties.guardTruncation = !mechanisms.view && mechanisms.landlockVersion < 3;
+        duties.guardSignals = !mechanisms.namespaces;
+        plan.filter = BuildSystemCallFilter(duties);
+    }
+    return plan;
+}
+
+}  // namespace
+
+LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
+                       const Workplace& workplace, const Mechanisms& mechanisms) {
+    LaunchPlan plan = PlanConfinement(&confinement, &workplace, mechanisms);
+    PlanLimits(plan, confinement);
+    plan.workingFolder = plan.Keep(workplace.Folder());
+    plan.program = "/bin/sh";
+    // The two dashes keep a line that begins with one from being taken for options.
+    plan.arguments = {"sh", "-c", "--", plan.Keep(commandLine), nullptr};
+    std::string searched;
+    for (const fs::path& folder : confinement.searchFirst) searched += Absolute(folder).string() + ':';
+    const std::string folder = plan.workingFolder;
+    plan.environment = {plan.Keep("PATH=" + searched + "/usr/bin:/bin"), plan.Keep("HOME=" + folder),
+                        plan.Keep("TMPDIR=" + folder), "LANG=C.UTF-8", nullptr};
+    return plan;
+}
+
+LaunchPlan PlanHelper(const HelperOptions& options, const Mechanisms& mechanisms) {
+    Confinement confinement;
+    confinement.readable = {options.program};
+    confinement.processes = options.processes;
+    // Its processes bound themselves, each by what it is about to do.
+    confinement.addressSpace = std::numeric_limits<std::uint64_t>::max();
+    confinement.processorTime = std::chrono::hours(24 * 365);
+    confinement.fileSize = 0;
+    LaunchPlan plan = PlanConfinement(&confinement, nullptr, mechanisms);
+    PlanLimits(plan, confinement);
+    // It ends processes of its own; what it starts it confines further.
+    if (mechanisms.systemCallFilter)
+        plan.filter = BuildSystemCallFilter({.guardMetadata = true, .guardTruncation = true});
+    plan.workingFolder = "/";
+    plan.niceness = 0;
+    plan.keepErrors = options.keepErrors;
+    plan.program = plan.Keep(Absolute(options.program));
+    plan.arguments = {plan.program};
+    for (const std::string& argument : options.arguments) plan.arguments.push_back(plan.Keep(argument));
+    plan.arguments.push_back(nullptr);
+    plan.environment = {"PATH=/usr/bin:/bin", "LANG=C.UTF-8", nullptr};
+    return plan;
+}
+
+LaunchPlan PlanTrial(const Mechanisms& mechanisms) {
+    LaunchPlan plan = PlanConfinement(nullptr, nullptr, mechanisms);
+    plan.workingFolder = "/";
+    return plan;
+}
+
+}  // namespace sorakaze::process

@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What a command may see of the file system, and the steps that make a view of nothing else.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "process/ConfinedProcess.h"
+#include "process/LandlockRules.h"
+
+namespace sorakaze::process {
+
+struct LaunchPlan;
+class Workplace;
+
+/// A link of the system's own.
+struct SystemLink {
+    std::filesystem::path path;
+    std::filesystem::path target;
+};
+
+struct Places {
+    std::vector<Place> places;
+    std::vector<SystemLink> links;
+    /// Of these a view holds copies: as root, the commands' user may not use the places themselves.
+    std::vector<std::filesystem::path> closed;
+};
+
+std::filesystem::path Absolute(const std::filesystem::path& path);
+
+/// The system's places; with a confinement what that adds, with a workplace its output and, where that is on
+/// the disk, its folder. Either may be null.
+Places PlacesFor(const Confinement* confinement, const Workplace* workplace);
+
+/// Adds the steps that make the view to the plan, which has its user. Both may be null, as above. Throws
+/// std::filesystem::filesystem_error.
+void PlanView(LaunchPlan& plan, Places all, const Confinement* confinement, const Workplace* workplace);
+
+/// Whether the workplace, which may be null, is reached, and the places that the confinement adds are reached
+/// and read, or run, by whoever isn't their owner.
+bool OthersCanUse(const Confinement& confinement, const Workplace* workplace);
+
+}  // namespace sorakaze::process

@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The running program sorakaze-decoder and the jobs that it is given: each a process of its own, with a
+// socket of its own. A thread of this object starts the program, starts it again whenever it has ended, and
+// hears how jobs ended. Used by Decoders alone.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <variant>
+
+#include "base/FileDescriptor.h"
+#include "process/ConfinedHelper.h"
+#include "sound/DecoderProtocol.h"
+
+namespace sorakaze::sound {
+
+/// How long a decoder may take for an answer or for its next frames before it counts as stuck.
+extern const std::chrono::milliseconds kLongestStandstill;
+
+class DecoderProcess {
+  public:
+    struct JobName {
+        std::uint32_t number = 0;
+        std::uint64_t generation = 0;  ///< of the program: counted up with each start
+    };
+    struct Job {
+        JobName name;
+        FileDescriptor socket;  ///< hangs up when the job's process has ended
+    };
+    /// How a job ended that was not done.
+    struct Failure {
+        enum Kind {
+            Died,        ///< of what it read
+            Slow,        ///< it took more than its time
+            Ended,       ///< from outside, or together with the program
+            NotStarted,  ///< there is no program
+        };
+        Kind kind;
+        std::string why;  ///< in words for a line of text
+    };
+
+    DecoderProcess(std::filesystem::path program, std::chrono::milliseconds longestStandstill);
+    ~DecoderProcess();
+    DecoderProcess(const DecoderProcess&) = delete;
+    DecoderProcess& operator=(const DecoderProcess&) = delete;
+
+    // All from any thread; they block for seconds at most.
+
+    struct Ring {
+        int descriptor = -1;  ///< of its memory
+        std::uint32_t capacity = 0;
+    };
+    /// `fileName` helps to tell formats apart; `ring` is for Play.
+    std::variant<Job, Failure> Begin(JobKind kind, int file, const std::string& fileName,
+                                     std::uint64_t memory, const Ring& ring);
+    /// The job's answer, any bytes.
+    std::variant<std::string, Failure> Await(const Job& job);
+    /// Of a job whose socket has hung up before it was done.
+    Failure WhyEnded(const JobName& job);
+    void Kill(const JobName& job);
+    /// The application ends: from here on nobody waits here. Any number of times; takes no lock.
+    void Cancel();
+
+  private:
+    void Watch();
+    bool StartProgram();
+    void Follow(int channel);
+    bool TakeStatuses(int channel);
+    bool Send(const JobRequest& request, const int* descriptors, std::size_t count);
+
+    const std::filesystem::path program_;
+    const std::chrono::milliseconds longestStandstill_;
+    const FileDescriptor wake_;    ///< readable when the thread is to end
+    const FileDescriptor cancel_;  ///< readable when nobody is to wait
+    std::atomic<bool> cancelled_{false};
+
+    std::mutex mutex_;                 ///< guards all below
+    std::condition_variable changed_;  ///< the program started or ended, or a job's status came
+    std::unique_ptr<process::ConfinedHelper> helper_;  ///< empty while the program doesn't run
+    std::uint64_t generation_ = 0;
+    bool useful_ = false;               ///< the program has done a job
+    std::string lastEnd_;               ///< how the program ended last
+    std::uint64_t toldGeneration_ = 0;  ///< the last one whose end is in lastEnd_
+    int uselessStarts_ = 0;             ///< in a row
+    bool closed_ = false;
+    std::uint32_t lastJob_ = 0;
+    std::map<std::uint32_t, int> statuses_;  ///< of the jobs that ended last
+
+    std::thread thread_;  ///< begins when all else stands
+};
+
+}  // namespace sorakaze::sound

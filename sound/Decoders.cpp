@@ -1,0 +1,210 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sound/Decoders.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "base/RegularFile.h"
+#include "sound/DecoderProcess.h"
+
+namespace sorakaze::sound {
+namespace {
+
+using Failure = DecoderProcess::Failure;
+
+/// A program that is ended from outside costs no file anything, as long as it comes back.
+constexpr int kAttempts = 4;
+
+/// What a job may allocate. Files of many hours in one kind of container have indexes of a share of their
+/// size.
+std::uint64_t MemoryFor(const RegularFile& file) {
+    constexpr std::uint64_t kUsual = 40u << 20, kMostForIndexes = 192u << 20;
+    char head[8]{};
+    const bool indexed = ::pread(file.descriptor.Get(), head, sizeof head, 0) == sizeof head &&
+                         std::string_view(head + 4, 4) == "ftyp";
+    return kUsual +
+           (indexed ? std::min(static_cast<std::uint64_t>(file.status.st_size) / 4, kMostForIndexes) : 0);
+}
+
+FileIdentity IdentityOf(const RegularFile& file) {
+    const auto& status = file.status;
+    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+            static_cast<std::uint64_t>(status.st_mtim.tv_sec),
+            static_cast<std::uint64_t>(status.st_mtim.tv_nsec)};
+}
+
+std::filesystem::path& ProgramOfProcess() {
+    static std::filesystem::path program;
+    return program;
+}
+
+std::optional<Frames> ChecksOut(std::int64_t length) {
+    constexpr std::int64_t kLongest = std::int64_t{kSampleRate} * 60 * 60 * 24 * 366;
+    return length > 0 && length <= kLongest ? std::optional(Frames{length}) : std::nullopt;
+}
+
+}  // namespace
+
+struct Decoders::Impl {
+    Impl(std::filesystem::path program, std::chrono::milliseconds standstill)
+        : longestStandstill(standstill), process(std::move(program), standstill) {}
+
+    struct Answered {
+        DecoderProcess::Job job;
+        std::string bytes;
+    };
+    /// Gives a job until it is answered, or fails for good.
+    std::variant<Answered, Failure> Ask(JobKind kind, const RegularFile& file,
+                                        const std::filesystem::path& path,
+                                        const DecoderProcess::Ring& ring = {});
+    void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure);
+    /// It has ended a decoder before, and that was told.
+    bool IsBad(const RegularFile& file);
+
+    const std::chrono::milliseconds longestStandstill;
+    DecoderProcess process;
+    std::mutex mutex;  // guards all below
+    std::vector<DecoderFailure> failures;
+    std::set<FileIdentity> badFiles;
+};
+
+std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(JobKind kind, const RegularFile& file,
+                                                                    const std::filesystem::path& path,
+                                                                    const DecoderProcess::Ring& ring) {
+    Failure failure{};
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        ::lseek(file.descriptor.Get(), 0, SEEK_SET);
+        auto begun =
+            process.Begin(kind, file.descriptor.Get(), path.filename().string(), MemoryFor(file), ring);
+        if (auto* job = std::get_if<DecoderProcess::Job>(&begun)) {
+            auto answer = process.Await(*job);
+            if (auto* bytes = std::get_if<std::string>(&answer))
+                return Answered{std::move(*job), std::move(*bytes)};
+            process.Kill(job->name);
+            failure = std::get<Failure>(std::move(answer));
+        } else {
+            failure = std::get<Failure>(std::move(begun));
+        }
+        if (failure.kind != Failure::Ended) break;
+    }
+    return failure;
+}
+
+void Decoders::Impl::Note(const std::filesystem::path& file, const FileIdentity& identity,
+                          const Failure& failure) {
+    constexpr std::size_t kMost = 1000;
+    const std::lock_guard lock(mutex);
+    if (failure.kind == Failure::Died || failure.kind == Failure::Slow) badFiles.insert(identity);
+    if (failures.size() < kMost) failures.push_back({file, failure.why});
+}
+
+bool Decoders::Impl::IsBad(const RegularFile& file) {
+    const std::lock_guard lock(mutex);
+    return badFiles.contains(IdentityOf(file));
+}
+
+Decoders::Decoders(std::filesystem::path program, std::chrono::milliseconds longestStandstill)
+    : impl_(std::make_unique<Impl>(std::move(program), longestStandstill)) {}
+Decoders::~Decoders() = default;
+
+std::shared_ptr<Decoders> Decoders::OfProcess() {
+    static const auto decoders = [] {
+        std::error_code ignored;
+        std::filesystem::path program = ProgramOfProcess();
+        if (program.empty())
+            program =
+                std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "sorakaze-decoder";
+        return std::make_shared<Decoders>(std::move(program));
+    }();
+    return decoders;
+}
+
+void Decoders::SetProgramOfProcess(std::filesystem::path program) {
+    ProgramOfProcess() = std::move(program);
+}
+
+std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace) {
+    const auto file = OpenNonEmptyFile(path);
+    if (!file || impl_->IsBad(*file)) return nullptr;
+    try {
+        auto memory = std::make_unique<SharedMemory>(pace == Pace::Fast ? kFastRingCapacity : kRingCapacity);
+        auto asked = impl_->Ask(pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play, *file, path,
+                                {memory->Descriptor(), memory->Capacity()});
+        if (const auto* failure = std::get_if<Failure>(&asked)) {
+            impl_->Note(path, IdentityOf(*file), *failure);
+            return nullptr;
+        }
+        auto& [job, bytes] = std::get<Impl::Answered>(asked);
+        PlayAnswer answer{};
+        if (bytes.size() == sizeof answer) std::memcpy(&answer, bytes.data(), sizeof answer);
+        if (answer.result == PlayAnswer::TooLarge)
+            impl_->Note(path, IdentityOf(*file), {Failure::Died, "it takes too much memory to decode"});
+        if (answer.result == 0 || answer.result > PlayAnswer::TooLarge)
+            impl_->Note(path, IdentityOf(*file), {Failure::Died, "its decoder answered nonsense"});
+        if (answer.result != PlayAnswer::Playing) {
+            impl_->process.Kill(job.name);
+            return nullptr;
+        }
+        return std::make_unique<DecodedSound>(DecodedSound::Origin{path, IdentityOf(*file), job.name},
+                                              std::move(memory), std::move(job.socket),
+                                              ChecksOut(answer.length), impl_->longestStandstill);
+    } catch (const std::system_error& error) {
+        impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()});
+        return nullptr;
+    }
+}
+
+std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path) {
+    const auto file = OpenNonEmptyFile(path);
+    if (!file || impl_->IsBad(*file)) return std::nullopt;
+    auto asked = impl_->Ask(JobKind::Tags, *file, path);
+    if (auto* answered = std::get_if<Impl::Answered>(&asked)) {
+        impl_->process.Kill(answered->job.name);
+        return std::move(answered->bytes);
+    }
+    impl_->Note(path, IdentityOf(*file), std::get<Failure>(asked));
+    return std::nullopt;
+}
+
+void Decoders::TakeEnd(DecodedSound& sound) {
+    Failure failure{};
+    if (sound.Ring().IsNonsense()) {
+        failure = {Failure::Died, "its decoder wrote nonsense"};
+    } else if (sound.StoodStill()) {
+        failure = {Failure::Slow, "it takes too long to decode"};
+    } else if (sound.Ring().IsComplete()) {
+        return;
+    } else {
+        failure = impl_->process.WhyEnded(sound.From().job);
+    }
+    impl_->Note(sound.From().file, sound.From().identity, failure);
+}
+
+void Decoders::End(const DecodedSound& sound) {
+    impl_->process.Kill(sound.From().job);
+}
+
+std::vector<DecoderFailure> Decoders::TakeFailures() {
+    const std::lock_guard lock(impl_->mutex);
+    return std::exchange(impl_->failures, {});
+}
+
+void Decoders::Cancel() {
+    impl_->process.Cancel();
+}
+
+void Decoders::ForgetBadFiles() {
+    const std::lock_guard lock(impl_->mutex);
+    impl_->badFiles.clear();
+}
+
+}  // namespace sorakaze::sound

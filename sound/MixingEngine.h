@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The one mixing engine for all that is heard: jingles, speech and the player's tracks are voices of it. The
+// logic's threads open, start, stop and fade voices; one mixing thread (a device's callback, or the studio's
+// clock) calls Mix. Files are decoded ahead in processes of their own (see Decoders). The mixing side takes
+// no lock, allocates nothing and opens no file.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "sound/Decoders.h"
+#include "sound/Frames.h"
+
+namespace sorakaze::sound {
+
+class MixingEngine;
+
+/// One sound of the engine: a decoder, its ring of decoded frames and a gain. Made by MixingEngine::Open;
+/// silent until Start. All methods may be called from any thread but the mixing one. Dropping the last
+/// reference stops the voice the way Stop does.
+class Voice {
+  public:
+    virtual ~Voice() = default;
+
+    /// Starts from the file's beginning. Only the first call has an effect.
+    virtual void Start() = 0;
+
+    /// Ends the voice for good: IsPlaying is false from here on; what is still heard is a ramp of a few
+    /// milliseconds down to silence.
+    virtual void Stop() = 0;
+
+    /// True from Start until Stop or until the file's last frame has been mixed, or its decoder has failed.
+    virtual bool IsPlaying() const = 0;
+
+    /// Moves the linear gain (0 to 1) towards `gain`, sample by sample, over `ramp` frames; shorter ramps
+    /// than the engine's shortest (5 ms) are lengthened to it, so that no change clicks. Before Start the
+    /// gain is simply set.
+    virtual void SetGain(float gain, Frames ramp = {}) = 0;
+
+    /// Frames of the file mixed so far.
+    virtual Frames Position() const = 0;
+
+    /// The length that the container states, where it states one. Only an estimate for some formats.
+    virtual std::optional<Frames> Length() const = 0;
+};
+
+/// What Mix does when a voice's ring runs empty before its file has ended.
+enum class Reading {
+    RealTime,  ///< Mixes silence for the missing frames and counts an underrun: a device can't wait.
+    Offline,   ///< Waits for the decoder: a rendered show is the same, bit for bit, on every machine.
+};
+
+class MixingEngine {
+  public:
+    /// `decoders` are those of the process where none are given.
+    explicit MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders = nullptr);
+    ~MixingEngine();
+    MixingEngine(const MixingEngine&) = delete;
+    MixingEngine& operator=(const MixingEngine&) = delete;
+
+    /// Opens a file of any format that the decoding libraries know. Empty when the file can't be read or
+    /// holds no sound that can be decoded (the first frame is decoded here to be sure). Blocks for file I/O;
+    /// never throws for bad files. Any thread but the mixing one.
+    std::shared_ptr<Voice> Open(const std::filesystem::path& file);
+
+    /// The tags of a sound file, as the tag reader of sorakaze-decoder gives them: foreign bytes. Empty where
+    /// there are none. As for Open.
+    std::optional<std::string> ReadTags(const std::filesystem::path& file);
+
+    /// The files whose decoders failed since the last call. Such a file isn't opened again until
+    /// ForgetBadFiles. Any thread but the mixing one.
+    std::vector<DecoderFailure> TakeFailures();
+    void ForgetBadFiles();
+    /// The application ends: Open and ReadTags return at once, with nothing.
+    void Cancel();
+    /// `tell` is called, on any thread but the mixing one, when there is something for TakeFailures. It must
+    /// not call the engine. Once this has returned, the former one isn't called any more.
+    void OnFailure(std::function<void()> tell);
+
+    /// Mixes the next frames of every started voice into `interleaved` (kChannels samples a frame,
+    /// overwritten), with the limiter behind the sum: no sample leaves the range -1 to 1. Called from one
+    /// thread at a time.
+    void Mix(std::span<float> interleaved);
+
+    /// Frames mixed since the engine was made.
+    Frames Mixed() const;
+
+    /// How many frames the limiter holds back: what goes into Mix at frame n leaves it at n + Latency().
+    Frames Latency() const;
+
+    /// How many voices are sounding (started, neither ended nor stopped).
+    int Sounding() const;
+
+    /// Number of times a ring ran empty under Reading::RealTime.
+    std::uint64_t Underruns() const;
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sorakaze::sound

@@ -1,0 +1,159 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A ring of decoded frames in memory that the application shares with a decoder's process. The decoder
+// writes, the mixing thread reads. The reader takes no lock and believes nothing: the indices are checked,
+// each sample is read once and must be a sane number, and where the writer's side makes no sense the ring is
+// at its end.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "sound/Frames.h"
+
+namespace sorakaze::sound {
+
+/// The capacity of a ring in frames, a power of two. About five seconds, two megabytes; memory that was never
+/// written costs nothing. The small one is for where the system allows no larger file, which shared memory
+/// counts as.
+inline constexpr std::uint32_t kRingCapacity = 1u << 18;
+inline constexpr std::uint32_t kSmallRingCapacity = 1u << 14;
+/// Where frames are taken as fast as they come, the ring stays within the processor's own memory.
+inline constexpr std::uint32_t kFastRingCapacity = 1u << 16;
+
+/// What the memory begins with. All zero at first.
+struct RingHeader {
+    alignas(64) std::atomic<std::uint64_t> written;  // frames; moved by the decoder
+    std::atomic<std::uint32_t> finished;             // set by the decoder: nothing more will come
+    std::atomic<std::uint32_t> sleeping;             // set by the decoder: it waits until it is told of room
+    alignas(64) std::atomic<std::uint64_t> read;     // frames; moved by the reader
+    std::atomic<std::uint32_t> waiting;              // set by the reader: how many frames it waits for, or 0
+};
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
+
+inline constexpr std::size_t kRingSamplesOffset = 4096;  ///< bytes
+constexpr std::size_t RingBytes(std::uint32_t capacity) {
+    return kRingSamplesOffset + std::size_t{capacity} * kChannels * sizeof(float);
+}
+static_assert(sizeof(RingHeader) <= kRingSamplesOffset);
+
+/// The decoder's side. `memory` is RingBytes long and outlives it.
+class RingWriter {
+  public:
+    RingWriter(void* memory, std::uint32_t capacity)
+        : capacity_(capacity),
+          header_(*static_cast<RingHeader*>(memory)),
+          samples_(reinterpret_cast<float*>(static_cast<char*>(memory) + kRingSamplesOffset)) {}
+
+    std::size_t Free() const {
+        const std::uint64_t filled = written_ - header_.read.load();
+        return capacity_ - static_cast<std::size_t>(std::min<std::uint64_t>(filled, capacity_));
+    }
+    /// The room for frames that is free and lies in one piece.
+    std::span<float> Writable() {
+        const std::size_t begin = written_ % capacity_;
+        return {samples_ + begin * kChannels, std::min(Free(), capacity_ - begin) * kChannels};
+    }
+    /// Hands the first `frames` of Writable to the reader. True when the reader waited for as many as there
+    /// are now: then it is to be told.
+    bool Commit(std::size_t frames) {
+        written_ += frames;
+        header_.written.store(written_);
+        const std::uint32_t wanted = header_.waiting.load();
+        return wanted != 0 && capacity_ - Free() >= wanted && header_.waiting.exchange(0) != 0;
+    }
+    /// After the last Commit. True when the reader waits.
+    bool Finish() {
+        header_.finished.store(1);
+        return header_.waiting.exchange(0) != 0;
+    }
+    /// Before a wait for room: the reader tells of it from here on. Free is to be looked at once more.
+    void AnnounceSleep() { header_.sleeping.store(1); }
+
+  private:
+    const std::uint64_t capacity_;
+    RingHeader& header_;
+    float* const samples_;
+    std::uint64_t written_ = 0;
+};
+
+/// The mixing thread's side. `memory` is RingBytes long and outlives it.
+class RingReader {
+  public:
+    /// The most frames that Peek gives at once.
+    static constexpr std::size_t kMostFrames = 512;
+
+    RingReader(void* memory, std::uint32_t capacity)
+        : capacity_(capacity),
+          header_(*static_cast<RingHeader*>(memory)),
+          samples_(reinterpret_cast<const float*>(static_cast<const char*>(memory) + kRingSamplesOffset)) {}
+
+    /// Frames that can be read; more may come at any time.
+    std::size_t Filled() {
+        const std::uint64_t written = header_.written.load();
+        // Frames that were once handed over are never taken back.
+        if (written < known_ || written - read_ > capacity_) nonsense_.store(true, std::memory_order_relaxed);
+        known_ = written;
+        return IsNonsense() ? 0 : static_cast<std::size_t>(written - read_);
+    }
+    /// No frames will come but those that Filled tells from now on.
+    bool IsFinished() const { return IsNonsense() || gone_.load(std::memory_order_acquire) || IsComplete(); }
+    /// The last frame has been read.
+    bool IsDrained() { return IsFinished() && Filled() == 0; }
+
+    /// A copy of the next frames, `most` at most, without those that are no sane numbers; valid until the
+    /// next call. Empty where there are none.
+    std::span<const float> Peek(std::size_t most) {
+        const std::size_t begin = read_ % capacity_;
+        const std::size_t count = std::min({most, Filled(), capacity_ - begin, kMostFrames});
+        const float* const from = samples_ + begin * kChannels;
+        for (std::size_t i = 0; i < count * kChannels; ++i) block_[i] = from[i];
+        // The compiler must not read the shared memory a second time.
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+        for (std::size_t i = 0; i < count * kChannels; ++i)
+            block_[i] = std::fabs(block_[i]) <= kSaneSample ? block_[i] : 0.0f;
+        return {block_, count * kChannels};
+    }
+    void Consume(std::size_t frames) {
+        read_ += frames;
+        header_.read.store(read_, std::memory_order_release);
+    }
+
+    /// True when half of the ring is free and the decoder waits to be told so.
+    bool DecoderWantsWord() {
+        return Filled() <= capacity_ / 2 && !IsFinished() &&
+               header_.sleeping.load(std::memory_order_relaxed) != 0 && header_.sleeping.exchange(0) != 0;
+    }
+    /// Before a wait for frames: the decoder tells when there are some, so many that both sides work for a
+    /// while before the next wait. Filled and IsFinished are to be looked at once more.
+    void AnnounceWait() { header_.waiting.store(static_cast<std::uint32_t>(capacity_ / 4)); }
+
+    // --- any thread ---
+
+    /// The decoder wrote what can't be.
+    bool IsNonsense() const { return nonsense_.load(std::memory_order_relaxed); }
+    /// The decoder says that the sound is whole.
+    bool IsComplete() const { return header_.finished.load(std::memory_order_acquire) != 0; }
+    /// The decoder is gone.
+    void SetGone() { gone_.store(true, std::memory_order_release); }
+
+  private:
+    /// Larger samples can only come from damaged or hostile float data. Sums of such values would poison the
+    /// limiter.
+    static constexpr float kSaneSample = 64.0f;
+
+    const std::uint64_t capacity_;
+    RingHeader& header_;
+    const float* const samples_;
+    std::uint64_t read_ = 0;
+    std::uint64_t known_ = 0;            ///< what the decoder had written at the last look
+    std::atomic<bool> nonsense_{false};  // set by the mixing thread
+    std::atomic<bool> gone_{false};
+    float block_[kMostFrames * kChannels];
+};
+
+}  // namespace sorakaze::sound

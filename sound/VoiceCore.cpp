@@ -1,0 +1,196 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sound/VoiceCore.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+namespace sorakaze::sound {
+namespace {
+
+constexpr std::uint32_t kShortestRamp = kSampleRate / 200;  // 5 ms
+constexpr std::uint32_t kStartRamp = kSampleRate / 500;     // 2 ms
+constexpr std::uint32_t kStopRamp = kShortestRamp;
+
+float Sane(float gain) {
+    return gain >= 0.0f ? std::min(gain, 1.0f) : 0.0f;  // also catches what is no number
+}
+
+std::uint32_t RampFrames(Frames ramp) {
+    constexpr std::int64_t kLongest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(ramp.count, kShortestRamp, kLongest));
+}
+
+}  // namespace
+
+VoiceCore::VoiceCore(std::unique_ptr<DecodedSound> sound)
+    : length_(sound->Length()), sound_(std::move(sound)) {}
+
+VoiceCore::Change VoiceCore::Start() {
+    const std::lock_guard lock(control_);
+    if (state_.load() != State::Opened) return Change::None;
+    inMixing_.store(true);
+    state_.store(State::Playing);
+    if (sound_) sound_->Begin();
+    return Change::Began;
+}
+
+VoiceCore::Change VoiceCore::Stop() {
+    const std::lock_guard lock(control_);
+    State expected = State::Playing;
+    if (state_.compare_exchange_strong(expected, State::Stopped)) return Change::Ceased;
+    if (expected == State::Opened) state_.store(State::Stopped);
+    return Change::None;
+}
+
+void VoiceCore::SetGain(float gain, Frames ramp) {
+    const float target = Sane(gain);
+    if (state_.load() == State::Opened) {
+        initialGain_.store(target);
+        // Where Start came in between, the mixing thread may have looked already: then the command follows.
+        if (state_.load() == State::Opened) return;
+    }
+    command_.store(std::uint64_t{std::bit_cast<std::uint32_t>(target)} << 32 | RampFrames(ramp));
+}
+
+void VoiceCore::ObeyCommands() {
+    if (!begun_) {
+        begun_ = true;
+        gain_.Jump(initialGain_.load());
+        edge_.MoveTo(1.0f, kStartRamp);
+    }
+    if (command_.load(std::memory_order_relaxed) != kNoCommand) {
+        const std::uint64_t command = command_.exchange(kNoCommand, std::memory_order_acq_rel);
+        gain_.MoveTo(std::bit_cast<float>(static_cast<std::uint32_t>(command >> 32)),
+                     static_cast<std::uint32_t>(command));
+    }
+    if (!stopping_ && state_.load(std::memory_order_acquire) == State::Stopped) {
+        stopping_ = true;
+        edge_.MoveTo(0.0f, edge_.Now() > 0.0f ? kStopRamp : 0);
+    }
+}
+
+VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
+    ObeyCommands();
+    RingReader& ring = sound_->Ring();
+    if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));
+    MixResult result;
+    if (reading == Reading::RealTime && IsShortOf(sum.size() / kChannels)) {
+        result.underrun = !starving_;
+        MixAroundGap(sum);
+    } else {
+        starving_ = false;
+        starvingNow_.store(false, std::memory_order_relaxed);
+        while (!sum.empty()) {
+            const auto frames = ring.Peek(sum.size() / kChannels);
+            if (!frames.empty()) {
+                AddFrames(sum.first(frames.size()), frames);
+                sum = sum.subspan(frames.size());
+            } else if (ring.IsFinished()) {
+                if (ring.IsDrained()) return End();
+            } else if (reading == Reading::Offline) {
+                sound_->WaitForFrames();
+            } else {
+                break;  // a decoder that makes no sense
+            }
+        }
+    }
+    if (stopping_ && !edge_.IsMoving()) {
+        result.mixing = Mixing::IsOver;
+        return result;
+    }
+    // Offline the end must not depend on when the decoder notices it.
+    if (reading == Reading::Offline) {
+        sound_->TellOfRoom();
+        if (ring.Filled() == 0) sound_->WaitForFrames();
+    }
+    return ring.IsDrained() ? End() : result;
+}
+
+/// Whether a gap is coming within these frames or right behind them. The frames of a short ramp count too:
+/// when there is nothing left to fade, it is too late for a soft end.
+bool VoiceCore::IsShortOf(std::size_t frames) const {
+    RingReader& ring = sound_->Ring();
+    return !ring.IsFinished() && ring.Filled() < frames + kStartRamp;
+}
+
+/// Goes softly down before a gap and begins softly behind it.
+void VoiceCore::MixAroundGap(std::span<float> sum) {
+    RingReader& ring = sound_->Ring();
+    std::size_t left = starving_ ? 0 : std::min(ring.Filled(), sum.size() / kChannels);
+    const std::size_t fade = std::min<std::size_t>(left, kStartRamp);
+    while (left > 0) {
+        if (left == fade && !stopping_) edge_.MoveTo(0.0f, static_cast<std::uint32_t>(fade));
+        const auto frames = ring.Peek(left > fade ? left - fade : left);
+        if (frames.empty()) break;  // a decoder that makes no sense
+        AddFrames(sum.first(frames.size()), frames);
+        sum = sum.subspan(frames.size());
+        left -= frames.size() / kChannels;
+    }
+    starving_ = true;
+    starvingNow_.store(true, std::memory_order_relaxed);
+    gain_.Pass(sum.size() / kChannels);
+    if (stopping_) {
+        edge_.Pass(sum.size() / kChannels);
+    } else {
+        edge_.Jump(0.0f);
+        edge_.MoveTo(1.0f, kStartRamp);
+    }
+}
+
+VoiceCore::MixResult VoiceCore::End() {
+    const bool broke = !sound_->Ring().IsComplete() || sound_->Ring().IsNonsense();
+    if (broke) broke_.store(true, std::memory_order_release);
+    State expected = State::Playing;
+    const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
+    return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false, .broke = broke};
+}
+
+void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
+    position_.store(
+        position_.load(std::memory_order_relaxed) + static_cast<std::int64_t>(frames.size() / kChannels),
+        std::memory_order_release);
+    const std::size_t all = frames.size() / kChannels;
+    while (!sum.empty()) {
+        std::size_t count = sum.size() / kChannels;
+        if (gain_.IsMoving()) count = std::min(count, gain_.Remaining());
+        if (edge_.IsMoving()) count = std::min(count, edge_.Remaining());
+        float* const to = sum.data();
+        const float* const from = frames.data();
+        const std::size_t samples = count * kChannels;
+        if (gain_.IsMoving() || edge_.IsMoving()) {
+            const Ramp gain = gain_;
+            const Ramp edge = edge_;
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const float factor = gain.At(i + 1) * edge.At(i + 1);
+                to[2 * i] += from[2 * i] * factor;
+                to[2 * i + 1] += from[2 * i + 1] * factor;
+            }
+            gain_.Pass(count);
+            edge_.Pass(count);
+        } else {
+            const float factor = gain_.Target() * edge_.Target();
+            if (factor == 1.0f) {
+                for (std::size_t i = 0; i < samples; ++i) to[i] += from[i];
+            } else if (factor != 0.0f) {
+                for (std::size_t i = 0; i < samples; ++i) to[i] += from[i] * factor;
+            }
+        }
+        sum = sum.subspan(samples);
+        frames = frames.subspan(samples);
+    }
+    sound_->Ring().Consume(all);
+}
+
+bool VoiceCore::IsOver() const {
+    const State state = state_.load(std::memory_order_acquire);
+    return (state == State::Stopped || state == State::Ended) && !IsMixed();
+}
+
+void VoiceCore::FreeResources() {
+    const std::lock_guard lock(control_);
+    sound_.reset();
+}
+
+}  // namespace sorakaze::sound

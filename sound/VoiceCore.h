@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One voice of the engine, seen from its three sides: the logic's threads command it, a decoder in another
+// process fills its ring, the mixing thread adds it to the sum. The sides meet in atomics only; the mixing
+// side takes no lock.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "sound/DecodedSound.h"
+#include "sound/Frames.h"
+#include "sound/MixingEngine.h"
+#include "sound/Ramp.h"
+
+namespace sorakaze::sound {
+
+class VoiceCore {
+  public:
+    enum class Mixing {
+        GoesOn,
+        IsOver,  ///< the voice gives no more sound: the mixing thread forgets it
+    };
+    enum class Change { None, Began, Ceased };
+
+    explicit VoiceCore(std::unique_ptr<DecodedSound> sound);
+
+    // --- the logic's threads ---
+
+    /// Began when this call makes the voice a playing one: then the caller hands it to the mixing thread.
+    Change Start();
+    /// Ceased when the voice was playing until now.
+    Change Stop();
+    void SetGain(float gain, Frames ramp);
+    bool IsPlaying() const { return state_.load(std::memory_order_acquire) == State::Playing; }
+    Frames Position() const { return {position_.load(std::memory_order_acquire)}; }
+    std::optional<Frames> Length() const { return length_; }
+
+    // --- the mixing thread ---
+
+    struct MixResult {
+        Mixing mixing = Mixing::GoesOn;
+        bool ended = false;     ///< the file's last frame was mixed now, in a voice that was playing
+        bool underrun = false;  ///< the ring began to lack frames
+        bool broke = false;     ///< the sound ended, but its decoder didn't finish it
+    };
+    /// Adds the next frames to `sum`.
+    MixResult MixInto(std::span<float> sum, Reading reading);
+    /// The mixing thread's last touch.
+    void LeaveMixing() { inMixing_.store(false, std::memory_order_release); }
+    VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own
+
+    // --- the caretaker's thread (see Caretaker) ---
+
+    bool IsMixed() const { return inMixing_.load(std::memory_order_acquire); }
+    /// True when no frame will be asked for any more: the resources can go.
+    bool IsOver() const;
+    /// The decoder's end of the sound; until FreeResources.
+    DecodedSound& Sound() { return *sound_; }
+    /// The mixing thread has come to the end of a sound that its decoder didn't finish.
+    bool Broke() const { return broke_.load(std::memory_order_acquire); }
+    /// On a device: frames are missing.
+    bool IsStarving() const { return starvingNow_.load(std::memory_order_relaxed); }
+    /// Frees the sound; only after IsOver. Callers may hold on to the voice for hours.
+    void FreeResources();
+
+  private:
+    enum class State { Opened, Playing, Stopped, Ended };
+
+    void ObeyCommands();
+    bool IsShortOf(std::size_t frames) const;
+    void MixAroundGap(std::span<float> sum);
+    void AddFrames(std::span<float> sum, std::span<const float> frames);
+    MixResult End();
+
+    std::mutex control_;  // Start against Stop and FreeResources, never the mixing thread
+    std::atomic<State> state_{State::Opened};  // logic and mixing thread
+    std::atomic<bool> inMixing_{false};        // set by Start, cleared by the mixing thread
+    std::atomic<float> initialGain_{1.0f};     // written by logic before Start, read when mixing begins
+    std::atomic<std::uint64_t> command_{
+        kNoCommand};                         // latest SetGain; written by logic, taken by the mixing thread
+    std::atomic<std::int64_t> position_{0};  // written by the mixing thread
+    std::atomic<bool> starvingNow_{false};   // written by the mixing thread
+    std::atomic<bool> broke_{false};         // set by the mixing thread
+    const std::optional<Frames> length_;
+
+    std::unique_ptr<DecodedSound> sound_;  // its ring is the mixing thread's
+
+    // The mixing thread's own.
+    Ramp gain_{1.0f};
+    Ramp edge_{0.0f};  ///< the ramps at the voice's start, at its stop and around gaps
+    bool begun_ = false;
+    bool stopping_ = false;
+    bool starving_ = false;
+
+    static constexpr std::uint64_t kNoCommand = ~std::uint64_t{0};
+};
+
+}  // namespace sorakaze::sound

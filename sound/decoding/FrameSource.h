@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The decoded frames of a sound file, in order and in the file's own format.
+#pragma once
+
+#include <memory>
+
+#include "sound/AvSupport.h"
+#include "sound/decoding/PacketReader.h"
+
+namespace sorakaze::sound {
+
+class FrameSource {
+  public:
+    virtual ~FrameSource() = default;
+
+    /// The next frame, never an empty one; valid until the next call. Null at the sound's end. One thread at
+    /// a time.
+    virtual AVFrame* Next() = 0;
+
+    /// What the container states.
+    virtual std::optional<Frames> Length() const = 0;
+};
+
+/// One packet after the other, for every format. Empty when no decoder is at hand.
+std::unique_ptr<FrameSource> MakeSequentialFrames(std::unique_ptr<PacketReader> reader);
+
+/// `helpers` threads beside the one that calls Next, each decoding a part of the file: the same frames, bit
+/// for bit, in a fraction of the time. For formats whose decoders carry little or nothing from packet to
+/// packet; leaves `reader` alone and is empty for others. Throws std::system_error.
+std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader, unsigned helpers);
+
+}  // namespace sorakaze::sound

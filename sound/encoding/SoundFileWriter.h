@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Writes sound to a file in the format that the file's ending names. Used by the studio for whole shows and
+// by the demo library's maker. Encoding and writing run on a thread of the writer's own, behind a bounded
+// queue.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "sound/Frames.h"
+
+namespace sorakaze::sound {
+
+/// Says in one line what went wrong and what to do about it.
+class SoundFileError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+class SoundFileWriter {
+  public:
+    /// The endings that Create knows, lower case with the point: ".wav", ".flac", ".opus", ".ogg" (Ogg Opus),
+    /// ".mp3", and ".m4a", ".aiff", ".oga" (Ogg Vorbis) for the demo library.
+    static std::vector<std::string> Endings();
+
+    /// Begins `file`. What stood there before stays untouched until Finish: the sound goes to a file beside
+    /// it, which then takes its place. Throws SoundFileError for an unknown ending or a place that can't be
+    /// written.
+    static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file);
+
+    /// Removes the unfinished files of this process in `folder`, for one that is about to end at once.
+    static void RemoveUnfinished(const std::filesystem::path& folder);
+
+    /// Without Finish, removes what was written.
+    virtual ~SoundFileWriter() = default;
+
+    /// Queues interleaved frames at kSampleRate. May wait for the encoder. Throws SoundFileError when an
+    /// earlier block could not be written (a full disk, say).
+    virtual void Write(std::span<const float> interleaved) = 0;
+
+    /// Writes what is left and puts the file in its place. Throws SoundFileError.
+    virtual void Finish() = 0;
+};
+
+}  // namespace sorakaze::sound
