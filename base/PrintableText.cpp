@@ -9,12 +9,6 @@ namespace {
 
 constexpr char32_t kReplacement = U'\uFFFD';
 
-/// C0, C1, and the separators of lines and paragraphs.
-bool IsControl(char32_t character) {
-    return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 ||
-           character == 0x2029;
-}
-
 /// Embeddings, overrides and isolates, which reach beyond the text that they are in, and tags, which nobody
 /// sees. Marks and joiners, which languages need, are none of them.
 bool TurnsText(char32_t character) {
@@ -32,7 +26,7 @@ std::string Printable(const std::string& text) {
         if (character >= utf8::kStray) {
             // Some terminals take single bytes for control characters.
             utf8::Append(printable, kReplacement);
-        } else if (IsControl(character)) {
+        } else if (utf8::IsControl(character)) {
             printable += ' ';
         } else if (!TurnsText(character)) {
             printable.append(text, at, size);

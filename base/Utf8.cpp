@@ -33,13 +33,18 @@ std::size_t OffsetOf(std::string_view text, std::size_t count) {
     return at;
 }
 
-bool IsWellFormed(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
+std::size_t WellFormedSize(std::string_view text) {
+    std::size_t at = 0;
+    while (at < text.size()) {
         const Character character = Read(text, at);
-        if (character.code >= kStray) return false;
+        if (character.code >= kStray) break;
         at += character.size;
     }
-    return true;
+    return at;
+}
+
+bool IsWellFormed(std::string_view text) {
+    return WellFormedSize(text) == text.size();
 }
 
 void Append(std::string& out, char32_t code) {

@@ -4,8 +4,6 @@
 // sequence is a character of its own, with a code above every code point.
 #pragma once
 
-#include <unicode/uchar.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -57,22 +55,18 @@ inline bool EightAscii(std::string_view text, std::size_t at) {
     return (word & 0x8080808080808080u) == 0;
 }
 
+/// C0, C1, and the separators of lines and paragraphs.
+constexpr bool IsControl(char32_t code) {
+    return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x2028 || code == 0x2029;
+}
+
 std::size_t CountCharacters(std::string_view text);
-/// The byte offset behind the first `count` characters, the text's size if it has fewer.
+/// The byte offset after the first `count` characters, the text's size if it has fewer.
 std::size_t OffsetOf(std::string_view text, std::size_t count);
+/// The byte offset of the first ill-formed sequence, the text's size if there is none.
+std::size_t WellFormedSize(std::string_view text);
 bool IsWellFormed(std::string_view text);
+/// Appends a code point, or a stray byte by its code.
 void Append(std::string& out, char32_t code);
-
-/// True for characters that are their own and nobody else's case form, without a look into the tables.
-inline bool IsPlainlyCaseless(char32_t code) {
-    return (code >= 0x2E80 && code < 0xA640) || (code >= 0xAC00 && code < 0xD800);
-}
-
-/// The simple case folding of Unicode: one character to one character.
-inline char32_t Fold(char32_t code) {
-    if (code < 0x80) return code - 'A' < 26u ? code + 32 : code;
-    if (IsPlainlyCaseless(code) || code >= kStray) return code;
-    return static_cast<char32_t>(u_foldCase(static_cast<UChar32>(code), U_FOLD_CASE_DEFAULT));
-}
 
 }  // namespace sorakaze::utf8

@@ -6,7 +6,7 @@
 #include <tuple>
 
 #include "base/Ascii.h"
-#include "player/ForeignText.h"
+#include "base/unicode/Characters.h"
 #include "player/PlaylistNames.h"
 
 namespace sorakaze::player {
@@ -19,7 +19,8 @@ constexpr std::size_t kMostLibraryBytes = std::size_t{192} << 20;
 void SortByName(std::vector<Playlist>& playlists) {
     std::vector<std::pair<std::string, Playlist>> byKey;
     byKey.reserve(playlists.size());
-    for (Playlist& playlist : playlists) byKey.emplace_back(FoldCase(playlist.name), std::move(playlist));
+    for (Playlist& playlist : playlists)
+        byKey.emplace_back(unicode::FoldedCase(playlist.name), std::move(playlist));
     std::sort(byKey.begin(), byKey.end(), [](const auto& a, const auto& b) {
         return std::tie(a.first, a.second.name, a.second.file, a.second.occurrence) <
                std::tie(b.first, b.second.name, b.second.file, b.second.occurrence);
@@ -51,7 +52,7 @@ std::string Catalogue::SoundPath(std::size_t index) const {
 
 const Playlist* Catalogue::Find(const std::string& name) const {
     if (const auto exact = byName_.find(name); exact != byName_.end()) return &playlists_[exact->second];
-    const auto folded = byFoldedName_.find(FoldCase(name));
+    const auto folded = byFoldedName_.find(unicode::FoldedCase(name));
     return folded == byFoldedName_.end() ? nullptr : &playlists_[folded->second];
 }
 
@@ -93,7 +94,7 @@ void Catalogue::NamePlaylists() {
     SortByName(playlists_);
     for (std::size_t i = 0; i < playlists_.size(); ++i) {
         byName_.emplace(playlists_[i].name, i);
-        byFoldedName_.emplace(FoldCase(playlists_[i].name), i);
+        byFoldedName_.emplace(unicode::FoldedCase(playlists_[i].name), i);
     }
 }
 

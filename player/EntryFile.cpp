@@ -9,6 +9,8 @@
 #include <optional>
 
 #include "base/PercentCoding.h"
+#include "base/Utf8.h"
+#include "base/unicode/Normalization.h"
 #include "player/ForeignText.h"
 
 namespace sorakaze::player {
@@ -70,9 +72,10 @@ std::vector<std::string> Spellings(const PlaylistEntry& entry) {
     AddChanged(spellings, DecodeUnlabelled);
     AddChanged(spellings, WithSlashes);
     AddChanged(spellings, WithoutBlanksAround);
-    for (const auto form : {Composition::Composed, Composition::Decomposed}) {
-        AddChanged(spellings,
-                   [&](const std::string& text) { return IsUtf8(text) ? Normalized(text, form) : text; });
+    for (const auto form : {unicode::NormalForm::Nfc, unicode::NormalForm::Nfd}) {
+        AddChanged(spellings, [&](const std::string& text) {
+            return utf8::IsWellFormed(text) ? unicode::Normalized(text, form) : text;
+        });
     }
     return spellings;
 }

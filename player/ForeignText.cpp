@@ -2,14 +2,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/ForeignText.h"
 
-#include <unicode/bytestream.h>
-#include <unicode/normalizer2.h>
-#include <unicode/unistr.h>
-#include <unicode/utf8.h>
-
 #include <algorithm>
 #include <cctype>
-#include <cstdint>
+
+#include "base/Ascii.h"
+#include "base/Utf8.h"
+#include "base/unicode/Conversion.h"
+#include "base/unicode/Normalization.h"
 
 namespace sorakaze::player {
 
@@ -22,19 +21,6 @@ unsigned ByteAt(std::string_view bytes, std::size_t index) {
 bool IsAscii(std::string_view bytes) {
     return std::all_of(bytes.begin(), bytes.end(),
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-/// Where the first ill-formed UTF-8 sequence begins, or the size.
-std::size_t ValidUtf8Length(std::string_view bytes) {
-    const auto length = static_cast<std::int64_t>(bytes.size());
-    std::int64_t index = 0;
-    while (index < length) {
-        const std::int64_t start = index;
-        UChar32 character = 0;
-        U8_NEXT(bytes.data(), index, length, character);
-        if (character < 0) return static_cast<std::size_t>(start);
-    }
-    return bytes.size();
 }
 
 /// True when `tail` is the beginning of a longer UTF-8 sequence and nothing more.
@@ -107,29 +93,10 @@ JapaneseSigns EucJpSigns(std::string_view bytes) {
     return signs;
 }
 
-std::string Converted(std::string_view bytes, const char* encoding) {
-    std::string utf8;
-    icu::UnicodeString(bytes.data(), static_cast<std::int32_t>(bytes.size()), encoding).toUTF8String(utf8);
-    return utf8;
-}
-
-icu::StringPiece Piece(std::string_view text) {
-    return {text.data(), static_cast<std::int32_t>(text.size())};
-}
-
-bool IsControl(UChar32 character) {
-    return character < 0x20 || (character >= 0x7F && character <= 0x9F) || character == 0x2028 ||
-           character == 0x2029;
-}
-
 }  // namespace
 
-bool IsUtf8(std::string_view bytes) {
-    return ValidUtf8Length(bytes) == bytes.size();
-}
-
 std::string DecodeUnlabelled(std::string_view bytes) {
-    const std::size_t valid = ValidUtf8Length(bytes);
+    const std::size_t valid = utf8::WellFormedSize(bytes);
     if (valid == bytes.size()) return std::string(bytes);
     // Fixed-length tags cut names in the middle of a character.
     if (IsCutOffSequence(bytes.substr(valid)) && !IsAscii(bytes.substr(0, valid))) {
@@ -138,57 +105,31 @@ std::string DecodeUnlabelled(std::string_view bytes) {
     const JapaneseSigns shiftJis = ShiftJisSigns(bytes);
     const JapaneseSigns eucJp = EucJpSigns(bytes);
     if (eucJp.valid && eucJp.kana >= 2) {
-        return Converted(bytes.substr(0, bytes.size() - eucJp.cutOffBytes), "EUC-JP");
+        return unicode::ToUtf8(bytes.substr(0, bytes.size() - eucJp.cutOffBytes), unicode::Encoding::EucJp);
     }
     const bool wholeWord = shiftJis.longestRun > 0 && !shiftJis.hasLatinLetters && shiftJis.cutOffBytes == 0;
     if (shiftJis.valid && (shiftJis.kana > 0 || shiftJis.longestRun >= 2 || wholeWord)) {
-        return Converted(bytes.substr(0, bytes.size() - shiftJis.cutOffBytes), "windows-31j");
+        return unicode::ToUtf8(bytes.substr(0, bytes.size() - shiftJis.cutOffBytes),
+                               unicode::Encoding::ShiftJis);
     }
-    return Converted(bytes, "windows-1252");
-}
-
-std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
-    return Converted(bytes, bigEndian ? "UTF-16BE" : "UTF-16LE");
+    return unicode::ToUtf8(bytes, unicode::Encoding::Windows1252);
 }
 
 std::string CleanLine(std::string_view bytes) {
     std::string text = DecodeUnlabelled(bytes);
-    if (!IsAscii(text)) text = Normalized(text, Composition::Composed);
+    if (!IsAscii(text)) text = unicode::Normalized(text, unicode::NormalForm::Nfc);
     std::string clean;
     clean.reserve(text.size());
-    const auto length = static_cast<std::int64_t>(text.size());
-    for (std::int64_t index = 0; index < length;) {
-        const std::int64_t start = index;
-        UChar32 character = 0;
-        U8_NEXT_OR_FFFD(text.data(), index, length, character);
-        if (IsControl(character)) {
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [character, size] = utf8::Read(text, at);
+        if (utf8::IsControl(character)) {
             if (!clean.ends_with(' ')) clean += ' ';
         } else if (character != 0xFEFF) {
-            clean.append(text, static_cast<std::size_t>(start), static_cast<std::size_t>(index - start));
+            clean.append(text, at, size);
         }
+        at += size;
     }
-    const auto first = clean.find_first_not_of(' ');
-    if (first == std::string::npos) return {};
-    return clean.substr(first, clean.find_last_not_of(' ') - first + 1);
-}
-
-std::string FoldCase(std::string_view utf8) {
-    std::string folded;
-    icu::UnicodeString::fromUTF8(Piece(utf8)).foldCase().toUTF8String(folded);
-    return folded;
-}
-
-std::string Normalized(std::string_view utf8, Composition form) {
-    UErrorCode error = U_ZERO_ERROR;
-    const icu::Normalizer2* normalizer = form == Composition::Composed
-                                             ? icu::Normalizer2::getNFCInstance(error)
-                                             : icu::Normalizer2::getNFDInstance(error);
-    const icu::UnicodeString text = icu::UnicodeString::fromUTF8(Piece(utf8));
-    if (U_FAILURE(error)) return std::string(utf8);
-    const icu::UnicodeString normalized = normalizer->normalize(text, error);
-    std::string result;
-    (U_SUCCESS(error) ? normalized : text).toUTF8String(result);
-    return result;
+    return std::string(ascii::Trimmed(clean, " "));
 }
 
 }  // namespace sorakaze::player

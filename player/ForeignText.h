@@ -9,24 +9,12 @@
 
 namespace sorakaze::player {
 
-bool IsUtf8(std::string_view bytes);
-
 /// UTF-8 for bytes of unknown encoding: kept where they are UTF-8 already (a character cut off at the end is
 /// dropped), read as Shift_JIS or EUC-JP where the bytes speak clearly for it, as windows-1252 otherwise.
 std::string DecodeUnlabelled(std::string_view bytes);
 
-/// UTF-8 for UTF-16 without a byte order mark.
-std::string DecodeUtf16(std::string_view bytes, bool bigEndian);
-
 /// One clean line: decoded as by DecodeUnlabelled, composed (NFC), each run of control characters and line
 /// breaks one blank, no blanks at the ends.
 std::string CleanLine(std::string_view bytes);
-
-/// For comparisons that ignore letter case in all of Unicode.
-std::string FoldCase(std::string_view utf8);
-
-enum class Composition { Composed, Decomposed };
-/// The text in the normal form NFC or NFD.
-std::string Normalized(std::string_view utf8, Composition form);
 
 }  // namespace sorakaze::player

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "player/ForeignText.h"
+#include "base/unicode/Conversion.h"
 
 namespace sorakaze::player {
 
@@ -45,8 +45,13 @@ void Lines::ReadUtf16() {
     if (whole == 0) return;
     const auto high = static_cast<unsigned char>(undecoded_[whole - (bigEndian_ ? 2 : 1)]);
     if (high >= 0xD8 && high <= 0xDB) whole -= 2;
-    Split(DecodeUtf16(std::string_view(undecoded_).substr(0, whole), bigEndian_));
+    Split(Decoded(std::string_view(undecoded_).substr(0, whole)));
     undecoded_.erase(0, whole);
+}
+
+std::string Lines::Decoded(std::string_view utf16) const {
+    return unicode::ToUtf8(
+        utf16, bigEndian_ ? unicode::Encoding::Utf16BigEndian : unicode::Encoding::Utf16LittleEndian);
 }
 
 void Lines::Split(std::string_view text) {
@@ -80,7 +85,7 @@ void Lines::EndLine() {
 
 void Lines::Finish() {
     if (encoding_ == Encoding::Utf16) {
-        Split(DecodeUtf16(undecoded_, bigEndian_));
+        Split(Decoded(undecoded_));
     } else {
         Split(undecoded_);
     }

@@ -29,6 +29,7 @@ class Lines {
 
     bool FindEncoding();
     void ReadUtf16();
+    std::string Decoded(std::string_view utf16) const;
     void Split(std::string_view text);
     void Add(std::string_view text);
     void EndLine();

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "base/unicode/Characters.h"
 #include "player/ForeignText.h"
 
 namespace sorakaze::player {
@@ -22,13 +23,13 @@ void MakeDistinct(std::vector<std::string>& names) {
     std::unordered_set<std::string> taken;
     std::vector<std::string*> doubles;
     for (std::string& name : names) {
-        if (!taken.insert(FoldCase(name)).second) doubles.push_back(&name);
+        if (!taken.insert(unicode::FoldedCase(name)).second) doubles.push_back(&name);
     }
     // Where a number was free, the ones before it aren't: thousands of equal names cost no more than others.
     std::unordered_map<std::string, int> next;
     for (std::string* name : doubles) {
-        int& number = next.try_emplace(FoldCase(*name), 2).first->second;
-        while (!taken.insert(FoldCase(*name + ' ' + std::to_string(number))).second) ++number;
+        int& number = next.try_emplace(unicode::FoldedCase(*name), 2).first->second;
+        while (!taken.insert(unicode::FoldedCase(*name + ' ' + std::to_string(number))).second) ++number;
         *name += ' ' + std::to_string(number);
     }
 }

@@ -8,6 +8,7 @@
 
 #include "app/runtime/Exceptions.h"
 #include "base/Utf8.h"
+#include "base/unicode/Characters.h"
 
 namespace sorakaze {
 namespace {
@@ -29,7 +30,7 @@ std::size_t Dictionary::Hash::operator()(const String& key) const {
     std::uint64_t hash = factor;
     for (std::size_t at = 0; at < text.size();) {
         const auto character = utf8::Read(text, at);
-        hash = (hash ^ utf8::Fold(character.code)) * factor;
+        hash = (hash ^ unicode::Fold(character.code)) * factor;
         hash ^= hash >> 32;
         at += character.size;
     }

@@ -10,6 +10,7 @@
 
 #include "app/runtime/TextSearch.h"
 #include "base/Utf8.h"
+#include "base/unicode/Characters.h"
 
 namespace sorakaze {
 namespace {
@@ -20,22 +21,6 @@ std::size_t FromInt32(std::int32_t n) {
 
 std::int32_t Count32(std::size_t count) {
     return static_cast<std::int32_t>(std::min<std::size_t>(count, std::numeric_limits<std::int32_t>::max()));
-}
-
-bool IsBlank(char32_t code) {
-    if (code < 0x80) return code == ' ' || (code >= 9 && code <= 13);
-    return code < utf8::kStray && u_isUWhiteSpace(static_cast<UChar32>(code));
-}
-
-/// The offset of the first character that isn't blank.
-std::size_t BehindBlanks(std::string_view text) {
-    std::size_t begin = 0;
-    while (begin < text.size()) {
-        const auto character = utf8::Read(text, begin);
-        if (!IsBlank(character.code)) break;
-        begin += character.size;
-    }
-    return begin;
 }
 
 /// Calls take(piece) for every piece of `s` between separators, in order, until it gives false.
@@ -79,7 +64,7 @@ bool operator==(const String& a, const String& b) {
     while (i < x.size() && j < y.size()) {
         const auto left = utf8::Read(x, i);
         const auto right = utf8::Read(y, j);
-        if (left.code != right.code && utf8::Fold(left.code) != utf8::Fold(right.code)) return false;
+        if (left.code != right.code && unicode::Fold(left.code) != unicode::Fold(right.code)) return false;
         i += left.size;
         j += right.size;
     }
@@ -160,22 +145,11 @@ String Replace(const String& s, const String& find, const String& with) {
 }
 
 String Trim(const String& s) {
-    const std::string_view text = s.Bytes();
-    const std::size_t begin = BehindBlanks(text);
-    std::size_t end = text.size();
-    while (end > begin) {
-        std::size_t last = end - 1;
-        while (last > begin && end - last < 4 && utf8::IsContinuation(static_cast<unsigned char>(text[last])))
-            --last;
-        const auto character = utf8::Read(text, last);
-        if (last + character.size != end || !IsBlank(character.code)) break;
-        end = last;
-    }
-    return String(text.substr(begin, end - begin));
+    return String(unicode::Trimmed(s.Bytes()));
 }
 
 String LTrim(const String& s) {
-    return s.Bytes().substr(BehindBlanks(s.Bytes()));
+    return String(unicode::TrimmedAtStart(s.Bytes()));
 }
 
 String Lowercase(const String& s) {
@@ -185,11 +159,11 @@ String Lowercase(const String& s) {
     for (std::size_t at = 0; at < text.size();) {
         const auto character = utf8::Read(text, at);
         if (character.code < 0x80) {
-            lower += static_cast<char>(utf8::Fold(character.code));
-        } else if (character.code >= utf8::kStray || utf8::IsPlainlyCaseless(character.code)) {
+            lower += static_cast<char>(unicode::Lower(character.code));
+        } else if (unicode::IsPlainlyCaseless(character.code)) {
             lower.append(text, at, character.size);
         } else {
-            utf8::Append(lower, static_cast<char32_t>(u_tolower(static_cast<UChar32>(character.code))));
+            utf8::Append(lower, unicode::Lower(character.code));
         }
         at += character.size;
     }
@@ -241,8 +215,8 @@ String Str(double x) {
 }
 
 double Val(const String& s) {
-    const std::string_view text = s.Bytes();
-    std::size_t at = BehindBlanks(text);
+    const std::string_view text = unicode::TrimmedAtStart(s.Bytes());
+    std::size_t at = 0;
     bool negative = false;
     if (at < text.size() && (text[at] == '+' || text[at] == '-')) negative = text[at++] == '-';
     const char* first = text.data() + at;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/Utf8.h"
+#include "base/unicode/Characters.h"
 
 namespace sorakaze {
 namespace {
@@ -56,7 +57,7 @@ TextSearch::TextSearch(std::string_view text, std::string_view find) : text_(tex
             lookalikes = lookalikes || LowerAscii(byte) == 's' || LowerAscii(byte) == 'k';
         } else {
             ascii = false;
-            caseless = caseless && utf8::IsPlainlyCaseless(character.code);
+            caseless = caseless && unicode::IsPlainlyCaseless(character.code);
         }
     }
     if (!letters && caseless) {
@@ -77,7 +78,7 @@ TextSearch::TextSearch(std::string_view text, std::string_view find) : text_(tex
 void TextSearch::PrepareFolded() {
     for (std::size_t at = 0; at < find_.size();) {
         const auto character = utf8::Read(find_, at);
-        folded_.push_back(utf8::Fold(character.code));
+        folded_.push_back(unicode::Fold(character.code));
         at += character.size;
     }
     restart_ = RestartTable(folded_);
@@ -145,7 +146,7 @@ std::optional<TextSearch::Match> TextSearch::NextFolded(std::size_t from) const 
         const auto character = utf8::Read(text_, at);
         begins[index % begins.size()] = at;
         at += character.size;
-        const char32_t code = utf8::Fold(character.code);
+        const char32_t code = unicode::Fold(character.code);
         while (matched > 0 && code != folded_[matched]) matched = restart_[matched];
         if (code == folded_[matched]) ++matched;
         if (matched == folded_.size()) return Match{begins[(index + 1) % begins.size()], at};

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "base/Utf8.h"
 #include "player/EntryFile.h"
-#include "player/ForeignText.h"
 #include "player/PlaylistParsers.h"
 
 namespace sorakaze::player {
@@ -16,7 +16,8 @@ void CheckTracks(const std::vector<PlaylistEntry>& entries) {
     constexpr std::size_t kEnough = 20;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const std::string record = TrackText::Unpacked(entries[i].words).Record();
-        if (!IsUtf8(record) || entries[i].location.empty() || std::ranges::count(record, '\t') != 5)
+        if (!utf8::IsWellFormed(record) || entries[i].location.empty() ||
+            std::ranges::count(record, '\t') != 5)
             std::abort();
         for (const char c : record) {
             if (static_cast<unsigned char>(c) < 0x20 && c != '\t') std::abort();

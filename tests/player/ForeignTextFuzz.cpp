@@ -2,15 +2,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <cstdlib>
 
+#include "base/Utf8.h"
 #include "player/ForeignText.h"
 #include "player/PlaylistNames.h"
 #include "player/UserMusicFolder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    using namespace sorakaze;
     using namespace sorakaze::player;
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const std::string clean = CleanLine(bytes);
-    if (!IsUtf8(clean) || CleanLine(clean) != clean) std::abort();
+    if (!utf8::IsWellFormed(clean) || CleanLine(clean) != clean) std::abort();
     const std::string name = FitName(bytes);
     if (name.find(", ") != std::string::npos || FitName(name) != name) std::abort();
     MusicFolderFrom(bytes, "/home/u");

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/unicode/Conversion.h"
+
+#include <unicode/unistr.h>
+
+#include <cstdint>
+
+namespace sorakaze::unicode {
+namespace {
+
+/// ICU's names.
+const char* NameOf(Encoding encoding) {
+    switch (encoding) {
+        case Encoding::ShiftJis:
+            return "windows-31j";
+        case Encoding::EucJp:
+            return "EUC-JP";
+        case Encoding::Windows1252:
+            return "windows-1252";
+        case Encoding::Utf16BigEndian:
+            return "UTF-16BE";
+        case Encoding::Utf16LittleEndian:
+            return "UTF-16LE";
+    }
+    return "";
+}
+
+}  // namespace
+
+std::string ToUtf8(std::string_view bytes, Encoding encoding) {
+    std::string utf8;
+    icu::UnicodeString(bytes.data(), static_cast<std::int32_t>(bytes.size()), NameOf(encoding))
+        .toUTF8String(utf8);
+    return utf8;
+}
+
+}  // namespace sorakaze::unicode
