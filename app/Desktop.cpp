@@ -6,30 +6,28 @@
 #include <QIcon>
 #include <utility>
 
-#include "player/MusicLibrary.h"
-#include "player/bridge/PlayerScripts.h"
+#include "host/StationPaths.h"
+#include "show/ShowState.h"
 #include "speech/VoicePage.h"
 
 namespace sorakaze {
-// The library begins to look through the music before anything else comes up.
 Desktop::Desktop(std::filesystem::path appFolder, std::stop_token interrupted)
     : appFolder_(std::move(appFolder)),
-      onInterrupt_(interrupted, [this] { engine_.Cancel(); }),
-      player_(engine_, player::MusicLibrary::OfApplication(appFolder_, std::move(interrupted))),
-      runtime_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_) {}
+      station_({std::make_unique<WallClock>(), appFolder_, &engine_, std::nullopt}, host_,
+               std::move(interrupted)) {}
 
 Desktop::~Desktop() {
     engine_.OnFailure(nullptr);
     // First silence, then everything that could still make a sound or ask a question.
     loudspeaker_.reset();
-    if (window_) window_->voiceHTMLViewer.Load = nullptr;
+    if (station_.HasWindow()) station_.mainWindow().voiceHTMLViewer.Load = nullptr;
     viewer_.reset();
-    gateway_.reset();
+    station_.StopServices();
     host_.Close();
     mpris_.reset();
     view_.reset();
-    player_.onTrack = nullptr;
-    window_.reset();
+    station_.onTrack = nullptr;
+    station_.CloseWindow();
 }
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
@@ -42,32 +40,39 @@ void Desktop::_Main() {
     }
 }
 
-/// There are no file types and no menus: the window is all there is.
 void Desktop::_Startup() {
+    _InitFileTypes();
+    _NewAppInstance();
+    _ApplicationAddMenuHandlers();
     _MakeDefaultView();
 }
 
+/// There are no file types.
+void Desktop::_InitFileTypes() {}
+
+/// `App` has no state: it exists before anything starts.
+void Desktop::_NewAppInstance() {}
+
+/// There are no menus.
+void Desktop::_ApplicationAddMenuHandlers() {}
+
 void Desktop::_MakeDefaultView() {
-    window_ = std::make_unique<mainWindow>();
-    RegisterPlayerScripts(runtime_.Scripts(), player_, *window_);
-    view_ = std::make_unique<window::WindowView>(*window_, runtime_);
+    mainWindow& window = station_.mainWindow();
+    view_ = std::make_unique<window::WindowView>(window, Runtime());
     host_.SetParent(view_.get());
     view_->onClose = [this] { Quit(); };
-    viewer_ = std::make_unique<viewer::Viewer>(appFolder_ / "Sorakaze.app/Contents/Linux/sorakaze-viewer");
-    window_->voiceHTMLViewer.Load = [this](const FolderItemRef& file) {
-        viewer_->Load(file->Path(), {VoiceAddress(window_->deployment), kVoicePageScript, ownVoice_});
-    };
+    ConnectViewer();
+    StartServices();
     try {
-        window_->Event_Open();
+        window.Event_Open();
     } catch (...) {
-        runtime_.TellUncaught(std::current_exception());
+        Runtime().TellUncaught(std::current_exception());
     }
-    engine_.OnFailure([this] { runtime_.Events().Post([this] { window_->tellFailures(); }); });
-    window_->observer = &failureLog_;
+    engine_.OnFailure([this] { Runtime().Events().Post([this] { station_.mainWindow().tellFailures(); }); });
+    window.observer = &failureLog_;
     view_->show();
-    WatchTheShow();
+    ConnectDesktop();
     loudspeaker_ = std::make_unique<output::Loudspeaker>(engine_);
-    OfferServices();
 }
 
 void Desktop::_RuntimeRun() {
@@ -75,38 +80,44 @@ void Desktop::_RuntimeRun() {
 }
 
 void Desktop::_UnhandledException(std::exception_ptr exception) {
-    runtime_.TellUncaught(std::move(exception));
+    Runtime().TellUncaught(std::move(exception));
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
-void Desktop::OfferServices() {
-    Deployment& deployment = window_->deployment;
+void Desktop::StartServices() {
+    Deployment deployment;
     std::string complaint;
     try {
-        deployment = ReadDeployment(runtime_.ResourcesFolder() / "deployment.json");
+        deployment = station_.ReadDeployment();
     } catch (const DeploymentError& error) {
         complaint = std::string("deployment.json: ") + error.what();
         // It may have meant to look nothing up.
         deployment.encyclopaediaEnglish.clear();
         deployment.encyclopaediaJapanese.clear();
     }
-    ownVoice_ = deployment.voiceHost.empty();
-    gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
-                                 deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
-                                deployment.searchHost, deployment.voiceHost, complaint);
+    const std::string failure = station_.StartServices(std::move(deployment));
+    if (!failure.empty()) complaint = failure;
     if (complaint.empty()) return;
-    runtime_.Events().Post([this, complaint] { runtime_.ShowMessage(complaint); });
+    Runtime().Events().Post([this, complaint] { Runtime().ShowMessage(complaint); });
 }
 
-void Desktop::WatchTheShow() {
-    mpris_ = std::make_unique<desktop::Mpris>(
-        desktop::Commands{[this] { runtime_.Events().Post([this] { window_->programStart.Push(); }); },
-                          [this] { Raise(); }, [this] { Quit(); }});
-    player_.onTrack = [this, tell = player_.onTrack](const player::TrackEvent& event) {
-        tell(event);
-        OnTrack(event);
+void Desktop::ConnectViewer() {
+    viewer_ = std::make_unique<viewer::Viewer>(ProgramOfStation(appFolder_, "sorakaze-viewer"));
+    station_.mainWindow().voiceHTMLViewer.Load = [this](const FolderItemRef& file) {
+        const Deployment& deployment = station_.mainWindow().deployment;
+        viewer_->Load(file->Path(), {VoiceAddress(deployment), kVoicePageScript, station_.HasOwnVoice()});
     };
-    window_->programStart.Changed = [this, show = window_->programStart.Changed] {
+}
+
+void Desktop::ConnectDesktop() {
+    const auto press = [this] {
+        Runtime().Events().Post([this] { station_.mainWindow().programStart.Push(); });
+    };
+    mpris_ =
+        std::make_unique<desktop::Mpris>(desktop::Commands{press, [this] { Raise(); }, [this] { Quit(); }});
+    station_.onTrack = [this](const player::TrackEvent& event) { OnTrack(event); };
+    PushButton& button = station_.mainWindow().programStart;
+    button.Changed = [this, show = button.Changed] {
         show();
         Announce();
     };
@@ -114,7 +125,7 @@ void Desktop::WatchTheShow() {
 
 void Desktop::OnTrack(const player::TrackEvent& event) {
     if (event.what == player::TrackEvent::What::Started) {
-        const String record = player_.SongInfo(event.playlist, event.number);
+        const String record = station_.Player().SongInfo(event.playlist, event.number);
         nowPlaying_.number = event.number;
         nowPlaying_.title = window::ToQt(event.title);
         nowPlaying_.artist = window::ToQt(NthField(record, Chr(9), 2));
@@ -127,8 +138,8 @@ void Desktop::OnTrack(const player::TrackEvent& event) {
 }
 
 void Desktop::Announce() {
-    nowPlaying_.onAir = !(window_->programStart.Caption() == kStartCaption);
-    nowPlaying_.station = window::ToQt(window_->station);
+    nowPlaying_.onAir = IsOnAir(station_.mainWindow());
+    nowPlaying_.station = window::ToQt(station_.mainWindow().station);
     QMetaObject::invokeMethod(
         view_.get(),
         [this, now = nowPlaying_] {
@@ -144,7 +155,7 @@ void Desktop::Raise() {
 void Desktop::Quit() {
     engine_.Cancel();
     if (view_) view_->hide();
-    runtime_.Events().Quit();
+    Runtime().Events().Quit();
     host_.Close();
     if (onQuit) std::exchange(onQuit, nullptr)();
     QCoreApplication::quit();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The desktop application: puts the show's window, the loudspeaker, the user's music and the desktop's own
-// services together, and brings them up and down in their order.
+// The desktop application: a station with a window on the screen, the loudspeaker, and the desktop's media
+// keys and panels. Starts and ends them in order. Main thread, except where stated otherwise.
 #pragma once
 
 #include <filesystem>
@@ -17,16 +17,14 @@
 #include "app/window/QtHost.h"
 #include "app/window/QtLoop.h"
 #include "app/window/WindowView.h"
-#include "gateway/StandIn.h"
-#include "player/LocalPlayer.h"
+#include "host/StationHost.h"
 
 namespace sorakaze {
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
 class Desktop {
   public:
-    /// From when a stop is asked of `interrupted`, on any thread, nothing waits for the music to be looked
-    /// through.
+    /// From when a stop is requested of `interrupted`, on any thread, nothing waits for the search for music.
     explicit Desktop(std::filesystem::path appFolder, std::stop_token interrupted = {});
     ~Desktop();
     Desktop(const Desktop&) = delete;
@@ -34,44 +32,43 @@ class Desktop {
 
     /// Starts up and runs the event loop until the application quits.
     void _Main();
-    /// Another instance was started for this folder, or a panel asks for the window.
+    /// Brings the window to the front.
     void Raise();
-    /// Ends everything at once. Main thread.
+    /// Ends everything at once.
     void Quit();
-    /// Called once, on the main thread, when the end begins.
+    /// Called once, when the end begins.
     std::function<void()> onQuit;
 
-    /// The run's own; empty where none can be made.
-    /// Of the run's temporary files; for whoever ends the process at once.
-    std::filesystem::path FolderOfTheRun() { return runtime_.FolderOfTheRun(); }
+    /// The run's temporary files, for whoever ends the process at once. Empty if there is no such folder.
+    std::filesystem::path FolderOfTheRun() { return Runtime().FolderOfTheRun(); }
 
   private:
     void _Startup();
+    void _InitFileTypes();
+    void _NewAppInstance();
+    void _ApplicationAddMenuHandlers();
     void _MakeDefaultView();
     void _RuntimeRun();
     void _UnhandledException(std::exception_ptr exception);
 
-    /// Where the deployment names no services, those that the application brings itself. A deployment that
-    /// can't be used is told of; the defaults stand, but nothing is looked up.
-    void OfferServices();
-    void WatchTheShow();
+    sorakaze::Runtime& Runtime() { return station_.GetRuntime(); }
+    /// Starts the services that the deployment names no host for. A deployment.json that can't be used is
+    /// reported; the show then runs with the defaults and looks nothing up.
+    void StartServices();
+    void ConnectViewer();
+    void ConnectDesktop();
     void OnTrack(const player::TrackEvent& event);
-    /// Tells the desktop what is on. Called with the baton.
+    /// Tells the desktop's panels what is on the air. Called with the baton.
     void Announce();
 
     const std::filesystem::path appFolder_;
     sound::MixingEngine engine_{sound::Reading::RealTime};
-    std::stop_callback<std::function<void()>> onInterrupt_;  ///< nobody waits for a decoder any more
     window::QtHost host_;
-    player::LocalPlayer player_;
-    Runtime runtime_;
-    window::QtLoop loop_{runtime_};
     FailureLog failureLog_;
-    std::unique_ptr<mainWindow> window_;
+    StationHost station_;
+    window::QtLoop loop_{station_.GetRuntime()};
     std::unique_ptr<window::WindowView> view_;
     std::unique_ptr<output::Loudspeaker> loudspeaker_;
-    std::unique_ptr<gateway::Gateway> gateway_;
-    bool ownVoice_ = false;  ///< the gateway speaks; set before the first show
     std::unique_ptr<viewer::Viewer> viewer_;
     std::unique_ptr<desktop::Mpris> mpris_;
     desktop::NowPlaying nowPlaying_;  ///< for the baton's holder

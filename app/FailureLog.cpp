@@ -9,15 +9,14 @@
 
 namespace sorakaze {
 void FailureLog::OnShowEvent(const ShowEvent& event) {
-    if (event.what != "failed") return;
-    std::string path, why;
-    for (const auto& [name, value] : event.fields) {
-        const auto* text = std::get_if<String>(&value);
-        if (text && name == "path") path = text->Bytes();
-        if (text && name == "why") why = text->Bytes();
-    }
+    if (event.kind != ShowEvent::Kind::Failed) return;
+    const auto field = [&event](std::string_view name) {
+        const auto* value = event.Find(name);
+        return value ? std::get<String>(*value).Bytes() : std::string();
+    };
+    std::string path = field("path");
     if (!path.empty()) path += ": ";
-    std::fprintf(stderr, "Sorakaze: %s\n", Printable(path + why).c_str());
+    std::fprintf(stderr, "Sorakaze: %s\n", Printable(path + field("why")).c_str());
 }
 
 }  // namespace sorakaze

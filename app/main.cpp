@@ -13,6 +13,7 @@
 #include "app/Desktop.h"
 #include "app/Display.h"
 #include "app/runtime/Signals.h"
+#include "host/StationPaths.h"
 
 namespace {
 
@@ -21,28 +22,19 @@ using namespace sorakaze;
 /// The exit status where no window can be opened.
 constexpr int kNoDisplay = 3;
 
-/// <folder>/Sorakaze.app/Contents/Linux/Sorakaze
-std::filesystem::path AppFolder() {
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return program.parent_path().parent_path().parent_path().parent_path();
-}
-
-/// Icons of all sizes beside the program's other resources.
 QIcon ApplicationIcon(const std::filesystem::path& appFolder) {
     QIcon icon;
     for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
-        const auto file =
-            appFolder / "Sorakaze.app/Contents/Resources/icons" / (std::to_string(size) + ".png");
+        const auto file = ResourcesOfStation(appFolder) / "icons" / (std::to_string(size) + ".png");
         icon.addFile(QString::fromStdString(file.string()));
     }
     return icon;
 }
 
-/// What the signals' thread and an end that comes from elsewhere may reach of the application.
-class Reach {
+/// The running application as the signals' thread and the process's exit handler may use it.
+class RunningDesktop {
   public:
-    /// From here on a signal ends `desktop`. True if one has come already.
+    /// From now on a signal ends `desktop`. Returns true if one has come already.
     bool Attach(Desktop& desktop) {
         const std::lock_guard lock(mutex_);
         desktop_ = &desktop;
@@ -54,7 +46,7 @@ class Reach {
         desktop_ = nullptr;
         temporary_.clear();
     }
-    /// Is asked to stop by a signal, also while the application can't be attached yet.
+    /// Stopped by a signal, also by one that comes before Attach.
     std::stop_token Interrupted() const { return stop_.get_token(); }
     void Interrupt() {
         const std::lock_guard lock(mutex_);
@@ -64,7 +56,7 @@ class Reach {
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [desktop = desktop_] { desktop->Quit(); }, Qt::QueuedConnection);
     }
-    /// For a process that ends at once; false if nothing runs.
+    /// Removes the run's files, for a process that ends at once. Returns false if nothing runs.
     bool CleanUp() {
         const std::lock_guard lock(mutex_);
         std::error_code ignored;
@@ -73,16 +65,16 @@ class Reach {
     }
 
   private:
-    std::mutex mutex_;  ///< guards what follows
+    std::mutex mutex_;  ///< guards the rest
     Desktop* desktop_ = nullptr;
     std::filesystem::path temporary_;
     bool interrupted_ = false;
     std::stop_source stop_;
 };
 
-Reach& TheReach() {
-    static auto* reach = new Reach;  // outlives everything, the exit handlers too
-    return *reach;
+RunningDesktop& Running() {
+    static auto* running = new RunningDesktop;  // outlives everything, the exit handlers too
+    return *running;
 }
 
 void RunDesktop(const std::filesystem::path& appFolder) {
@@ -91,12 +83,12 @@ void RunDesktop(const std::filesystem::path& appFolder) {
         if (running) running->Raise();
     });
     if (!only) return;
-    Desktop desktop(appFolder, TheReach().Interrupted());
-    // Whoever starts the application while this one ends gets one of his own.
+    Desktop desktop(appFolder, Running().Interrupted());
+    // The application can be started anew while this one ends.
     desktop.onQuit = [&only] { only.reset(); };
     running = &desktop;
-    if (!TheReach().Attach(desktop)) desktop._Main();
-    TheReach().Detach();
+    if (!Running().Attach(desktop)) desktop._Main();
+    Running().Detach();
     running = nullptr;
 }
 
@@ -109,16 +101,16 @@ int main(int argc, char** argv) {
     }
     std::signal(SIGPIPE, SIG_IGN);
     // Made before all other threads, so that they leave the signals to it.
-    const Signals interrupts([] { TheReach().Interrupt(); }, [] { TheReach().CleanUp(); });
+    const Signals interrupts([] { Running().Interrupt(); }, [] { Running().CleanUp(); });
     QApplication application(argc, argv);
     QApplication::setApplicationName("Sorakaze");
     QApplication::setApplicationVersion(SORAKAZE_VERSION);
     QApplication::setDesktopFileName("sorakaze");
-    // The toolkit ends the process when the display goes, with the show's threads at work.
+    // The toolkit ends the process when the display goes away, while the show's threads run.
     std::atexit([] {
-        if (TheReach().CleanUp()) _exit(1);
+        if (Running().CleanUp()) _exit(1);
     });
-    const auto appFolder = AppFolder();
+    const auto appFolder = StationOfThisProgram();
     QApplication::setWindowIcon(ApplicationIcon(appFolder));
     RunDesktop(appFolder);
     return 0;

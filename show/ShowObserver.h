@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a show tells an onlooker: one event after the other, in the order in which they happen. The studio
-// prints them and writes them as its trace; on the desktop nobody looks on.
+// The events of a show, in the order in which they happen, for whoever observes it: the studio prints them
+// and writes them as its trace, the desktop logs the failures.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <utility>
@@ -14,18 +16,46 @@
 
 namespace sorakaze {
 
-/// Events and their fields:
-/// show {program, playlist}, block {name, variant}, line {text: the expanded line}, say {voice, text,
-/// seconds}, sayj {voice, text}, sound {path}, track {playlist, number, title, path}, fade {number,
-/// position}, ended {number, position}, prepared {number, song, artist, album, wikiContents}, message {text},
-/// failed {what, path, why}, end {}.
 struct ShowEvent {
+    /// Each with its fields.
+    enum class Kind {
+        Show,      ///< program, playlist
+        Block,     ///< name, variant
+        Line,      ///< text: the expanded line
+        Say,       ///< voice, text, seconds
+        Sayj,      ///< voice, text
+        Sound,     ///< path
+        Track,     ///< playlist, number, title, path
+        Fade,      ///< number, position
+        Ended,     ///< number, position
+        Prepared,  ///< number, song, artist, album, wikiContents
+        Message,   ///< text
+        Failed,    ///< what, path, why
+        End
+    };
     using Value = std::variant<String, std::int32_t, double>;
+    using Fields = std::vector<std::pair<std::string_view, Value>>;
 
     std::int32_t ticks = 0;  ///< since the show's start
-    std::string_view what;
-    std::vector<std::pair<std::string_view, Value>> fields;
+    Kind kind = Kind::Show;
+    Fields fields;
+
+    /// Null if there is no such field.
+    const Value* Find(std::string_view name) const {
+        for (const auto& [key, value] : fields) {
+            if (key == name) return &value;
+        }
+        return nullptr;
+    }
 };
+
+/// The name of an event in a trace.
+constexpr std::string_view NameOf(ShowEvent::Kind kind) {
+    constexpr std::array<std::string_view, 13> kNames{"show",    "block",  "line", "say",   "sayj",
+                                                      "sound",   "track",  "fade", "ended", "prepared",
+                                                      "message", "failed", "end"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
 
 class ShowObserver {
   public:

@@ -70,13 +70,13 @@ void mainWindow::commandExecThread_Run() {
     Random random;
     const TrackCopy track{wikiContents, song, artist, album};
     const String voice = VoiceOf(personality);
-    tell("block", {{"name", String(NameOf(*this))}, {"variant", section}});
+    tell(ShowEvent::Kind::Block, {{"name", String(NameOf(*this))}, {"variant", section}});
 
     for (std::int32_t index = 0; index <= Block::kLastLine; ++index) {
         String line = (*NotNil(command))(index, section);
         if (line.IsEmpty()) break;
         line = Expand(line, *this, track);
-        tell("line", {{"text", line}});
+        tell(ShowEvent::Kind::Line, {{"text", line}});
         const String verb = NthField(line, " ", 1);
         const String argument = Trim(Mid(line, Len(verb) + 1));
         if (verb == "say") {

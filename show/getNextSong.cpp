@@ -48,11 +48,11 @@ void mainWindow::getNextSong_Run() {
     album = Spelling(info, 3);
     if (IsMultibyte(album) && !isJapaneseOn) album = convertRoma(album);
 
-    tell("prepared", {{"number", number},
-                      {"song", song},
-                      {"artist", artist},
-                      {"album", album},
-                      {"wikiContents", wikiContents}});
+    tell(ShowEvent::Kind::Prepared, {{"number", number},
+                                     {"song", song},
+                                     {"artist", artist},
+                                     {"album", album},
+                                     {"wikiContents", wikiContents}});
 }
 
 }  // namespace sorakaze

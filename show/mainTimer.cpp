@@ -3,23 +3,30 @@
 // The sequencer: what happens between two blocks.
 #include "app/runtime/Application.h"
 #include "app/runtime/Random.h"
+#include "show/ShowState.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
 namespace {
 
-/// `songs N`, `minites N` or `all`; any other mode never ends a show.
 bool IsShowOver(mainWindow& window) {
-    const String word = NthField(window.mode, " ", 1);
-    if (word == "songs") return Val(NthField(window.mode, " ", 2)) < window.trackNo;
-    if (word == "minites") return Val(NthField(window.mode, " ", 2)) * 60 * 60 < Ticks() - window.startTicks;
-    if (word == "all") return Val(window.getSongCount(window.playlistMenu.Text())) < window.trackNo;
+    const ShowLength length = LengthOf(window.mode);
+    switch (length.unit) {
+        case ShowLength::Unit::Tracks:
+            return length.count < window.trackNo;
+        case ShowLength::Unit::Minutes:
+            return length.count * 60 * kTicksPerSecond < Ticks() - window.startTicks;
+        case ShowLength::Unit::WholePlaylist:
+            return Val(window.getSongCount(window.playlistMenu.Text())) < window.trackNo;
+        case ShowLength::Unit::Endless:
+            break;
+    }
     return false;
 }
 
-/// Serves the event loop until the block has ended. A press of the button is handled within.
-void AwaitBlock(mainWindow& window) {
-    App.DoEventsWhile([&window] { return window.commandExecThread.State() == Thread::kRunning; });
+/// Serves the event loop until the block has ended. A press of the button during the wait is handled.
+void AwaitBlock(const Thread& block) {
+    App.DoEventsWhile([&block] { return block.State() == Thread::kRunning; });
 }
 
 }  // namespace
@@ -45,7 +52,7 @@ void mainWindow::mainTimer_Action() {
         command = jingle;
         timerMode = Timer::kOff;
         commandExecThread.Run();
-        AwaitBlock(*this);
+        AwaitBlock(commandExecThread);
     }
     // Also after a stop within that wait: the show then goes on with the next track.
     timerMode = Timer::kMultiple;
@@ -65,7 +72,7 @@ void mainWindow::doEnding() {
     command = ending;
     timerMode = Timer::kOff;
     commandExecThread.Run();
-    AwaitBlock(*this);
+    AwaitBlock(commandExecThread);
     // Takes whichever path the caption calls for: after a stop within that wait a new show begins.
     programStart.Push();
 }

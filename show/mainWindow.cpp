@@ -12,7 +12,9 @@ mainWindow::mainWindow() {
     __Init();
     Layout();
     CreateControls();
-    Runtime::Current().onMessage = [this](const String& text) { tell("message", {{"text", text}}); };
+    Runtime::Current().onMessage = [this](const String& text) {
+        tell(ShowEvent::Kind::Message, {{"text", text}});
+    };
 }
 
 mainWindow::~mainWindow() {
@@ -66,12 +68,12 @@ void mainWindow::tellFailures() {
     sound::MixingEngine* const engine = Runtime::Current().Engine();
     if (!engine) return;
     for (const sound::DecoderFailure& failure : engine->TakeFailures())
-        tell("failed", {{"what", "sound"}, {"path", failure.file.string()}, {"why", failure.why}});
+        tell(ShowEvent::Kind::Failed,
+             {{"what", "sound"}, {"path", failure.file.string()}, {"why", failure.why}});
 }
 
-void mainWindow::tell(std::string_view what,
-                      std::vector<std::pair<std::string_view, ShowEvent::Value>> fields) const {
-    if (observer) observer->OnShowEvent({Ticks() - startTicks, what, std::move(fields)});
+void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) const {
+    if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});
 }
 
 }  // namespace sorakaze

@@ -78,9 +78,8 @@ class mainWindow : public Window {
     /// the host, when the engine says that there are some, or now and then.
     void tellFailures();
 
-    /// Tells the onlooker, if there is one.
-    void tell(std::string_view what,
-              std::vector<std::pair<std::string_view, ShowEvent::Value>> fields = {}) const;
+    /// Tells the observer, if there is one.
+    void tell(ShowEvent::Kind kind, ShowEvent::Fields fields = {}) const;
 
     // The controls.
     TextArea resultField;
@@ -137,7 +136,7 @@ class mainWindow : public Window {
     /// Where the services are; the host sets it before Event_Open.
     Deployment deployment;
 
-    /// Looks on; unset on the desktop. Outlives the window.
+    /// May be null. Outlives the window.
     ShowObserver* observer = nullptr;
 
   private:

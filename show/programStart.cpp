@@ -25,7 +25,7 @@ void mainWindow::beginShow(Random& random) {
     startTicks = Ticks();
     // A file that ended its decoder is tried again in each show.
     if (auto* engine = Runtime::Current().Engine()) engine->ForgetBadFiles();
-    tell("show", {{"program", programMenu.Text()}, {"playlist", playlistMenu.Text()}});
+    tell(ShowEvent::Kind::Show, {{"program", programMenu.Text()}, {"playlist", playlistMenu.Text()}});
     readProgram(programMenu.Text());
     section = random.InRange(0, openingCount);
     command = opening;
@@ -44,7 +44,7 @@ void mainWindow::endShow() {
     programMenu.SetEnabled(true);
     playlistMenu.SetEnabled(true);
     programStart.SetCaption(kStartCaption);
-    tell("end");
+    tell(ShowEvent::Kind::End);
 }
 
 }  // namespace sorakaze

@@ -15,12 +15,13 @@ constexpr const char* kCut = "the text is too long, its speech was cut";
 constexpr double kLongestSpeech = 125;  // seconds
 
 void TellOfCut(mainWindow& window) {
-    window.tell("failed", {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
+    window.tell(ShowEvent::Kind::Failed, {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
 }
 
 void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
     window.sayData->Play();
-    window.tell("say", {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
+    window.tell(ShowEvent::Kind::Say,
+                {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
     const SoundRef speech = window.sayData;
     bool cut = false;
     WaitWhile([&speech, &cut] {
@@ -54,7 +55,7 @@ void SayLine(mainWindow& window, Shell& shell, const String& voice, const String
 }
 
 void SayjLine(mainWindow& window, const String& text) {
-    window.tell("sayj", {{"voice", window.j_personality}, {"text", text}});
+    window.tell(ShowEvent::Kind::Sayj, {{"voice", window.j_personality}, {"text", text}});
     const auto file = NotNil(NotNil(SpecialFolder::Temporary())->Child("temp.html"));
     // A folder of that name, which nobody should have made, would end the show's thread.
     if (file->Directory()) file->Delete();

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/StationPaths.h"
 #include "studio/StudioError.h"
 
 namespace sorakaze::studio {
@@ -13,13 +14,9 @@ namespace fs = std::filesystem;
 fs::path FindStation(const fs::path& given) {
     std::error_code error;
     fs::path station = given;
-    if (station.empty()) {
-        // <station>/Sorakaze.app/Contents/Linux/sorakaze-studio
-        station =
-            fs::read_symlink("/proc/self/exe", error).parent_path().parent_path().parent_path().parent_path();
-    }
+    if (station.empty()) station = StationOfThisProgram();
     station = fs::weakly_canonical(station, error);
-    if (error || !fs::is_directory(station / "Sorakaze.app" / "Contents" / "Resources", error)) {
+    if (error || !fs::is_directory(ResourcesOfStation(station), error)) {
         throw StudioError(kFailed, (given.empty() ? station : given).string() +
                                        " is no station: give --station the folder that holds Sorakaze.app.");
     }

@@ -34,7 +34,7 @@ TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
 void TraceWriter::OnShowEvent(const ShowEvent& event) {
     Json line;
     line["ticks"] = event.ticks;
-    line["what"] = std::string(event.what);
+    line["what"] = std::string(NameOf(event.kind));
     for (const auto& [name, value] : event.fields) {
         // `failed` has a `what` of its own, beside the one that names the event.
         const std::string member = line.contains(name) ? "which" : std::string(name);

@@ -13,11 +13,9 @@ struct ToText {
     std::string operator()(double number) const { return ClockText(number); }
 };
 
-std::string Field(const ShowEvent& event, std::string_view name) {
-    for (const auto& [key, value] : event.fields) {
-        if (key == name) return std::visit(ToText(), value);
-    }
-    return {};
+std::string TextOf(const ShowEvent& event, std::string_view name) {
+    const auto* value = event.Find(name);
+    return value ? std::visit(ToText(), *value) : std::string();
 }
 
 }  // namespace
@@ -31,22 +29,34 @@ void Transcript::OnShowEvent(const ShowEvent& event) {
 }
 
 std::string Transcript::Describe(const ShowEvent& event) const {
-    const auto field = [&event](std::string_view name) { return Field(event, name); };
-    if (event.what == "show") return "=== " + field("program") + ", playing " + field("playlist") + " ===";
-    if (event.what == "block") return "--- " + field("name") + " " + field("variant");
-    if (event.what == "say") return field("voice") + ": " + field("text");
-    if (event.what == "sayj") return field("voice") + ": " + field("text");
-    if (event.what == "sound") {
-        return "(sound: " + std::filesystem::path(field("path")).lexically_proximate(station_).string() + ")";
+    using Kind = ShowEvent::Kind;
+    const auto field = [&event](std::string_view name) { return TextOf(event, name); };
+    switch (event.kind) {
+        case Kind::Show:
+            return "=== " + field("program") + ", playing " + field("playlist") + " ===";
+        case Kind::Block:
+            return "--- " + field("name") + " " + field("variant");
+        case Kind::Say:
+        case Kind::Sayj:
+            return field("voice") + ": " + field("text");
+        case Kind::Sound:
+            return "(sound: " + std::filesystem::path(field("path")).lexically_proximate(station_).string() +
+                   ")";
+        case Kind::Track:
+            return "> track " + field("number") + ": " + field("title");
+        case Kind::Fade:
+            return "  fading track " + field("number") + " at " + field("position");
+        case Kind::Ended:
+            return "< track " + field("number") + " ended at " + field("position");
+        case Kind::Failed:
+            return "! " + (field("path").empty() ? field("what") : field("path")) + ": " + field("why");
+        case Kind::End:
+            return "=== end of the show ===";
+        case Kind::Line:
+        case Kind::Prepared:
+        case Kind::Message:
+            break;
     }
-    if (event.what == "track") return "> track " + field("number") + ": " + field("title");
-    if (event.what == "fade") return "  fading track " + field("number") + " at " + field("position");
-    if (event.what == "ended") return "< track " + field("number") + " ended at " + field("position");
-    if (event.what == "failed") {
-        const std::string path = field("path");
-        return "! " + (path.empty() ? field("what") : path) + ": " + field("why");
-    }
-    if (event.what == "end") return "=== end of the show ===";
     return {};
 }
 

@@ -26,7 +26,7 @@ void PlayFile(mainWindow& window, Random& random, const String& argument) {
     }
     window.soundData->SetVolume(kEffectVolume);
     window.soundData->Play();
-    window.tell("sound", {{"path", item->Path().string()}});
+    window.tell(ShowEvent::Kind::Sound, {{"path", item->Path().string()}});
 }
 
 void mainWindow::fadeOut(const SoundRef& sound, double seconds) {

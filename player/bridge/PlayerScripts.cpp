@@ -7,7 +7,6 @@
 
 #include "app/runtime/Runtime.h"
 #include "player/LocalPlayer.h"
-#include "show/mainWindow.h"
 
 namespace sorakaze {
 namespace {
@@ -22,30 +21,12 @@ std::int32_t NumberAt(const Parameters& parameters, std::size_t index) {
     return index < parameters.size() ? parameters[index].Integer() : 0;
 }
 
-void Tell(const mainWindow& window, const player::TrackEvent& event) {
-    switch (event.what) {
-        case player::TrackEvent::What::Started:
-            window.tell("track", {{"playlist", event.playlist},
-                                  {"number", event.number},
-                                  {"title", event.title},
-                                  {"path", event.path.string()}});
-            break;
-        case player::TrackEvent::What::FadeBegun:
-            window.tell("fade", {{"number", event.number}, {"position", event.position}});
-            break;
-        case player::TrackEvent::What::Ended:
-            window.tell("ended", {{"number", event.number}, {"position", event.position}});
-            break;
-    }
-}
-
 }  // namespace
 
-void RegisterPlayerScripts(ScriptTable& scripts, player::LocalPlayer& player, const mainWindow& window) {
+void RegisterPlayerScripts(ScriptTable& scripts, player::LocalPlayer& player) {
     const auto put = [&scripts](PlayerScript number, Script script) {
         scripts.Register(static_cast<std::int32_t>(number), std::move(script));
     };
-    player.onTrack = [&window](const player::TrackEvent& event) { Tell(window, event); };
     put(PlayerScript::getSongInfo, [&player](const Parameters& parameters) -> String {
         return player.SongInfo(TextAt(parameters, 0), NumberAt(parameters, 1));
     });

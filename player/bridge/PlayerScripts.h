@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The numbers of the player's scripts, and the player for the user's own files put behind them.
+// The numbers of the player's scripts, and the player for the user's own files as what runs them.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,6 @@
 
 namespace sorakaze {
 
-class mainWindow;
 namespace player {
 class LocalPlayer;
 }
@@ -25,7 +24,7 @@ enum class PlayerScript : std::int32_t {
     countSongs = 175,  ///< (playlist): in decimal
 };
 
-/// Puts `player` behind the eight numbers and lets `window` tell of its tracks. Both outlive the table's use.
-void RegisterPlayerScripts(ScriptTable& scripts, player::LocalPlayer& player, const mainWindow& window);
+/// Registers `player` for the eight numbers. It outlives the table's use.
+void RegisterPlayerScripts(ScriptTable& scripts, player::LocalPlayer& player);
 
 }  // namespace sorakaze

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "show/ShowState.h"
 #include "show/mainWindow.h"
 #include "tests/support/FakePlayer.h"
 #include "tests/support/TestRuntime.h"
@@ -16,7 +17,7 @@ namespace sorakaze::test {
 class Trace : public ShowObserver {
   public:
     void OnShowEvent(const ShowEvent& event) override {
-        std::string line(event.what);
+        std::string line(NameOf(event.kind));
         for (const auto& [name, value] : event.fields) {
             line += ' ';
             if (const auto* text = std::get_if<String>(&value)) line += text->Bytes();
@@ -60,7 +61,7 @@ struct TestShow : TestRuntime {
         window.Event_Open();
     }
 
-    bool OnAir() const { return !(window.programStart.Caption() == kStartCaption); }
+    bool OnAir() const { return IsOnAir(window); }
 
     /// Presses the button and lets the show run until it ends by itself, for an hour at most.
     void RunShow() {

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "studio/Recorder.h"
+
+#include <algorithm>
+#include <exception>
+#include <span>
+
+#include "app/runtime/Clock.h"
+#include "studio/StudioError.h"
+
+namespace sorakaze::studio {
+namespace {
+
+constexpr std::size_t kFramesPerTick = sound::kSampleRate / kTicksPerSecond;
+constexpr std::size_t kSamplesPerTick = kFramesPerTick * sound::kChannels;
+/// The writer is given this many ticks of sound at once.
+constexpr std::size_t kTicksPerBlock = 16;
+
+}  // namespace
+
+Recorder::Recorder(const std::filesystem::path& file) {
+    if (!file.empty()) writer_ = sound::SoundFileWriter::Create(file);
+    block_.reserve(kTicksPerBlock * kSamplesPerTick);
+}
+
+void Recorder::MixTick() {
+    block_.resize(block_.size() + kSamplesPerTick);
+    engine_.Mix(std::span(block_).last(kSamplesPerTick));
+    if (block_.size() >= kTicksPerBlock * kSamplesPerTick) WriteBlock();
+}
+
+void Recorder::Finish() {
+    WriteBlock();
+    if (!error_.empty()) throw StudioError(kFailed, error_);
+    if (writer_) writer_->Finish();
+}
+
+void Recorder::WriteBlock() {
+    std::span<const float> sound(block_);
+    const auto skipped = std::min<std::size_t>(sound.size(), toSkip_);
+    toSkip_ -= skipped;
+    sound = sound.subspan(skipped);
+    try {
+        if (writer_ && error_.empty() && !sound.empty()) writer_->Write(sound);
+    } catch (const std::exception& error) {
+        error_ = error.what();
+    }
+    block_.clear();
+}
+
+}  // namespace sorakaze::studio
