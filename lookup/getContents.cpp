@@ -4,9 +4,10 @@
 // bold, found by the redirect of the search engine's lucky button.
 #include <chrono>
 
-#include "app/runtime/RegEx.h"
+#include "app/runtime/Exceptions.h"
 #include "app/runtime/Runtime.h"
 #include "http/HTTPSocket.h"
+#include "lookup/ArticleText.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
@@ -16,10 +17,10 @@ constexpr std::int32_t kTimeLimit = 30;  ///< seconds without a sign of life
 /// A host that sends a byte now and then gives signs of life for ever. These are far beyond what an honest
 /// one takes: an article is a megabyte or two, a head a few kilobytes.
 constexpr SocketCore::Bounds kBounds{std::chrono::minutes(3), std::uint64_t{24} << 20, std::size_t{2} << 20};
-constexpr std::int32_t kLongestJapanese = 200;
 
 /// The name goes as it is but for its blanks: the search engine reads it so.
-String SearchAddress(const Deployment& deployment, const String& name, bool japanese) {
+String SearchAddress(const Deployment& deployment, const String& name, ShowLanguage showLanguage) {
+    const bool japanese = showLanguage == ShowLanguage::Japanese;
     const String language = japanese ? "ja" : "en";
     const String encyclopaedia =
         japanese ? deployment.encyclopaediaJapanese : deployment.encyclopaediaEnglish;
@@ -39,15 +40,6 @@ String FetchArticle(const String& searchAddress) {
     return ConvertEncoding(socket.Get(NotNil(headers)->Value("Location"), kTimeLimit), Encodings::UTF8);
 }
 
-/// The text without tags, bracketed remarks and double quotes. Raises RegExException.
-String Clean(const String& text) {
-    RegEx clutter;
-    clutter.SearchPattern = String("(<.*?>)|(\\(.*?\\))|\\[.*?\\]|（.*?）|\\") + Chr(34);
-    clutter.ReplacementPattern = "";
-    clutter.Options.ReplaceAllMatches = true;
-    return clutter.Replace(text);
-}
-
 /// Looks at the history as it is at each turn: another thread may have the next.
 bool Remembers(const std::vector<String>& history, const String& name) {
     for (std::size_t i = 0; i < history.size(); ++i) {
@@ -64,23 +56,18 @@ bool Remembers(const std::vector<String>& history, const String& name) {
 void mainWindow::getContents(String name) {
     try {
         wikiContents = String();
-        const String page = FetchArticle(SearchAddress(deployment, name, isJapaneseOn));
-        // The link stands in the information box of every musician.
-        if (!isJapaneseOn && InStr(page, "/wiki/Music_genre") == 0) return;
-        String text = NthField(NthField(page, "<p><b>", 2), "</p>", 1);
-        if (!isJapaneseOn) {
-            const String bold = NthField(text, "</b>", 1);
-            if (InStr(bold, "<") == 0) artist = bold;
-        }
+        // Asked for at each step: another show may have begun meanwhile.
+        const auto language = [this] {
+            return isJapaneseOn ? ShowLanguage::Japanese : ShowLanguage::English;
+        };
+        const String page = FetchArticle(SearchAddress(deployment, name, language()));
+        const auto article = ReadArticle(page, language());
+        if (!article) return;
+        if (article->name) artist = *article->name;
         if (Remembers(wikiHistory, name)) return;
         wikiHistory.push_back(name);
-        if (text.IsEmpty()) return;
-        text = Clean(text);
-        if (isJapaneseOn) {
-            text = ReplaceAll(text, " ", "");
-            if (Len(text) > kLongestJapanese) return;
-        }
-        wikiContents = text;
+        if (article->paragraph.IsEmpty()) return;
+        wikiContents = SpokenText(article->paragraph, language());
     } catch (const RegExException& exception) {
         MsgBox(exception.Message());
     }

@@ -1,62 +1,56 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The loader of program files. A key counts wherever it stands in a line, and one line can match many keys.
+// The loader of program files.
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
+#include "program/ProgramLine.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
 namespace {
 
-/// The line without its comment, with blanks for tabs and no line end.
-String Clean(const String& text) {
-    String line = NthField(text, "#", 1);
-    line = ReplaceAll(line, Chr(9), " ");
-    line = ReplaceAll(line, Chr(10), "");
-    line = ReplaceAll(line, Chr(13), "");
-    return Trim(line);
+void Set(String& property, const std::optional<String>& value) {
+    if (value) property = *value;
 }
 
-/// True if the line holds the key; `property` is then the text behind it, up to its next occurrence.
-bool ReadHeader(const String& line, const char* key, String& property) {
-    if (InStr(line, key) <= 0) return false;
-    property = Trim(NthField(line, key, 2));
-    return true;
-}
-
-/// Stores the command line of a block line in its variant's first free row. The key is taken to begin the
-/// line: as many characters as it has are cut from the front, wherever it stands, and the tests for later
-/// keys see what is left.
-void ReadBlockLine(String& line, const char* key, Block& block, std::int32_t& counter) {
-    if (InStr(line, key) <= 0) return;
-    line = Mid(line, Len(key) + 1);
-    const String number = NthField(line, ",", 1);
-    const std::int32_t variant = ToInt32(Val(Trim(number)));
+/// Stores a command in its variant's first free row. It is dropped if there is none.
+void Store(Block& block, std::int32_t& counter, const ProgramLine::Command& command) {
     for (std::int32_t i = 0; i <= Block::kLastLine; ++i) {
-        String& cell = block(i, variant);
+        String& cell = block(i, command.variant);
         if (cell.IsEmpty()) {
-            cell = Trim(Mid(line, Len(number) + 2));
-            counter = variant;
+            cell = command.text;
+            counter = command.variant;
             return;
         }
         Yield();
     }
 }
 
-void ReadLine(mainWindow& window, const String& text) {
-    String line = Clean(text);
-    if (line.IsEmpty()) return;
-    ReadHeader(line, "program:", window.program);
-    ReadHeader(line, "station:", window.station);
-    ReadHeader(line, "band:", window.band);
-    ReadHeader(line, "personality:", window.personality);
-    if (ReadHeader(line, "j_personality:", window.j_personality)) window.isJapaneseOn = true;
-    ReadHeader(line, "mode:", window.mode);
-    ReadBlockLine(line, "opening:", *window.opening, window.openingCount);
-    ReadBlockLine(line, "introW:", *window.IntroW, window.introWCount);
-    ReadBlockLine(line, "intro:", *window.intro, window.introCount);
-    ReadBlockLine(line, "jingle:", *window.jingle, window.jingleCount);
-    ReadBlockLine(line, "ending:", *window.ending, window.endingCount);
+void Store(mainWindow& window, const ProgramLine::Command& command) {
+    using BlockName = ProgramLine::BlockName;
+    switch (command.block) {
+        case BlockName::Opening:
+            return Store(*window.opening, window.openingCount, command);
+        case BlockName::IntroW:
+            return Store(*window.IntroW, window.introWCount, command);
+        case BlockName::Intro:
+            return Store(*window.intro, window.introCount, command);
+        case BlockName::Jingle:
+            return Store(*window.jingle, window.jingleCount, command);
+        case BlockName::Ending:
+            return Store(*window.ending, window.endingCount, command);
+    }
+}
+
+void Apply(mainWindow& window, const ProgramLine& line) {
+    Set(window.program, line.program);
+    Set(window.station, line.station);
+    Set(window.band, line.band);
+    Set(window.personality, line.personality);
+    Set(window.j_personality, line.j_personality);
+    if (line.j_personality) window.isJapaneseOn = true;
+    Set(window.mode, line.mode);
+    for (const auto& command : line.commands) Store(window, command);
 }
 
 /// Empties variants 0 to 9. Variant 10 stays, and grows with each load of a file that uses it.
@@ -85,7 +79,7 @@ void mainWindow::readProgram(const String& name) {
     }
     const auto stream = NotNil(TextInputStream::Open(file));
     do {
-        ReadLine(*this, stream->ReadLine());
+        Apply(*this, ParseProgramLine(stream->ReadLine()));
         Yield();
     } while (!stream->EndOfFile());
     stream->Close();

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "app/runtime/String.h"
+#include "base/FunctionRef.h"
 
 namespace sorakaze {
 
@@ -56,6 +57,9 @@ constexpr std::string_view NameOf(ShowEvent::Kind kind) {
                                                       "message", "failed", "end"};
     return kNames[static_cast<std::size_t>(kind)];
 }
+
+/// How a part of the show tells of an event. Called with the baton; refers to a callable of the caller's.
+using TellShow = FunctionRef<void(ShowEvent::Kind kind, ShowEvent::Fields fields)>;
 
 class ShowObserver {
   public:

@@ -7,6 +7,7 @@
 #include "player/bridge/PlayFile.h"
 #include "show/mainWindow.h"
 #include "speech/SayLine.h"
+#include "speech/VoicePage.h"
 
 namespace sorakaze {
 namespace {
@@ -70,6 +71,9 @@ void mainWindow::commandExecThread_Run() {
     Random random;
     const TrackCopy track{wikiContents, song, artist, album};
     const String voice = VoiceOf(personality);
+    const auto tellShow = [this](ShowEvent::Kind kind, ShowEvent::Fields fields) {
+        tell(kind, std::move(fields));
+    };
     tell(ShowEvent::Kind::Block, {{"name", String(NameOf(*this))}, {"variant", section}});
 
     for (std::int32_t index = 0; index <= Block::kLastLine; ++index) {
@@ -80,14 +84,15 @@ void mainWindow::commandExecThread_Run() {
         const String verb = NthField(line, " ", 1);
         const String argument = Trim(Mid(line, Len(verb) + 1));
         if (verb == "say") {
-            SayLine(*this, shell, voice, argument);
+            SayLine(shell, voice, argument, sayData, tellShow);
         } else if (verb == "sayj") {
-            SayjLine(*this, argument);
+            tell(ShowEvent::Kind::Sayj, {{"voice", j_personality}, {"text", argument}});
+            LoadVoicePage(voiceHTMLViewer, resourceFolder, VoicePage(deployment, j_personality, argument));
         } else if (verb == "play") {
             if (argument == "[[iTunes]]") {
                 PlayTrack(*this);
             } else {
-                PlayFile(*this, random, argument);
+                PlayFile(appFolder, argument, random, soundData, tellShow);
             }
         } else if (verb == "wait") {
             Wait(argument);

@@ -4,7 +4,6 @@
 
 #include <string_view>
 
-#include "app/runtime/Runtime.h"
 #include "base/Utf8.h"
 #include "speech/KanaTable.h"
 
@@ -20,7 +19,8 @@ std::string Filler(const std::string& romaji, const std::string& smallTsu) {
 
 }  // namespace
 
-String Romanise(const String& reading, const std::vector<String>& kana, const std::vector<String>& romaji) {
+String Romanise(const String& reading, const std::vector<String>& kana, const std::vector<String>& romaji,
+                FunctionRef<void()> afterEach) {
     // Kana have no letter case, so rows are told apart by their bytes.
     std::string_view rest = reading.Bytes();
     std::string result;
@@ -46,7 +46,7 @@ String Romanise(const String& reading, const std::vector<String>& kana, const st
             }
             rest.remove_prefix(kana[row].Bytes().size());
         }
-        Yield();
+        afterEach();
     }
     return result;
 }

@@ -4,25 +4,20 @@
 
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
-#include "speech/VoicePage.h"
 
 namespace sorakaze {
 namespace {
 
-/// What `say` prints of a text that would take more than two minutes.
+/// What `say` prints for a text that would take more than two minutes.
 constexpr const char* kCut = "the text is too long, its speech was cut";
 /// Nothing that `say` made is longer, but a text's own commands may have made the file.
 constexpr double kLongestSpeech = 125;  // seconds
 
-void TellOfCut(mainWindow& window) {
-    window.tell(ShowEvent::Kind::Failed, {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
+void TellOfCut(TellShow tell) {
+    tell(ShowEvent::Kind::Failed, {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
 }
 
-void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
-    window.sayData->Play();
-    window.tell(ShowEvent::Kind::Say,
-                {{"voice", voice}, {"text", text}, {"seconds", window.sayData->Seconds()}});
-    const SoundRef speech = window.sayData;
+void PlayToEnd(const SoundRef& speech, TellShow tell) {
     bool cut = false;
     WaitWhile([&speech, &cut] {
         cut = speech->Played() > kLongestSpeech;
@@ -30,12 +25,12 @@ void PlayToEnd(mainWindow& window, const String& voice, const String& text) {
     });
     if (!cut) return;
     speech->Stop();
-    TellOfCut(window);
+    TellOfCut(tell);
 }
 
 }  // namespace
 
-void SayLine(mainWindow& window, Shell& shell, const String& voice, const String& text) {
+void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sayData, TellShow tell) {
     const auto file =
         NotNil(NotNil(SpecialFolder::Temporary())->Child(String("temp") + Str(Ticks()) + ".aiff"));
     shell.Execute(String("say -v ") + voice + " " + Chr(34) + text + Chr(34) + " -o " + file->ShellPath(),
@@ -44,26 +39,27 @@ void SayLine(mainWindow& window, Shell& shell, const String& voice, const String
         MsgBox("読み上げ結果のサウンドファイルが存在しません");
         return;
     }
-    if (InStr(shell.Result(), kCut) > 0) TellOfCut(window);
-    window.sayData = file->OpenAsSound();
-    if (window.sayData) {
-        PlayToEnd(window, voice, text);
+    if (InStr(shell.Result(), kCut) > 0) TellOfCut(tell);
+    sayData = file->OpenAsSound();
+    if (sayData) {
+        sayData->Play();
+        tell(ShowEvent::Kind::Say, {{"voice", voice}, {"text", text}, {"seconds", sayData->Seconds()}});
+        PlayToEnd(SoundRef(sayData), tell);
     } else {
         MsgBox("読み上げ結果のファイルをサウンドとして読み込めませんでした");
     }
     file->Delete();
 }
 
-void SayjLine(mainWindow& window, const String& text) {
-    window.tell(ShowEvent::Kind::Sayj, {{"voice", window.j_personality}, {"text", text}});
+void LoadVoicePage(HTMLViewer& viewer, const FolderItemRef& resourceFolder, const String& page) {
     const auto file = NotNil(NotNil(SpecialFolder::Temporary())->Child("temp.html"));
     // A folder of that name, which nobody should have made, would end the show's thread.
     if (file->Directory()) file->Delete();
-    const auto page = NotNil(TextOutputStream::Create(file));
-    page->Write(VoicePage(window.deployment, window.j_personality, text));
-    page->Close();
-    window.voiceHTMLViewer.LoadPage(NotNil(window.resourceFolder)->Child("blank.html"));
-    window.voiceHTMLViewer.LoadPage(SpecialFolder::Temporary()->Child("temp.html"));
+    const auto stream = NotNil(TextOutputStream::Create(file));
+    stream->Write(page);
+    stream->Close();
+    viewer.LoadPage(NotNil(resourceFolder)->Child("blank.html"));
+    viewer.LoadPage(SpecialFolder::Temporary()->Child("temp.html"));
 }
 
 }  // namespace sorakaze

@@ -51,7 +51,7 @@ String mainWindow::kanji2roma(const String& run) {
     String reading = ReplaceAll(shell.Result(), Chr(10), "");
     reading = ReplaceAll(reading, ",,", " ");
     reading = ReplaceAll(reading, ",", " ");
-    return Romanise(reading, kanaArray, romeArray);
+    return Romanise(reading, kanaArray, romeArray, [] { Yield(); });
 }
 
 }  // namespace sorakaze

@@ -3,12 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "speech/SayLine.h"
+#include "speech/VoicePage.h"
 #include "tests/support/TestShow.h"
 
 namespace sorakaze {
 namespace {
 
-TEST(SayjTest, WritesThePageAndLoadsItBehindAnEmptyOne) {
+TEST(SayjTest, WritesThePageAndLoadsItAfterAnEmptyOne) {
     test::TestShow show;
     std::string loads;
     show.window.voiceHTMLViewer.Load = [&](const FolderItemRef& file) {
@@ -18,8 +19,8 @@ TEST(SayjTest, WritesThePageAndLoadsItBehindAnEmptyOne) {
     show.window.deployment.voiceHost = "127.0.0.1:8/x";
     show.window.deployment.viewState = "dmlldw==";
     show.window.deployment.eventValidation = "ZXZlbnQ=";
-    show.window.j_personality = "Kyoko";
-    SayjLine(show.window, "次の曲は<b> & [[voice]] 'n [[text]]");
+    LoadVoicePage(show.window.voiceHTMLViewer, show.window.resourceFolder,
+                  VoicePage(show.window.deployment, "Kyoko", "次の曲は<b> & [[voice]] 'n [[text]]"));
     EXPECT_EQ(loads,
               "blank.html:blanktemp.html:<html>\r<head>"
               "<meta http-equiv='Content-Type' content='text/html; charset=utf-8'></head>\r"
