@@ -5,14 +5,18 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "app/runtime/BinaryStream.h"
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
+#include "base/Utf8.h"
+#include "base/unicode/Characters.h"
 
 namespace sorakaze {
 namespace {
@@ -42,6 +46,25 @@ bool IsSame(const timespec& a, const timespec& b) {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
+/// By name, letter case ignored as String's comparison ignores it, then by code points. Bytes that aren't
+/// UTF-8 are last. File systems give their entries in orders that differ between machines.
+void SortAsPeopleDo(std::vector<std::string>& names) {
+    std::vector<std::pair<std::u32string, std::string>> keyed;
+    keyed.reserve(names.size());
+    for (std::string& name : names) {
+        std::u32string key;
+        for (std::size_t at = 0; at < name.size();) {
+            const auto character = utf8::Read(name, at);
+            key += unicode::Fold(character.code);
+            at += character.size;
+        }
+        keyed.emplace_back(std::move(key), std::move(name));
+    }
+    std::sort(keyed.begin(), keyed.end());
+    std::transform(keyed.begin(), keyed.end(), names.begin(),
+                   [](auto& entry) { return std::move(entry.second); });
+}
+
 const std::vector<std::string>& EntriesOf(const fs::path& folder) {
     thread_local Listing last;
     struct stat now {};
@@ -62,6 +85,7 @@ const std::vector<std::string>& EntriesOf(const fs::path& folder) {
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         last.names.push_back(entry->path().filename().string());
     }
+    SortAsPeopleDo(last.names);
     return last.names;
 }
 

@@ -26,7 +26,8 @@ class FolderItem {
     /// The item of that name in this folder, whether or not it exists. Empty for what can't be a name, and in
     /// a folder that is missing along with the one it would lie in.
     FolderItemRef Child(const String& name) const;
-    /// The i-th entry, from 1, in the folder's own order, hidden entries included. Empty where there is none.
+    /// The i-th entry, from 1, hidden entries included. Entries are ordered by name, letter case ignored,
+    /// then by code points: the same order on every machine. Empty where there is none.
     FolderItemRef Item(std::int32_t i) const;
     /// Number of entries; 0 for an empty or missing folder and for a file.
     std::int32_t Count() const;

@@ -28,7 +28,7 @@ TEST(Files, FoldersListTheirEntries) {
     const auto programs = folder->Child("Programs");
     ASSERT_EQ(programs->Count(), 2);
     EXPECT_FALSE(programs->Item(0) || programs->Item(3));
-    EXPECT_TRUE((programs->Item(1)->Name() == ".hidden") != (programs->Item(2)->Name() == ".hidden"));
+    EXPECT_EQ(programs->Item(1)->Name().Bytes(), ".hidden");
     const auto file = programs->Child("番組.txt");
     EXPECT_TRUE(programs->Directory() && file->Exists() && !file->Directory());
     file->Delete();
@@ -37,6 +37,19 @@ TEST(Files, FoldersListTheirEntries) {
     EXPECT_TRUE(folder->Child("missing")->Child("described"));
     EXPECT_FALSE(folder->Child("missing")->Child("as well")->Child("not"));
     for (const char* name : {"", ".", "..", "a/b"}) EXPECT_EQ(folder->Child(name), nullptr) << name;
+}
+
+TEST(Files, EntriesAreOrderedByNameAsPeopleSort) {
+    TestRuntime test;
+    const std::vector<std::string> ordered{"10.txt", "9.txt",  "alpha.txt", "Beta.txt",     "BETA2.txt",
+                                           "JINGLE", "Jingle", "jingle",    "z.txt",        "Ärger",
+                                           "ärger",  "ÄRGER2", "のはら",    "窓辺の夜.txt", "\xFF.txt"};
+    for (std::size_t i = 0; i < ordered.size(); ++i)
+        test.folder.Write("Scrambled/" + ordered[i * 7 % ordered.size()], "");
+    const auto folder = GetFolderItem("", 0)->Child("Scrambled");
+    std::vector<std::string> names;
+    for (std::int32_t i = 1; i <= folder->Count(); ++i) names.push_back(folder->Item(i)->Name().Bytes());
+    EXPECT_EQ(names, ordered);
 }
 
 TEST(Files, ShellPathsSurviveTheShellAndTheWayBack) {
