@@ -33,14 +33,14 @@ bool HTTPSocket::_SetAuthentication(const String& kind) {
     const Challenge ask = forProxy ? ProxyAuthenticationRequired : AuthenticationRequired;
     if (!ask || !ask(parameters->Lookup("realm").Text(), InternetHeadersRef(_pageHeaders), name, password))
         return false;
+    // Kept behaviour 78.
     const String key = _CreateAuthenticationData(scheme, name, password, parameters);
     if (key.IsEmpty()) return false;
     (forProxy ? _proxyAuthenticationKey : _authenticationKey) = key;
     return true;
 }
 
-/// A parameter a line, each a name, "=" and a value in quotes. A header's value holds no line end, so that
-/// there is one: the first parameter's name with all that follows it.
+/// A parameter a line, each a name, "=" and a value in quotes. Kept behaviours 72 and 73.
 DictionaryRef HTTPSocket::_ParseAuthenticationParams(const String& text) {
     auto parameters = std::make_shared<Dictionary>();
     for (const String& piece : Split(text, "\r\n")) {
@@ -53,6 +53,7 @@ DictionaryRef HTTPSocket::_ParseAuthenticationParams(const String& text) {
 
 String HTTPSocket::_CreateAuthenticationData(const String& scheme, const String& name, const String& password,
                                              const DictionaryRef& parameters) {
+    // Kept behaviour 77.
     if (scheme == "Basic") return "Basic " + EncodeBase64(name + ":" + password, 76);
     if (scheme == "Digest") return DigestAuthentication(name, password, NotNil(parameters), _CreateNonce());
     return {};
@@ -65,11 +66,11 @@ String HTTPSocket::DigestAuthentication(const String& name, const String& passwo
     };
     const String nonce = parameter("nonce");
     if (!_Nonces) _Nonces = std::make_shared<Dictionary>();
-    // Never raised: each request is its nonce's first.
+    // Kept behaviour 74.
     _Nonces->SetValue(nonce, _Nonces->Lookup(nonce, 0).Integer());
     const String count = Format(_Nonces->Lookup(nonce).Integer() + 1, "00000000");
 
-    // No challenge has a parameter of this name: the realm in a digest is always empty.
+    // Kept behaviour 75.
     const String who = _EncodeHex(MD5(name + ":" + parameter("realmn") + ":" + password));
     const String what = _EncodeHex(MD5(parameter("method", "GET") + ":" + parameter("uri", "/")));
     const String response = _EncodeHex(MD5(who + ":" + nonce + ":" + count + ":" + cnonce + ":auth:" + what));
@@ -78,7 +79,7 @@ String HTTPSocket::DigestAuthentication(const String& name, const String& passwo
                    ", nonce=" + Quoted(nonce) + ", uri=" + Quoted(parameter("uri")) +
                    ", qop=auth, nc=" + count + ", cnonce=" + Quoted(cnonce) +
                    ", response=" + Quoted(response) + ", ";
-    // Nor of this one: what the challenge gave to hand back stays behind.
+    // Kept behaviour 76.
     if (parameters->HasKey("opaque")) value += "opaque=" + Quoted(parameter("oqaque"));
     return value;
 }

@@ -116,6 +116,7 @@ void InternetHeaders::SetHeader(const String& name, const String& value) {
     Store(name, value);
 }
 
+/// Kept behaviour 60.
 void InternetHeaders::SetHeader(const String& name, const String& value, std::int32_t index) {
     const String key = KeyOf(name, index);
     if (Holds(key))
@@ -124,6 +125,7 @@ void InternetHeaders::SetHeader(const String& name, const String& value, std::in
         AppendHeader(key, value);
 }
 
+/// Kept behaviour 61.
 String InternetHeaders::Source() const {
     return _rawHeaders.IsEmpty() ? _FormatHTTPHeaders() : _rawHeaders;
 }
@@ -165,6 +167,7 @@ String InternetHeaders::_FormatEmailHeaders() const {
         if (NameCount(name) > 0) lines.Add(name, CommaSeparatedValues(name));
     }
     // Blind copies stand here and nowhere above: nobody is to see them.
+    // Kept behaviour 63.
     const String placed = ":Date:Subject:From:To:CC:BCC:Received:Return-Path:";
     const std::int32_t count = Count();
     for (std::int32_t i = 0; i < count; ++i) {
@@ -174,6 +177,7 @@ String InternetHeaders::_FormatEmailHeaders() const {
     return std::move(lines).Text();
 }
 
+/// Kept behaviour 62.
 void InternetHeaders::_ParseHeaders(const String& text) {
     _rawHeaders = text;
     const String lineEnd = _DetermineEOLCharacter(text);

@@ -79,6 +79,7 @@ void HTTPSocket::Event_Connected() {
     _SendRequest(_httpAction);
 }
 
+/// Not before there is a connection. Kept behaviour 69.
 void HTTPSocket::_ResetVariables() {
     _pageBuffer.Clear();
     _pageHeaders = nullptr;
@@ -95,6 +96,7 @@ void HTTPSocket::_SendRequest(const String& method) {
     const String proxyKey = std::exchange(_proxyAuthenticationKey, {});
     if (!key.IsEmpty()) SetRequestHeader("Authorization", key);
     if (!proxyKey.IsEmpty()) SetRequestHeader("Proxy-Authorization", proxyKey);
+    // Kept behaviour 70.
     if (method == "POST") {
         requestHeaders->SetHeader("Content-type", _postContentType);
         requestHeaders->SetHeader("Content-length", Format(LenB(_postContent), "0"));

@@ -57,7 +57,7 @@ void HTTPSocket::_HandleNewData() {
     const Protection protection(threadProtection);
     if (!_pageHeaders) {
         const auto end = _headSearch.FindEnd(LookaheadView(), ReadPosition());
-        if (!end) return;
+        if (!end) return;  // kept behaviour 66
         _ParseHeaders(TCPSocket::Read(Count(end->headSize)));
         if (!GoesOnBehindHead(2 * end->lineEndSize)) return;
     }
@@ -95,7 +95,7 @@ void HTTPSocket::_ParseHeaders(const String& text) {
         _totalLength = ToInt32(Val(_pageHeaders->Value("Content-length")));
 }
 
-/// The page ends where the connection does, whatever length the response told.
+/// Kept behaviour 65.
 void HTTPSocket::_ProcessData(const String& data) {
     if (_httpAction == "HEAD") return;
     constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();

@@ -6,6 +6,7 @@
 
 namespace sorakaze::http {
 
+/// Kept behaviour 64.
 UrlParts ParseURL(const String& url) {
     constexpr std::string_view kBehindScheme = "://";
     std::string_view rest = url.Bytes();
@@ -22,6 +23,7 @@ UrlParts ParseURL(const String& url) {
     return parts;
 }
 
+/// Kept behaviour 71.
 String EncodeURLString(const String& text) {
     constexpr std::string_view kEscaped = "%&=,/\\][{}`~-_()*^$#!+;<>\r\n";
     std::string encoded;

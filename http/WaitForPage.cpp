@@ -13,12 +13,13 @@ void HTTPSocket::WaitForPage() {
     const Clock& clock = Runtime::Current().GetClock();
     const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
     _pageComplete = false;
-    mErrorCode = 0;
+    mErrorCode = 0;  // kept behaviour 67
     TickCount deadline = 0;
     bool connection = false;
     std::int32_t length = 0;
 
     const auto renew = [&] { deadline = clock.Tick() + TickCount{timeoutSeconds} * kTicksPerSecond; };
+    // Kept behaviour 68.
     const auto lives = [&] { return _connectionValid != connection || _pageBuffer.Length() != length; };
     const auto timedOut = [&] { return timeoutSeconds > 0 && deadline < clock.Tick(); };
     const auto ended = [&] { return _pageComplete || mErrorCode != 0; };

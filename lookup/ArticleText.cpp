@@ -23,11 +23,11 @@ String Clean(const String& text) {
 
 std::optional<ArtistArticle> ReadArticle(const String& page, ShowLanguage language) {
     ArtistArticle article;
-    // The link is in the information box of every musician.
+    // The link is in the information box of every musician. Kept behaviour 56.
     if (language == ShowLanguage::English && InStr(page, "/wiki/Music_genre") == 0) return std::nullopt;
     article.paragraph = NthField(NthField(page, "<p><b>", 2), "</p>", 1);
     const String bold = NthField(article.paragraph, "</b>", 1);
-    if (language == ShowLanguage::English && InStr(bold, "<") == 0) article.name = bold;
+    if (language == ShowLanguage::English && InStr(bold, "<") == 0) article.name = bold;  // kept behaviour 57
     return article;
 }
 
@@ -35,7 +35,7 @@ String SpokenText(const String& paragraph, ShowLanguage language) {
     String text = Clean(paragraph);
     if (language == ShowLanguage::English) return text;
     text = ReplaceAll(text, " ", "");
-    return Len(text) > kLongestJapanese ? String() : text;
+    return Len(text) > kLongestJapanese ? String() : text;  // kept behaviour 59
 }
 
 }  // namespace sorakaze

@@ -18,7 +18,7 @@ constexpr std::int32_t kTimeLimit = 30;  ///< seconds without a sign of life
 /// one takes: an article is a megabyte or two, a head a few kilobytes.
 constexpr SocketCore::Bounds kBounds{std::chrono::minutes(3), std::uint64_t{24} << 20, std::size_t{2} << 20};
 
-/// The name goes as it is but for its blanks: the search engine reads it so.
+/// Kept behaviour 54.
 String SearchAddress(const Deployment& deployment, const String& name, ShowLanguage showLanguage) {
     const bool japanese = showLanguage == ShowLanguage::Japanese;
     const String language = japanese ? "ja" : "en";
@@ -28,7 +28,7 @@ String SearchAddress(const Deployment& deployment, const String& name, ShowLangu
            "&q=" + ReplaceAll(name, " ", "+") + "+" + encyclopaedia + "&btnI=I'm+feeling+Lucky";
 }
 
-/// The article that the search engine's redirect leads to; empty where there is none.
+/// The article that the search engine's redirect leads to; empty where there is none. Kept behaviour 55.
 String FetchArticle(const String& searchAddress) {
     HTTPSocket socket;
     socket.Constructor();
@@ -51,8 +51,7 @@ bool Remembers(const std::vector<String>& history, const String& name) {
 
 }  // namespace
 
-/// An artist is told of once a show, and is remembered as told even when nothing came of it. By the name
-/// alone: the article is fetched again all the same, since the name's capitals come from it.
+/// An artist is told of once a show. Kept behaviour 58.
 void mainWindow::getContents(String name) {
     try {
         wikiContents = String();

@@ -15,7 +15,7 @@ constexpr std::array kBlockKeys{
     std::pair{"intro:", BlockName::Intro}, std::pair{"jingle:", BlockName::Jingle},
     std::pair{"ending:", BlockName::Ending}};
 
-/// The line without its comment, with blanks for tabs and no line end.
+/// The line without its comment, with blanks for tabs and no line end. Kept behaviour 5.
 String Clean(const String& text) {
     String line = NthField(text, "#", 1);
     line = ReplaceAll(line, Chr(9), " ");
@@ -24,7 +24,7 @@ String Clean(const String& text) {
     return Trim(line);
 }
 
-/// The text after the key, up to the key's next occurrence.
+/// The text after the key. Kept behaviour 3.
 std::optional<String> HeaderValue(const String& line, const char* key) {
     if (InStr(line, key) <= 0) return std::nullopt;
     return Trim(NthField(line, key, 2));
@@ -39,13 +39,12 @@ ProgramLine ParseProgramLine(const String& text) {
     result.program = HeaderValue(line, "program:");
     result.station = HeaderValue(line, "station:");
     result.band = HeaderValue(line, "band:");
-    result.personality = HeaderValue(line, "personality:");
+    result.personality = HeaderValue(line, "personality:");  // kept behaviour 4
     result.j_personality = HeaderValue(line, "j_personality:");
     result.mode = HeaderValue(line, "mode:");
     for (const auto& [key, block] : kBlockKeys) {
         if (InStr(line, key) <= 0) continue;
-        // The key is taken to begin the line: as many characters as it has are cut from the front, wherever
-        // it is, and the tests for later keys see what is left.
+        // Kept behaviours 2 and 6.
         line = Mid(line, Len(key) + 1);
         const String number = NthField(line, ",", 1);
         result.commands.push_back({block, ToInt32(Val(Trim(number))), Trim(Mid(line, Len(number) + 2))});

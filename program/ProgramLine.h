@@ -11,7 +11,7 @@
 
 namespace sorakaze {
 
-/// What a line sets and stores. A key counts wherever it is in the line, and one line can match many keys.
+/// What a line sets and stores. Kept behaviour 1.
 struct ProgramLine {
     enum class BlockName { Opening, IntroW, Intro, Jingle, Ending };
     struct Command {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The loader of program files.
+// The loader of program files. Kept behaviour 10.
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
 #include "program/ProgramLine.h"
@@ -13,7 +13,7 @@ void Set(String& property, const std::optional<String>& value) {
     if (value) property = *value;
 }
 
-/// Stores a command in its variant's first free row. It is dropped if there is none.
+/// Stores a command in its variant's first free row. Kept behaviours 7, 8 and 12.
 void Store(Block& block, std::int32_t& counter, const ProgramLine::Command& command) {
     for (std::int32_t i = 0; i <= Block::kLastLine; ++i) {
         String& cell = block(i, command.variant);
@@ -53,7 +53,7 @@ void Apply(mainWindow& window, const ProgramLine& line) {
     for (const auto& command : line.commands) Store(window, command);
 }
 
-/// Empties variants 0 to 9. Variant 10 stays, and grows with each load of a file that uses it.
+/// Empties variants 0 to 9. Kept behaviour 9.
 void ClearBlocks(mainWindow& window) {
     for (std::int32_t row = 0; row <= Block::kLastLine; ++row) {
         for (std::int32_t variant = 0; variant <= 9; ++variant) {
@@ -75,7 +75,7 @@ void mainWindow::readProgram(const String& name) {
     const auto file = NotNil(NotNil(NotNil(appFolder)->Child("Programs"))->Child(name + ".txt"));
     if (!file->Exists()) {
         MsgBox(String("番組ファイル：") + name + ".txt がありません");
-        return;
+        return;  // kept behaviour 11
     }
     const auto stream = NotNil(TextInputStream::Open(file));
     do {

@@ -10,7 +10,7 @@ ShowLength LengthOf(const String& mode) {
     const String word = NthField(mode, " ", 1);
     const double count = Val(NthField(mode, " ", 2));
     if (word == "songs") return {ShowLength::Unit::Tracks, count};
-    if (word == "minites") return {ShowLength::Unit::Minutes, count};
+    if (word == "minites") return {ShowLength::Unit::Minutes, count};  // kept behaviour 25
     if (word == "all") return {ShowLength::Unit::WholePlaylist, 0};
     return {};
 }

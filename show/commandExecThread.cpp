@@ -13,7 +13,7 @@ namespace sorakaze {
 namespace {
 
 /// What a block keeps of the track for its whole length: the preparation of the next one, which the block
-/// itself starts, overwrites the window's.
+/// itself starts, overwrites the window's. Kept behaviour 34.
 struct TrackCopy {
     String wikiContents;
     String song;
@@ -21,6 +21,7 @@ struct TrackCopy {
     String album;
 };
 
+/// Kept behaviour 30.
 String VoiceOf(const String& personality) {
     return InStr(personality, " ") > 0 ? NthField(personality, " ", 1) : String("Alex");
 }
@@ -33,8 +34,7 @@ const char* NameOf(const mainWindow& window) {
     return window.command == window.ending ? "ending" : "";
 }
 
-/// Later replacements also act on what earlier ones brought in. The count is asked for at every line, used or
-/// not.
+/// Kept behaviours 31, 32 and 33.
 String Expand(String line, mainWindow& window, const TrackCopy& track) {
     line = ReplaceAll(line, "[[program]]", window.program);
     line = ReplaceAll(line, "[[station]]", window.station);
@@ -54,10 +54,12 @@ String Expand(String line, mainWindow& window, const TrackCopy& track) {
 void PlayTrack(mainWindow& window) {
     window.fadeOut(window.soundData, 1.0);
     window.iTunesPlay(window.playlistMenu.Text(), window.trackNo);
+    // Kept behaviour 37.
     WaitWhile([&window] { return window.getNextSong.State() == Thread::kRunning; });
     window.getNextSong.Run();
 }
 
+/// Kept behaviour 36.
 void Wait(const String& seconds) {
     const std::int32_t start = Ticks();
     const double limit = Val(seconds) * 60.0;
@@ -96,7 +98,7 @@ void mainWindow::commandExecThread_Run() {
             }
         } else if (verb == "wait") {
             Wait(argument);
-        }
+        }  // kept behaviour 35: no other verb is told of
         Yield();
     }
 

@@ -55,7 +55,7 @@ void mainWindow::CreateControls() {
 
 /// Handlers go on only after the properties stand, so that setting those fires none of them.
 void mainWindow::_CreateControls0() {  // NOLINT(bugprone-reserved-identifier)
-    // Below the window's edge: out of sight.
+    // Kept behaviour 29: out of sight, as is voiceHTMLViewer.
     Place(resultField, 20, 170, 376, 116, 3);
     resultField.TextFont = "Osaka";
 
@@ -102,7 +102,6 @@ void mainWindow::_CreateControls0() {  // NOLINT(bugprone-reserved-identifier)
     songDuration.TextAlign = StaticText::kAlignRight;
     songDuration.SetText("600");
 
-    // Beyond the right edge: its pages run without being seen.
     Place(voiceHTMLViewer, 451, 98, 29, 31, 0);
 
     getNextSong.Constructor(this);

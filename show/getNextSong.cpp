@@ -11,7 +11,7 @@ bool IsMultibyte(const String& text) {
     return Len(text) != LenB(text);
 }
 
-/// Cuts bracketed remarks and dashes out of the whole record, tabs between them included.
+/// Cuts bracketed remarks and dashes out of the whole record. Kept behaviours 48 and 49.
 String Clean(const String& record) {
     RegEx remarks;
     remarks.SearchPattern = "(\\(|（).*?(\\)|）)";
@@ -22,7 +22,7 @@ String Clean(const String& record) {
     return ReplaceAll(clean, "〜", "");
 }
 
-/// Field `field`, or its second spelling, three fields on, where it is multibyte and has one.
+/// Field `field`, or its second spelling, three fields on. Kept behaviour 50.
 String Spelling(const String& record, std::int32_t field) {
     const String delimiter = Chr(9);
     const String first = NthField(record, delimiter, field);

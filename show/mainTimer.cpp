@@ -9,6 +9,7 @@
 namespace sorakaze {
 namespace {
 
+/// Kept behaviour 26.
 bool IsShowOver(mainWindow& window) {
     const ShowLength length = LengthOf(window.mode);
     switch (length.unit) {
@@ -33,16 +34,17 @@ void AwaitBlock(const Thread& block) {
 
 void mainWindow::mainTimer_Action() {
     Random random;
+    // Kept behaviours 20, 21 and 22.
     const bool ended = iTunesState() == "stopped" || iTunesState() == "paused";
     if (!ended) {
         const double limit = songDurationSlider.Value();
-        if (Val(iTunesPlayPosition()) >= limit) iTunesFadeout();
+        if (Val(iTunesPlayPosition()) >= limit) iTunesFadeout();  // kept behaviour 23
         return;
     }
 
     mainTimer.SetMode(Timer::kOff);
     timerMode = Timer::kOff;
-    if (commandExecThread.State() == Thread::kRunning) return;
+    if (commandExecThread.State() == Thread::kRunning) return;  // kept behaviour 24
     if (IsShowOver(*this)) {
         doEnding();
         return;
@@ -54,8 +56,9 @@ void mainWindow::mainTimer_Action() {
         commandExecThread.Run();
         AwaitBlock(commandExecThread);
     }
-    // Also after a stop within that wait: the show then goes on with the next track.
+    // Kept behaviour 16: also after a stop during the jingle.
     timerMode = Timer::kMultiple;
+    // Kept behaviours 27 and 28.
     if (!wikiContents.IsEmpty()) {
         section = random.InRange(0, introWCount);
         command = IntroW;
@@ -73,7 +76,7 @@ void mainWindow::doEnding() {
     timerMode = Timer::kOff;
     commandExecThread.Run();
     AwaitBlock(commandExecThread);
-    // Takes whichever path the caption calls for: after a stop within that wait a new show begins.
+    // Kept behaviour 17: after a stop during the ending this begins a show.
     programStart.Push();
 }
 

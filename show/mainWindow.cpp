@@ -52,11 +52,12 @@ void mainWindow::Event_Open() {
     kanji2kanaCmd = NotNil(resourceFolder->Child("SayKotoeri"));
     for (std::int32_t i = 1; i <= NotNil(appFolder->Child("Programs"))->Count(); ++i) {
         const String name = NotNil(NotNil(appFolder->Child("Programs"))->Item(i))->Name();
+        // Kept behaviour 13.
         if (!(Left(name, 1) == ".")) programMenu.AddRow(NthField(name, ".txt", 1));
         Yield();
     }
     programMenu.SetListIndex(0);
-    playlistMenu.AddRows(Split(iTunesPlaylist(), ", "));
+    playlistMenu.AddRows(Split(iTunesPlaylist(), ", "));  // kept behaviour 14
     playlistMenu.SetListIndex(0);
     for (std::size_t row = 0; row < kKanaTable.size(); ++row) {
         kanaArray[row] = kKanaTable[row].kana;

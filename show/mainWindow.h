@@ -125,7 +125,7 @@ class mainWindow : public Window {
     String mode;
     bool isJapaneseOn = false;
     String j_personality;
-    std::shared_ptr<OLEObject> iTunesApp;  ///< never set
+    std::shared_ptr<OLEObject> iTunesApp;  ///< kept behaviour 29
     FolderItemRef appFolder;
     std::int32_t timerMode = 0;  ///< the Mode that mainTimer gets when a block ends: 0 or 2
     FolderItemRef kanji2kanaCmd;
@@ -146,7 +146,7 @@ class mainWindow : public Window {
     void endShow();
 };
 
-/// The caption that says that no show is on; the only record of whether one is.
+/// The caption that says that no show is on. Kept behaviour 15.
 inline constexpr const char* kStartCaption = "再生";
 inline constexpr const char* kStopCaption = "停止";
 

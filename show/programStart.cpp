@@ -30,6 +30,7 @@ void mainWindow::beginShow(Random& random) {
     section = random.InRange(0, openingCount);
     command = opening;
     timerMode = Timer::kMultiple;
+    // Kept behaviours 18 and 19.
     commandExecThread.Run();
     getNextSong.Run();
 }

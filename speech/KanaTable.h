@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How kana are spelt in Latin letters: the house's own spellings, no standard's.
+// How kana are spelt in Latin letters. Kept behaviour 51.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@ struct KanaRow {
     const char* romaji;  ///< one to three
 };
 
-/// The row of the small tsu, which doubles the consonant behind it.
+/// The row of the small tsu, which doubles the consonant after it.
 inline constexpr int kSmallTsuRow = 166;
 
 /// No row begins a later one, so the first that matches is the longest.

@@ -10,8 +10,7 @@
 namespace sorakaze {
 namespace {
 
-/// What a small tsu is spelt as before a row spelt `romaji`: that row's first letter, but before a vowel or
-/// an n it can double nothing and is spelt out.
+/// What a small tsu is spelt as before a row spelt `romaji`. Kept behaviour 52.
 std::string Filler(const std::string& romaji, const std::string& smallTsu) {
     const bool spelledOut = std::string_view("aiueon").find(romaji.front()) != std::string_view::npos;
     return spelledOut ? smallTsu : romaji.substr(0, 1);

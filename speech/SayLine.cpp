@@ -33,6 +33,7 @@ void PlayToEnd(const SoundRef& speech, TellShow tell) {
 void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sayData, TellShow tell) {
     const auto file =
         NotNil(NotNil(SpecialFolder::Temporary())->Child(String("temp") + Str(Ticks()) + ".aiff"));
+    // Kept behaviours 42 and 43.
     shell.Execute(String("say -v ") + voice + " " + Chr(34) + text + Chr(34) + " -o " + file->ShellPath(),
                   file);
     if (!file->Exists()) {
@@ -48,9 +49,10 @@ void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sa
     } else {
         MsgBox("読み上げ結果のファイルをサウンドとして読み込めませんでした");
     }
-    file->Delete();
+    file->Delete();  // kept behaviour 44: not after a kill
 }
 
+/// Kept behaviours 45 and 47.
 void LoadVoicePage(HTMLViewer& viewer, const FolderItemRef& resourceFolder, const String& page) {
     const auto file = NotNil(NotNil(SpecialFolder::Temporary())->Child("temp.html"));
     // A folder of that name, which nobody should have made, would end the show's thread.

@@ -12,6 +12,7 @@ std::string Field(const std::string& name, const std::string& value, const std::
     return "\t<input type=\"hidden\" name=\"" + name + "\"" + more + " value=\"" + value + "\" />\r";
 }
 
+/// Kept behaviour 46.
 String Template(const Deployment& deployment) {
     return "<html>\r"
            "<head><meta http-equiv='Content-Type' content='text/html; charset=utf-8'></head>\r"

@@ -44,7 +44,7 @@ String mainWindow::convertRoma(const String& text) {
     return result;
 }
 
-/// The run stands in the command unescaped: without a single-byte character in it there is nothing to escape.
+/// The run holds nothing that would need escaping. Kept behaviour 53.
 String mainWindow::kanji2roma(const String& run) {
     Shell shell;
     shell.Execute(NotNil(kanji2kanaCmd)->ShellPath() + " -o " + Chr(34) + run + Chr(34));

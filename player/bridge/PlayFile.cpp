@@ -19,8 +19,9 @@ void PlayFile(const FolderItemRef& appFolder, const String& argument, Random& ra
         MsgBox(String("指定したサウンドファイル") + argument + "が存在しません");
         return;
     }
+    // Kept behaviours 38 and 39.
     if (item->Directory()) item = NotNil(item->Item(random.InRange(1, item->Count())));
-    soundData = item->OpenAsSound();
+    soundData = item->OpenAsSound();  // kept behaviour 40
     if (!soundData) {
         MsgBox(String("指定したファイル") + argument + "をサウンドとして読み込めませんでした");
         return;

@@ -5,6 +5,7 @@
 
 namespace sorakaze {
 
+/// Kept behaviour 41.
 void mainWindow::fadeOut(const SoundRef& sound, double seconds) {
     if (!sound || !sound->IsPlaying() || sound->Volume() <= 0) return;
     // The show may replace its sound meanwhile: this one is held until it is silent.

@@ -278,6 +278,7 @@ TEST(InternetHeaders, InstancesAreCountedChangedAndRemoved) {
         change();
         EXPECT_EQ(headers.Entries(), entries);
     }
+    EXPECT_EQ(headers.Source(), "Received: a\r\nX: 1\r\nreceived: b\r\nRECEIVED: c") << "as it was parsed";
 }
 
 TEST(InternetHeaders, Format) {
