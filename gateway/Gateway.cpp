@@ -11,9 +11,9 @@
 #include <system_error>
 #include <utility>
 
-#include "gateway/Encyclopaedia.h"
-#include "gateway/LoopbackServer.h"
-#include "gateway/VoiceService.h"
+#include "gateway/encyclopaedia/Encyclopaedia.h"
+#include "gateway/server/LoopbackServer.h"
+#include "gateway/voice/VoiceService.h"
 
 namespace sorakaze::gateway {
 namespace {
@@ -42,8 +42,8 @@ struct Gateway::Impl {
                          options.requestsPerMinute}),
           address("127.0.0.1:" + std::to_string(server.Port())),
           prefix('/' + RandomToken()) {
-        server.Start([this](const ServerRequest& request) { return Admits(request); },
-                     [this](const ServerRequest& request) { return Answer(request); });
+        server.Start([this](const ServiceRequest& request) { return Admits(request); },
+                     [this](const ServiceRequest& request) { return Answer(request); });
     }
 
     ~Impl() {
@@ -52,40 +52,24 @@ struct Gateway::Impl {
         server.Stop();
     }
 
-    /// What stands behind the token.
-    std::string_view Behind(const ServerRequest& request) const {
+    std::string_view TargetAfterToken(const ServiceRequest& request) const {
         return std::string_view(request.target).substr(prefix.size());
     }
 
-    /// The header's check is against pages from elsewhere whose host's name has been made to mean this
+    /// The host is checked because a page from elsewhere may have had its own host's name resolved to this
     /// machine.
-    bool Admits(const ServerRequest& request) const {
+    bool Admits(const ServiceRequest& request) const {
         if (request.host != address || !request.target.starts_with(prefix + '/')) return false;
         const bool reads = request.method == "GET" || request.method == "HEAD";
-        return reads || (request.method == "POST" && Behind(request).starts_with(kVoicePath));
+        return reads || (request.method == "POST" && TargetAfterToken(request).starts_with(kVoicePath));
     }
 
-    ServerAnswer Answer(const ServerRequest& request) {
-        const std::string_view target = Behind(request);
-        if (target.starts_with(kVoicePath)) return Speak(request, target);
-        ServerAnswer answer;
-        if (const auto search = ParseSearch(target)) {
-            if (const auto found = encyclopaedia.Find(*search)) {
-                answer.status = 302;
-                answer.location = "http://" + address + prefix + ArticleTarget(*found);
-            }
-        } else if (const auto article = ParseArticleAddress(target)) {
-            if (auto page = encyclopaedia.Page(*article)) {
-                answer = {200, "text/html; charset=utf-8", std::move(*page), {}};
-            }
-        }
+    ServiceAnswer Answer(ServiceRequest request) {
+        request.target = TargetAfterToken(request);
+        ServiceAnswer answer =
+            request.target.starts_with(kVoicePath) ? voice.Answer(request) : encyclopaedia.Answer(request);
+        if (!answer.location.empty()) answer.location.insert(0, "http://" + address + prefix);
         return answer;
-    }
-
-    ServerAnswer Speak(const ServerRequest& request, std::string_view target) {
-        const std::string_view path = target.substr(0, target.find('?'));
-        VoiceAnswer spoken = voice.Answer({request.method, std::string(path), request.fields});
-        return {spoken.status, std::move(spoken.contentType), std::move(spoken.body), {}};
     }
 
     VoiceService voice;

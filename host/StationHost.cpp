@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "gateway/StandIn.h"
+#include "gateway/MissingServices.h"
 #include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
 #include "sound/MixingEngine.h"
@@ -44,9 +44,10 @@ Deployment StationHost::ReadDeployment() const {
 std::string StationHost::StartServices(Deployment deployment) {
     hasOwnVoice_ = deployment.voiceHost.empty();
     std::string complaint;
-    gateway_ = gateway::StandIn({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
-                                 deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
-                                deployment.searchHost, deployment.voiceHost, complaint);
+    gateway_ =
+        gateway::StartMissingServices({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
+                                       deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
+                                      deployment.searchHost, deployment.voiceHost, complaint);
     mainWindow().deployment = std::move(deployment);
     return complaint;
 }

@@ -2,41 +2,39 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "studio/VoicePages.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
-#include <memory>
 
 #include "base/Ascii.h"
 #include "base/PercentCoding.h"
-#include "gateway/HtmlTree.h"
+#include "gateway/html/HtmlTree.h"
+#include "network/web/WebAddress.h"
 
 namespace sorakaze::studio {
 namespace {
 
-using gateway::Attribute;
+using gateway::FindElement;
+using gateway::HtmlNode;
 using gateway::HtmlTree;
-using gateway::IsElement;
 
-bool IsForm(const GumboNode* node) {
-    return IsElement(node, GUMBO_TAG_FORM);
+bool IsForm(HtmlNode element) {
+    return element.IsElement("form");
 }
 
-bool IsSound(const GumboNode* node) {
-    const bool plays = IsElement(node, GUMBO_TAG_AUDIO) || IsElement(node, GUMBO_TAG_VIDEO) ||
-                       IsElement(node, GUMBO_TAG_SOURCE) || IsElement(node, GUMBO_TAG_EMBED) ||
-                       IsElement(node, GUMBO_TAG_BGSOUND);
-    return plays && !Attribute(node, "src").empty();
+bool IsSound(HtmlNode element) {
+    const std::string_view tag = element.Tag();
+    const bool plays =
+        tag == "audio" || tag == "video" || tag == "source" || tag == "embed" || tag == "bgsound";
+    return plays && !element.Attribute("src").empty();
 }
 
 /// By recursion, since no HtmlTree is deep.
-void CollectFields(const GumboNode* node, PageForm& form) {
-    const std::string_view name = Attribute(node, "name");
-    const bool hidden = ascii::Lowered(Attribute(node, "type")) == "hidden";
-    if (IsElement(node, GUMBO_TAG_INPUT) && hidden && !name.empty()) {
-        form.fields.emplace_back(name, Attribute(node, "value"));
+void CollectFields(HtmlNode node, PageForm& form) {
+    const std::string_view name = node.Attribute("name");
+    const bool isHidden = ascii::Lowered(node.Attribute("type")) == "hidden";
+    if (node.IsElement("input") && isHidden && !name.empty()) {
+        form.fields.emplace_back(name, node.Attribute("value"));
     }
-    for (const GumboNode* child : gateway::Children(node)) CollectFields(child, form);
+    for (const HtmlNode child : node.Children()) CollectFields(child, form);
 }
 
 /// As a form sends it.
@@ -46,26 +44,14 @@ std::string FormEncoded(std::string_view text) {
     return encoded;
 }
 
-struct EndsUrl {
-    void operator()(CURLU* url) const { curl_url_cleanup(url); }
-};
-
-std::string Part(CURLU& url, CURLUPart part) {
-    char* text = nullptr;
-    if (curl_url_get(&url, part, &text, 0) != CURLUE_OK) return {};
-    std::string copy(text);
-    curl_free(text);
-    return copy;
-}
-
 }  // namespace
 
 std::optional<PageForm> FindForm(std::string_view html) {
     const HtmlTree tree(html);
-    const GumboNode* element = tree.Root() ? gateway::Find(tree.Root(), IsForm) : nullptr;
-    if (!element || ascii::Lowered(Attribute(element, "method")) != "post") return {};
+    const HtmlNode element = FindElement(tree.Root(), IsForm);
+    if (!element || ascii::Lowered(element.Attribute("method")) != "post") return {};
     PageForm form;
-    form.action = ascii::Trimmed(Attribute(element, "action"));
+    form.action = ascii::Trimmed(element.Attribute("action"));
     if (form.action.empty()) return {};
     CollectFields(element, form);
     return form;
@@ -84,26 +70,19 @@ std::string EncodeForm(const PageForm& form) {
 
 std::string FindSound(std::string_view html) {
     const HtmlTree tree(html);
-    const GumboNode* element = tree.Root() ? gateway::Find(tree.Root(), IsSound) : nullptr;
-    return element ? std::string(ascii::Trimmed(Attribute(element, "src"))) : std::string();
+    const HtmlNode element = FindElement(tree.Root(), IsSound);
+    return element ? std::string(ascii::Trimmed(element.Attribute("src"))) : std::string();
 }
 
 std::string Resolve(const std::string& base, const std::string& reference) {
-    const std::unique_ptr<CURLU, EndsUrl> url(curl_url());
-    const bool known =
-        url && !reference.empty() &&
-        (base.empty() || curl_url_set(url.get(), CURLUPART_URL, base.c_str(), 0) == CURLUE_OK) &&
-        curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), 0) == CURLUE_OK;
-    if (!known || Part(*url, CURLUPART_SCHEME) != "http") return {};
-    return Part(*url, CURLUPART_URL);
+    std::string address = web::Resolve(base, reference);
+    return web::ParseAddress(address).scheme == "http" ? address : std::string();
 }
 
 bool IsLoopback(const std::string& address) {
-    const std::unique_ptr<CURLU, EndsUrl> url(curl_url());
-    if (!url || curl_url_set(url.get(), CURLUPART_URL, address.c_str(), 0) != CURLUE_OK) return false;
-    const std::string host = Part(*url, CURLUPART_HOST);
-    const bool number = host.find_first_not_of("0123456789.") == std::string::npos;
-    return (number && host.starts_with("127.")) || host == "localhost" || host == "[::1]";
+    const std::string host = web::ParseAddress(address).host;
+    const bool isNumber = host.find_first_not_of("0123456789.") == std::string::npos;
+    return (isNumber && host.starts_with("127.")) || host == "localhost" || host == "[::1]";
 }
 
 }  // namespace sorakaze::studio

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-#include "gateway/Article.h"
 #include "gateway/Gateway.h"
+#include "gateway/encyclopaedia/Article.h"
 
 namespace sorakaze::gateway {
 namespace {

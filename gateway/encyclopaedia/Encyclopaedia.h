@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The encyclopaedia's service: finds the article about a musician or a band of some name, and serves a page
+// with its beginning. To announce the wrong person is worse than to say nothing, so an uncertain find is
+// none.
+#pragma once
+
+#include <chrono>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "gateway/encyclopaedia/SearchTarget.h"
+#include "gateway/encyclopaedia/SiteApi.h"
+#include "gateway/encyclopaedia/SiteClient.h"
+#include "gateway/server/ServiceMessages.h"
+
+namespace sorakaze::gateway {
+
+/// Called from any thread, several at a time.
+class Encyclopaedia {
+  public:
+    /// A site is a scheme and a host; empty for an edition that isn't available.
+    Encyclopaedia(std::string englishSite, std::string japaneseSite, SiteLimits limits,
+                  Clock clock = &std::chrono::steady_clock::now);
+
+    /// A search is answered with a redirect to the article's page, and an article's target with that page;
+    /// anything else, and what isn't found, with a 404.
+    ServiceAnswer Answer(const ServiceRequest& request);
+
+    /// The address of the article about `search.name`. Blocks while the sites are asked, within the limits.
+    std::optional<ArticleAddress> Find(const Search& search);
+    /// The page of an article that Find has found: the article's beginning as one paragraph, with the
+    /// subject's name in bold, and the link by which the client recognises a musician.
+    std::optional<std::string> Page(const ArticleAddress& address);
+
+    /// Ends every search that is under way; later ones find nothing.
+    void Stop() { client_.Stop(); }
+
+  private:
+    struct Found {
+        std::string title;
+        std::string page;
+    };
+    struct CacheEntry {
+        Search search;
+        std::optional<Found> found;
+        std::chrono::steady_clock::time_point until;
+    };
+    class SearchRun;
+
+    /// For the mutex's holder, both.
+    const CacheEntry* FindCached(const Search& search);
+    void Store(CacheEntry entry);
+
+    const std::string englishSite_;
+    const std::string japaneseSite_;
+    const Clock clock_;
+    SiteClient client_;
+    std::mutex mutex_;             ///< guards `cache_`
+    std::list<CacheEntry> cache_;  ///< last used first
+};
+
+}  // namespace sorakaze::gateway

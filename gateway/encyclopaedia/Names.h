@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Decides whether two spellings are the same artist's name. The only file of this folder that uses ICU.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace sorakaze::gateway {
+
+/// "Prince" for "Prince (musician)": the subject's name without what tells it from others of that name.
+std::string_view WithoutQualifier(std::string_view title);
+
+/// Ignores letter case, accents, widths, punctuation, blanks and a leading "The"; "&" is the same as "and".
+bool SameName(std::string_view one, std::string_view other);
+
+}  // namespace sorakaze::gateway

@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Asks the encyclopaedia's sites, over TLS only. All limits on what a site may do to us, and on what we do to
+// a site, are here.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "gateway/encyclopaedia/RequestLimit.h"
+
+namespace sorakaze::gateway {
+
+struct SiteLimits {
+    std::filesystem::path certificates;   ///< to trust in place of the system's; empty: the system's
+    std::chrono::milliseconds totalTime;  ///< of a session's requests together
+    std::size_t answerSize;               ///< bytes
+    unsigned requestsPerMinute;
+};
+
+class SiteClient {
+  public:
+    explicit SiteClient(SiteLimits limits, Clock clock = &std::chrono::steady_clock::now);
+    ~SiteClient();
+    SiteClient(const SiteClient&) = delete;
+    SiteClient& operator=(const SiteClient&) = delete;
+
+    /// Makes every request that is under way fail at once, and every later one. Any thread.
+    void Stop();
+
+    /// The requests of one search: they share a connection and their time. One thread at a time; sessions of
+    /// different threads run side by side.
+    class Session {
+      public:
+        explicit Session(SiteClient& client);
+        ~Session();
+        Session(const Session&) = delete;
+        Session& operator=(const Session&) = delete;
+
+        /// The body of what `site` ("https://host") has under `path`; nullopt for any failure, and for a body
+        /// of more than `mostBytes`. Redirects are followed within the site. A site that doesn't begin an
+        /// answer, or doesn't end it in time, is not asked again for a minute.
+        std::optional<std::string> Get(const std::string& site, const std::string& path,
+                                       std::size_t mostBytes);
+
+      private:
+        struct Impl;
+        std::unique_ptr<Impl> impl_;
+    };
+
+  private:
+    struct Shared;
+    std::unique_ptr<Shared> shared_;
+};
+
+}  // namespace sorakaze::gateway

@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netdb.h>
+
+#include <atomic>
+#include <cstring>
+
+#include "gateway/Gateway.h"
+#include "gateway/encyclopaedia/Encyclopaedia.h"
+#include "tests/gateway/encyclopaedia/ArticleShelf.h"
+#include "tests/support/TestShow.h"
+
+namespace {
+
+/// Of "name.invalid", which is this machine if a test says so and else isn't found.
+std::atomic<int> lookUps = 0;
+std::atomic<bool> isFound = false;
+
+/// The user's proxy isn't asked for what is on this machine.
+[[maybe_unused]] const int kNoProxy = ::setenv("no_proxy", "*", 1);
+
+}  // namespace
+
+/// Replaces the C library's.
+extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** found) {
+    static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    if (name && std::strcmp(name, "name.invalid") == 0) {
+        ++lookUps;
+        if (!isFound) return EAI_NONAME;
+        name = "localhost";
+    }
+    return real(name, service, hints, found);
+}
+
+namespace sorakaze::gateway {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::StartsWith;
+
+struct EncyclopaediaTest : testing::Test {
+    static test::ArticleShelf Shelf(const char* edition) {
+        return test::ArticleShelf(std::filesystem::path(PAGES_FOLDER) / edition);
+    }
+    void Ask(const std::string& site) {
+        encyclopaedia.emplace(site, "", limits, [this] { return now; });
+    }
+    bool Finds(const char* name) { return encyclopaedia->Find({Edition::English, name}).has_value(); }
+
+    const test::Authority authority;
+    const test::Certificate good = authority.Issue("localhost");
+    SiteLimits limits{authority.File(), 15'000ms, 1 << 20, 20};
+    const test::TlsSite::Answers answers = [shelf = Shelf("en")](const auto& target) {
+        return shelf.Ask(target);
+    };
+    std::chrono::steady_clock::time_point now{};
+    std::optional<Encyclopaedia> encyclopaedia;
+};
+
+TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
+    for (const bool japanese : {false, true}) {
+        const test::ArticleShelf pages = Shelf(japanese ? "ja" : "en");
+        const test::TlsSite site(good, [&](const std::string& target) { return pages.Ask(target); });
+        Options options;
+        options.certificates = limits.certificates;
+        options.requestsPerMinute = 1000;
+        options.englishSite = options.japaneseSite = site.Address();
+        const Gateway gateway(options);
+        test::TestShow show;
+        show.window.deployment.searchHost = gateway.Host();
+        show.window.isJapaneseOn = japanese;
+        for (const auto& [name, said] : pages.Expected()) {
+            show.window.artist = "unknown";
+            show.window.getContents(name);
+            EXPECT_EQ(show.window.wikiContents.Bytes(), said) << name;
+            if (!japanese && !said.empty()) {
+                EXPECT_THAT(said, StartsWith(show.window.artist.Bytes())) << name;
+            }
+        }
+        EXPECT_GT(pages.Expected().size(), japanese ? 8u : 24u);
+    }
+}
+
+TEST_F(EncyclopaediaTest, ASiteThatIsNotToBeTrustedOrUnderstoodIsNoFind) {
+    const test::Certificate another = test::Authority().Issue("localhost");
+    const test::Certificate expired = authority.Issue("localhost", -1);
+    const test::Certificate elsewhere = authority.Issue("elsewhere.test");
+    const struct {
+        const char* what;
+        const test::Certificate& certificate;
+        test::TlsSite::Answer answer;
+    } cases[] = {
+        {"another authority", another, {}},
+        {"expired", expired, {}},
+        {"another host", elsewhere, {}},
+        {"a fault", good, {500, ""}},
+        {"elsewhere", good, {302, "", "https://127.0.0.1:9/w"}},
+        {"without TLS", good, {302, "", "http://localhost/w"}},
+        {"round and round", good, {302, "", "/w"}},
+        {"without end", good, {200, "", "", true}},
+        {"no JSON", good, {200, "<html>"}},
+        {"other JSON", good, {200, R"({"query":{"pages":[7,{"ns":0,"title":8}],"redirects":"x"}})"}},
+    };
+    for (const auto& [what, certificate, answer] : cases) {
+        const test::TlsSite site(certificate, [answer = answer](const std::string&) { return answer; });
+        Ask(site.Address());
+        EXPECT_FALSE(Finds("ac/dc")) << what;
+        EXPECT_EQ(site.requests > 0, &certificate == &good) << what;
+    }
+    const test::TlsSite site(good, [&](const std::string& target) {
+        return target.starts_with("/moved") ? answers(target)
+                                            : test::TlsSite::Answer{301, "", "/moved" + target};
+    });
+    for (const auto& address : {site.Address(), site.Address("http"), std::string()}) {
+        Ask(address);
+        EXPECT_EQ(Finds("ac/dc"), address.starts_with("https:")) << address;
+    }
+}
+
+TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
+    std::atomic<int> status = 200;
+    const test::TlsSite site(good, [&](const std::string& target) {
+        return status == 200 ? answers(target) : test::TlsSite::Answer{status, ""};
+    });
+    limits.requestsPerMinute = 5;
+    Ask(site.Address());
+    EXPECT_TRUE(encyclopaedia->Page(encyclopaedia->Find({Edition::English, "therapy?"}).value()));
+    EXPECT_TRUE(Finds("therapy?"));
+    EXPECT_FALSE(Finds("nobody at all"));
+    EXPECT_FALSE(Finds("nobody at all"));
+    EXPECT_EQ(site.requests, 3) << "two for an artist, one for nobody, none again";
+    EXPECT_TRUE(Finds("jimi hendrix"));
+    EXPECT_FALSE(Finds("ac/dc"));
+    EXPECT_EQ(site.requests, 5) << "the minute's share";
+    now += 60s;
+    status = 429;
+    EXPECT_FALSE(Finds("ac/dc"));
+    status = 200;
+    now += 89s;
+    EXPECT_FALSE(Finds("ac/dc")) << "the site asked for a pause";
+    now += 61s;
+    EXPECT_TRUE(Finds("ac/dc")) << "a failure isn't remembered for long";
+    EXPECT_FALSE(encyclopaedia->Page({Edition::Japanese, "AC/DC"}));
+}
+
+TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
+    const test::TlsSite site(authority.Issue("name.invalid"), answers);
+    {
+        // A show without a network: one look-up, then nothing is known of anybody.
+        Options options;
+        options.englishSite = site.Address("https", "name.invalid");
+        const Gateway gateway(options);
+        test::TestShow show;
+        show.window.deployment.searchHost = gateway.Host();
+        for (const char* name : {"ac/dc", "therapy?"}) show.window.getContents(name);
+        EXPECT_EQ(show.window.wikiContents, "");
+        EXPECT_EQ(lookUps.exchange(0), 1);
+    }
+    Ask(site.Address("https", "name.invalid"));
+    EXPECT_FALSE(Finds("ac/dc"));
+    EXPECT_EQ(lookUps, 1);
+    isFound = true;
+    now += 59s;
+    EXPECT_FALSE(Finds("therapy?"));
+    EXPECT_EQ(lookUps, 1);
+    now += 1s;
+    EXPECT_TRUE(Finds("ac/dc"));
+    EXPECT_TRUE(Finds("therapy?"));
+}
+
+}  // namespace
+}  // namespace sorakaze::gateway

@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "gateway/encyclopaedia/SearchTarget.h"
+#include "gateway/encyclopaedia/SiteApi.h"
+
+/// What a site answers, and what a client asks for.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace sorakaze::gateway;
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    for (const Candidate& candidate : ReadCandidates(input)) {
+        if (candidate.title.empty()) std::abort();
+    }
+    ReadLeadSection(input);
+    if (const auto search = ParseSearch(input); search && search->name.empty()) std::abort();
+    if (const auto address = ParseArticleAddress(input)) {
+        const auto again = ParseArticleAddress(ArticleTarget(*address));
+        if (!again || again->title != address->title) std::abort();
+    }
+    return 0;
+}
