@@ -2,18 +2,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gateway/encyclopaedia/Names.h"
 
-#include <unicode/normalizer2.h>
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
-
-#include <cstdint>
-#include <utility>
+#include "base/Utf8.h"
+#include "base/unicode/Characters.h"
+#include "base/unicode/Normalization.h"
 
 namespace sorakaze::gateway {
 namespace {
 
 /// For letters that Unicode doesn't decompose into a plain one and an accent.
-const char* PlainLetters(UChar32 letter) {
+const char* PlainLetters(char32_t letter) {
     switch (letter) {
         case U'&':
         case U'+':
@@ -38,30 +35,23 @@ const char* PlainLetters(UChar32 letter) {
     }
 }
 
-icu::UnicodeString Folded(std::string_view name) {
-    auto text = icu::UnicodeString::fromUTF8({name.data(), static_cast<std::int32_t>(name.size())});
-    UErrorCode error = U_ZERO_ERROR;
-    const icu::Normalizer2* normalizer = icu::Normalizer2::getNFKDInstance(error);
-    if (U_SUCCESS(error)) text = normalizer->normalize(text, error);
-    return text.foldCase().trim();
-}
-
-icu::UnicodeString ComparisonKey(std::string_view name) {
-    icu::UnicodeString text = Folded(name);
-    if (text.startsWith(u"the ")) text.remove(0, 4);
-    if (text.endsWith(u", the")) text.truncate(text.length() - 5);
-    icu::UnicodeString plain;
-    for (std::int32_t at = 0; at < text.length(); at = text.moveIndex32(at, 1)) {
-        const UChar32 character = text.char32At(at);
-        if (const char* letters = PlainLetters(character)) {
-            plain.append(icu::UnicodeString(letters, -1, US_INV));
-        } else if (u_isalnum(character) || u_getCombiningClass(character) == 8) {
-            // Class 8 are the voicing marks of kana: they make another sound, so they count.
-            plain.append(character);
+std::string ComparisonKey(std::string_view name) {
+    const std::string folded = unicode::FoldedCase(unicode::Normalized(name, unicode::NormalForm::Nfkd));
+    std::string_view text = unicode::Trimmed(folded);
+    if (text.starts_with("the ")) text.remove_prefix(4);
+    if (text.ends_with(", the")) text.remove_suffix(5);
+    std::string plain;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [code, size] = utf8::Read(text, at);
+        at += size;
+        if (const char* letters = PlainLetters(code)) {
+            plain += letters;
+        } else if (unicode::IsAlphanumeric(code) || unicode::IsKanaVoicingMark(code)) {
+            utf8::Append(plain, code);
         }
     }
     // Some bands' names are nothing but marks.
-    return plain.isEmpty() ? text : plain;
+    return plain.empty() ? std::string(text) : plain;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Decides whether two spellings are the same artist's name. The only file of this folder that uses ICU.
+// Decides whether two spellings are the same artist's name. Pure functions; any thread.
 #pragma once
 
 #include <string>

@@ -2,34 +2,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gateway/encyclopaedia/SearchTarget.h"
 
-#include <unicode/utf8.h>
-
 #include <algorithm>
-#include <cctype>
-#include <charconv>
 #include <cstddef>
-#include <cstdint>
 
 #include "base/PercentCoding.h"
+#include "base/Utf8.h"
 
 namespace sorakaze::gateway {
 namespace {
 
 constexpr std::size_t kLongestTitle = 255;
 
-bool IsUtf8(std::string_view text) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto size = static_cast<std::int32_t>(text.size());
-    for (std::int32_t at = 0; at < size;) {
-        UChar32 character = 0;
-        U8_NEXT(bytes, at, size, character);
-        if (character < 0) return false;
-    }
-    return true;
-}
-
 bool IsTitle(std::string_view text) {
-    return !text.empty() && text.size() <= kLongestTitle && IsUtf8(text);
+    return !text.empty() && text.size() <= kLongestTitle && utf8::IsWellFormed(text);
 }
 
 bool TakePrefix(std::string_view& text, std::string_view prefix) {
