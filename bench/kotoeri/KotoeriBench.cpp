@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "speech/kotoeri/Reader.h"
+#include "speech/kotoeri/Hiragana.h"
 #include "tests/support/TestShow.h"
 
 namespace {
@@ -20,16 +20,16 @@ using namespace sorakaze;
 constexpr const char* kTitle = "夜明けの歌を君に贈る 春の風が街に吹くよ";
 
 void OneReading(benchmark::State& state) {
-    const kotoeri::Reader reader;
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(reader.Read(kTitle));
+    const japanese::Reader reader{japanese::Dictionary()};
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(kotoeri::InHiragana(reader, kTitle));
 }
 BENCHMARK(OneReading)->Unit(benchmark::kMicrosecond);
 
 void ALongReading(benchmark::State& state) {
-    const kotoeri::Reader reader;
+    const japanese::Reader reader{japanese::Dictionary()};
     std::string text;
     for (int i = 0; i < 250; ++i) text += kTitle;
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(reader.Read(text));
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(kotoeri::InHiragana(reader, text));
 }
 BENCHMARK(ALongReading)->Unit(benchmark::kMillisecond);
 

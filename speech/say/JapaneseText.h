@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Makes of a Japanese text, with kanji, numbers and foreign names in it, what is to be pronounced.
+// Turns a Japanese text, with kanji, numbers and foreign names, into what is to be pronounced.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "speech/say/Morphemes.h"
+#include "speech/japanese/Reader.h"
 
 namespace sorakaze::speech {
 
@@ -15,7 +15,7 @@ namespace sorakaze::speech {
 struct SpokenPart {
     enum class Language { Japanese, Latin };
     Language language = Language::Japanese;
-    std::string text;  ///< katakana with a blank between phrases; or as it stood
+    std::string text;  ///< katakana with blanks between phrases; Latin as in the text
 };
 
 struct SpokenClause {
@@ -24,10 +24,11 @@ struct SpokenClause {
     End end = End::Sentence;
 };
 
-/// Full-width letters and digits as ASCII, half-width kana as ordinary ones. Any bytes; linear.
-std::string OrdinaryWidths(std::string_view text);
+/// Full-width letters and digits become ASCII, everything else as japanese::CleanText has it. Any bytes;
+/// linear.
+std::string OrdinaryForms(std::string_view text);
 
-/// `text` is valid UTF-8 in ordinary widths, and `morphemes` are those of it. What has no sound is left out.
-std::vector<SpokenClause> FindClauses(const std::string& text, const std::vector<Morpheme>& morphemes);
+/// What is said of a text that SpokenText and OrdinaryForms returned. What has no sound is left out.
+std::vector<SpokenClause> FindClauses(const japanese::Reader& reader, std::string_view text);
 
 }  // namespace sorakaze::speech

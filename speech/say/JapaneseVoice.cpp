@@ -9,7 +9,6 @@
 
 #include "speech/say/JapaneseText.h"
 #include "speech/say/KanaPhonemes.h"
-#include "speech/say/Morphemes.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -143,9 +142,10 @@ class Speaker {
 
 }  // namespace
 
-void SpeakJapanese(Engine& engine, const std::string& text, double speed, const Engine::Sink& sink) {
+void SpeakJapanese(Engine& engine, const japanese::Reader& reader, std::string_view text, double speed,
+                   const Engine::Sink& sink) {
     Speaker speaker(engine, speed, sink);
-    for (const SpokenClause& clause : FindClauses(text, FindMorphemes(text))) speaker.Speak(clause);
+    for (const SpokenClause& clause : FindClauses(reader, text)) speaker.Speak(clause);
 }
 
 }  // namespace sorakaze::speech

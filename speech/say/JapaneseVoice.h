@@ -2,15 +2,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <string>
+#include <string_view>
 
+#include "speech/japanese/Reader.h"
 #include "speech/say/Engine.h"
 
 namespace sorakaze::speech {
 
-/// Reads a Japanese text (as SpokenText and OrdinaryWidths give it) with the engine's chosen voice: kanji by
-/// the dictionary, foreign names as an English speaker has them, pauses where the marks stand. What the sink
-/// throws is thrown here, and std::runtime_error where there is no dictionary.
-void SpeakJapanese(Engine& engine, const std::string& text, double speed, const Engine::Sink& sink);
+/// Speaks a Japanese text that SpokenText and OrdinaryForms returned with the engine's chosen voice: foreign
+/// names as an English speaker says them, pauses at the marks. Passes on what the sink throws.
+void SpeakJapanese(Engine& engine, const japanese::Reader& reader, std::string_view text, double speed,
+                   const Engine::Sink& sink);
 
 }  // namespace sorakaze::speech

@@ -29,6 +29,10 @@ namespace {
 
 using namespace sorakaze::speech;
 
+void Complain(std::string_view message) {
+    std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
+}
+
 /// Levels the samples of one voice into the file. The rate of the samples is known when they begin.
 class Recorder {
   public:
@@ -90,7 +94,7 @@ void Speak(Engine& engine, const std::string& voice, const std::string& text, do
     if (!silent && engine.IsJapanese() && SayByOpenJTalk(voice, text, speed, file, recorder)) return;
     record({}, Place::Within);
     if (!silent && engine.IsJapanese()) {
-        SpeakJapanese(engine, text, speed, record);
+        SpeakJapanese(engine, sorakaze::japanese::OpenReader(Complain), text, speed, record);
     } else if (!silent) {
         engine.Speak(text, record);
     }
@@ -100,7 +104,7 @@ void SayTo(const std::string& voice, std::string_view text, const char* file, do
     Engine engine;
     engine.Choose(voice, speed);
     Recorder recorder(file);
-    const std::string whole = OrdinaryWidths(SpokenText(text));
+    const std::string whole = OrdinaryForms(SpokenText(text));
     const std::string spoken(SpeakableBeginning(whole));
     bool cut = spoken.size() < whole.size();
     try {
@@ -112,10 +116,6 @@ void SayTo(const std::string& voice, std::string_view text, const char* file, do
     if (!cut) return;
     std::puts("say: the text is too long, its speech was cut");
     std::fflush(stdout);
-}
-
-void Complain(std::string_view message) {
-    std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
 }
 
 std::optional<double> ReadSpeed(std::string_view word) {

@@ -15,11 +15,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Foreign words in angle brackets; behind each clause its pause as a mark.
+/// Foreign words in angle brackets; after each clause its pause as a mark.
 std::string Spoken(const std::string& text) {
-    const std::string ordinary = OrdinaryWidths(text);
+    static const japanese::Reader reader{japanese::Dictionary()};
     std::string spoken;
-    for (const SpokenClause& clause : FindClauses(ordinary, FindMorphemes(ordinary))) {
+    for (const SpokenClause& clause : FindClauses(reader, OrdinaryForms(text))) {
         for (const SpokenPart& part : clause.parts) {
             spoken += part.language == SpokenPart::Language::Latin ? "<" + part.text + ">" : part.text;
         }

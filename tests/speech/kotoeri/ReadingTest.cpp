@@ -5,21 +5,23 @@
 
 #include "app/runtime/Shell.h"
 #include "base/Utf8.h"
-#include "speech/kotoeri/Characters.h"
-#include "speech/kotoeri/Reader.h"
+#include "speech/japanese/Characters.h"
+#include "speech/kotoeri/Hiragana.h"
 #include "tests/support/TestShow.h"
 
 namespace sorakaze::kotoeri {
 namespace {
 
-const Reader& TheReader() {
-    static const Reader reader;
-    return reader;
+using namespace japanese;
+
+std::string Read(const std::string& text) {
+    static const Reader reader{Dictionary()};
+    return InHiragana(reader, text);
 }
 
 void ExpectReadings(const std::vector<std::pair<std::string, std::string>>& cases) {
     for (const auto& [text, reading] : cases) {
-        const std::string read = TheReader().Read(text);
+        const std::string read = Read(text);
         EXPECT_TRUE(read == reading) << text << " is read " << read << " and not " << reading;
     }
 }
@@ -75,8 +77,8 @@ TEST(Reading, EntriesAreWholeWords) {
         {"八百万円", "はっぴゃくまんえん"},
         {"八百万の神", "やおよろず,の,かみ"},
     });
-    for (const Entry& entry : Entries()) {
-        std::string read = TheReader().Read(Encode(entry.surface));
+    for (const Entry& entry : LexiconEntries()) {
+        std::string read = Read(Encode(entry.surface));
         std::string reading = Encode(entry.reading);
         std::erase(read, ',');
         std::erase(reading, ' ');
@@ -106,8 +108,8 @@ TEST(Reading, Numbers) {
         {"八千六百本", "はっせんろっぴゃっぽん"},
         {"何千回", "なんぜんかい"},
         {"一ヵ月", "いっかげつ"},
-        {"一九八四", "いちきゅうはちよん"},
-        {"二〇〇一年", "にぜろぜろいちねん"},
+        {"一九八四", "せんきゅうひゃくはちじゅうよん"},
+        {"二〇〇一年五月一日", "にせんいちねん,ごがつ,ついたち"},
         {"〇〇七", "ぜろぜろなな"},
         {"十回", "じゅっかい"},
         {"二十歳", "はたち"},
@@ -115,6 +117,8 @@ TEST(Reading, Numbers) {
         {"歳", "さい"},  // of "17歳", the digits of which never come here
         {"100万回", "100まんかい"},
         {"3月9日", "3がつ,9にち"},
+        {"3丁目の夕日", "3ちょうめ,の,ゆうひ"},
+        {"丁目の夕日", "ちょうめ,の,ゆうひ"},  // of "3丁目の夕日"
     });
 }
 
@@ -141,7 +145,7 @@ TEST(Reading, LongTextsAreReadToTheirEnds) {
                                    "1夢", "夢は", "宇多田ヒカル", "か\u3099", "ｶﾞ", "\xFF", "\xE3"}) {
         std::string text;
         for (int i = 0; i < 5000; ++i) text += unit;
-        const std::string reading = TheReader().Read(text + "終");
+        const std::string reading = Read(text + "終");
         EXPECT_GE(utf8::CountCharacters(reading), 2500u) << unit;
         const std::string end = reading.substr(reading.size() - 12);
         EXPECT_TRUE(end.find("おわ") != std::string::npos || end.ends_with("しゅう")) << unit << ": " << end;
@@ -149,8 +153,8 @@ TEST(Reading, LongTextsAreReadToTheirEnds) {
 }
 
 TEST(Reading, AMissingDictionaryIsTold) {
-    EXPECT_THROW(Reader("/nowhere at all"), NoDictionary);
-    EXPECT_TRUE(ReadWithoutDictionary("宇多田ﾋｶﾙ ABC\xFF") == "宇多田ひかる ABC\xFF");
+    EXPECT_THROW(Dictionary("/nowhere at all"), NoDictionary);
+    EXPECT_TRUE(InHiraganaWithoutDictionary("宇多田ﾋｶﾙ ABC\xFF") == "宇多田ひかる ABC\xFF");
 }
 
 /// The program as a show runs it: by the shell, confined, with its folder and the dictionary to read.
