@@ -63,8 +63,8 @@ TEST(KeptBehaviour, ATrackThatEndsWhileABlockRunsStopsTheTimer) {
 
 TEST(KeptBehaviour, OneWordIsNoVoiceAndAKilledLineLeavesItsFile) {
     TestShow show("personality: Anna\nopening: 0, say x\n");
-    const auto say =
-        show.folder.Write("Sorakaze.app/Contents/Resources/say", "#!/bin/sh\nprintf '%s' \"$2\" > \"$5\"\n");
+    const auto say = show.folder.Write("Sorakaze.app/Contents/Resources/say",
+                                       "#!/bin/sh\nprintf '%s' \"$2\" > \"$5\"\nexit 3\n");
     std::filesystem::permissions(say, std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
     const auto file = show.runtime.TemporaryFolder() / "temp0.aiff";
     show.host.hold = true;
