@@ -55,6 +55,8 @@ TEST(KeptBehaviour, ATrackThatEndsWhileABlockRunsStopsTheTimer) {
     TestShow show("opening: 0, wait 1\nintro: 0, x\n");
     show.window.programStart.Push();
     show.window.mainTimer.SetMode(Timer::kMultiple);
+    show.Pass(30);
+    EXPECT_EQ(show.window.mainTimer.Mode(), Timer::kOff);
     show.Pass(600);
     EXPECT_EQ(show.window.mainTimer.Mode(), Timer::kOff);
     EXPECT_THAT(show.trace.All("block "), ElementsAre("opening 0"));
