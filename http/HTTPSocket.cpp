@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What callers ask for: requests in all their forms, and what goes out with them.
+// The public operations: requests in all their forms, their headers and content.
 #include "http/HTTPSocket.h"
 
 #include "app/runtime/Exceptions.h"

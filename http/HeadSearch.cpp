@@ -11,14 +11,14 @@ std::optional<HeadSearch::HeadEnd> HeadSearch::FindEnd(std::string_view text, st
     if (position != position_) *this = HeadSearch();
     position_ = position;
     const std::size_t searched = std::exchange(searched_, text.size());
-    for (std::size_t i = 0; i < kTextCount; ++i) {
-        // It may have begun in the last bytes of the search before.
-        const std::size_t from = searched - std::min(searched, kTexts[i].size() - 1);
-        if (!places_[i].Found()) places_[i].at = text.find(kTexts[i], from);
+    for (std::size_t i = 0; i < kPatternCount; ++i) {
+        // It may begin in the last bytes of the search before.
+        const std::size_t from = searched - std::min(searched, kPatterns[i].size() - 1);
+        if (!places_[i].Found()) places_[i].at = text.find(kPatterns[i], from);
         if (places_[kCrLfTwice].Found()) return HeadEnd{places_[kCrLfTwice].at, 2};
     }
-    const bool showsLf = !places_[kCrLfOnce].Found() && places_[kLfOnce].Found();
-    for (const Text end : {showsLf ? kLfTwice : kCrTwice, kCrTwice, kLfTwice}) {
+    const bool usesLf = !places_[kCrLfOnce].Found() && places_[kLfOnce].Found();
+    for (const Pattern end : {usesLf ? kLfTwice : kCrTwice, kCrTwice, kLfTwice}) {
         if (places_[end].Found()) return HeadEnd{places_[end].at, 1};
     }
     return std::nullopt;

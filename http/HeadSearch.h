@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the head ends in what has arrived of a response. A head that comes in byte by byte costs no more than
-// one that comes at once: every byte is looked at once.
+// Finds the end of the head in what has arrived of a response. It looks at every byte once, so a head that
+// arrives byte by byte costs no more than one that arrives at once. No I/O.
 #pragma once
 
 #include <array>
@@ -14,26 +14,26 @@ namespace sorakaze::http {
 
 class HeadSearch {
   public:
-    /// Behind the head stands a line end twice: the empty line.
+    /// After the head there is a line end twice: the empty line.
     struct HeadEnd {
         std::size_t headSize;
         std::size_t lineEndSize;
     };
 
-    /// Where the head ends as far as the bytes at hand tell. A line end of the kind that they show, twice in
-    /// a row; a CRLF goes before a LF, and that before a CR, wherever it stands. Where that kind doesn't
-    /// stand twice in a row, another does for it: of LF, CRLF and CR the last one that does. So a head with
-    /// mixed line ends is still cut, and what lies behind the head has its say if it came along.
+    /// Where the head in `text` ends; nullopt until it does. It ends where the text's line end occurs twice
+    /// in a row; that is CRLF if the text has one anywhere, else LF, else CR. If this one doesn't occur twice
+    /// in a row, it is the last of LF, CRLF and CR that does: so a head with mixed line ends is still found,
+    /// and bytes of the body that arrived with the head can decide it.
     ///
-    /// `position` is that of the text's beginning in all that arrives: while it is that of the call before,
-    /// the text is that call's text with more behind it.
+    /// `position` is that of the text's beginning in all that arrives. As long as it is the same, the text
+    /// must begin with the text of the call before.
     std::optional<HeadEnd> FindEnd(std::string_view text, std::uint64_t position);
 
   private:
-    enum Text { kCrLfTwice, kCrLfOnce, kLfTwice, kLfOnce, kCrTwice, kTextCount };
-    static constexpr std::array<std::string_view, kTextCount> kTexts{"\r\n\r\n", "\r\n", "\n\n", "\n",
-                                                                     "\r\r"};
-    /// Where a text first occurs. Once found, it stays there while bytes are added.
+    enum Pattern { kCrLfTwice, kCrLfOnce, kLfTwice, kLfOnce, kCrTwice, kPatternCount };
+    static constexpr std::array<std::string_view, kPatternCount> kPatterns{"\r\n\r\n", "\r\n", "\n\n", "\n",
+                                                                           "\r\r"};
+    /// Where a pattern first occurs: the same place when bytes are added.
     struct FirstPlace {
         std::size_t at = std::string_view::npos;
         bool Found() const { return at != std::string_view::npos; }
@@ -41,7 +41,7 @@ class HeadSearch {
 
     std::uint64_t position_ = 0;
     std::size_t searched_ = 0;  ///< of the text
-    std::array<FirstPlace, kTextCount> places_;
+    std::array<FirstPlace, kPatternCount> places_;
 };
 
 }  // namespace sorakaze::http

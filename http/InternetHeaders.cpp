@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "http/LineEnd.h"
+#include "http/HeadParser.h"
 
 namespace sorakaze {
 namespace {
@@ -13,7 +13,8 @@ std::string_view NameOf(std::string_view key) {
     return key.substr(0, key.find(':'));
 }
 
-/// The key of an instance; wider than an instance number, to count beyond any.
+/// The key of an instance. The index is wider than an instance number, so that a loop can count past the
+/// last.
 String KeyOf(const String& name, std::int64_t index) {
     return index == 0 ? name : String(name.Bytes() + ':' + std::to_string(index));
 }
@@ -33,11 +34,6 @@ class Lines {
     bool any_ = false;
 };
 
-/// The head without the line ends in front of continuation lines.
-String Unfolded(const String& text, const String& lineEnd) {
-    return ReplaceAll(ReplaceAll(text, lineEnd + " ", " "), lineEnd + "\t", " ");
-}
-
 }  // namespace
 
 void InternetHeaders::Constructor() {
@@ -51,7 +47,7 @@ void InternetHeaders::Store(const String& key, const String& value) {
 
 void InternetHeaders::Remove(const String& key) {
     NotNil(_Headers)->Remove(key);
-    // Whose number has become free isn't worth finding out.
+    // Simpler than to find out whose number has become free.
     if (firstFree_.Count() > 0) firstFree_.Clear();
 }
 
@@ -166,7 +162,6 @@ String InternetHeaders::_FormatEmailHeaders() const {
     for (const char* name : {"To", "CC"}) {
         if (NameCount(name) > 0) lines.Add(name, CommaSeparatedValues(name));
     }
-    // Blind copies stand here and nowhere above: nobody is to see them.
     // Kept behaviour 63.
     const String placed = ":Date:Subject:From:To:CC:BCC:Received:Return-Path:";
     const std::int32_t count = Count();
@@ -177,21 +172,11 @@ String InternetHeaders::_FormatEmailHeaders() const {
     return std::move(lines).Text();
 }
 
-/// Kept behaviour 62.
 void InternetHeaders::_ParseHeaders(const String& text) {
     _rawHeaders = text;
-    const String lineEnd = _DetermineEOLCharacter(text);
     Constructor();
-    const String unfolded = Unfolded(text, lineEnd);
-    std::string_view rest = unfolded.Bytes();
-    while (!rest.empty()) {
-        const std::size_t end = rest.find(lineEnd.Bytes());
-        const std::string_view line = rest.substr(0, end);
-        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + lineEnd.Bytes().size());
-        const std::size_t colon = line.find(':');
-        if (colon == std::string_view::npos) continue;
-        AppendHeader(String(line.substr(0, colon)), LTrim(String(line.substr(colon + 1))));
-    }
+    for (const http::HeaderField& field : http::ParseHeaderFields(text))
+        AppendHeader(field.name, field.value);
 }
 
 }  // namespace sorakaze

@@ -11,7 +11,7 @@
 namespace sorakaze::http {
 namespace {
 
-/// The last place in the text which no character reaches across, whatever bytes will follow.
+/// The last place in the text that is between two characters, whatever bytes will follow.
 std::size_t LastBoundary(std::string_view text) {
     constexpr std::size_t kMostContinuations = 3;
     std::size_t lead = text.size();

@@ -10,19 +10,19 @@
 
 namespace sorakaze::http {
 
-/// The body of a response, piece by piece. Whoever waits for it asks for its length over and over, so that
-/// what was counted once isn't counted again.
+/// The body of a response, collected in pieces. A wait asks for its length again and again, so what has been
+/// counted isn't counted again.
 class PageBuffer {
   public:
     void Append(const String& piece) { bytes_ += piece.Bytes(); }
     void Clear() { *this = PageBuffer(); }
     String Text() const { return bytes_; }
-    /// Len of the text.
+    /// Len of the text: characters.
     std::int32_t Length();
 
   private:
     std::string bytes_;
-    std::size_t counted_ = 0;  ///< bytes in front of which `characters_` is the number of characters
+    std::size_t counted_ = 0;  ///< bytes, which hold `characters_` characters
     std::size_t characters_ = 0;
 };
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A request's way to the wire.
+// How a request is sent.
 #include <utility>
 
 #include "app/runtime/TextStreams.h"
 #include "http/HTTPSocket.h"
-#include "http/LineEnd.h"
+#include "http/HeadParser.h"
 #include "http/Url.h"
 
 namespace sorakaze {
@@ -25,7 +25,7 @@ void HTTPSocket::_ParseURL(const String& url) {
     Port = parts.port == 0 ? DefaultPort : parts.port;
 }
 
-/// By value: the caller may hand in what the preparation of the download drops.
+/// By value: `file` may be _downloadFile, which the preparation of the download clears.
 void HTTPSocket::_DoConnect(String url, String method, FolderItemRef file) {
     mErrorCode = 0;
     _ParseURL(url);
@@ -63,7 +63,7 @@ void HTTPSocket::_KillDownloadStream() {
     _downloadStream = nullptr;
 }
 
-/// The target can't be written. What there is of a connection goes with it, and is none to the next error.
+/// The target can't be written: the connection ends too, and no longer counts as one for the next error.
 void HTTPSocket::FailDownload() {
     Close();
     _connectionValid = false;

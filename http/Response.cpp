@@ -1,45 +1,45 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A response from its first byte to the end of the connection.
+// How a response is taken in, from its first byte to the end of the connection.
 #include <algorithm>
 #include <limits>
 #include <utility>
 
 #include "http/HTTPSocket.h"
-#include "http/LineEnd.h"
+#include "http/HeadParser.h"
 
 namespace sorakaze {
 namespace {
 
-/// Sets the flag for as long as it lives, or the flag does.
-class Protection {
+/// Sets the flag until it is destroyed. The flag may be gone by then.
+class FlagScope {
   public:
-    explicit Protection(const std::shared_ptr<bool>& flag) : flag_(flag) { *flag = true; }
-    ~Protection() {
+    explicit FlagScope(const std::shared_ptr<bool>& flag) : flag_(flag) { *flag = true; }
+    ~FlagScope() {
         if (const auto flag = flag_.lock()) *flag = false;
     }
-    Protection(const Protection&) = delete;
-    Protection& operator=(const Protection&) = delete;
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
 
   private:
     const std::weak_ptr<bool> flag_;
 };
 
-/// Calls it at the scope's end, however that comes.
+/// Makes the call when the scope is left, by an exception too.
 template <typename Call>
-class AtEnd {
+class ScopeExit {
   public:
-    explicit AtEnd(Call call) : call_(std::move(call)) {}
-    ~AtEnd() { call_(); }
-    AtEnd(const AtEnd&) = delete;
-    AtEnd& operator=(const AtEnd&) = delete;
+    explicit ScopeExit(Call call) : call_(std::move(call)) {}
+    ~ScopeExit() { call_(); }
+    ScopeExit(const ScopeExit&) = delete;
+    ScopeExit& operator=(const ScopeExit&) = delete;
 
   private:
     const Call call_;
 };
 
-/// Of bytes, for the socket: no more than it counts.
-std::int32_t Count(std::size_t size) {
+/// A number of bytes, at most as many as the socket counts.
+std::int32_t ByteCount(std::size_t size) {
     return static_cast<std::int32_t>(std::min<std::size_t>(size, std::numeric_limits<std::int32_t>::max()));
 }
 
@@ -54,22 +54,22 @@ void HTTPSocket::Event_DataAvailable() {
 
 void HTTPSocket::_HandleNewData() {
     if (*threadProtection) return;
-    const Protection protection(threadProtection);
+    const FlagScope protection(threadProtection);
     if (!_pageHeaders) {
         const auto end = _headSearch.FindEnd(LookaheadView(), ReadPosition());
         if (!end) return;  // kept behaviour 66
-        _ParseHeaders(TCPSocket::Read(Count(end->headSize)));
-        if (!GoesOnBehindHead(2 * end->lineEndSize)) return;
+        _ParseHeaders(TCPSocket::Read(ByteCount(end->headSize)));
+        if (!HandleHead(2 * end->lineEndSize)) return;
     }
     _ProcessData(ReadAll());
 }
 
-/// Asks and tells the owner what the head calls for. False if the connection isn't there any more.
-bool HTTPSocket::GoesOnBehindHead(std::size_t emptyLineSize) {
-    const ThisConnection connection(*this);
-    // Also where a handler throws, the empty line is no part of the body.
-    const AtEnd dropEmptyLine([&] {
-        if (connection.Stands()) TCPSocket::Read(Count(emptyLineSize));
+/// Asks the owner for credentials or reports the head to it. False if the connection isn't there any more.
+bool HTTPSocket::HandleHead(std::size_t emptyLineSize) {
+    const ConnectionCheck connection(*this);
+    // The empty line is no part of the body, even if a handler throws.
+    const ScopeExit dropEmptyLine([&] {
+        if (connection.IsCurrent()) TCPSocket::Read(ByteCount(emptyLineSize));
     });
     if (AnswersChallenge()) {
         _DoConnect(_processingURL, _httpAction, _downloadFile);
@@ -85,11 +85,9 @@ bool HTTPSocket::AnswersChallenge() {
 }
 
 void HTTPSocket::_ParseHeaders(const String& text) {
-    const std::string_view head = text.Bytes();
-    const String statusLine(head.substr(0, head.find(http::DetermineEOLCharacter(head))));
     _pageHeaders = std::make_shared<InternetHeaders>();
     _pageHeaders->Constructor();
-    _httpStatusCode = ToInt32(Val(NthField(statusLine, " ", 2)));
+    _httpStatusCode = http::ParseStatus(text.Bytes());
     _pageHeaders->_ParseHeaders(text);
     if (_pageHeaders->NameCount("Content-length") > 0)
         _totalLength = ToInt32(Val(_pageHeaders->Value("Content-length")));
@@ -98,12 +96,12 @@ void HTTPSocket::_ParseHeaders(const String& text) {
 /// Kept behaviour 65.
 void HTTPSocket::_ProcessData(const String& data) {
     if (_httpAction == "HEAD") return;
-    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
-    _currentLength = static_cast<std::int32_t>(std::min(kMost, std::int64_t{_currentLength} + LenB(data)));
+    constexpr std::int64_t kMaximum = std::numeric_limits<std::int32_t>::max();
+    _currentLength = static_cast<std::int32_t>(std::min(kMaximum, std::int64_t{_currentLength} + LenB(data)));
     if (!_downloadStream) {
         _pageBuffer.Append(data);
     } else if (!_downloadStream->Write(data)) {
-        // The disk is full, say. What is missing in the file must not pass for a whole one.
+        // For instance, the disk is full. An incomplete file must not look like a whole one.
         FailDownload();
         return;
     }
@@ -129,7 +127,7 @@ void HTTPSocket::_ProcessPage() {
     const FolderItemRef file = _downloadFile;
     _KillDownloadStream();
     if (synchronous || _httpAction == "HEAD") return;
-    // A handler may begin the next request: it gets copies.
+    // Copies, since a handler may begin the next request.
     const String url = _processingURL;
     const std::int32_t status = _httpStatusCode;
     const InternetHeadersRef headers = _pageHeaders;

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What HTTPSocket can be used as by those who needn't know what it is.
+// The interfaces of HTTPSocket, for users that needn't know the class.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace sorakaze {
 class Readable {
   public:
     virtual ~Readable() = default;
-    /// Removes and gives `n` bytes, all that are there if fewer.
+    /// Removes and returns `n` bytes, or all if there are fewer.
     virtual String Read(std::int32_t n) = 0;
 };
 

@@ -8,10 +8,10 @@ namespace sorakaze::http {
 
 /// Kept behaviour 64.
 UrlParts ParseURL(const String& url) {
-    constexpr std::string_view kBehindScheme = "://";
+    constexpr std::string_view kSchemeEnd = "://";
     std::string_view rest = url.Bytes();
-    const std::size_t scheme = rest.find(kBehindScheme);
-    if (scheme != std::string_view::npos) rest.remove_prefix(scheme + kBehindScheme.size());
+    const std::size_t scheme = rest.find(kSchemeEnd);
+    if (scheme != std::string_view::npos) rest.remove_prefix(scheme + kSchemeEnd.size());
 
     const std::string_view server = rest.substr(0, rest.find('/'));
     const std::string_view path = rest.substr(server.size());

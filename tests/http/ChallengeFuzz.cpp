@@ -6,17 +6,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "tests/http/HttpTesting.h"
-#include "tests/support/TestRuntime.h"
+#include "http/Credentials.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace sorakaze;
-    static auto* const runtime = new test::TestRuntime();
     const String text(std::string(reinterpret_cast<const char*>(data), size));
-    const DictionaryRef parameters = test::Client::_ParseAuthenticationParams(text);
-    test::Client client;
-    if (!runtime || client._CreateAuthenticationData("Basic", text, text, parameters).IsEmpty()) std::abort();
-    const std::string key = client._CreateAuthenticationData("Digest", text, text, parameters).Bytes();
+    const DictionaryRef parameters = http::ParseAuthenticationParams(text);
+    if (!http::BasicCredentials(text, text).Bytes().starts_with("Basic ")) std::abort();
+    const std::string key = http::DigestCredentials(text, text, *parameters, 1, "nonce").Bytes();
     if (!key.starts_with("Digest username=\"") || key.find(", nc=00000001, ") == std::string::npos)
         std::abort();
     return 0;

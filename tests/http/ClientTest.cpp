@@ -18,7 +18,7 @@ namespace {
 
 using Connection = ScriptedServer::Connection;
 
-/// Events of the socket are fired until the condition is false.
+/// Fires the socket's events until the condition is false.
 void PollWhile(SocketCore& socket, FunctionRef<bool()> condition) {
     const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
     while (condition()) {
@@ -67,9 +67,9 @@ TEST(Client, SendsTheseBytes) {
                     "GET x" + usual + "x\r\n\r\n"));
 }
 
-TEST(Client, TellsWhatBroke) {
+TEST(Client, ReportsWhatFailed) {
     TestRuntime runtime;
-    /// Who changes one form changes no other.
+    /// Overriding one form changes no other.
     struct : Client {
         using Client::SendRequest;
         String SendRequest(const String&, const String&, std::int32_t) override { return "another"; }
@@ -77,26 +77,26 @@ TEST(Client, TellsWhatBroke) {
     const std::string nobody = ScriptedServer({}).Url();
     EXPECT_EQ(client.GetHeaders(nobody, kLongSeconds), nullptr);
     EXPECT_EQ(client.ErrorCode(), SocketError::kRefused);
-    // A page that is torn is what there was of it, and still there where no connection comes about.
-    ScriptedServer tears(ScriptedServer::Answer("HTTP/1.0 200 OK\r\nContent-length: 100\r\n\r\npart"));
-    EXPECT_EQ(client.Get(tears.Url(), kLongSeconds), "part");
+    // Of a broken page, what arrived is kept, and stays if the next request gets no connection.
+    ScriptedServer closesEarly(ScriptedServer::Answer("HTTP/1.0 200 OK\r\nContent-length: 100\r\n\r\npart"));
+    EXPECT_EQ(client.Get(closesEarly.Url(), kLongSeconds), "part");
     EXPECT_EQ(client.ErrorCode(), 0);
     EXPECT_EQ(client.Get("", kLongSeconds), "part");
     EXPECT_EQ(client.ErrorCode(), SocketError::kNameNotFound);
 
     const auto path = runtime.folder.Write("page.txt", "old content");
     const auto file = std::make_shared<FolderItem>(path);
-    EXPECT_TRUE(client.Get(tears.Url(), file, kLongSeconds));
+    EXPECT_TRUE(client.Get(closesEarly.Url(), file, kLongSeconds));
     EXPECT_EQ(ReadBytes(path), "part");
     EXPECT_EQ(client.Page(), "");
-    // What the disk doesn't take must not pass for a whole file.
+    // A file that the disk can't hold must not look like a whole one.
     const auto atMost = [](rlim_t bytes) {
         const rlimit limit{bytes, RLIM_INFINITY};
         setrlimit(RLIMIT_FSIZE, &limit);
     };
     std::signal(SIGXFSZ, SIG_IGN);
     atMost(3);
-    EXPECT_FALSE(client.Get(tears.Url(), file, kLongSeconds));
+    EXPECT_FALSE(client.Get(closesEarly.Url(), file, kLongSeconds));
     atMost(RLIM_INFINITY);
     EXPECT_EQ(client.ErrorCode(), 1);
     EXPECT_FALSE(client.Get("", file, kLongSeconds));
@@ -121,7 +121,7 @@ TEST(Client, AnswersChallengesAndHandlesEventsInOneWait) {
     EXPECT_EQ(client.Post(server.Url(), kLongSeconds), "hello");
     EXPECT_THAT(server.Requests()[1], testing::HasSubstr("\r\nProxy-Authorization: Basic bjpw\r\n"));
     EXPECT_THAT(server.Requests()[2], testing::EndsWith("\r\nAuthorization: Basic bjpw\r\n\r\nbody"));
-    // A key serves one request; a handler that gives up gets the page.
+    // Credentials are sent once; a handler that gives up gets the page.
     EXPECT_EQ(client.Get(server.Url(), kLongSeconds), "server");
     EXPECT_EQ(client.events, "proxy:p server:w proxy:p server:w ");
     EXPECT_EQ(client.HTTPStatusCode(), 401);
@@ -154,7 +154,7 @@ TEST(Client, AHandlerMayEndOrReplaceItsRequest) {
             for (const auto& action : actions) {
                 SCOPED_TRACE(action.name + (" in event " + std::to_string(event)) + " of " + status);
                 client = std::make_unique<Client>();
-                client->NoteEvents();
+                client->RecordEvents();
                 client->actsIn = event;
                 client->act = action.act;
                 client->Get(server.Url(status));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A socket whose inner life a test sees, and which can live without a network: what a server would do is done
-// to it.
+// A socket that shows its state to a test, and that needs no network: a test does to it what a server would
+// do.
 #pragma once
 
 #include <atomic>
@@ -15,7 +15,7 @@
 
 namespace sorakaze::test {
 
-/// Long enough for any machine, for what must not run out.
+/// A time limit that must not be reached on any machine.
 inline constexpr std::int32_t kLongSeconds = 60;
 
 class Client : public HTTPSocket {
@@ -24,8 +24,6 @@ class Client : public HTTPSocket {
 
     using HTTPSocket::_CreateAuthenticationData;
     using HTTPSocket::_CreateNonce;
-    using HTTPSocket::_ParseAuthenticationParams;
-    using HTTPSocket::DigestAuthentication;
 
     /// The server accepts the connection of a request in a waiting form or the other...
     void Open(const String& method, bool waits) {
@@ -47,30 +45,30 @@ class Client : public HTTPSocket {
     bool IsComplete() const { return _pageComplete; }
     std::string Page() const { return _pageBuffer.Text().Bytes(); }
     std::int32_t PageLength() { return _pageBuffer.Length(); }
-    /// Status, told length, headers and page in one text, to be compared.
+    /// Status, claimed length, headers and page in one text, for comparison.
     std::string Outcome() {
         return Str(_httpStatusCode).Bytes() + "/" + Str(_totalLength).Bytes() +
                (_pageComplete ? "/" : "...") +
                (_pageHeaders ? "[" + _pageHeaders->_FormatHTTPHeaders().Bytes() + "]" : "-") + Page();
     }
 
-    /// Notes every event; a progress only where no head came before it.
-    void NoteEvents() {
-        Connected = [this] { Note(0, "connected "); };
-        HeadersReceived = [this](auto&&, std::int32_t status) { Note(1, "headers:" + Told(status)); };
+    /// Records every event; a progress only if no head came before it.
+    void RecordEvents() {
+        Connected = [this] { Record(0, "connected "); };
+        HeadersReceived = [this](auto&&, std::int32_t status) { Record(1, "headers:" + Spaced(status)); };
         ReceiveProgress = [this](std::int32_t received, std::int32_t total, auto&&) {
-            last = std::to_string(received) + "/" + Told(total);
-            Note(2, events.find("headers") == std::string::npos ? "stray " : "");
+            last = std::to_string(received) + "/" + Spaced(total);
+            Record(2, events.find("headers") == std::string::npos ? "stray " : "");
         };
         PageReceived = [this](auto&&, auto&&, auto&&, const String& page) {
-            Note(3, last + "page:" + page.Bytes() + " ");
+            Record(3, last + "page:" + page.Bytes() + " ");
         };
         DownloadComplete = [this](auto&&, auto&&, auto&&, const FolderItemRef& file) {
-            Note(4, last + "file:" + file->Name().Bytes() + " ");
+            Record(4, last + "file:" + file->Name().Bytes() + " ");
         };
-        Error = [this](std::int32_t code) { Note(5, "error:" + Told(code)); };
+        Error = [this](std::int32_t code) { Record(5, "error:" + Spaced(code)); };
     }
-    /// Notes the challenges and answers that many.
+    /// Records the challenges and answers that many.
     void Answer(int challenges, const String& name, const String& password) {
         left = challenges;
         const auto answer = [=, this](const char* who) {
@@ -87,12 +85,12 @@ class Client : public HTTPSocket {
     std::string events;
     std::string last;           ///< the last progress
     int left = 0;               ///< challenges to be answered
-    int actsIn = 0;             ///< the event in which, and instead of its note,
+    int actsIn = 0;             ///< the event in which, instead of recording it,
     std::function<void()> act;  ///< this is done once. It may end the client
 
   private:
-    static std::string Told(std::int32_t number) { return std::to_string(number) + " "; }
-    void Note(int event, const std::string& text) {
+    static std::string Spaced(std::int32_t number) { return std::to_string(number) + " "; }
+    void Record(int event, const std::string& text) {
         if (!act || event != actsIn) {
             events += text;
         } else {
@@ -102,7 +100,7 @@ class Client : public HTTPSocket {
     }
 };
 
-/// One that isn't ended by its own events, and counts what comes of a server.
+/// Counts what arrives from a server. Not for events that destroy it.
 struct WatchedClient : Client {
     WatchedClient() { Yield = true; }
     void Event_Connected() override {

