@@ -52,7 +52,7 @@ struct Host {
 
 const std::string kSearch = "/search?hl=en&q=a+en.wikipedia.org&btnI=I'm+feeling+Lucky";
 
-TEST(GatewayTest, OnlyWhoKnowsTheTokenIsAnswered) {
+TEST(GatewayTest, OnlyClientsWithTheTokenAreAnswered) {
     Options options;
     options.englishSite = options.japaneseSite = "";
     const Gateway gateway(options);
@@ -78,7 +78,7 @@ TEST(GatewayTest, OnlyWhoKnowsTheTokenIsAnswered) {
     EXPECT_LT(Connected(host.port, "127.0.0.2").descriptor, 0) << "bound to one address alone";
 }
 
-TEST(GatewayTest, EndsAtOnceWhateverIsUnderWay) {
+TEST(GatewayTest, EndsAtOnceDuringASearch) {
     std::latch asked(1);
     test::ScriptedServer silent([&](test::ScriptedServer::Connection& connection) {
         if (connection.Number() == 0) asked.count_down();

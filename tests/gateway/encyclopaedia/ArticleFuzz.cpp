@@ -8,7 +8,7 @@
 
 #include "gateway/encyclopaedia/Article.h"
 
-/// A title, a line's end, markup; both editions. What is told must stay short, and free of what marks bold.
+/// A title, a line's end, markup; both editions. A summary must be short and hold no marks of bold text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace sorakaze::gateway;
     const std::string_view input(reinterpret_cast<const char*>(data), size);

@@ -17,12 +17,13 @@
 namespace sorakaze::gateway {
 namespace {
 
-/// Text and elements that hold one another up: `piece` so many times, on the stack of a server's thread.
-TEST(ArticleTest, WhatIsMadeToExhaustTheParserIsNoArticle) {
+/// Pages whose parsing would take too much memory, time or stack: `piece` is repeated. On the stack of a
+/// server's thread.
+TEST(ArticleTest, APageThatWouldExhaustTheParserIsNoArticle) {
     const struct {
         std::string before, piece;
         int times;
-        std::string behind;
+        std::string after;
     } cases[] = {
         {"", "<div><!--</div>-->", 9'900, ""},
         {"", "<div><style></div></style>", 9'900, ""},
@@ -33,15 +34,15 @@ TEST(ArticleTest, WhatIsMadeToExhaustTheParserIsNoArticle) {
         {"<b><PlainText>", "<span>", 150'000, ""},
         {"<p><b>A</b>", "[", 250'000, std::string(250'000, ')') + " was a singer.</p>"},
     };
-    for (const auto& [before, piece, times, behind] : cases) {
+    for (const auto& [before, piece, times, after] : cases) {
         std::string page = before;
         for (int i = 0; i < times; ++i) page += piece;
-        page += behind + "<p><b>A</b> was a singer.</p>";
+        page += after + "<p><b>A</b> was a singer.</p>";
         LoopbackServer server;
         server.Start([](const auto&) { return true; },
                      [&](const auto&) {
-                         const auto told = ReadArticle(page, "A", Edition::English).summary;
-                         return ServiceAnswer{200, "text/plain", told, ""};
+                         const auto summary = ReadArticle(page, "A", Edition::English).summary;
+                         return ServiceAnswer{200, "text/plain", summary, ""};
                      });
         EXPECT_THAT(test::Ask(server.Port(), "GET / HTTP/1.0\r\n\r\n"),
                     testing::EndsWith(piece == "[" ? "\r\n\r\n was a singer." : "\r\n\r\n"))
@@ -49,7 +50,7 @@ TEST(ArticleTest, WhatIsMadeToExhaustTheParserIsNoArticle) {
     }
 }
 
-TEST(LeadTextTest, TheVerbIsTheNamesOwn) {
+TEST(LeadTextTest, TheVerbBelongsToTheName) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"Emma Bunton", "*Emma Lee Bunton* rose to fame with the Spice Girls. Their debut album was a hit.",
          " rose to fame with the Spice Girls. Their debut album was a hit."},
@@ -71,17 +72,17 @@ TEST(LeadTextTest, TheVerbIsTheNamesOwn) {
         {"Foo", "*Foo* – a band after Bar was dissolved – are two singers.", " are two singers."},
         {"Ana", "The mother of *Ana Silva* was a footballer.", ""},
     };
-    for (const auto& [title, text, told] : cases) {
+    for (const auto& [title, text, summary] : cases) {
         std::string paragraph = text;
         bool opens = true;
         for (char& c : paragraph) {
             if (c == '*') c = std::exchange(opens, !opens) ? kBoldBegins : kBoldEnds;
         }
-        EXPECT_EQ(Summary(paragraph, title, Edition::English), told) << text;
+        EXPECT_EQ(Summary(paragraph, title, Edition::English), summary) << text;
     }
 }
 
-TEST(SearchTargetTest, ANameIsReadBetweenItsKnownEnds) {
+TEST(SearchTargetTest, ANameIsReadBetweenTheKnownEnds) {
     const std::pair<const char*, const char*> cases[] = {
         {"#1+dads", "#1 dads"},
         {"%41&q=b&btnI=c", "%41&q=b&btnI=c"},

@@ -10,12 +10,12 @@
 
 #include "gateway/Gateway.h"
 #include "gateway/encyclopaedia/Encyclopaedia.h"
-#include "tests/gateway/encyclopaedia/ArticleShelf.h"
+#include "tests/gateway/encyclopaedia/ArticleSite.h"
 #include "tests/support/TestShow.h"
 
 namespace {
 
-/// Of "name.invalid", which is this machine if a test says so and else isn't found.
+/// Look-ups of "name.invalid", which is this machine if `isFound` and else no name.
 std::atomic<int> lookUps = 0;
 std::atomic<bool> isFound = false;
 
@@ -42,8 +42,8 @@ using namespace std::chrono_literals;
 using testing::StartsWith;
 
 struct EncyclopaediaTest : testing::Test {
-    static test::ArticleShelf Shelf(const char* edition) {
-        return test::ArticleShelf(std::filesystem::path(PAGES_FOLDER) / edition);
+    static test::ArticleSite Pages(const char* edition) {
+        return test::ArticleSite(std::filesystem::path(PAGES_FOLDER) / edition);
     }
     void Ask(const std::string& site) {
         encyclopaedia.emplace(site, "", limits, [this] { return now; });
@@ -53,16 +53,16 @@ struct EncyclopaediaTest : testing::Test {
     const test::Authority authority;
     const test::Certificate good = authority.Issue("localhost");
     SiteLimits limits{authority.File(), 15'000ms, 1 << 20, 20};
-    const test::TlsSite::Answers answers = [shelf = Shelf("en")](const auto& target) {
-        return shelf.Ask(target);
+    const test::TlsSite::Answers answers = [pages = Pages("en")](const auto& target) {
+        return pages.Ask(target);
     };
     std::chrono::steady_clock::time_point now{};
     std::optional<Encyclopaedia> encyclopaedia;
 };
 
-TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
+TEST_F(EncyclopaediaTest, EachPageIsAnnouncedAsExpected) {
     for (const bool japanese : {false, true}) {
-        const test::ArticleShelf pages = Shelf(japanese ? "ja" : "en");
+        const test::ArticleSite pages = Pages(japanese ? "ja" : "en");
         const test::TlsSite site(good, [&](const std::string& target) { return pages.Ask(target); });
         Options options;
         options.certificates = limits.certificates;
@@ -84,7 +84,7 @@ TEST_F(EncyclopaediaTest, TheLookupTellsEachPageAsItMustBeSaid) {
     }
 }
 
-TEST_F(EncyclopaediaTest, ASiteThatIsNotToBeTrustedOrUnderstoodIsNoFind) {
+TEST_F(EncyclopaediaTest, NothingIsFoundOnAnUntrustedOrUnreadableSite) {
     const test::Certificate another = test::Authority().Issue("localhost");
     const test::Certificate expired = authority.Issue("localhost", -1);
     const test::Certificate elsewhere = authority.Issue("elsewhere.test");
@@ -120,7 +120,7 @@ TEST_F(EncyclopaediaTest, ASiteThatIsNotToBeTrustedOrUnderstoodIsNoFind) {
     }
 }
 
-TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
+TEST_F(EncyclopaediaTest, AsksOnceAndWithinTheLimit) {
     std::atomic<int> status = 200;
     const test::TlsSite site(good, [&](const std::string& target) {
         return status == 200 ? answers(target) : test::TlsSite::Answer{status, ""};
@@ -146,7 +146,7 @@ TEST_F(EncyclopaediaTest, AsksOnceAndNoMoreThanIsAllowed) {
     EXPECT_FALSE(encyclopaedia->Page({Edition::Japanese, "AC/DC"}));
 }
 
-TEST_F(EncyclopaediaTest, ASiteOutOfReachIsLeftAloneForAMinute) {
+TEST_F(EncyclopaediaTest, AnUnreachableSiteIsNotAskedForAMinute) {
     const test::TlsSite site(authority.Issue("name.invalid"), answers);
     {
         // A show without a network: one look-up, then nothing is known of anybody.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A web site on loopback over TLS, whose answers a test gives, and an authority for its certificate. It ends
-// with its scope, and has nothing for clients that don't say who they are.
+// A web site on loopback over TLS, whose answers a test gives, and an authority for its certificate. It
+// refuses clients without the application's name.
 #pragma once
 
 #include <arpa/inet.h>
@@ -23,13 +23,13 @@ struct Certificate {
     std::string certificate, key;
 };
 
-/// One that a client may trust, and the certificates of hosts that it signs.
+/// Signs the certificates of hosts. A client can be told to trust it.
 class Authority {
   public:
     Authority() {
         Run("openssl req -x509 $new -subj /CN=Authority -keyout authority.key -out authority.pem");
     }
-    /// Negative `days`: one that has expired.
+    /// With negative `days` it has expired.
     Certificate Issue(const std::string& host, int days = 1) const {
         Run("openssl req $new -subj /CN=$1 -addext subjectAltName=DNS:$1 -keyout key -out request\n"
             "openssl x509 -req -in request -CA authority.pem -CAkey authority.key -copy_extensions copy "

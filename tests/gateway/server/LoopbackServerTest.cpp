@@ -21,7 +21,7 @@ using test::Connected;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-TEST(LoopbackServerTest, HandsOnTargetsAsTheyCameAndFormsDecoded) {
+TEST(LoopbackServerTest, PassesOnTargetsUnchangedAndFormsDecoded) {
     LoopbackServer server;
     server.Start([](const ServiceRequest& request) { return request.target != "/no"; },
                  [](const ServiceRequest& request) {
@@ -45,7 +45,7 @@ TEST(LoopbackServerTest, HandsOnTargetsAsTheyCameAndFormsDecoded) {
     EXPECT_THAT(ask("GET /throw"), StartsWith("HTTP/1.1 500 "));
     EXPECT_THAT(ask("GET /" + std::string(60'000, 'x')), StartsWith("HTTP/1.1 414 "));
     {
-        // More at a time than are served: those above are sent away, until the others have gone.
+        // More at a time than are served: later ones are refused until these have closed.
         std::vector<test::PeerEnd> idle;
         for (int i = 0; i < 40; ++i) idle.push_back(Connected(server.Port()));
     }
@@ -53,7 +53,7 @@ TEST(LoopbackServerTest, HandsOnTargetsAsTheyCameAndFormsDecoded) {
     }
 }
 
-TEST(LoopbackServerTest, SlowStrangersKeepNobodyOut) {
+TEST(LoopbackServerTest, SlowConnectionsKeepNobodyOut) {
     constexpr auto kAdmissionTime = 300ms;
     LoopbackServer server;
     server.Start([](const ServiceRequest& request) { return request.target == "/token"; },
@@ -61,25 +61,25 @@ TEST(LoopbackServerTest, SlowStrangersKeepNobodyOut) {
                      return ServiceAnswer{200, "text/plain", "welcome", {}};
                  },
                  kAdmissionTime);
-    std::vector<test::PeerEnd> strangers;
-    const auto begins = [&](const char* request) {
-        strangers.push_back(Connected(server.Port()));
-        strangers.back().Send(request);
+    std::vector<test::PeerEnd> connections;
+    const auto connect = [&](const char* request) {
+        connections.push_back(Connected(server.Port()));
+        connections.back().Send(request);
     };
     for (int i = 0; i < 100; ++i) {
-        begins(i % 2 ? "GET /tok" : "");
+        connect(i % 2 ? "GET /tok" : "");
         if (i % 10 == 9) {
             EXPECT_THAT(Ask(server.Port(), "GET /token HTTP/1.0\r\n\r\n"), HasSubstr("welcome")) << i;
         }
     }
-    // Each byte is a sign of life, and none helps.
-    strangers.clear();
-    begins("GET /");
+    // A byte now and then doesn't help.
+    connections.clear();
+    connect("GET /");
     const std::jthread drips([&](const std::stop_token& ended) {
         for (; !ended.stop_requested(); std::this_thread::sleep_for(kAdmissionTime / 20))
-            strangers[0].Send("x");
+            connections[0].Send("x");
     });
-    EXPECT_EQ(strangers[0].Receive(1 << 18), "");
+    EXPECT_EQ(connections[0].Receive(1 << 18), "");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The service with the real program behind it: what is heard is judged by figures.
+// The service with the real program say. The sound is checked by measurement.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -93,8 +93,7 @@ class VoiceServiceTest : public testing::Test {
         return sound;
     }
 
-    /// A speaker that is built with the thread sanitizer may be ended before that has removed a file of its
-    /// own.
+    /// The thread sanitizer of a speaker that is killed may leave a file of its own.
     bool FolderIsEmpty() const {
         const fs::directory_iterator left(folder.Path());
         return std::all_of(begin(left), end(left),
@@ -119,7 +118,7 @@ TEST_F(VoiceServiceTest, SpeakersAreDistinctAndEquallyLoud) {
         EXPECT_NEAR(sound.Pitch(), isWoman ? 175 : 90, 25);
     }
 
-    // The first speaks for whom nobody knows.
+    // An unknown name gets the first speaker.
     const std::string first = Speak(Form(kSentence, "Kyoko"));
     for (const char* name : {"", "kyoko", "京子", " Kyoko Sato", "1", "Nobody", "'; touch x; '"}) {
         EXPECT_EQ(Speak(Form(kSentence, name)), first) << name;
@@ -155,7 +154,7 @@ TEST_F(VoiceServiceTest, HostileTextsAreOnlySpoken) {
     }
 }
 
-TEST_F(VoiceServiceTest, WhatIsNoFormOfItsOwnIsRefused) {
+TEST_F(VoiceServiceTest, OtherFormsAndPathsAreRefused) {
     EXPECT_EQ(service.Answer({"POST", "/voice_neo/vsdemo.aspx", "", {}}).status, 400);
     for (const auto& [name, value] : Form("x").fields) {
         auto without = Form("x"), twice = Form("x");
@@ -187,7 +186,7 @@ TEST_F(VoiceServiceTest, ManyAtOnceEndTheOldest) {
             return service.Answer({"GET", sounds[i], "", {}});
         }));
     for (auto& answer : answers) EXPECT_EQ(answer.get().status, 200);
-    service.Stop();  // waits for those that were ended, too
+    service.Stop();  // waits for the ended ones too
     EXPECT_TRUE(FolderIsEmpty());
 }
 
@@ -202,7 +201,7 @@ TEST_F(VoiceServiceTest, StopEndsWhatIsUnderWay) {
     EXPECT_TRUE(FolderIsEmpty());
 }
 
-TEST(VoiceFormTest, LongTextsAreCutBehindASentence) {
+TEST(VoiceFormTest, LongTextsAreCutAfterASentence) {
     constexpr std::tuple<const char*, std::size_t, const char*> kCases[] = {
         {"あい。うえ。お", 7, "あい。うえ。お"}, {"あい。うえ。お", 6, "あい。うえ。"},
         {"あ。いうえおかき", 6, "あ。いうえお"}, {"One. Two. Three", 12, "One. Two. "},

@@ -1,17 +1,17 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The articles under tests/gateway/pages, answered as the encyclopaedia's site answers. A page's file begins
-// with lines "name: value" and an empty line:
+// Answers queries as the encyclopaedia's site does, with the articles of a folder under pages/. A page's file
+// begins with lines "name: value" and an empty line:
 //
 //   title:           of the article
 //   categories:      separated by "; "
 //   disambiguation:  "yes" if the page is one
 //   search: NAME     the site's near match leads from this name to the page
 //   redirect: NAME | FROM          ... by a redirect from FROM
-//   silent: NAME | FROM            ... and nothing must be said
+//   silent: NAME | FROM            ... and nothing may be said
 //   silent section: NAME | FROM    ... and the redirect leads into the page's middle
-//   name: NAME       what must be said is said for this name, which leads to another page
-//   say:             what must be said for every name but the silent ones; nothing without it
+//   name: NAME       for this name, which leads to another page, `say` must be said
+//   say:             must be said for every name except the silent ones; without it nothing may be said
 #pragma once
 
 #include <filesystem>
@@ -27,13 +27,13 @@
 
 namespace sorakaze::test {
 
-class ArticleShelf {
+class ArticleSite {
   public:
-    explicit ArticleShelf(const std::filesystem::path& folder) {
+    explicit ArticleSite(const std::filesystem::path& folder) {
         for (const auto& file : std::filesystem::directory_iterator(folder)) Read(file.path());
     }
 
-    /// What must be said for each name.
+    /// By name: what must be said.
     const std::map<std::string, std::string>& Expected() const { return expected_; }
 
     TlsSite::Answer Ask(const std::string& target) const {
