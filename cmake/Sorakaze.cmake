@@ -55,6 +55,26 @@ function(sorakaze_library name)
     cmake_parse_arguments(A "" "" "LINK" ${ARGN})
     add_library(${name} STATIC ${A_UNPARSED_ARGUMENTS})
     target_link_libraries(${name} PUBLIC sorakaze_flags ${A_LINK})
+    set_property(GLOBAL APPEND PROPERTY SORAKAZE_LIBRARIES ${name})
+endfunction()
+
+# sorakaze_check_libraries(): writes down what each library is made of and links, for scripts/check-libraries, and makes a
+# program of each library alone: that links only if the libraries which it names have all the symbols that it needs.
+function(sorakaze_check_libraries)
+    add_custom_target(check_libraries)
+    get_property(libraries GLOBAL PROPERTY SORAKAZE_LIBRARIES)
+    set(table "")
+    foreach(name IN LISTS libraries)
+        get_target_property(folder ${name} SOURCE_DIR)
+        get_target_property(files ${name} SOURCES)
+        list(TRANSFORM files PREPEND ${folder}/)
+        get_target_property(linked ${name} LINK_LIBRARIES)
+        string(APPEND table "${name}\t${files}\t${linked}\n")
+        add_executable(${name}_alone EXCLUDE_FROM_ALL ${PROJECT_SOURCE_DIR}/cmake/Empty.cpp)
+        target_link_libraries(${name}_alone PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,${name}>")
+        add_dependencies(check_libraries ${name}_alone)
+    endforeach()
+    file(WRITE ${CMAKE_BINARY_DIR}/libraries.tsv "${table}")
 endfunction()
 
 # sorakaze_program(NAME DIRECTORY SOURCES... [LINK LIBS...]): an executable that stands in DIRECTORY of the station.
