@@ -7,6 +7,7 @@
 
 #include "app/runtime/Runtime.h"
 #include "player/LocalPlayer.h"
+#include "player/bridge/PlayerScriptNumber.h"
 
 namespace sorakaze {
 namespace {

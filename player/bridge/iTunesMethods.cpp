@@ -5,7 +5,7 @@
 #include "app/runtime/Exceptions.h"
 #include "app/runtime/Runtime.h"
 #include "app/runtime/Scripts.h"
-#include "player/bridge/PlayerScripts.h"
+#include "player/bridge/PlayerScriptNumber.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/runtime/Runtime.h"
-#include "player/bridge/PlayerScripts.h"
+#include "player/bridge/PlayerScriptNumber.h"
 
 namespace sorakaze::test {
 
