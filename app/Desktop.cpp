@@ -30,7 +30,6 @@ Desktop::~Desktop() {
     station_.CloseWindow();
 }
 
-// NOLINTBEGIN(bugprone-reserved-identifier)
 void Desktop::_Main() {
     try {
         _Startup();
@@ -82,7 +81,6 @@ void Desktop::_RuntimeRun() {
 void Desktop::_UnhandledException(std::exception_ptr exception) {
     Runtime().TellUncaught(std::move(exception));
 }
-// NOLINTEND(bugprone-reserved-identifier)
 
 void Desktop::StartServices() {
     Deployment deployment;

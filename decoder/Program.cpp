@@ -23,7 +23,6 @@ namespace {
 
 using sound::JobEnded;
 using sound::JobKind;
-using sound::JobRequest;
 
 void Note(int) {}
 

@@ -22,7 +22,8 @@
 #include "process/LandlockRules.h"
 #include "process/Launch.h"
 
-/// The C library's clone under its other name, which no sanitizer takes for itself.
+// The C library's clone by a name that no sanitizer intercepts.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" int __clone(int (*run)(void*), void* stack, int flags, void* argument, ...);
 
 namespace sorakaze::process {

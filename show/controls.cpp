@@ -54,7 +54,7 @@ void mainWindow::CreateControls() {
 }
 
 /// Handlers go on only after the properties stand, so that setting those fires none of them.
-void mainWindow::_CreateControls0() {  // NOLINT(bugprone-reserved-identifier)
+void mainWindow::_CreateControls0() {
     // Kept behaviour 29: out of sight, as is voiceHTMLViewer.
     Place(resultField, 20, 170, 376, 116, 3);
     resultField.TextFont = "Osaka";

@@ -24,7 +24,6 @@ mainWindow::~mainWindow() {
     getNextSong.Kill();
 }
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
 void mainWindow::__Init() {
     opening = std::make_shared<Block>();
     intro = std::make_shared<Block>();

@@ -23,7 +23,6 @@ namespace sorakaze {
 class OLEObject;
 class Random;
 
-// NOLINTNEXTLINE(readability-identifier-naming): the window's given name
 class mainWindow : public Window {
   public:
     /// Runs __Init, Layout and CreateControls. Event_Open is the host's to call, once the player's scripts
