@@ -1,39 +1,15 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netdb.h>
 
 #include <atomic>
-#include <cstring>
 
 #include "gateway/Gateway.h"
 #include "gateway/encyclopaedia/Encyclopaedia.h"
 #include "tests/gateway/encyclopaedia/ArticleSite.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/support/TestShow.h"
-
-namespace {
-
-/// Look-ups of "name.invalid", which is this machine if `isFound` and else no name.
-std::atomic<int> lookUps = 0;
-std::atomic<bool> isFound = false;
-
-/// The user's proxy isn't asked for what is on this machine.
-[[maybe_unused]] const int kNoProxy = ::setenv("no_proxy", "*", 1);
-
-}  // namespace
-
-/// Replaces the C library's.
-extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** found) {
-    static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
-    if (name && std::strcmp(name, "name.invalid") == 0) {
-        ++lookUps;
-        if (!isFound) return EAI_NONAME;
-        name = "localhost";
-    }
-    return real(name, service, hints, found);
-}
 
 namespace sorakaze::gateway {
 namespace {
@@ -147,28 +123,26 @@ TEST_F(EncyclopaediaTest, AsksOnceAndWithinTheLimit) {
 }
 
 TEST_F(EncyclopaediaTest, AnUnreachableSiteIsNotAskedForAMinute) {
-    const test::TlsSite site(authority.Issue("name.invalid"), answers);
+    std::atomic<int> attempts = 0;
+    const test::ScriptedServer closes([&](auto&) { ++attempts; });
+    const std::string site = "https://127.0.0.1:" + std::to_string(closes.Port());
     {
-        // A show without a network: one look-up, then nothing is known of anybody.
+        // A show without a network: one attempt, then nothing is known of anybody.
         Options options;
-        options.englishSite = site.Address("https", "name.invalid");
+        options.englishSite = site;
         const Gateway gateway(options);
         test::TestShow show;
         show.window.deployment.searchHost = gateway.Host();
         for (const char* name : {"ac/dc", "therapy?"}) show.window.getContents(name);
         EXPECT_EQ(show.window.wikiContents, "");
-        EXPECT_EQ(lookUps.exchange(0), 1);
+        EXPECT_EQ(attempts.exchange(0), 1);
     }
-    Ask(site.Address("https", "name.invalid"));
-    EXPECT_FALSE(Finds("ac/dc"));
-    EXPECT_EQ(lookUps, 1);
-    isFound = true;
-    now += 59s;
-    EXPECT_FALSE(Finds("therapy?"));
-    EXPECT_EQ(lookUps, 1);
-    now += 1s;
-    EXPECT_TRUE(Finds("ac/dc"));
-    EXPECT_TRUE(Finds("therapy?"));
+    Ask(site);
+    for (const auto& [pause, expected] : {std::pair{0s, 1}, {59s, 1}, {1s, 2}}) {
+        now += pause;
+        EXPECT_FALSE(Finds("ac/dc"));
+        EXPECT_EQ(attempts, expected);
+    }
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "tests/gateway/server/Loopback.h"  // no proxy
 #include "tests/support/Program.h"
 #include "tests/support/TestRuntime.h"
 

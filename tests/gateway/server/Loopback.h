@@ -3,11 +3,15 @@
 // Connections to a server under test.
 #pragma once
 
+#include <cstdlib>
 #include <string>
 
 #include "tests/app/runtime/sockets/Peer.h"
 
 namespace sorakaze::test {
+
+/// The user's proxy must not be asked for what is on this machine.
+inline const int kNoProxy = ::setenv("no_proxy", "*", 1);
 
 inline PeerEnd Connected(int port, const char* address = "127.0.0.1") {
     return PeerEnd(Place(address, port));
