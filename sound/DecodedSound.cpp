@@ -13,6 +13,8 @@
 #include <chrono>
 #include <system_error>
 
+#include "sound/MixingThread.h"
+
 namespace sorakaze::sound {
 
 SharedMemory::SharedMemory(std::uint32_t capacity)
@@ -51,6 +53,7 @@ void DecodedSound::Begin() {
 }
 
 void DecodedSound::TellOfRoom() {
+    AssertMixingThread();
     if (ring_.DecoderWantsWord()) Begin();
 }
 
@@ -60,6 +63,7 @@ bool DecodedSound::HasHungUp() const {
 }
 
 void DecodedSound::WaitForFrames() {
+    AssertMixingThread();
     const auto deadline = std::chrono::steady_clock::now() + longestStandstill_;
     while (ring_.Filled() == 0 && !ring_.IsFinished()) {
         ring_.AnnounceWait();

@@ -9,6 +9,7 @@
 
 #include "sound/Caretaker.h"
 #include "sound/Limiter.h"
+#include "sound/MixingThread.h"
 #include "sound/VoiceCore.h"
 
 namespace sorakaze::sound {
@@ -63,17 +64,22 @@ class EngineVoice final : public Voice {
     ~EngineVoice() override { EngineVoice::Stop(); }
 
     void Start() override {
+        AssertNotMixingThread();
         if (shared_->closed.load()) return;
         if (core_->Start() == VoiceCore::Change::Began) shared_->Started(*core_);
     }
     void Stop() override {
+        AssertNotMixingThread();
         if (core_->Stop() == VoiceCore::Change::Ceased)
             shared_->Ceased();
         else
             shared_->caretaker.Nudge();
     }
     bool IsPlaying() const override { return core_->IsPlaying(); }
-    void SetGain(float gain, Frames ramp) override { core_->SetGain(gain, ramp); }
+    void SetGain(float gain, Frames ramp) override {
+        AssertNotMixingThread();
+        core_->SetGain(gain, ramp);
+    }
     Frames Position() const override { return core_->Position(); }
     std::optional<Frames> Length() const override { return core_->Length(); }
 
@@ -96,17 +102,21 @@ struct MixingEngine::Impl {
     // The mixing thread's own.
     VoiceCore* first = nullptr;  ///< in the order of their starts, so that sums are reproducible
     Limiter limiter;
+
+    std::atomic_flag mixing;  ///< for MixingScope
 };
 
 MixingEngine::MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders)
     : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::OfProcess())) {}
 
 MixingEngine::~MixingEngine() {
+    AssertNotMixingThread();
     impl_->shared->closed.store(true);
     impl_->shared->caretaker.Close();
 }
 
 std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
+    AssertNotMixingThread();
     Shared& shared = *impl_->shared;
     auto sound = shared.decoders->Open(
         file, shared.reading == Reading::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device);
@@ -120,18 +130,21 @@ std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
 }
 
 std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file) {
+    AssertNotMixingThread();
     auto tags = impl_->shared->decoders->ReadTags(file);
     if (!tags) impl_->shared->Failed();
     return tags;
 }
 
 std::vector<DecoderFailure> MixingEngine::TakeFailures() {
+    AssertNotMixingThread();
     if (!impl_->shared->failures.exchange(false)) return {};
     impl_->shared->caretaker.NoteFailures();
     return impl_->shared->decoders->TakeFailures();
 }
 
 void MixingEngine::OnFailure(std::function<void()> tell) {
+    AssertNotMixingThread();
     const std::lock_guard lock(impl_->shared->mutex);
     impl_->shared->tellFailure = std::move(tell);
 }
@@ -145,6 +158,7 @@ void MixingEngine::ForgetBadFiles() {
 }
 
 void MixingEngine::Mix(std::span<float> interleaved) {
+    const MixingScope scope(impl_->mixing);
     auto rest = interleaved.first(interleaved.size() / kChannels * kChannels);
     const auto frames = static_cast<std::int64_t>(rest.size() / kChannels);
     impl_->TakeIncoming();

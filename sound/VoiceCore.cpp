@@ -6,6 +6,8 @@
 #include <bit>
 #include <limits>
 
+#include "sound/MixingThread.h"
+
 namespace sorakaze::sound {
 namespace {
 
@@ -72,6 +74,7 @@ void VoiceCore::ObeyCommands() {
 }
 
 VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
+    AssertMixingThread();
     ObeyCommands();
     RingReader& ring = sound_->Ring();
     if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "app/runtime/Runtime.h"
+
 namespace sorakaze {
 
 void RectControl::SetEnabled(bool enabled) {
@@ -12,6 +14,7 @@ void RectControl::SetEnabled(bool enabled) {
 }
 
 void RectControl::TellChanged() const {
+    AssertBaton();
     if (Changed) Changed();
 }
 

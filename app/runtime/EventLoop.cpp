@@ -3,6 +3,7 @@
 #include "app/runtime/EventLoop.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace sorakaze {
@@ -11,10 +12,12 @@ EventLoop::EventLoop(Scheduler& scheduler, Clock& clock, std::function<void(std:
     : scheduler_(scheduler), clock_(clock), onUncaught_(std::move(onUncaught)) {}
 
 void EventLoop::Add(TimerEntry& timer) {
+    scheduler_.AssertBaton();
     timers_.push_back(&timer);
 }
 
 void EventLoop::Remove(TimerEntry& timer) {
+    scheduler_.AssertBaton();
     std::erase(timers_, &timer);
 }
 
@@ -35,6 +38,7 @@ void EventLoop::Quit() {
 }
 
 void EventLoop::TimersChanged() {
+    scheduler_.AssertBaton();
     NativeLoop* loop = native_;
     if (!loop) return;
     std::chrono::nanoseconds nextDue{};
@@ -43,6 +47,7 @@ void EventLoop::TimersChanged() {
 }
 
 void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
+    scheduler_.AssertBaton();
     if (quit_) return;
     native_ = &loop;
     scheduler_.SetMainWait([this] {
@@ -61,6 +66,7 @@ void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
 }
 
 void EventLoop::HandleFromNative() {
+    assert(scheduler_.OnMainThread() && !scheduler_.HoldsBaton());
     // A handler that waits in its own way looks for what came meanwhile when it has ended.
     if (!accepting_ || quit_) return;
     scheduler_.WithBaton([this] {
@@ -90,6 +96,7 @@ void EventLoop::ServeWhile(FunctionRef<bool()> condition) {
 }
 
 void EventLoop::Run() {
+    scheduler_.AssertBaton();
     while (!quit_) {
         // Between two timers nothing but a call from outside can end this wait: the processor may sleep that
         // long.
@@ -100,6 +107,7 @@ void EventLoop::Run() {
 }
 
 void EventLoop::DoEventsWhile(FunctionRef<bool()> condition) {
+    scheduler_.AssertBaton();
     if (native_) {
         ServeWhile(condition);
         return;
@@ -116,6 +124,7 @@ void EventLoop::DoEventsWhile(FunctionRef<bool()> condition) {
 }
 
 void EventLoop::DoEvents() {
+    scheduler_.AssertBaton();
     if (native_) {
         bool served = false;
         ServeWhile([&served] { return !std::exchange(served, true); });

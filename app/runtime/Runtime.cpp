@@ -31,6 +31,8 @@ Runtime::Runtime(Options options, Host& host)
 Runtime::~Runtime() {
     // Its thread tells the scheduler of what happens.
     if (network_) network_->Stop();
+    // What the threads' destructors reach is still whole.
+    scheduler_->EndThreads();
     scheduler_.reset();
     current = nullptr;
     runFolder_.reset();
@@ -46,12 +48,14 @@ std::filesystem::path Runtime::ResourcesFolder() const {
 }
 
 const std::shared_ptr<network::Network>& Runtime::Network() {
+    AssertBaton();
     if (!network_) network_ = std::make_shared<network::Network>();
     return network_;
 }
 
 const std::filesystem::path& Runtime::TemporaryFolder() {
     static const std::filesystem::path kNone;
+    AssertBaton();
     if (!runFolder_) runFolder_ = RunFolder::Make();
     return runFolder_ ? runFolder_->Files() : kNone;
 }
@@ -74,9 +78,14 @@ void Runtime::TellUncaught(std::exception_ptr exception) {
 }
 
 void Runtime::ShowMessage(const String& text) {
+    AssertBaton();
     if (onMessage) onMessage(text);
     scheduler_->Block(Blocking::TimeStands,
                       [&](std::stop_token cancelled) { host_.ShowMessage(text, std::move(cancelled)); });
+}
+
+void AssertBaton() {
+    Runtime::Current().Threads().AssertBaton();
 }
 
 std::int32_t Ticks() {

@@ -62,19 +62,24 @@ class Runtime {
 
     static Runtime& Current();
 
+    // Any thread:
+
     Clock& GetClock() { return *clock_; }
     Scheduler& Threads() { return *scheduler_; }
     EventLoop& Events() { return *events_; }
     ScriptTable& Scripts() { return scripts_; }
     sound::MixingEngine* Engine() const { return engine_; }
 
+    const std::filesystem::path& AppFolder() const { return appFolder_; }
+    /// The application's Resources, which commands are looked for in first.
+    std::filesystem::path ResourcesFolder() const;
+
+    // With the baton only:
+
     /// Where sockets connect, made at the first call. Throws std::system_error where the system has no thread
     /// or descriptor left.
     const std::shared_ptr<network::Network>& Network();
 
-    const std::filesystem::path& AppFolder() const { return appFolder_; }
-    /// The application's Resources, which commands are looked for in first.
-    std::filesystem::path ResourcesFolder() const;
     /// A folder of the run's own (mode 0700), made at the first call, which also removes what dead runs have
     /// left. Empty where none can be made.
     const std::filesystem::path& TemporaryFolder();
@@ -83,7 +88,10 @@ class Runtime {
     std::filesystem::path FolderOfTheRun();
 
     /// A seed for a new Random.
-    std::uint32_t NextSeed() { return seeds_(); }
+    std::uint32_t NextSeed() {
+        scheduler_->AssertBaton();
+        return seeds_();
+    }
 
     /// Tells the user of an exception that left a thread or an event handler, with its class and message.
     void TellUncaught(std::exception_ptr exception);
@@ -103,6 +111,9 @@ class Runtime {
     std::unique_ptr<EventLoop> events_;
     std::shared_ptr<network::Network> network_;
 };
+
+/// For operations that only the baton's holder may call. Does nothing in a release build.
+void AssertBaton();
 
 /// Sixtieths of a second from a start that doesn't matter. Any thread.
 std::int32_t Ticks();

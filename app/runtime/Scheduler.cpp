@@ -50,15 +50,20 @@ Scheduler::Scheduler(Clock& clock, std::function<void(std::exception_ptr)> onUnc
 }
 
 Scheduler::~Scheduler() {
+    EndThreads();
+    ownRun = nullptr;
+}
+
+void Scheduler::EndThreads() {
+    assert(OnMainThread());
     closing_ = true;
     for (const auto& run : live_) Kill(*run);
     WaitWhile([this] { return !live_.empty(); });
     JoinFinished();
-    ownRun = nullptr;
 }
 
 Scheduler::Run& Scheduler::Self() const {
-    assert(HoldsBaton());
+    AssertBaton();
     return *ownRun;
 }
 
@@ -80,6 +85,7 @@ void Scheduler::CheckKilled(const Run& run) {
 }
 
 std::shared_ptr<Scheduler::Run> Scheduler::Start(std::function<void()> body) {
+    AssertBaton();
     JoinFinished();
     auto run = std::make_shared<Run>();
     run->body = std::move(body);
@@ -119,7 +125,7 @@ void Scheduler::JoinFinished() {
 }
 
 void Scheduler::Kill(Run& run) {
-    assert(HoldsBaton());
+    AssertBaton();
     if (HasEnded(run)) return;
     run.killed = true;
     if (run.state == Run::State::Waiting) {
@@ -177,6 +183,7 @@ void Scheduler::Block(Blocking kind, FunctionRef<void(std::stop_token)> call) {
 }
 
 void Scheduler::WithBaton(FunctionRef<void()> call) {
+    assert(ownRun && !HoldsBaton());
     Run& self = *ownRun;
     assert(self.state == Run::State::Blocked);
     const Blocking kind = self.blocking;
@@ -194,6 +201,7 @@ void Scheduler::WithBaton(FunctionRef<void()> call) {
 }
 
 void Scheduler::SetMainWait(std::function<void()> serve) {
+    AssertBaton();
     mainWait_ = std::move(serve);
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <atomic>
+#include <cassert>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -44,8 +45,14 @@ class Scheduler {
     /// killed thread lets go as it unwinds.
     class KeepToWall {
       public:
-        explicit KeepToWall(Scheduler& scheduler) : scheduler_(scheduler) { ++scheduler_.keptToWall_; }
-        ~KeepToWall() { --scheduler_.keptToWall_; }
+        explicit KeepToWall(Scheduler& scheduler) : scheduler_(scheduler) {
+            scheduler_.AssertBaton();
+            ++scheduler_.keptToWall_;
+        }
+        ~KeepToWall() {
+            scheduler_.AssertBaton();
+            --scheduler_.keptToWall_;
+        }
         KeepToWall(const KeepToWall&) = delete;
         KeepToWall& operator=(const KeepToWall&) = delete;
 
@@ -56,12 +63,16 @@ class Scheduler {
     /// The calling thread becomes the main thread, with the baton. `onUncaught` is called, with the baton,
     /// for an exception that leaves a thread.
     Scheduler(Clock& clock, std::function<void(std::exception_ptr)> onUncaught);
-    /// On the main thread: kills all other threads and waits until they have unwound.
+    /// On the main thread. Calls EndThreads.
     ~Scheduler();
     Scheduler(const Scheduler&) = delete;
     Scheduler& operator=(const Scheduler&) = delete;
 
     // With the baton only:
+
+    /// On the main thread: kills all other threads, those that are started meanwhile too, and waits until
+    /// they have unwound.
+    void EndThreads();
 
     /// A new thread, ready behind all that are ready now. Throws std::system_error where the system has no
     /// thread left.
@@ -100,6 +111,9 @@ class Scheduler {
     bool HoldsBaton() const;
     /// True on the thread that made the scheduler.
     bool OnMainThread() const;
+
+    /// For operations that only the baton's holder may call. Does nothing in a release build.
+    void AssertBaton() const { assert(HoldsBaton()); }
 
   private:
     enum class Role { None, Proceed, Lead };

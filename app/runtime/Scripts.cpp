@@ -13,6 +13,7 @@ void ScriptTable::Register(std::int32_t number, Script script) {
 }
 
 std::int32_t ScriptTable::Start(std::int32_t number) {
+    AssertBaton();
     calls_[++lastHandle_] = {number, {}};
     return lastHandle_;
 }
@@ -23,6 +24,7 @@ void ScriptTable::Add(std::int32_t handle, Variant parameter) {
 }
 
 String ScriptTable::Complete(std::int32_t handle) {
+    AssertBaton();
     const auto call = calls_.extract(handle);
     if (call.empty()) return {};
     const auto script = scripts_.find(call.mapped().number);

@@ -9,7 +9,18 @@
 
 namespace sorakaze {
 
+void Sound::Play() {
+    AssertBaton();
+    voice_->Start();
+}
+
+void Sound::Stop() {
+    AssertBaton();
+    voice_->Stop();
+}
+
 void Sound::SetVolume(std::int32_t volume) {
+    AssertBaton();
     volume_ = std::clamp(volume, 0, 100);
     voice_->SetGain(static_cast<float>(volume_) / 100.0f);
 }

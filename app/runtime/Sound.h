@@ -18,8 +18,8 @@ class Sound {
         : path_(std::move(path)), voice_(std::move(voice)) {}
 
     /// Starts from the beginning and returns at once. Only the first call has an effect.
-    void Play() { voice_->Start(); }
-    void Stop() { voice_->Stop(); }
+    void Play();
+    void Stop();
     bool IsPlaying() const { return voice_->IsPlaying(); }
 
     /// 0 to 100, the amplitude in percent; takes effect at once. Kept within the range.

@@ -3,7 +3,6 @@
 #include "app/runtime/TCPSocket.h"
 
 #include <algorithm>
-#include <cassert>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -124,6 +123,7 @@ struct SocketCore::Core {
 SocketCore::SocketCore() : core_(std::make_shared<Core>()) {}
 
 SocketCore::~SocketCore() {
+    AssertBaton();
     core_->ended = true;
     core_->Detach();
 }
@@ -133,7 +133,7 @@ void SocketCore::SetBounds(const Bounds& bounds) {
 }
 
 void SocketCore::Connect() {
-    assert(Runtime::Current().Threads().HoldsBaton());
+    AssertBaton();
     Close();
     core_->DropReceived();
     core_->lastError = SocketError::kNone;
@@ -141,12 +141,14 @@ void SocketCore::Connect() {
 }
 
 void SocketCore::Close() {
+    AssertBaton();
     ++core_->number;
     core_->Detach();
     core_->SetOwnError(std::nullopt);
 }
 
 void SocketCore::Purge() {
+    AssertBaton();
     core_->DropReceived();
     if (!core_->exchange) return;
     core_->exchange->Purge();
@@ -154,6 +156,7 @@ void SocketCore::Purge() {
 }
 
 void SocketCore::Poll() {
+    AssertBaton();
     // An event may end the socket, or begin another connection: then the rest isn't its any more.
     const std::shared_ptr<Core> core = core_;
     const std::shared_ptr<Exchange> exchange = core->exchange;
@@ -194,6 +197,7 @@ void SocketCore::Poll() {
 }
 
 void SocketCore::Write(const String& data) {
+    AssertBaton();
     if (!core_->connected) {
         // Why there is no connection is told first.
         if (!core_->ownError) core_->SetOwnError(SocketError::kInvalidState);

@@ -10,6 +10,7 @@
 namespace sorakaze {
 
 void Thread::Run() {
+    AssertBaton();
     if (State() == kRunning) throw ThreadAlreadyRunningException();
     run_ = Runtime::Current().Threads().Start([event = RunEvent] {
         if (event) event();
@@ -17,10 +18,12 @@ void Thread::Run() {
 }
 
 void Thread::Kill() {
+    AssertBaton();
     if (run_) Runtime::Current().Threads().Kill(*run_);
 }
 
 std::int32_t Thread::State() const {
+    AssertBaton();
     return run_ && !Scheduler::HasEnded(*run_) ? kRunning : kNotRunning;
 }
 
@@ -38,6 +41,7 @@ Timer::~Timer() {
 }
 
 void Timer::SetMode(std::int32_t mode) {
+    AssertBaton();
     if (mode == mode_) return;
     mode_ = mode;
     entry_.armed = mode != kOff;
@@ -46,6 +50,7 @@ void Timer::SetMode(std::int32_t mode) {
 }
 
 void Timer::SetPeriod(std::int32_t milliseconds) {
+    AssertBaton();
     period_ = milliseconds;
     entry_.period = std::chrono::milliseconds(std::max(milliseconds, 1));
     if (entry_.armed) entry_.due = Runtime::Current().GetClock().Now() + entry_.period;

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "sound/MixingThread.h"
 #include "sound/VoiceCore.h"
 
 using namespace sorakaze;
@@ -59,65 +60,37 @@ class HostileSound {
     /// False when the voice is over.
     bool Step() {
         RingHeader& header = *static_cast<RingHeader*>(memory_);
-        switch (input_.Take<unsigned char>() % 16) {
-            case 0:
-                header.written.store(input_.Take<std::uint64_t>());
-                break;
-            case 1:
-                header.written.fetch_sub(input_.Take<std::uint16_t>());
-                break;
-            case 2:
-                header.finished.store(input_.Take<unsigned char>() & 1);
-                break;
-            case 3:
-                header.sleeping.store(input_.Take<std::uint32_t>());
-                break;
-            case 4:
-                header.waiting.store(input_.Take<std::uint32_t>());
-                break;
-            case 5:
-                header.read.store(input_.Take<std::uint64_t>());
-                break;
-            case 6:
-                return Fill();
-            case 7:
-                return SendPackets();
-            case 8:
-                theirs_ = {};
-                break;
-            case 9:
-                voice_->SetGain(input_.Take<float>(), {input_.Take<std::int32_t>()});
-                break;
-            case 10:
-                if (input_.Take<unsigned char>() % 8 == 0) voice_->Stop();
-                break;
-            case 11:
-            case 12:
-                header.written.fetch_add(input_.Take<std::uint16_t>());
-                break;
-            default:
-                return Mix();
-        }
-        return true;
+        const unsigned what = input_.Take<unsigned char>() % 16;
+        if (what == 0) header.written.store(input_.Take<std::uint64_t>());
+        if (what == 1) header.written.fetch_sub(input_.Take<std::uint16_t>());
+        if (what == 2) header.finished.store(input_.Take<unsigned char>() & 1);
+        if (what == 3) header.sleeping.store(input_.Take<std::uint32_t>());
+        if (what == 4) header.waiting.store(input_.Take<std::uint32_t>());
+        if (what == 5) header.read.store(input_.Take<std::uint64_t>());
+        if (what == 6) Fill();
+        if (what == 7) SendPackets();
+        if (what == 8) theirs_ = {};
+        if (what == 9) voice_->SetGain(input_.Take<float>(), {input_.Take<std::int32_t>()});
+        if (what == 10 && input_.Take<unsigned char>() % 8 == 0) voice_->Stop();
+        if (what == 11 || what == 12) header.written.fetch_add(input_.Take<std::uint16_t>());
+        return what < 13 || Mix();
     }
 
   private:
     /// Any bits as samples.
-    bool Fill() {
+    void Fill() {
         float* const samples = reinterpret_cast<float*>(static_cast<char*>(memory_) + kRingSamplesOffset);
         const std::size_t begin = input_.Take<std::uint32_t>() % (capacity_ * kChannels);
         const std::size_t end =
             std::min<std::size_t>(begin + input_.Take<std::uint16_t>(), capacity_ * kChannels);
         std::fill(samples + begin, samples + end, input_.Take<float>());
-        return true;
     }
 
-    bool SendPackets() {
+    void SendPackets() {
         const std::array<char, 300> packet{};
         const std::size_t size = input_.Take<unsigned char>();
         for (int count = input_.Take<unsigned char>(); count > 0 && theirs_; --count)
             ::send(theirs_.Get(), packet.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
-        return true;
     }
 
     bool Mix() {
@@ -126,6 +99,7 @@ class HostileSound {
         // As the caretaker does.
         if (voice_->Sound().HasHungUp()) voice_->Sound().GiveUp();
         const std::int64_t before = voice_->Position().count;
+        const MixingScope scope(mixing_);
         const auto result = voice_->MixInto(std::span(sum).first(frames * kChannels), reading_);
         const std::int64_t moved = voice_->Position().count - before;
         Check(moved >= 0 && moved <= static_cast<std::int64_t>(frames));
@@ -145,6 +119,7 @@ class HostileSound {
     void* memory_;
     std::uint32_t capacity_;
     std::unique_ptr<VoiceCore> voice_;
+    std::atomic_flag mixing_;
 };
 
 }  // namespace
