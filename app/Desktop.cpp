@@ -65,7 +65,7 @@ void Desktop::_MakeDefaultView() {
     try {
         window.Event_Open();
     } catch (...) {
-        Runtime().TellUncaught(std::current_exception());
+        Runtime().ReportUncaught(std::current_exception());
     }
     engine_.OnFailure([this] { Runtime().Events().Post([this] { station_.mainWindow().tellFailures(); }); });
     window.observer = &failureLog_;
@@ -79,7 +79,7 @@ void Desktop::_RuntimeRun() {
 }
 
 void Desktop::_UnhandledException(std::exception_ptr exception) {
-    Runtime().TellUncaught(std::move(exception));
+    Runtime().ReportUncaught(std::move(exception));
 }
 
 void Desktop::StartServices() {

@@ -11,8 +11,8 @@ namespace sorakaze {
 template <typename Signature>
 class FunctionRef;
 
-/// Refers to a callable that outlives it; never owns or allocates. For conditions that stand on the waiting
-/// thread's stack.
+/// Refers to a callable that outlives it; never owns or allocates. For conditions on the waiting thread's
+/// stack.
 template <typename Result, typename... Arguments>
 class FunctionRef<Result(Arguments...)> {
   public:

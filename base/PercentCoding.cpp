@@ -7,7 +7,7 @@
 namespace sorakaze {
 namespace {
 
-/// The byte that the code at `at` stands for; -1 where there is no code.
+/// The byte that the code at `at` encodes; -1 if there is no code.
 int CodedByte(std::string_view text, std::size_t at) {
     if (text[at] != '%' || at + 2 >= text.size()) return -1;
     const int high = ascii::HexDigit(text[at + 1]), low = ascii::HexDigit(text[at + 2]);

@@ -7,14 +7,14 @@
 #include <sys/mman.h>
 #include <sys/syscall.h>
 
-#include "process/CallFilter.h"
+#include "process/SeccompFilter.h"
 
 namespace sorakaze::decoder {
 namespace {
 
-using process::CallFilter;
+using process::SeccompFilter;
 
-constexpr int kOfAll[] = {
+constexpr int kCommonCalls[] = {
     // What is open already.
     SYS_read,
     SYS_readv,
@@ -70,7 +70,7 @@ constexpr int kOfAll[] = {
     SYS_arch_prctl,
 #endif
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    // A sanitizer looks at memory through a pipe, and at the program's own file.
+    // A sanitizer checks memory with a pipe, and reads the program's own file.
     SYS_pipe2,
     SYS_openat,
     SYS_readlinkat,
@@ -83,24 +83,25 @@ constexpr int kOfAll[] = {
 #endif
 };
 
-constexpr int kOfProgram[] = {SYS_wait4, SYS_kill, SYS_prctl, SYS_seccomp, SYS_getppid, SYS_clone, SYS_mmap};
+constexpr int kForkServerCalls[] = {SYS_wait4,   SYS_kill,  SYS_prctl, SYS_seccomp,
+                                    SYS_getppid, SYS_clone, SYS_mmap};
 
 }  // namespace
 
-void AllowCalls(Calls calls) {
-    CallFilter filter(CallFilter::Rest::Unknown);
-    for (const int call : kOfAll) filter.Allow(call);
+void AllowCalls(CallSet set) {
+    SeccompFilter filter(SeccompFilter::Default::NoSuchCall);
+    for (const int call : kCommonCalls) filter.Allow(call);
     // Only to ask for a descriptor's flags: other commands have signals sent.
-    filter.Allow(SYS_fcntl, {CallFilter::Is(1, F_GETFL)});
-    if (calls == Calls::OfProgram) {
-        for (const int call : kOfProgram) filter.Allow(call);
-        filter.Allow(SYS_prlimit64, {CallFilter::Is(0, 0)});  // its own limits
+    filter.Allow(SYS_fcntl, {SeccompFilter::Is(1, F_GETFL)});
+    if (set == CallSet::ForkServer) {
+        for (const int call : kForkServerCalls) filter.Allow(call);
+        filter.Allow(SYS_prlimit64, {SeccompFilter::Is(0, 0)});  // its own limits
     } else {
         // None that is shared or grows by itself: that wouldn't count as the process's data.
-        filter.Allow(SYS_mmap, {CallFilter::BitsAre(3, MAP_SHARED | MAP_GROWSDOWN | MAP_HUGETLB, 0)});
+        filter.Allow(SYS_mmap, {SeccompFilter::BitsAre(3, MAP_SHARED | MAP_GROWSDOWN | MAP_HUGETLB, 0)});
     }
-    if (calls == Calls::OfWorkerWithThreads)
-        filter.Allow(SYS_clone, {CallFilter::BitsAre(0, CLONE_THREAD, CLONE_THREAD)});
+    if (set == CallSet::ThreadedWorker)
+        filter.Allow(SYS_clone, {SeccompFilter::BitsAre(0, CLONE_THREAD, CLONE_THREAD)});
     filter.Load();
 }
 

@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-#include "decoder/Bounds.h"
+#include "decoder/Sandbox.h"
 #include "player/TagReader.h"
 #include "sound/SharedRing.h"
 #include "sound/decoding/Decoder.h"
@@ -63,7 +63,7 @@ class Player {
 
   private:
     void Decode(std::size_t most) {
-        AllowTime(kStretchTime);
+        LimitProcessorTime(kStretchTime);
         const auto room = ring_.Writable();
         const auto batch = room.first(std::min(room.size(), most * sound::kChannels));
         const std::size_t frames = decoder_->Read(batch);
@@ -77,7 +77,7 @@ class Player {
         ::send(socket_, &word, 1, MSG_DONTWAIT | MSG_NOSIGNAL);
     }
 
-    /// Sleeps until the ring may be half empty. False when the application has let go.
+    /// Sleeps until the ring may be half empty. False when the application has closed the socket.
     bool AwaitRoom() {
         ring_.AnnounceSleep();
         if (ring_.Free() >= half_) return true;
@@ -88,8 +88,8 @@ class Player {
         return (socket.revents & (POLLHUP | POLLERR)) == 0;
     }
 
-    /// A device takes its frames in true time and tells nobody. Where it stands still it is asked now and
-    /// then.
+    /// A device consumes frames at the speed of playback and wakes nobody. A device that has stopped is
+    /// polled.
     int MillisecondsToHalf() {
         constexpr std::size_t kLeast = 5, kWhenStill = 500;
         const std::size_t above = half_ - ring_.Free();
@@ -118,8 +118,8 @@ int WorkPlay(Job& job) {
         ::mmap(nullptr, sound::RingBytes(capacity), PROT_READ | PROT_WRITE, MAP_SHARED, job.ring.Get(), 0);
     if (memory == MAP_FAILED) return 1;
     const bool fast = job.request.kind == JobKind::PlayFast;
-    BoundWorker(job.request.memory, fast ? Threads::Some : Threads::None);
-    AllowTime(kOpeningTime);
+    SandboxWorker(job.request.memory, fast ? Threads::Some : Threads::None);
+    LimitProcessorTime(kOpeningTime);
     Player player(job.socket.Get(), memory, capacity, fast);
     PlayAnswer answer{PlayAnswer::TooLarge, 0, -1};
     try {
@@ -133,8 +133,8 @@ int WorkPlay(Job& job) {
 }
 
 int WorkTags(Job& job) {
-    BoundWorker(job.request.memory, Threads::None);
-    AllowTime(kOpeningTime);
+    SandboxWorker(job.request.memory, Threads::None);
+    LimitProcessorTime(kOpeningTime);
     std::string record;
     try {
         record = player::ReadTags(std::move(job.file), job.request.name).Record();

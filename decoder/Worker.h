@@ -4,17 +4,9 @@
 // bytes.
 #pragma once
 
-#include "base/FileDescriptor.h"
-#include "sound/DecoderProtocol.h"
+#include "decoder/Job.h"
 
 namespace sorakaze::decoder {
-
-struct Job {
-    sound::JobRequest request;
-    FileDescriptor file;
-    FileDescriptor socket;
-    FileDescriptor ring;  ///< for Play
-};
 
 /// Confines the process and does the job. Returns its exit status.
 int Work(Job job);

@@ -7,9 +7,9 @@
 
 #include <cstdio>
 
-#include "decoder/Bounds.h"
-#include "decoder/Program.h"
-#include "decoder/Warmth.h"
+#include "decoder/ForkServer.h"
+#include "decoder/Sandbox.h"
+#include "decoder/WarmUp.h"
 
 #ifdef __SANITIZE_ADDRESS__
 /// A crash within a library ends a worker as it does without the sanitizer; what the sanitizer itself finds
@@ -30,8 +30,8 @@ int main() {
             stderr);
         return 2;
     }
-    sorakaze::decoder::BoundProgram();
+    sorakaze::decoder::SandboxForkServer();
     sorakaze::decoder::WarmUp();
     // At once: there is nothing that outlives the process.
-    ::_exit(sorakaze::decoder::TakeJobs(STDIN_FILENO));
+    ::_exit(sorakaze::decoder::RunForkServer(STDIN_FILENO));
 }

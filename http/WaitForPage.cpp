@@ -11,7 +11,7 @@ namespace sorakaze {
 /// A pass in which nothing arrived lasts until something does.
 void HTTPSocket::WaitForPage() {
     const Clock& clock = Runtime::Current().GetClock();
-    const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
+    const Scheduler::FollowWallClock followWall(Runtime::Current().Threads());
     _pageComplete = false;
     mErrorCode = 0;  // kept behaviour 67
     TickCount deadline = 0;

@@ -21,7 +21,7 @@ namespace {
 
 using asio::ip::tcp;
 
-/// Bytes sent in one go before other connections have their turn.
+/// Bytes sent at once before other connections have their turn.
 constexpr std::size_t kSendTurn = 1 << 20;
 
 Failure FailureOf(const std::error_code& error) {
@@ -53,8 +53,8 @@ class TcpConnection final : public Connection,
           port_(port),
           bounds_(bounds),
           socket_(network_->GetLoop().context),
-          patience_(network_->GetLoop().context),
-          end_(network_->GetLoop().context) {}
+          connectTimer_(network_->GetLoop().context),
+          deadline_(network_->GetLoop().context) {}
 
     void Serve() override {
         network_->Post([self = shared_from_this()] {
@@ -74,13 +74,13 @@ class TcpConnection final : public Connection,
         connected_ = false;
         std::error_code ignored;
         socket_.close(ignored);
-        patience_.cancel();
-        end_.cancel();
+        connectTimer_.cancel();
+        deadline_.cancel();
     }
 
     void Begin(const std::string& host) {
         network_->GetLoop().living.insert(this);
-        EndInTime();
+        StartDeadline();
         std::error_code noAddress;
         asio::ip::make_address(host, noAddress);
         if (!noAddress) {
@@ -88,21 +88,21 @@ class TcpConnection final : public Connection,
             return;
         }
         try {
-            network_->LookUp(host, weak_from_this(),
-                             [wanted = weak_from_this()](const std::vector<std::string>& found) {
-                                 const auto self = wanted.lock();
-                                 if (self && !self->over_) self->TryAll(found);
-                             });
+            network_->Resolve(host, weak_from_this(),
+                              [wanted = weak_from_this()](const std::vector<std::string>& found) {
+                                  const auto self = wanted.lock();
+                                  if (self && !self->over_) self->TryAll(found);
+                              });
         } catch (const std::system_error&) {
             Fail(Failure::NoSocket);
         }
     }
 
   private:
-    void EndInTime() {
+    void StartDeadline() {
         if (bounds_.time == std::chrono::milliseconds::max()) return;
-        end_.expires_after(bounds_.time);
-        end_.async_wait([wanted = weak_from_this()](std::error_code cancelled) {
+        deadline_.expires_after(bounds_.time);
+        deadline_.async_wait([wanted = weak_from_this()](std::error_code cancelled) {
             const auto self = wanted.lock();
             if (self && !cancelled && !self->over_)
                 self->Fail(self->connected_ ? Failure::Lost : Failure::Unreachable);
@@ -132,7 +132,7 @@ class TcpConnection final : public Connection,
         Fail(failure_);
     }
 
-    /// The library's own way leaves the descriptor open in programs that are started meanwhile.
+    /// The library's own function leaves the descriptor open in programs that are started meanwhile.
     bool OpenSocket(const tcp& protocol, std::error_code& error) {
         const int descriptor =
             ::socket(protocol.family(), SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, protocol.protocol());
@@ -147,11 +147,11 @@ class TcpConnection final : public Connection,
 
     void Try(const tcp::endpoint& to) {
         socket_.async_connect(to, [self = shared_from_this(), to](std::error_code error) {
-            if (!self->over_) self->Tried(to, error);
+            if (!self->over_) self->AttemptEnded(to, error);
         });
         if (next_ == untried_.size()) return;
-        patience_.expires_after(network_->Patience());
-        patience_.async_wait([self = shared_from_this(), attempt = next_](std::error_code cancelled) {
+        connectTimer_.expires_after(network_->ConnectTimeout());
+        connectTimer_.async_wait([self = shared_from_this(), attempt = next_](std::error_code cancelled) {
             if (cancelled || self->over_ || self->connected_ || self->next_ != attempt) return;
             // The attempt ends with an error, which leads to the next one.
             std::error_code ignored;
@@ -159,10 +159,10 @@ class TcpConnection final : public Connection,
         });
     }
 
-    void Tried(const tcp::endpoint& to, const std::error_code& error) {
-        patience_.cancel();
+    void AttemptEnded(const tcp::endpoint& to, const std::error_code& error) {
+        connectTimer_.cancel();
         std::error_code unknown;
-        // An attempt at a port of this machine that nobody listens on can meet itself.
+        // A connection to an unused port of this machine can connect to itself.
         if (!error && socket_.local_endpoint(unknown) != to) {
             Connected();
             return;
@@ -171,7 +171,7 @@ class TcpConnection final : public Connection,
         TryNext();
     }
 
-    /// What to tell if no address answers: the system's lack of something only if it is the same for all.
+    /// What to report if no address answers: NoSocket only if it was the reason for all of them.
     void Note(Failure failure) {
         const bool first = !noted_ || failure_ == Failure::NoSocket;
         noted_ = true;
@@ -231,7 +231,7 @@ class TcpConnection final : public Connection,
                 socket_.write_some(asio::buffer(outgoing_.data() + sent_, outgoing_.size() - sent_), error);
             if (error == asio::error::would_block || error == asio::error::interrupted) break;
             if (error) {
-                // What the other end said before can still be read; the reading finds the end.
+                // What the other end sent before can still be read; reading finds the end.
                 sending_ = true;
                 outgoing_ = {};
                 return;
@@ -250,8 +250,8 @@ class TcpConnection final : public Connection,
     const std::uint16_t port_;
     const Bounds bounds_;
     tcp::socket socket_;
-    asio::steady_timer patience_;
-    asio::steady_timer end_;
+    asio::steady_timer connectTimer_;
+    asio::steady_timer deadline_;
 
     std::vector<tcp::endpoint> untried_;
     std::size_t next_ = 0;

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One TCP connection, from its name's look-up to its end. What comes of it is told through its Exchange.
+// One TCP connection, from resolving the name to its end. Its results go to its Exchange.
 #pragma once
 
 #include <chrono>
@@ -14,9 +14,9 @@
 
 namespace sorakaze::network {
 
-/// Beyond these a connection is torn.
+/// A connection that exceeds one is cut.
 struct Bounds {
-    std::chrono::milliseconds time = std::chrono::milliseconds::max();   ///< from the look-up of the name on
+    std::chrono::milliseconds time = std::chrono::milliseconds::max();   ///< from resolving the name on
     std::uint64_t received = std::numeric_limits<std::uint64_t>::max();  ///< bytes
 };
 
@@ -34,7 +34,7 @@ class Connection {
 
     /// The exchange has something to send, or room again.
     virtual void Serve() = 0;
-    /// Ends the connection, or the attempt, without a word to anybody.
+    /// Ends the connection, or the attempt, without an event.
     virtual void Drop() = 0;
 };
 

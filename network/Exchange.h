@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a socket and the network's thread hand each other over one connection: bytes both ways, and what has
-// happened. Each connection has one of its own, so that nothing of an old one is taken for the new one's.
+// The state that a socket and the network's thread share for one connection: bytes in both directions, and events. Each connection has its own, so that nothing of an old connection reaches a new one.
 #pragma once
 
 #include <atomic>
@@ -15,20 +14,19 @@
 namespace sorakaze::network {
 
 enum class Failure {
-    NoSocket,      ///< the system gives none
+    NoSocket,      ///< the system has none left
     NoAddress,     ///< the name isn't known
     AddressInUse,  ///< no port is left on this side
     Unreachable,   ///< refused, no way there, or no answer
-    Lost           ///< closed by the other end, or torn
+    Lost           ///< closed by the other end, or cut
 };
 
 class Exchange {
   public:
-    /// Received bytes that may wait to be taken. When that many wait, reading from the network pauses.
+    /// The most received bytes that wait to be taken: then reading from the network pauses.
     static constexpr std::size_t kReceiveAhead = 1 << 20;
 
-    /// `onDue` is called on the network's thread, and holds no lock, when something has become due while
-    /// nothing was.
+    /// `onDue` is called on the network's thread, without a lock, when something becomes due and nothing was.
     explicit Exchange(std::function<void()> onDue) : onDue_(std::move(onDue)) {}
 
     // For the socket:
@@ -38,15 +36,15 @@ class Exchange {
     bool TakeConnected();
     /// Appends what was received to `received`; false if there is nothing new.
     bool TakeReceived(std::string& received);
-    /// What was queued is sent: handed to the system.
+    /// All that was queued has been passed to the system.
     bool TakeSent();
-    /// The connection's end. Comes behind all the others.
+    /// The connection's end. Comes after all the others.
     std::optional<Failure> TakeFailure();
 
     void Queue(std::string_view bytes);
     /// Drops received bytes that weren't taken, and those queued that weren't sent.
     void Purge();
-    /// Nothing becomes due from here on.
+    /// From here on nothing becomes due.
     void Abandon();
     /// True when reading has paused, and waits for Connection::Serve.
     bool IsPaused();
@@ -56,12 +54,11 @@ class Exchange {
     void TellConnected();
     void TellReceived(std::string_view bytes);
     void TellFailed(Failure failure);
-    /// How many bytes may be received; where it is 0, a pause has begun.
+    /// How many bytes may be received; with 0 a pause begins.
     std::size_t Room();
-    /// True once behind a pause, when there is room again.
+    /// True once after a pause, when there is room again.
     bool EndPause();
-    /// `sending` holds what is on its way, `at` how much of that the system has taken. Fetches more when all
-    /// is. False when there is nothing to send; then what was queued counts as sent.
+    /// `sending` is being sent, and the system has taken `at` bytes of it. Fetches more when it has taken all. False when there is nothing to send; then what was queued counts as sent.
     bool HasMore(std::string& sending, std::size_t& at);
 
   private:

@@ -30,14 +30,14 @@ void Network::Stop() {
     thread_.join();
 }
 
-void Network::SetSurroundings(Surroundings surroundings) {
+void Network::SetSettings(Settings settings) {
     const std::lock_guard lock(mutex_);
-    surroundings_ = std::move(surroundings);
+    settings_ = std::move(settings);
 }
 
-std::chrono::milliseconds Network::Patience() {
+std::chrono::milliseconds Network::ConnectTimeout() {
     const std::lock_guard lock(mutex_);
-    return surroundings_.patience;
+    return settings_.connectTimeout;
 }
 
 void Network::Post(std::function<void()> call) {
@@ -45,19 +45,19 @@ void Network::Post(std::function<void()> call) {
     if (!stopped_) asio::post(loop_->context, std::move(call));
 }
 
-void Network::LookUp(const std::string& host, std::weak_ptr<void> wanted,
-                     std::function<void(const std::vector<std::string>&)> done) {
-    LookUps::Job job{host, {}, std::move(wanted), {}};
+void Network::Resolve(const std::string& host, std::weak_ptr<void> wanted,
+                      std::function<void(const std::vector<std::string>&)> done) {
+    ResolverPool::Job job{host, {}, std::move(wanted), {}};
     {
         const std::lock_guard lock(mutex_);
-        job.resolve = surroundings_.resolver;
+        job.resolve = settings_.resolver;
     }
     job.done = [self = weak_from_this(), done = std::move(done)](std::vector<std::string> addresses) {
         if (const auto network = self.lock()) {
             network->Post([done, addresses = std::move(addresses)] { done(addresses); });
         }
     };
-    lookUps_->Start(std::move(job));
+    resolvers_->Start(std::move(job));
 }
 
 }  // namespace sorakaze::network

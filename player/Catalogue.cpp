@@ -69,7 +69,7 @@ void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& na
     const std::string path = folder + '/' + name;
     const auto ending = name.rfind('.');
     if (ascii::Lowered(std::string_view(name).substr(ending)) != ".xml") {
-        playlists_.push_back({FitName(std::string_view(name).substr(0, ending)), path, false, {}, 0});
+        playlists_.push_back({JoinableName(std::string_view(name).substr(0, ending)), path, false, {}, 0});
         return;
     }
     const bool isRead = libraryBytes_ < kMostLibraryBytes;
@@ -79,7 +79,7 @@ void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& na
     if (!contents || !contents->isLibrary) return;
     std::unordered_map<std::string, int> occurrences;
     for (const ParsedPlaylist::List& list : contents->lists) {
-        playlists_.push_back({FitName(list.name), path, true, list.name, occurrences[list.name]++});
+        playlists_.push_back({JoinableName(list.name), path, true, list.name, occurrences[list.name]++});
     }
 }
 

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From an entry of a playlist to the file that it means. Playlists are written by many programs on many
-// systems and move about with their files, so an entry is tried in every spelling that it may stand for, the
-// literal one first.
+// systems and move about with their files, so every possible spelling of an entry is tried, the literal one first.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +12,7 @@
 
 namespace sorakaze::player {
 
-/// The spellings to try, best first, at least one: as it stands, without percent-escapes, decoded to UTF-8,
+/// The spellings to try, best first, at least one: unchanged, without percent-escapes, decoded to UTF-8,
 /// with slashes for backslashes, without blanks around, composed and decomposed. Pure.
 std::vector<std::string> Spellings(const PlaylistEntry& entry);
 

@@ -10,8 +10,7 @@
 
 namespace sorakaze::player {
 
-/// What tells a file's or a folder's present content from an earlier one, at the cost of one look at its
-/// status.
+/// Identifies a file's or a folder's content at one time, at the cost of one stat.
 struct FileStamp {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -24,11 +23,10 @@ struct FileStamp {
 
 FileStamp StampOf(const struct stat& status);
 
-/// Empty where nothing stands at `path`. Follows links.
+/// Empty if there is nothing at `path`. Follows links.
 std::optional<FileStamp> StampOf(const std::string& path);
 
-/// False while a further change could still fall into the same tick of the file system's clock and leave the
-/// stamp as it is: what was read under such a stamp is read again.
+/// False while a further change could fall into the same tick of the file system's clock and leave the stamp unchanged: what was read with such a stamp must be read again.
 bool IsSettled(const FileStamp& stamp);
 
 }  // namespace sorakaze::player

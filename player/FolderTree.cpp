@@ -128,7 +128,7 @@ struct FolderTree::Scanner {
 
     const FolderTree* before;
     FolderTree& tree;
-    AwayFolders& away;
+    MissingFolders& away;
     const std::stop_token& ended;
     std::set<std::pair<std::uint64_t, std::uint64_t>> visited;
     std::deque<Step> links;
@@ -187,7 +187,7 @@ struct FolderTree::Scanner {
     bool KeepWhileAway(const Step& step) {
         const Folder* former = Former(step.path);
         // Another root may have brought it along.
-        if (former == nullptr || tree.byPath_.contains(step.path) || !away.IsWaitedFor(step.path))
+        if (former == nullptr || tree.byPath_.contains(step.path) || !away.IsExpectedBack(step.path))
             return false;
         Keep(step);
         return true;
@@ -208,7 +208,7 @@ struct FolderTree::Scanner {
             }
             const Folder* former = Former(step.path);
             if (former != nullptr && IsUnmounted(*former, *listing) && KeepWhileAway(step)) continue;
-            away.IsBack(step.path);
+            away.SetPresent(step.path);
             visited.emplace(stamp->device, stamp->inode);
             Descend(step, listing, steps);
         }
@@ -224,7 +224,7 @@ struct FolderTree::Scanner {
 };
 
 std::shared_ptr<const FolderTree> FolderTree::Scan(const std::vector<std::filesystem::path>& roots,
-                                                   const FolderTree* before, AwayFolders& away,
+                                                   const FolderTree* before, MissingFolders& away,
                                                    const std::stop_token& ended) {
     auto tree = std::make_shared<FolderTree>();
     Scanner scanner{before, *tree, away, ended, {}, {}};

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The folders below the music roots: which sound files, playlists and folders each of them holds, by name
-// alone. Built by a scan that reads each folder once and looks at no file; a later scan reads again only the
+// alone. Built by a scan that reads each folder once and opens no file; a later scan reads again only the
 // folders that have changed.
 #pragma once
 
@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "player/AwayFolders.h"
 #include "player/FileStamp.h"
+#include "player/MissingFolders.h"
 
 namespace sorakaze::player {
 
@@ -43,7 +43,7 @@ class FolderTree {
     /// come the roots, linked folders and mounted disks that are away for the time being. Null when a stop is
     /// asked for.
     static std::shared_ptr<const FolderTree> Scan(const std::vector<std::filesystem::path>& roots,
-                                                  const FolderTree* before, AwayFolders& away,
+                                                  const FolderTree* before, MissingFolders& away,
                                                   const std::stop_token& ended);
 
     const std::vector<Folder>& Folders() const { return folders_; }

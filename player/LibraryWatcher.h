@@ -22,8 +22,7 @@ namespace sorakaze::player {
 
 class LibraryWatcher {
   public:
-    /// Once a stop is asked of `ended`, nothing is scanned any more and nobody waits. It must be asked before
-    /// this goes.
+    /// When a stop of `ended` is requested, nothing is scanned any more and nobody waits. It must be requested before this is destroyed.
     LibraryWatcher(std::vector<std::filesystem::path> roots, PlaylistFiles& files,
                    MusicLibrary::Watching watching, std::function<MusicLibrary::Clock::time_point()> now,
                    std::stop_token ended);
@@ -31,15 +30,14 @@ class LibraryWatcher {
     LibraryWatcher(const LibraryWatcher&) = delete;
     LibraryWatcher& operator=(const LibraryWatcher&) = delete;
 
-    /// The latest catalogue. Waits for the first scan; later, for a moment at most, when nobody has asked for
-    /// a while. Empty where the end came before the first scan was done.
+    /// The latest catalogue. Waits for the first scan; later, after a time without calls, for a moment at most. Empty if the stop came before the first scan was done.
     std::shared_ptr<const Catalogue> Current();
 
   private:
     using Clock = MusicLibrary::Clock;
 
     std::shared_ptr<const Catalogue> CurrentFromThread();
-    /// The catalogue as it is now: `before` itself where nothing has changed, or when a stop is asked for.
+    /// The present catalogue: `before` itself if nothing has changed or a stop is requested.
     std::shared_ptr<const Catalogue> Scanned(const std::shared_ptr<const Catalogue>& before);
     std::shared_ptr<const Catalogue> Empty();
     void Run();
@@ -49,7 +47,7 @@ class LibraryWatcher {
     const MusicLibrary::Watching watching_;
     const std::function<Clock::time_point()> now_;
     const std::stop_token ended_;
-    AwayFolders away_;  ///< the scanning thread's
+    MissingFolders away_;  ///< the scanning thread's
 
     std::mutex mutex_;  ///< guards what follows; callers and the thread
     std::condition_variable_any wake_;

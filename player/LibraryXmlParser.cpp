@@ -61,7 +61,7 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     ParsedPlaylist Finish() override {
         while (!open_.empty()) End();
         ParsedPlaylist library{{}, hasTracks_ || hasLists_, std::move(lists_)};
-        // Only now is it known what every number stands for: the lists may come first.
+        // Only now is every number known: the lists may come first.
         for (ParsedPlaylist::List& list : library.lists) {
             std::erase_if(list.tracks, [this](std::uint32_t& track) {
                 const auto found = indices_.find(track);

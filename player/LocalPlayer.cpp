@@ -19,8 +19,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr double kFadeSeconds = 4;
-/// How long a music folder that is away is waited for, and how often it is looked for.
-constexpr std::chrono::minutes kPatience{15};
+/// How long to wait for a missing music folder, and how often to check for it.
+constexpr std::chrono::minutes kGracePeriod{15};
 constexpr std::chrono::seconds kLookInterval{1};
 
 std::string Decimal(double seconds) {
@@ -39,8 +39,7 @@ struct LocalPlayer::Impl {
         TrackEvent track;                        ///< what Started told
         std::optional<sound::Frames> fadeBegun;  ///< in frames mixed by the engine
     };
-    /// A track whose music folder is away. It counts as playing until the folder is back or was away for
-    /// long.
+    /// A track whose music folder is missing. It counts as playing until the folder is back or has been missing for long.
     struct Waiting {
         TrackEvent track;
         Clock::time_point since;
@@ -48,13 +47,13 @@ struct LocalPlayer::Impl {
     };
     /// A file's texts or decoder, valid while the stamp is the file's.
     template <typename Value>
-    struct OfFile {
+    struct Cached {
         std::string path;
         std::optional<FileStamp> stamp;
         bool settled = false;
         Value value{};
 
-        OfFile(std::string file, const std::optional<FileStamp>& fileStamp)
+        Cached(std::string file, const std::optional<FileStamp>& fileStamp)
             : path(std::move(file)), stamp(fileStamp), settled(stamp && IsSettled(*stamp)) {}
 
         bool IsFor(const std::string& otherPath, const std::optional<FileStamp>& otherStamp) const {
@@ -68,8 +67,8 @@ struct LocalPlayer::Impl {
     bool readsAhead = false;
     std::optional<Playing> playing;
     std::optional<Waiting> waiting;  ///< never beside playing
-    std::optional<OfFile<TrackText>> lastTags;
-    std::optional<OfFile<std::shared_ptr<sound::Voice>>> prepared;
+    std::optional<Cached<TrackText>> lastTags;
+    std::optional<Cached<std::shared_ptr<sound::Voice>>> prepared;
 
     Impl(LocalPlayer& owner, sound::MixingEngine& mixer, std::unique_ptr<MusicLibrary> music)
         : player(owner), engine(mixer), library(std::move(music)) {}
@@ -118,19 +117,20 @@ struct LocalPlayer::Impl {
         Tell(std::move(event), TrackEvent::What::Started, 0);
     }
 
-    /// Only where time is the wall's: a rendered show would run on meanwhile.
+    /// On the wall clock only: a rendered show would run on meanwhile.
     void WaitFor(const TrackEvent& track) {
         const auto now = Clock::now();
-        if (!readsAhead && library->IsAway(track.path)) waiting = Waiting{track, now, now + kLookInterval};
+        if (!readsAhead && library->IsFolderMissing(track.path))
+            waiting = Waiting{track, now, now + kLookInterval};
     }
 
-    void LookForAwayFolder() {
+    void LookForMissingFolder() {
         const auto now = Clock::now();
         if (!waiting || now < waiting->nextLook) return;
         waiting->nextLook = now + kLookInterval;
         TrackEvent track = waiting->track;
-        if (library->IsAway(track.path)) {
-            if (now - waiting->since > kPatience) waiting.reset();
+        if (library->IsFolderMissing(track.path)) {
+            if (now - waiting->since > kGracePeriod) waiting.reset();
             return;
         }
         waiting.reset();
@@ -141,7 +141,7 @@ struct LocalPlayer::Impl {
         Begin(std::move(voice), std::move(track));
     }
 
-    /// Ends the current track, if there is one. The player stands stopped before anyone is told.
+    /// Ends the current track, if there is one. The player is stopped before the event.
     void End() {
         waiting.reset();
         if (!playing) return;
@@ -151,7 +151,7 @@ struct LocalPlayer::Impl {
         Tell(ended.track, TrackEvent::What::Ended, ended.voice->Position().Seconds());
     }
 
-    /// Notices a track that has run out by itself.
+    /// Also ends a track that has played to its end.
     bool IsPlaying() {
         if (playing && !playing->voice->IsPlaying()) End();
         return playing.has_value();
@@ -196,7 +196,7 @@ std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
 }
 
 std::string LocalPlayer::State() {
-    impl_->LookForAwayFolder();
+    impl_->LookForMissingFolder();
     if (impl_->waiting) return "playing";
     if (!impl_->IsPlaying()) return "stopped";
     return impl_->playing->fadeBegun ? "fading" : "playing";

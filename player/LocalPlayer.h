@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. It
-// stands behind the player scripts, is called by whoever holds the runtime's baton, and knows nothing of the
-// show.
+// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. The player scripts call it, with the runtime's baton. It knows nothing of the show.
 #pragma once
 
 #include <filesystem>
@@ -17,7 +15,7 @@ namespace sorakaze::player {
 
 class MusicLibrary;
 
-/// A track of the player as an onlooker is told of it.
+/// An event of a track, for observers.
 struct TrackEvent {
     enum class What { Started, FadeBegun, Ended };
     What what = What::Started;
@@ -33,11 +31,10 @@ class LocalPlayer {
     LocalPlayer(sound::MixingEngine& engine, std::unique_ptr<MusicLibrary> library);
     ~LocalPlayer();
 
-    /// Called on the caller's thread for each event. Unset: nobody is told.
+    /// Called on the caller's thread for each event. May be empty.
     std::function<void(const TrackEvent&)> onTrack;
 
-    /// Opens the track that SongInfo tells of in advance, one at a time, so that its Play starts without
-    /// delay. For a host that renders faster than it plays. Off at first.
+    /// SongInfo opens its track in advance, one at a time, so that Play starts without delay. For a host that renders faster than it plays. Off at first.
     void SetReadAhead(bool on);
 
     /// The names of all playlists joined by ", ", `Library` first.
@@ -52,8 +49,7 @@ class LocalPlayer {
     std::string SongInfo(const std::string& playlist, int number);
 
     /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as
-    /// stopped; one whose whole music folder is away counts as playing until it is back, a quarter of an hour
-    /// at most.
+    /// stopped; one whose whole music folder is missing counts as playing until it is back, for a quarter of an hour at most.
     std::string State();
     /// Seconds played of the current track, in decimal with a point; "0" when stopped.
     std::string Position();

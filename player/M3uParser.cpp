@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kTrackInfo = "#EXTINF:";
 
-/// The text behind the first comma that no attribute's quotes hold: `123 key="a, b",Artist - Title`.
+/// The text after the first comma outside an attribute's quotes: `123 key="a, b",Artist - Title`.
 TrackText TextOfTrackInfo(std::string_view info) {
     bool quoted = false;
     for (std::size_t i = 0; i < info.size(); ++i) {

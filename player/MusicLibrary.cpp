@@ -27,7 +27,7 @@ const ParsedPlaylist::List* ListOf(const PlaylistFiles::Contents& contents, cons
     return nullptr;
 }
 
-/// A playlist's entries by index, whichever kind of file it stands in.
+/// A playlist's entries by index, for both kinds of files.
 class Entries {
   public:
     Entries(std::shared_ptr<const PlaylistFiles::Contents> contents, const Playlist& playlist)
@@ -85,7 +85,7 @@ std::unique_ptr<MusicLibrary> MusicLibrary::OfApplication(const std::filesystem:
     return std::make_unique<MusicLibrary>(std::move(roots), Watching::OnThread, Clock::now, std::move(ended));
 }
 
-bool MusicLibrary::IsAway(const std::filesystem::path& file) const {
+bool MusicLibrary::IsFolderMissing(const std::filesystem::path& file) const {
     return std::any_of(impl_->roots.begin(), impl_->roots.end(), [&](const std::filesystem::path& root) {
         const bool within =
             std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end();

@@ -5,7 +5,7 @@
 // tags and plays nothing.
 //
 // A playlist that is edited counts from the next call. New, moved and removed files are noticed within about
-// a second of the calls that come in meanwhile; while nobody asks, nothing looks at the disk. A music folder
+// a second of the calls that come in meanwhile; without calls the disk isn't read. A music folder
 // that goes as a whole (a disk is unmounted, a network is down) counts as it was for a quarter of an hour.
 #pragma once
 
@@ -63,7 +63,7 @@ class MusicLibrary {
 
     /// Whether the file would be in a folder of music that is away as a whole at the moment. Looks at the
     /// disk.
-    bool IsAway(const std::filesystem::path& file) const;
+    bool IsFolderMissing(const std::filesystem::path& file) const;
 
   private:
     struct Impl;

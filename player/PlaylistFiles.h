@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The playlist files as they stand right now: parsed when first asked for, and again when a file has changed
+// The playlist files as they are now: parsed when first asked for, and again when a file has changed
 // since. A thread, which this owns, reads what callers ask for; it is commanded by them, and touches nothing
 // but the cache.
 #pragma once

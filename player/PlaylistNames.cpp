@@ -10,7 +10,7 @@
 
 namespace sorakaze::player {
 
-std::string FitName(std::string_view name) {
+std::string JoinableName(std::string_view name) {
     std::string fit = CleanLine(name);
     for (auto comma = fit.find(", "); comma != std::string::npos; comma = fit.find(", ", comma)) {
         fit.erase(comma + 1, 1);

@@ -10,7 +10,7 @@ namespace sorakaze::player {
 
 /// A playlist's own name made fit for a list of names joined by ", ": one clean line, every ", " without its
 /// blank. Empty where nothing is left.
-std::string FitName(std::string_view name);
+std::string JoinableName(std::string_view name);
 
 /// Makes the names distinct, whatever their letter case, and keeps their order: of equal names the first
 /// keeps it and the others get the next free number, "Rock", "Rock 2".

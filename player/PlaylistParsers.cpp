@@ -28,7 +28,7 @@ std::string_view SchemeOf(std::string_view location) {
     return isFile || location.substr(colon + 1).starts_with("//") ? scheme : std::string_view{};
 }
 
-/// The path of what stands behind "file:": "/x", "///x", "//localhost/x". Another host's name is dropped too:
+/// The path of what follows "file:": "/x", "///x", "//localhost/x". Another host's name is dropped too:
 /// where its files are mounted is anyone's guess, and the search for moved files does the rest.
 std::string_view PathOfFileUrl(std::string_view rest) {
     if (!rest.starts_with("//")) return rest;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The playlist formats, each a parser that takes a file's bytes piece by piece and gives the entries that can
-// stand for tracks of the user's own. Nothing here looks at the disk, and nothing fails: what can't be read
+// mean tracks of the user's own. Nothing here reads the disk, and nothing fails: what can't be read
 // gives no entries. Network addresses, other playlists and entries without a place are no tracks and don't
 // count. The time is linear in the file's size, and the memory is bounded whatever the file holds: what goes
 // beyond the bounds is left out.
@@ -88,7 +88,7 @@ class EntryCollector {
     std::size_t bytes_ = 0;
 };
 
-/// The entry for a location as it stands in a playlist: a path, or a URL where it begins like one. `form` is
+/// The entry for a location in a playlist: a path, or a URL where it begins like one. `form` is
 /// what a location without a scheme is. Empty where it can't be a track, as a path that is too long for the
 /// system can't.
 std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::Form form);
@@ -99,7 +99,7 @@ bool HasEnding(std::string_view name, std::string_view ending);
 /// True for a path whose name ends like a playlist's.
 bool IsPlaylistName(std::string_view path);
 
-/// The next line of `rest`, ended by CR, LF, CR LF or the end, and `rest` moved behind it.
+/// The next line of `rest`, ended by CR, LF, CR LF or the end, and `rest` moved past it.
 std::string_view TakeLine(std::string_view& rest);
 
 }  // namespace sorakaze::player

@@ -13,7 +13,7 @@ namespace sorakaze::player {
 
 namespace {
 
-/// The number behind `prefix` in a key such as "file12", which is lower case. Empty for another key.
+/// The number after `prefix` in a key such as "file12", which is lower case. Empty for another key.
 std::optional<int> NumberOf(std::string_view key, std::string_view prefix) {
     if (!key.starts_with(prefix)) return std::nullopt;
     key.remove_prefix(prefix.size());

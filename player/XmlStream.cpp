@@ -172,7 +172,7 @@ struct XmlStream::Impl {
             impl.visitor.Text(utf8);
             return;
         }
-        // A reference to a character takes more bytes in the file than the one that it stands for.
+        // A character reference takes more bytes in the file than its character.
         const bool asItIs =
             impl.encoding == Encoding::AsItIs && !impl.isLatin1 &&
             static_cast<std::size_t>(XML_GetCurrentByteCount(impl.parser)) == Characters(utf8);

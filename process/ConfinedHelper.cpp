@@ -50,7 +50,7 @@ ConfinedHelper::ConfinedHelper(const HelperOptions& options) : impl_(std::make_u
 ConfinedHelper::~ConfinedHelper() {
     if (impl_->taken) return;
     EndProgram(impl_->launched);
-    TakeEnd(impl_->launched);
+    AwaitEnd(impl_->launched);
 }
 
 int ConfinedHelper::Channel() const {
@@ -60,7 +60,7 @@ int ConfinedHelper::Channel() const {
 std::string ConfinedHelper::TakeEndText() {
     EndProgram(impl_->launched);
     int status = 0;
-    const LaunchReport report = TakeEnd(impl_->launched, &status);
+    const LaunchReport report = AwaitEnd(impl_->launched, &status);
     impl_->taken = true;
     return EndText(report, status);
 }

@@ -19,7 +19,7 @@
 #include "process/Launch.h"
 #include "process/LaunchPlan.h"
 #include "process/Mechanisms.h"
-#include "process/Workplace.h"
+#include "process/Workspace.h"
 
 namespace sorakaze::process {
 namespace {
@@ -30,10 +30,10 @@ using namespace std::chrono_literals;
 
 constexpr int kCannotStart = 127;
 constexpr int kEndedBySignal = 128;
-/// How often the sums of a running command are taken.
-constexpr auto kLookInterval = 100ms;
+/// How often a running command's use of memory and disk is measured.
+constexpr auto kCheckInterval = 100ms;
 
-void TellWhatIsMissing() {
+void WarnOfMissingMechanisms() {
     static std::once_flag told;
     std::call_once(told, [] {
         const ConfinementSupport support = QueryConfinementSupport();
@@ -82,7 +82,7 @@ struct ConfinedProcess::Impl {
   private:
     void Follow(Launched& launched, CommandResult& result);
     void WaitForEnd(Launched& launched, CommandResult& result);
-    bool WithinBounds(const Launched& launched) const;
+    std::optional<ExceededLimit> CheckLimits(const Launched& launched) const;
 
     fs::path folderOnDisk;  ///< the command's; empty where it is on none
 };
@@ -93,38 +93,38 @@ void ConfinedProcess::Impl::Kill() {
     if (running) EndAll(*running);
 }
 
-bool ConfinedProcess::Impl::WithinBounds(const Launched& launched) const {
-    // One process at its bound is all right, and so are two or three ordinary ones; a herd at theirs is not.
-    constexpr std::uint64_t kHerd = 2;
+std::optional<ExceededLimit> ConfinedProcess::Impl::CheckLimits(const Launched& launched) const {
+    /// All processes together may fill so many times what one may.
+    constexpr std::uint64_t kMemoryOfAll = 2;
     const ProcessesFootprint processes =
-        MeasureProcesses(launched.keeper, folderOnDisk, confinement.fileSize);
-    if (processes.processes > confinement.processes + 1 ||
-        processes.memory / kHerd > confinement.addressSpace ||
-        processes.removedFiles > confinement.folderSize)
-        return false;
-    if (folderOnDisk.empty()) return true;  // the kernel keeps to its size
+        MeasureProcesses(launched.supervisor, folderOnDisk, confinement.fileSize);
+    if (processes.processes > confinement.processes + 1) return ExceededLimit::Processes;
+    if (processes.memory / kMemoryOfAll > confinement.addressSpace) return ExceededLimit::Memory;
+    if (processes.removedFiles > confinement.folderSize) return ExceededLimit::FolderSize;
+    if (folderOnDisk.empty()) return {};  // the kernel limits its size
     const std::uint64_t room = confinement.folderSize - processes.removedFiles;
-    return FolderBytes(folderOnDisk, room) <= room;
+    if (FolderBytes(folderOnDisk, room) > room) return ExceededLimit::FolderSize;
+    return {};
 }
 
 void ConfinedProcess::Impl::WaitForEnd(Launched& launched, CommandResult& result) {
     const Clock::time_point deadline = Clock::now() + confinement.wallTime;
-    Clock::time_point look = Clock::now() + kLookInterval;
-    const auto end = [&] {
-        result.timedOut = true;
+    Clock::time_point nextCheck = Clock::now() + kCheckInterval;
+    const auto end = [&](ExceededLimit limit) {
+        result.exceeded = limit;
         const std::lock_guard lock(mutex);
         EndAll(launched);
     };
     pollfd events[] = {{launched.process.Get(), POLLIN, 0}, {launched.output.Get(), POLLIN, 0}};
     while (!(events[0].revents & POLLIN)) {
         const Clock::time_point now = Clock::now();
-        if (!result.timedOut && now >= deadline) end();
-        if (!result.timedOut && now >= look) {
-            if (!WithinBounds(launched)) end();
-            look = Clock::now() + kLookInterval;
+        if (!result.exceeded && now >= deadline) end(ExceededLimit::WallTime);
+        if (!result.exceeded && now >= nextCheck) {
+            if (const auto limit = CheckLimits(launched)) end(*limit);
+            nextCheck = Clock::now() + kCheckInterval;
         }
-        const auto wait = std::chrono::ceil<std::chrono::milliseconds>(std::min(look, deadline) - now);
-        ::poll(events, 2, result.timedOut ? -1 : static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
+        const auto wait = std::chrono::ceil<std::chrono::milliseconds>(std::min(nextCheck, deadline) - now);
+        ::poll(events, 2, result.exceeded ? -1 : static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
         if (events[1].revents & POLLIN) Drain(launched.output.Get(), confinement.outputSize, result.output);
         // Everything may have closed its end and still run.
         else if (events[1].revents != 0)
@@ -146,7 +146,7 @@ void ConfinedProcess::Impl::Follow(Launched& launched, CommandResult& result) {
         const std::lock_guard lock(mutex);
         running = nullptr;
     }
-    const LaunchReport report = TakeEnd(launched);
+    const LaunchReport report = AwaitEnd(launched);
     switch (report.what) {
         case LaunchReport::Ended:
             result.status = ExitStatus(report.value);
@@ -157,7 +157,8 @@ void ConfinedProcess::Impl::Follow(Launched& launched, CommandResult& result) {
             result.status = kEndedBySignal + SIGKILL;
             break;
     }
-    result.timedOut |= result.status == kEndedBySignal + SIGXCPU || result.status == kEndedBySignal + SIGXFSZ;
+    if (result.status == kEndedBySignal + SIGXCPU) result.exceeded = ExceededLimit::ProcessorTime;
+    if (result.status == kEndedBySignal + SIGXFSZ) result.exceeded = ExceededLimit::FileSize;
 }
 
 CommandResult ConfinedProcess::Impl::Run() {
@@ -169,14 +170,14 @@ CommandResult ConfinedProcess::Impl::Run() {
     };
     if (!killWasCalled()) {
         try {
-            TellWhatIsMissing();
+            WarnOfMissingMechanisms();
             const Mechanisms mechanisms = AvailableMechanisms();
-            Workplace workplace(confinement, mechanisms);
-            if (workplace.FolderIsOnDisk()) folderOnDisk = fs::canonical(workplace.Folder());
-            LaunchPlan plan = PlanCommand(commandLine, confinement, workplace, mechanisms);
+            Workspace workspace(confinement, mechanisms);
+            if (workspace.FolderIsOnDisk()) folderOnDisk = fs::canonical(workspace.Folder());
+            LaunchPlan plan = PlanCommand(commandLine, confinement, workspace, mechanisms);
             Launched launched = Launch(plan);
             Follow(launched, result);
-            if (!result.timedOut && !killWasCalled()) workplace.TakeOutput();
+            if (!result.exceeded && !killWasCalled()) workspace.TakeOutput();
         } catch (const std::exception& failure) {
             ReportOnce(std::string("Sorakaze: a command could not be started: ") + failure.what());
             result.status = kCannotStart;

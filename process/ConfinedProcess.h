@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,13 +42,17 @@ struct Confinement {
     unsigned processes = 32;                     ///< at the same time
 };
 
+/// What a command was ended for.
+enum class ExceededLimit { WallTime, ProcessorTime, FileSize, FolderSize, Processes, Memory };
+
 struct CommandResult {
     /// The exit status; 128 + signal for a command that a signal ended; 127 where nothing could be started.
     int status = 0;
     /// What the command wrote to standard output. Standard error is dropped.
     std::string output;
-    bool killed = false;    ///< Kill was called
-    bool timedOut = false;  ///< a bound of the confinement ended it
+    bool killed = false;  ///< Kill was called
+    /// Empty for a command that ended by itself or was killed.
+    std::optional<ExceededLimit> exceeded;
 };
 
 /// One run of one command line. Run blocks the calling thread; Kill may come from any other thread, before,

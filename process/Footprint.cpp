@@ -86,13 +86,13 @@ class Meter {
 
     void Add(pid_t process) {
         ++sum_.processes;
-        const std::string place = "/proc/" + std::to_string(process);
-        std::ifstream file(place + "/statm");
+        const std::string folder = "/proc/" + std::to_string(process);
+        std::ifstream file(folder + "/statm");
         std::uint64_t whole = 0, resident = 0, shared = 0;
         file >> whole >> resident >> shared;
         const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
-        if (!folder_.empty()) AddOpenFiles(place + "/fd");
-        const bool readable = AddMappings(place + "/maps");
+        if (!folder_.empty()) AddOpenFiles(folder + "/fd");
+        const bool readable = AddMappings(folder + "/maps");
         sum_.memory += (readable ? resident - std::min(shared, resident) : resident) * page;
     }
 
@@ -162,10 +162,10 @@ std::uint64_t FolderBytes(const fs::path& folder, std::uint64_t enough) {
     return sum;
 }
 
-ProcessesFootprint MeasureProcesses(pid_t keeper, const fs::path& folder, std::uint64_t largestFile) {
+ProcessesFootprint MeasureProcesses(pid_t supervisor, const fs::path& folder, std::uint64_t largestFile) {
     Meter meter(folder, largestFile);
     constexpr unsigned kMost = 4096;
-    std::vector<pid_t> waiting = ChildrenOf(keeper);
+    std::vector<pid_t> waiting = ChildrenOf(supervisor);
     for (unsigned count = 0; !waiting.empty() && count < kMost; ++count) {
         const pid_t process = waiting.back();
         waiting.pop_back();

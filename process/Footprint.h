@@ -17,15 +17,15 @@ namespace sorakaze::process {
 std::uint64_t FolderBytes(const std::filesystem::path& folder, std::uint64_t enough);
 
 struct ProcessesFootprint {
-    unsigned processes = 0;    ///< below the keeper
+    unsigned processes = 0;    ///< below the supervisor
     std::uint64_t memory = 0;  ///< bytes that they have for themselves, together; what they share counts once
     std::uint64_t removedFiles = 0;  ///< bytes of files that no folder names any more, open or mapped
 };
 
-/// Of all processes below `keeper`. Files of `folder` that are mapped but gone count for what is mapped of
-/// them, at most `largestFile` bytes each; for an empty `folder` no file counts. Where a process doesn't let
-/// itself be read, all memory counts that it has.
-ProcessesFootprint MeasureProcesses(pid_t keeper, const std::filesystem::path& folder,
+/// Of all processes below `supervisor`. Files of `folder` that are mapped but gone count for what is mapped
+/// of them, at most `largestFile` bytes each; for an empty `folder` no file counts. Where a process doesn't
+/// let itself be read, all memory counts that it has.
+ProcessesFootprint MeasureProcesses(pid_t supervisor, const std::filesystem::path& folder,
                                     std::uint64_t largestFile);
 
 }  // namespace sorakaze::process

@@ -74,7 +74,7 @@ int LandlockVersion() {
     return version > 0 ? static_cast<int>(version) : 0;
 }
 
-FileDescriptor MakeLandlockRules(int version, const std::vector<Place>& places) {
+FileDescriptor MakeLandlockRules(int version, const std::vector<PathRule>& paths) {
     const std::uint64_t handled = EveryFileRight(version);
     const RulesetAttributes attributes{handled, version >= 4 ? kEveryNetworkRight : 0,
                                        version >= 6 ? kEveryScope : 0};
@@ -82,16 +82,16 @@ FileDescriptor MakeLandlockRules(int version, const std::vector<Place>& places) 
     FileDescriptor ruleset(
         static_cast<int>(::syscall(SYS_landlock_create_ruleset, &attributes, sizeof attributes, 0)));
     if (!ruleset) throw std::system_error(errno, std::generic_category(), "landlock_create_ruleset");
-    for (const Place& place : places) {
-        const FileDescriptor descriptor(::open(place.path.c_str(), O_PATH | O_CLOEXEC));
+    for (const PathRule& rule : paths) {
+        const FileDescriptor descriptor(::open(rule.path.c_str(), O_PATH | O_CLOEXEC));
         if (!descriptor) continue;
-        if (!AllowPlace(ruleset.Get(), version, descriptor.Get(), place.access))
+        if (!AllowPath(ruleset.Get(), version, descriptor.Get(), rule.access))
             throw std::system_error(errno, std::generic_category(), "landlock_add_rule");
     }
     return ruleset;
 }
 
-bool AllowPlace(int ruleset, int version, int descriptor, Access access) {
+bool AllowPath(int ruleset, int version, int descriptor, Access access) {
     struct stat status {};
     // Not through the C library: a sanitizer has its own fstat, which takes locks.
     if (::syscall(SYS_fstat, descriptor, &status) != 0) return false;

@@ -19,7 +19,7 @@ enum class Access {
     Write         ///< read, write, make and remove ordinary files and folders; nothing below is executed
 };
 
-struct Place {
+struct PathRule {
     std::filesystem::path path;
     Access access;
 };
@@ -27,13 +27,13 @@ struct Place {
 /// The version of Landlock's interface that the kernel has, 0 for none.
 int LandlockVersion();
 
-/// A ruleset that allows `places` and refuses every other file, the network and signals to the outside as far
-/// as `version` knows these. Places that don't exist are left out. Throws std::system_error.
-FileDescriptor MakeLandlockRules(int version, const std::vector<Place>& places);
+/// A ruleset that allows `paths` and refuses every other file, the network and signals to the outside as far
+/// as `version` knows these. Paths that don't exist are left out. Throws std::system_error.
+FileDescriptor MakeLandlockRules(int version, const std::vector<PathRule>& paths);
 
-/// Adds a place to a ruleset of that version: a file or a folder that `descriptor` stands for.
+/// Adds a rule to a ruleset of that version, for the file or folder of `descriptor`.
 /// Async-signal-safe; false with errno.
-bool AllowPlace(int ruleset, int version, int descriptor, Access access);
+bool AllowPath(int ruleset, int version, int descriptor, Access access);
 
 /// Puts the ruleset in force for the calling thread and all it starts. Async-signal-safe; false with errno.
 bool EnforceLandlock(int ruleset);

@@ -89,19 +89,18 @@ Launched Launch(LaunchPlan& plan) {
         // No signal is handled between the fork and the child's program.
         const BlockedSignals held;
         int process = -1;
-        // No signal at its end: no handler of the application hears of it, and no wait for any child takes it
-        // away.
-        const long keeper = ::syscall(SYS_clone, CLONE_PIDFD | NamespaceFlags(plan.mechanisms), nullptr,
-                                      &process, nullptr, nullptr);
-        if (keeper == 0) RunKeeper(plan, child);
-        if (keeper < 0) Throw("clone");
+        // No signal at its end, so that no handler of the application is called and no wait for any child reaps it.
+        const long supervisor = ::syscall(SYS_clone, CLONE_PIDFD | NamespaceFlags(plan.mechanisms), nullptr,
+                                          &process, nullptr, nullptr);
+        if (supervisor == 0) RunSupervisor(plan, child);
+        if (supervisor < 0) Throw("clone");
         if (process < 0) {  // Linux before 5.2
-            ::kill(static_cast<pid_t>(keeper), SIGKILL);
-            ::waitpid(static_cast<pid_t>(keeper), nullptr, __WALL);
+            ::kill(static_cast<pid_t>(supervisor), SIGKILL);
+            ::waitpid(static_cast<pid_t>(supervisor), nullptr, __WALL);
             errno = ENOSYS;
             Throw("pidfd");
         }
-        launched.keeper = static_cast<pid_t>(keeper);
+        launched.supervisor = static_cast<pid_t>(supervisor);
         launched.process = FileDescriptor(process);
     }
     launched.output = std::move(output.read);
@@ -110,11 +109,11 @@ Launched Launch(LaunchPlan& plan) {
     NeverBlock(launched.output);
     NeverBlock(launched.reports);
     try {
-        if (plan.mechanisms.userNamespace) WriteMaps(launched.keeper, plan);
+        if (plan.mechanisms.userNamespace) WriteMaps(launched.supervisor, plan);
         if (::write(launched.lifeline.Get(), "b", 1) != 1) Throw("lifeline");
     } catch (...) {
         launched.lifeline.Close();
-        TakeEnd(launched);
+        AwaitEnd(launched);
         throw;
     }
     return launched;
@@ -131,7 +130,7 @@ void EndProgram(Launched& launched) {
     ::syscall(SYS_pidfd_send_signal, launched.process.Get(), SIGKILL, nullptr, 0);
 }
 
-LaunchReport TakeEnd(Launched& launched, int* status) {
+LaunchReport AwaitEnd(Launched& launched, int* status) {
     siginfo_t end{};
     while (::waitid(kByDescriptor, static_cast<id_t>(launched.process.Get()), &end, WEXITED | __WALL) != 0 &&
            errno == EINTR) {

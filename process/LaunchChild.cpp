@@ -64,9 +64,9 @@ void Must(bool succeeded, const char* where) {
 
 void KeepDescriptors(const LaunchPlan& plan, const ChildDescriptors& own) {
     const int input = own.channel >= 0 ? own.channel : own.null;
-    const int places[][2] = {
+    const int copies[][2] = {
         {input, 0}, {own.output, 1}, {own.null, 2}, {own.reports, kReports}, {own.lifeline, kLifeline}};
-    for (const auto& [from, to] : places)
+    for (const auto& [from, to] : copies)
         if (to != 2 || !plan.keepErrors)
             Must(Call(SYS_dup3, from, to, to > 2 ? O_CLOEXEC : 0) == to, "descriptors");
     if (plan.ruleset)
@@ -125,9 +125,9 @@ void TakeTree(ViewStep& step) {
 
 void AllowInView(const LaunchPlan& plan, const char* path, Access access) {
     if (!plan.ruleset) return;
-    const long place = Call(SYS_openat, AT_FDCWD, path, O_PATH | O_CLOEXEC, 0);
-    Must(AllowPlace(kRuleset, plan.mechanisms.landlockVersion, static_cast<int>(place), access), path);
-    Call(SYS_close, place);
+    const long file = Call(SYS_openat, AT_FDCWD, path, O_PATH | O_CLOEXEC, 0);
+    Must(AllowPath(kRuleset, plan.mechanisms.landlockVersion, static_cast<int>(file), access), path);
+    Call(SYS_close, file);
 }
 
 long CopyFile(const ViewStep& step) {
@@ -248,7 +248,7 @@ int BecomeShell(void* given) {
     if (plan.niceness != 0) Call(SYS_setpriority, PRIO_PROCESS, 0, plan.niceness);
     GiveUpPrivileges(plan);
     Must(Call(SYS_prctl, PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0, "no new privileges");
-    Must(Call(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) == 0, "end with the keeper");
+    Must(Call(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) == 0, "end with the supervisor");
     if (plan.ruleset) Must(EnforceLandlock(kRuleset), "landlock");
     const std::uint64_t noSignals = 0;
     Call(SYS_rt_sigprocmask, SIG_SETMASK, &noSignals, nullptr, sizeof noSignals);
@@ -260,7 +260,7 @@ int BecomeShell(void* given) {
     Report(LaunchReport::Failed, errno, plan.program);
 }
 
-/// Without a process namespace: ends whatever was handed to the keeper when its own parent ended.
+/// Without a process namespace: ends whatever was handed to the supervisor when its own parent ended.
 void EndOrphans() {
     char text[4096];
     const long file = Call(SYS_openat, AT_FDCWD, "/proc/thread-self/children", O_RDONLY | O_CLOEXEC, 0);
@@ -313,7 +313,7 @@ void EndOrphans() {
 
 }  // namespace
 
-void RunKeeper(LaunchPlan& plan, const ChildDescriptors& descriptors) {
+void RunSupervisor(LaunchPlan& plan, const ChildDescriptors& descriptors) {
     KeepDescriptors(plan, descriptors);
     ForgetHandlers();
     char begin = 0;
@@ -333,8 +333,8 @@ void RunKeeper(LaunchPlan& plan, const ChildDescriptors& descriptors) {
         BecomeShell(&plan);
         Leave(127);
     }
-    // Borrows the keeper's memory until the program starts: a second copy of the application's would cost as
-    // much again.
+    // Borrows the supervisor's memory until the program starts: a second copy of the application's would cost
+    // as much again.
     const pid_t shell = __clone(BecomeShell, plan.shellStack.data() + plan.shellStack.size(),
                                 CLONE_VM | CLONE_VFORK | SIGCHLD, &plan);
     Must(shell >= 0, "fork");

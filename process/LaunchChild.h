@@ -18,7 +18,7 @@ struct ChildDescriptors {
     int channel;  ///< negative: there is none
 };
 
-/// What the keeper is from the fork on. Waits for a byte in the lifeline before it begins.
-[[noreturn]] void RunKeeper(LaunchPlan& plan, const ChildDescriptors& descriptors);
+/// What the supervisor is from the fork on. Waits for a byte in the lifeline before it begins.
+[[noreturn]] void RunSupervisor(LaunchPlan& plan, const ChildDescriptors& descriptors);
 
 }  // namespace sorakaze::process

@@ -13,7 +13,7 @@
 #include "process/CommandUser.h"
 #include "process/SystemCallFilter.h"
 #include "process/ViewPlan.h"
-#include "process/Workplace.h"
+#include "process/Workspace.h"
 
 namespace sorakaze::process {
 namespace {
@@ -44,7 +44,7 @@ void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
     // The user goes on starting programs meanwhile; the count of the command's own is watched besides.
     constexpr rlim_t kRoomForTheUser = 128;
     rlim_t processes = confinement.processes;
-    if (!plan.asRoot) ++processes;  // the keeper is the same user's
+    if (!plan.asRoot) ++processes;  // the supervisor is the same user's
     if (!plan.asRoot && !plan.mechanisms.userNamespace) processes += TasksOfUser() + kRoomForTheUser;
     const auto seconds = static_cast<rlim_t>(std::max<std::int64_t>(confinement.processorTime.count(), 1));
     add(RLIMIT_NPROC, processes, processes);
@@ -58,7 +58,7 @@ void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
     add(RLIMIT_AS, confinement.addressSpace, confinement.addressSpace);
 }
 
-void PlanUser(LaunchPlan& plan, const Confinement* confinement, const Workplace* workplace) {
+void PlanUser(LaunchPlan& plan, const Confinement* confinement, const Workspace* workspace) {
     const auto user = CommandUser();
     plan.asRoot = user.has_value();
     if (!user) {
@@ -73,7 +73,7 @@ void PlanUser(LaunchPlan& plan, const Confinement* confinement, const Workplace*
     const Mechanisms& narrowing = plan.mechanisms;
     // A view shows what the command may use under modes of its own.
     if (narrowing.view || narrowing.landlockVersion == 0 || !confinement ||
-        OthersCanUse(*confinement, workplace))
+        OthersCanUse(*confinement, workspace))
         return;
     plan.capabilities |= 1ull << CAP_DAC_READ_SEARCH;
     // To run a program that only its owner may run. Nothing but its folder and its file can be written with
@@ -82,20 +82,20 @@ void PlanUser(LaunchPlan& plan, const Confinement* confinement, const Workplace*
         plan.capabilities |= 1ull << CAP_DAC_OVERRIDE;
 }
 
-LaunchPlan PlanConfinement(const Confinement* confinement, const Workplace* workplace,
+LaunchPlan PlanConfinement(const Confinement* confinement, const Workspace* workspace,
                            const Mechanisms& mechanisms) {
     LaunchPlan plan;
     plan.mechanisms = mechanisms;
-    PlanUser(plan, confinement, workplace);
-    Places all = PlacesFor(confinement, workplace);
+    PlanUser(plan, confinement, workspace);
+    VisiblePaths all = VisiblePathsFor(confinement, workspace);
     if (mechanisms.landlockVersion > 0)
-        plan.ruleset = MakeLandlockRules(mechanisms.landlockVersion, all.places);
+        plan.ruleset = MakeLandlockRules(mechanisms.landlockVersion, all.paths);
     if (mechanisms.view) {
-        plan.viewMountPoint = workplace ? plan.Keep(workplace->Folder()) : "/usr";
-        PlanView(plan, std::move(all), confinement, workplace);
+        plan.viewMountPoint = workspace ? plan.Keep(workspace->Folder()) : "/usr";
+        PlanView(plan, std::move(all), confinement, workspace);
     }
     if (mechanisms.systemCallFilter) {
-        FilterDuties duties;
+        FilterOptions duties;
         duties.guardMetadata = !mechanisms.view;
         duties.guardTruncation = !mechanisms.view && mechanisms.landlockVersion < 3;
         duties.guardSignals = !mechanisms.namespaces;
@@ -107,10 +107,10 @@ LaunchPlan PlanConfinement(const Confinement* confinement, const Workplace* work
 }  // namespace
 
 LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
-                       const Workplace& workplace, const Mechanisms& mechanisms) {
-    LaunchPlan plan = PlanConfinement(&confinement, &workplace, mechanisms);
+                       const Workspace& workspace, const Mechanisms& mechanisms) {
+    LaunchPlan plan = PlanConfinement(&confinement, &workspace, mechanisms);
     PlanLimits(plan, confinement);
-    plan.workingFolder = plan.Keep(workplace.Folder());
+    plan.workingFolder = plan.Keep(workspace.Folder());
     plan.program = "/bin/sh";
     // The two dashes keep a line that begins with one from being taken for options.
     plan.arguments = {"sh", "-c", "--", plan.Keep(commandLine), nullptr};

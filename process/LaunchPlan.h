@@ -22,7 +22,7 @@
 
 namespace sorakaze::process {
 
-class Workplace;
+class Workspace;
 
 /// One step of making the command's view of the file system, in order.
 struct ViewStep {
@@ -64,7 +64,7 @@ struct LaunchPlan {
     std::vector<sock_filter> filter;
     FileDescriptor ruleset;
 
-    /// Set: the program's standard input, and the program takes the keeper's place.
+    /// Set: the program's standard input, and the program takes the supervisor's place.
     FileDescriptor channel;
     int niceness = 5;         ///< added to the application's own
     bool keepErrors = false;  ///< standard error is the application's
@@ -88,7 +88,7 @@ struct LaunchPlan {
 
 /// Throws std::system_error and std::filesystem::filesystem_error.
 LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confinement,
-                       const Workplace& workplace, const Mechanisms& mechanisms);
+                       const Workspace& workspace, const Mechanisms& mechanisms);
 
 /// A helper's program, which stays and has a channel. It can write nothing at all. Throws as PlanCommand
 /// does.

@@ -26,13 +26,13 @@ bool IsShortage(const std::error_code& code) {
     return false;
 }
 
-/// Whether a process comes to stand under all of these, found out by doing it. Throws std::system_error where
+/// Whether a process can be started under all of these, found out by trying. Throws std::system_error where
 /// the system is too short of something to tell.
 bool Works(const Mechanisms& mechanisms) {
     try {
         LaunchPlan plan = PlanTrial(mechanisms);
         Launched launched = Launch(plan);
-        const LaunchReport report = TakeEnd(launched);
+        const LaunchReport report = AwaitEnd(launched);
         return report.what == LaunchReport::Ended && report.value == 0;
     } catch (const std::system_error& error) {
         if (IsShortage(error.code())) throw;

@@ -88,7 +88,7 @@ class Builder {
         std::uint32_t mask;
     };
     /// Refuses `call` where one of the bits is set; with a `guard` only where one of those is set as well,
-    /// since otherwise the kernel looks at neither and the argument may be anything.
+    /// since otherwise the kernel ignores both and the argument may be anything.
     void RefuseBits(int error, long call, Bits refused, std::optional<Bits> guard = {}) {
         OnlyFor(call, guard ? 5 : 3);
         if (guard) {
@@ -244,7 +244,7 @@ void GuardSignals(Builder& filter) {
 
 }  // namespace
 
-std::vector<sock_filter> BuildSystemCallFilter(const FilterDuties& duties) {
+std::vector<sock_filter> BuildSystemCallFilter(const FilterOptions& duties) {
     Builder filter;
     filter.Start();
     RefuseAlways(filter);

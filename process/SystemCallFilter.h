@@ -11,8 +11,8 @@
 
 namespace sorakaze::process {
 
-/// What the filter has to stand in for where a stronger mechanism is missing.
-struct FilterDuties {
+/// What the filter must prevent because a stronger mechanism is missing.
+struct FilterOptions {
     /// Without a view of its own a command of the user's could change modes, owners and times of the user's
     /// files.
     bool guardMetadata = false;
@@ -22,7 +22,7 @@ struct FilterDuties {
     bool guardSignals = false;
 };
 
-std::vector<sock_filter> BuildSystemCallFilter(const FilterDuties& duties);
+std::vector<sock_filter> BuildSystemCallFilter(const FilterOptions& duties);
 
 /// Whether the kernel has such filters, for a machine that the filter is written for.
 bool SystemCallFilterAvailable();

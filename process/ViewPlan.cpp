@@ -12,7 +12,7 @@
 
 #include "process/CommandUser.h"
 #include "process/LaunchPlan.h"
-#include "process/Workplace.h"
+#include "process/Workspace.h"
 
 namespace sorakaze::process {
 namespace {
@@ -21,21 +21,21 @@ namespace fs = std::filesystem;
 
 // What programs need of the system, and nothing of its users: programs, libraries, the loader's cache, the
 // choices between alternatives, the time zone, and the dictionary of the readings.
-constexpr const char* kSystemPlaces[] = {"/usr",
-                                         "/bin",
-                                         "/sbin",
-                                         "/lib",
-                                         "/lib32",
-                                         "/lib64",
-                                         "/libx32",
-                                         "/etc/ld.so.cache",
-                                         "/etc/ld.so.conf",
-                                         "/etc/ld.so.conf.d",
-                                         "/etc/alternatives",
-                                         "/etc/localtime",
-                                         "/etc/timezone",
-                                         "/etc/mecabrc",
-                                         "/var/lib/mecab"};
+constexpr const char* kSystemPaths[] = {"/usr",
+                                        "/bin",
+                                        "/sbin",
+                                        "/lib",
+                                        "/lib32",
+                                        "/lib64",
+                                        "/libx32",
+                                        "/etc/ld.so.cache",
+                                        "/etc/ld.so.conf",
+                                        "/etc/ld.so.conf.d",
+                                        "/etc/alternatives",
+                                        "/etc/localtime",
+                                        "/etc/timezone",
+                                        "/etc/mecabrc",
+                                        "/var/lib/mecab"};
 constexpr const char* kReadableDevices[] = {"/dev/zero", "/dev/random", "/dev/urandom"};
 constexpr const char* kProcessLinks[][2] = {{"dev/fd", "/proc/self/fd"},
                                             {"dev/stdin", "/proc/self/fd/0"},
@@ -43,14 +43,14 @@ constexpr const char* kProcessLinks[][2] = {{"dev/fd", "/proc/self/fd"},
                                             {"dev/stderr", "/proc/self/fd/2"}};
 
 /// Under the name it was given and, where links lead there, under its real one.
-void AddPlace(Places& all, const fs::path& given, Access access) {
+void AddPath(VisiblePaths& all, const fs::path& given, Access access) {
     if (given.empty()) return;
     const fs::path path = Absolute(given);
     std::error_code failure;
     const fs::path real = fs::canonical(path, failure);
     if (failure || real == "/") return;
-    all.places.push_back({path, access});
-    if (real != path) all.places.push_back({real, access});
+    all.paths.push_back({path, access});
+    if (real != path) all.paths.push_back({real, access});
 }
 
 bool Within(const fs::path& path, const fs::path& folder) {
@@ -101,7 +101,7 @@ bool AncestorsAreOpen(const fs::path& path) {
 /// The steps of one view, in order.
 class Steps {
   public:
-    Steps(LaunchPlan& plan, const Places& all) : plan_(plan), all_(all) {}
+    Steps(LaunchPlan& plan, const VisiblePaths& all) : plan_(plan), all_(all) {}
 
     void AddLinks() {
         for (const SystemLink& link : all_.links) {
@@ -114,24 +114,24 @@ class Steps {
             plan_.view.push_back({ViewStep::MakeLink, path, target});
     }
 
-    /// Outer places come before what lies in them.
-    void AddPlace(const Place& place) {
-        // Behind a link of the system's it stands under its real name.
+    /// Outer paths come before what lies in them.
+    void AddPath(const PathRule& rule) {
+        // Below a link of the system's it is in the view under its real name.
         if (std::any_of(all_.links.begin(), all_.links.end(),
-                        [&](const SystemLink& link) { return Within(place.path, link.path); }))
+                        [&](const SystemLink& link) { return Within(rule.path, link.path); }))
             return;
         const auto outer = std::find_if(mounted_.rbegin(), mounted_.rend(),
-                                        [&](const Place& other) { return Within(place.path, other.path); });
-        const bool isFolder = place.access == Access::Write || fs::is_directory(place.path);
+                                        [&](const PathRule& other) { return Within(rule.path, other.path); });
+        const bool isFolder = rule.access == Access::Write || fs::is_directory(rule.path);
         if (outer == mounted_.rend() || outer->access == Access::Write) {
-            if (IsClosed(place)) return AddCopy(place.path, isFolder);
-            MakeFolders(isFolder ? place.path : place.path.parent_path());
-            if (!isFolder) Add(ViewStep::MakeFile, place.path, {});
-        } else if (outer->access == place.access) {
+            if (IsClosed(rule)) return AddCopy(rule.path, isFolder);
+            MakeFolders(isFolder ? rule.path : rule.path.parent_path());
+            if (!isFolder) Add(ViewStep::MakeFile, rule.path, {});
+        } else if (outer->access == rule.access) {
             return;
         }
-        Add(MountKind(place.access), place.path, place.path);
-        mounted_.push_back(place);
+        Add(MountKind(rule.access), rule.path, rule.path);
+        mounted_.push_back(rule);
     }
 
     /// Bytes that the view's own file system has to hold beside its folders.
@@ -151,9 +151,9 @@ class Steps {
         }
     }
 
-    bool IsClosed(const Place& place) const {
-        return place.access == Access::Read &&
-               std::find(all_.closed.begin(), all_.closed.end(), place.path) != all_.closed.end();
+    bool IsClosed(const PathRule& rule) const {
+        return rule.access == Access::Read &&
+               std::find(all_.closed.begin(), all_.closed.end(), rule.path) != all_.closed.end();
     }
 
     void AddCopy(const fs::path& path, bool isFolder) {
@@ -178,9 +178,9 @@ class Steps {
 
     static constexpr std::uint64_t kBlock = 4096;
     LaunchPlan& plan_;
-    const Places& all_;
+    const VisiblePaths& all_;
     std::set<fs::path> made_;
-    std::vector<Place> mounted_;
+    std::vector<PathRule> mounted_;
     std::uint64_t copied_ = 0;
 };
 
@@ -199,49 +199,50 @@ fs::path Absolute(const fs::path& path) {
     return result.has_filename() || result == "/" ? result : result.parent_path();
 }
 
-Places PlacesFor(const Confinement* confinement, const Workplace* workplace) {
-    Places all;
-    for (const char* path : kSystemPlaces) {
+VisiblePaths VisiblePathsFor(const Confinement* confinement, const Workspace* workspace) {
+    VisiblePaths all;
+    for (const char* path : kSystemPaths) {
         std::error_code failure;
         const fs::file_status status = fs::symlink_status(path, failure);
         if (fs::is_symlink(status))
             all.links.push_back({path, fs::read_symlink(path, failure)});
         else if (fs::exists(status))
-            all.places.push_back({path, Access::Read});
+            all.paths.push_back({path, Access::Read});
     }
-    for (const char* path : kReadableDevices) all.places.push_back({path, Access::ReadDevice});
-    all.places.push_back({"/dev/null", Access::WriteDevice});
+    for (const char* path : kReadableDevices) all.paths.push_back({path, Access::ReadDevice});
+    all.paths.push_back({"/dev/null", Access::WriteDevice});
     if (confinement) {
-        const std::size_t own = all.places.size();
-        for (const fs::path& path : confinement->readable) AddPlace(all, path, Access::Read);
-        for (std::size_t at = own; CommandUser() && at < all.places.size(); ++at)
-            if (!IsOpen(all.places[at].path)) all.closed.push_back(all.places[at].path);
+        const std::size_t own = all.paths.size();
+        for (const fs::path& path : confinement->readable) AddPath(all, path, Access::Read);
+        for (std::size_t at = own; CommandUser() && at < all.paths.size(); ++at)
+            if (!IsOpen(all.paths[at].path)) all.closed.push_back(all.paths[at].path);
     }
-    if (workplace && workplace->FolderIsOnDisk()) all.places.push_back({workplace->Folder(), Access::Write});
-    if (workplace && !workplace->Output().empty())
-        all.places.push_back({workplace->Output(), Access::WriteFile});
+    if (workspace && workspace->FolderIsOnDisk()) all.paths.push_back({workspace->Folder(), Access::Write});
+    if (workspace && !workspace->Output().empty())
+        all.paths.push_back({workspace->Output(), Access::WriteFile});
     return all;
 }
 
-void PlanView(LaunchPlan& plan, Places all, const Confinement* confinement, const Workplace* workplace) {
-    if (confinement && workplace) {
-        all.places.push_back({workplace->Folder(), Access::Write});
+void PlanView(LaunchPlan& plan, VisiblePaths all, const Confinement* confinement,
+              const Workspace* workspace) {
+    if (confinement && workspace) {
+        all.paths.push_back({workspace->Folder(), Access::Write});
         plan.folderOptions = plan.Keep(FolderOptions(plan, *confinement));
     }
-    std::stable_sort(all.places.begin(), all.places.end(),
-                     [](const Place& a, const Place& b) { return a.path < b.path; });
+    std::stable_sort(all.paths.begin(), all.paths.end(),
+                     [](const PathRule& a, const PathRule& b) { return a.path < b.path; });
     Steps steps(plan, all);
     steps.AddLinks();
-    for (const Place& place : all.places) steps.AddPlace(place);
+    for (const PathRule& rule : all.paths) steps.AddPath(rule);
     constexpr std::uint64_t kFoldersAndLinks = 1 << 20;
     plan.viewOptions =
         plan.Keep("mode=0755,nr_inodes=8192,size=" + std::to_string(kFoldersAndLinks + steps.CopiedBytes()));
 }
 
-bool OthersCanUse(const Confinement& confinement, const Workplace* workplace) {
+bool OthersCanUse(const Confinement& confinement, const Workspace* workspace) {
     // The run's folder and the one that holds it let commands pass.
-    if (workplace && workplace->FolderIsOnDisk() &&
-        !AncestorsAreOpen(fs::canonical(workplace->Folder()).parent_path().parent_path()))
+    if (workspace && workspace->FolderIsOnDisk() &&
+        !AncestorsAreOpen(fs::canonical(workspace->Folder()).parent_path().parent_path()))
         return false;
     return std::all_of(confinement.readable.begin(), confinement.readable.end(), [](const fs::path& path) {
         std::error_code failure;

@@ -12,7 +12,7 @@
 namespace sorakaze::process {
 
 struct LaunchPlan;
-class Workplace;
+class Workspace;
 
 /// A link of the system's own.
 struct SystemLink {
@@ -20,25 +20,25 @@ struct SystemLink {
     std::filesystem::path target;
 };
 
-struct Places {
-    std::vector<Place> places;
+struct VisiblePaths {
+    std::vector<PathRule> paths;
     std::vector<SystemLink> links;
-    /// Of these a view holds copies: as root, the commands' user may not use the places themselves.
+    /// Of these a view holds copies: as root, the commands' user may not use the paths themselves.
     std::vector<std::filesystem::path> closed;
 };
 
 std::filesystem::path Absolute(const std::filesystem::path& path);
 
-/// The system's places; with a confinement what that adds, with a workplace its output and, where that is on
+/// The system's paths; with a confinement what that adds, with a workspace its output and, where that is on
 /// the disk, its folder. Either may be null.
-Places PlacesFor(const Confinement* confinement, const Workplace* workplace);
+VisiblePaths VisiblePathsFor(const Confinement* confinement, const Workspace* workspace);
 
 /// Adds the steps that make the view to the plan, which has its user. Both may be null, as above. Throws
 /// std::filesystem::filesystem_error.
-void PlanView(LaunchPlan& plan, Places all, const Confinement* confinement, const Workplace* workplace);
+void PlanView(LaunchPlan& plan, VisiblePaths all, const Confinement* confinement, const Workspace* workspace);
 
-/// Whether the workplace, which may be null, is reached, and the places that the confinement adds are reached
+/// Whether the workspace, which may be null, is reached, and the paths that the confinement adds are reached
 /// and read, or run, by whoever isn't their owner.
-bool OthersCanUse(const Confinement& confinement, const Workplace* workplace);
+bool OthersCanUse(const Confinement& confinement, const Workspace* workspace);
 
 }  // namespace sorakaze::process

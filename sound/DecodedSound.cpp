@@ -37,12 +37,12 @@ SharedMemory::~SharedMemory() {
 }
 
 DecodedSound::DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, FileDescriptor socket,
-                           std::optional<Frames> length, std::chrono::milliseconds longestStandstill)
+                           std::optional<Frames> length, std::chrono::milliseconds stallTimeout)
     : origin_(std::move(origin)),
       memory_(std::move(memory)),
       socket_(std::move(socket)),
       length_(length),
-      longestStandstill_(longestStandstill),
+      stallTimeout_(stallTimeout),
       ring_(memory_->Address(), memory_->Capacity()) {
     memory_->CloseDescriptor();
 }
@@ -52,9 +52,9 @@ void DecodedSound::Begin() {
     ::send(socket_.Get(), &word, 1, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
 
-void DecodedSound::TellOfRoom() {
+void DecodedSound::WakeDecoder() {
     AssertMixingThread();
-    if (ring_.DecoderWantsWord()) Begin();
+    if (ring_.TakeWakeRequest()) Begin();
 }
 
 bool DecodedSound::HasHungUp() const {
@@ -64,14 +64,14 @@ bool DecodedSound::HasHungUp() const {
 
 void DecodedSound::WaitForFrames() {
     AssertMixingThread();
-    const auto deadline = std::chrono::steady_clock::now() + longestStandstill_;
+    const auto deadline = std::chrono::steady_clock::now() + stallTimeout_;
     while (ring_.Filled() == 0 && !ring_.IsFinished()) {
         ring_.AnnounceWait();
         if (ring_.Filled() > 0 || ring_.IsFinished()) return;
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
-            stoodStill_.store(true);
+            stalled_.store(true);
             return GiveUp();
         }
         Begin();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A sound file's frames on their way out of a decoder's process, at the application's end: the ring that the
-// mixing thread reads and the socket that tells of the decoder's end. Made by Decoders.
+// The application's side of a sound file that a decoder process decodes: the ring that the mixing thread
+// reads, and the socket that hangs up when the decoder ends. Made by Decoders.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,7 @@
 
 namespace sorakaze::sound {
 
-/// Which file a descriptor is of, and in which state: a file that is changed is another one.
+/// Identifies a file and its state: a file that has changed is another one.
 struct FileIdentity {
     std::uint64_t device, node, size, changedSeconds, changedNanoseconds;
     auto operator<=>(const FileIdentity&) const = default;
@@ -37,7 +37,7 @@ class SharedMemory {
     void* Address() const { return address_; }
     std::uint32_t Capacity() const { return capacity_; }  ///< frames
     int Descriptor() const { return descriptor_.Get(); }
-    /// Only the mapping is left.
+    /// The mapping stays.
     void CloseDescriptor() { descriptor_.Close(); }
 
   private:
@@ -51,51 +51,50 @@ class DecodedSound {
     struct Origin {
         std::filesystem::path file;
         FileIdentity identity;
-        DecoderProcess::JobName job;
+        DecoderProcess::JobId job;
     };
 
     DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, FileDescriptor socket,
-                 std::optional<Frames> length,
-                 std::chrono::milliseconds longestStandstill = kLongestStandstill);
+                 std::optional<Frames> length, std::chrono::milliseconds stallTimeout = kStallTimeout);
     /// The decoder ends.
     ~DecodedSound() = default;
 
     /// What the container states.
     std::optional<Frames> Length() const { return length_; }
     const Origin& From() const { return origin_; }
-    /// How long its decoder may take for the next frames.
-    std::chrono::milliseconds LongestStandstill() const { return longestStandstill_; }
+    /// How long the decoder may take for the next frames.
+    std::chrono::milliseconds StallTimeout() const { return stallTimeout_; }
 
     // --- the mixing thread ---
 
     RingReader& Ring() { return ring_; }
-    /// Not for a device's thread: sleeps until there is a frame to read or none will ever come, because the
-    /// sound is over, or its decoder ended or stood still for too long.
+    /// Not for a device's thread: sleeps until there is a frame to read or none will come, because the sound
+    /// is over or its decoder has ended or stalled.
     void WaitForFrames();
-    /// Not for a device's thread: after frames were consumed.
-    void TellOfRoom();
+    /// After frames were consumed: wakes the decoder if it waits for room. Not for a device's thread.
+    void WakeDecoder();
 
     // --- any other thread ---
 
-    /// The frames are about to be consumed.
+    /// Tells the decoder that frames are being consumed.
     void Begin();
-    /// Never read from: its hang-up is the decoder's end.
+    /// Never read from: it hangs up when the decoder ends.
     int Socket() const { return socket_.Get(); }
     bool HasHungUp() const;
-    /// The decoder is gone or is to be taken as such.
+    /// No more frames are expected: the decoder is gone.
     void GiveUp() { ring_.SetGone(); }
-    /// The sound was waited for in vain.
-    bool StoodStill() const { return stoodStill_.load(); }
-    void SetStoodStill() { stoodStill_.store(true); }
+    /// The decoder took longer than StallTimeout.
+    bool HasStalled() const { return stalled_.load(); }
+    void SetStalled() { stalled_.store(true); }
 
   private:
     const Origin origin_;
     const std::unique_ptr<SharedMemory> memory_;
     const FileDescriptor socket_;
     const std::optional<Frames> length_;
-    const std::chrono::milliseconds longestStandstill_;
+    const std::chrono::milliseconds stallTimeout_;
     RingReader ring_;
-    std::atomic<bool> stoodStill_{false};
+    std::atomic<bool> stalled_{false};
 };
 
 }  // namespace sorakaze::sound

@@ -18,7 +18,7 @@
 
 namespace sorakaze::sound {
 
-const std::chrono::milliseconds kLongestStandstill =
+const std::chrono::milliseconds kStallTimeout =
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     std::chrono::seconds(60);
 #else
@@ -70,9 +70,9 @@ DecoderProcess::Failure OfStatus(int status) {
 
 }  // namespace
 
-DecoderProcess::DecoderProcess(std::filesystem::path program, std::chrono::milliseconds longestStandstill)
+DecoderProcess::DecoderProcess(std::filesystem::path program, std::chrono::milliseconds stallTimeout)
     : program_(std::move(program)),
-      longestStandstill_(longestStandstill),
+      stallTimeout_(stallTimeout),
       wake_(::eventfd(0, EFD_CLOEXEC)),
       cancel_(::eventfd(0, EFD_CLOEXEC)),
       thread_([this] { Watch(); }) {}
@@ -195,7 +195,7 @@ std::variant<DecoderProcess::Job, DecoderProcess::Failure> DecoderProcess::Begin
 
 std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const Job& job) {
     pollfd events[] = {{job.socket.Get(), POLLIN, 0}, {cancel_.Get(), POLLIN, 0}};
-    const auto deadline = Clock::now() + longestStandstill_;
+    const auto deadline = Clock::now() + stallTimeout_;
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         const int ready = ::poll(events, 2, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
@@ -212,7 +212,7 @@ std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const J
     return answer;
 }
 
-DecoderProcess::Failure DecoderProcess::WhyEnded(const JobName& job) {
+DecoderProcess::Failure DecoderProcess::WhyEnded(const JobId& job) {
     std::unique_lock lock(mutex_);
     const auto known = [&] { return statuses_.contains(job.number) || toldGeneration_ >= job.generation; };
     changed_.wait_for(lock, kLongestWord, known);
@@ -229,7 +229,7 @@ void DecoderProcess::Cancel() {
     changed_.notify_all();
 }
 
-void DecoderProcess::Kill(const JobName& job) {
+void DecoderProcess::Kill(const JobId& job) {
     const std::lock_guard lock(mutex_);
     if (generation_ == job.generation) Send({JobKind::Kill, job.number, 0, 0, {}}, nullptr, 0);
 }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The running program sorakaze-decoder and the jobs that it is given: each a process of its own, with a
-// socket of its own. A thread of this object starts the program, starts it again whenever it has ended, and
-// hears how jobs ended. Used by Decoders alone.
+// socket of its own. A thread of this object starts the program, restarts it whenever it has ended, and
+// receives how jobs ended. Used by Decoders alone.
 #pragma once
 
 #include <atomic>
@@ -24,32 +24,32 @@
 
 namespace sorakaze::sound {
 
-/// How long a decoder may take for an answer or for its next frames before it counts as stuck.
-extern const std::chrono::milliseconds kLongestStandstill;
+/// How long a decoder may take for an answer or for its next frames before it counts as stalled.
+extern const std::chrono::milliseconds kStallTimeout;
 
 class DecoderProcess {
   public:
-    struct JobName {
+    struct JobId {
         std::uint32_t number = 0;
         std::uint64_t generation = 0;  ///< of the program: counted up with each start
     };
     struct Job {
-        JobName name;
+        JobId name;
         FileDescriptor socket;  ///< hangs up when the job's process has ended
     };
-    /// How a job ended that was not done.
+    /// Why a job was not done.
     struct Failure {
         enum Kind {
-            Died,        ///< of what it read
-            Slow,        ///< it took more than its time
-            Ended,       ///< from outside, or together with the program
+            Died,        ///< because of the file
+            Slow,        ///< it exceeded a time limit
+            Ended,       ///< killed from outside, or together with the program
             NotStarted,  ///< there is no program
         };
         Kind kind;
-        std::string why;  ///< in words for a line of text
+        std::string why;  ///< one line for the user
     };
 
-    DecoderProcess(std::filesystem::path program, std::chrono::milliseconds longestStandstill);
+    DecoderProcess(std::filesystem::path program, std::chrono::milliseconds stallTimeout);
     ~DecoderProcess();
     DecoderProcess(const DecoderProcess&) = delete;
     DecoderProcess& operator=(const DecoderProcess&) = delete;
@@ -66,9 +66,10 @@ class DecoderProcess {
     /// The job's answer, any bytes.
     std::variant<std::string, Failure> Await(const Job& job);
     /// Of a job whose socket has hung up before it was done.
-    Failure WhyEnded(const JobName& job);
-    void Kill(const JobName& job);
-    /// The application ends: from here on nobody waits here. Any number of times; takes no lock.
+    Failure WhyEnded(const JobId& job);
+    void Kill(const JobId& job);
+    /// For the application's end: from here on every call returns at once. May be called repeatedly; takes no
+    /// lock.
     void Cancel();
 
   private:
@@ -79,7 +80,7 @@ class DecoderProcess {
     bool Send(const JobRequest& request, const int* descriptors, std::size_t count);
 
     const std::filesystem::path program_;
-    const std::chrono::milliseconds longestStandstill_;
+    const std::chrono::milliseconds stallTimeout_;
     const FileDescriptor wake_;    ///< readable when the thread is to end
     const FileDescriptor cancel_;  ///< readable when nobody is to wait
     std::atomic<bool> cancelled_{false};
@@ -96,7 +97,7 @@ class DecoderProcess {
     std::uint32_t lastJob_ = 0;
     std::map<std::uint32_t, int> statuses_;  ///< of the jobs that ended last
 
-    std::thread thread_;  ///< begins when all else stands
+    std::thread thread_;  ///< last, so that it starts after all else is initialised
 };
 
 }  // namespace sorakaze::sound

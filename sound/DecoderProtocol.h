@@ -1,12 +1,11 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the application and the program sorakaze-decoder say to each other, in packets of fixed form.
+// The protocol between the application and the program sorakaze-decoder, in packets of fixed form.
 //
 // The channel leads to the program's first process, which reads no foreign byte itself: for each job it forks
 // a worker. A job comes with descriptors: the file, the worker's end of a socket of the job's own and, for
 // Play, the memory of its ring. On the job's socket the worker answers once; for Play each further packet, in
-// either direction, says no more than "look at the ring". The socket's end is the worker's end, or the
-// application's wish for it.
+// either direction, only means "check the ring". Either side ends the job by closing the socket.
 #pragma once
 
 #include <cstddef>

@@ -42,7 +42,7 @@ FileIdentity IdentityOf(const RegularFile& file) {
             static_cast<std::uint64_t>(status.st_mtim.tv_nsec)};
 }
 
-std::filesystem::path& ProgramOfProcess() {
+std::filesystem::path& SharedProgram() {
     static std::filesystem::path program;
     return program;
 }
@@ -56,7 +56,7 @@ std::optional<Frames> ChecksOut(std::int64_t length) {
 
 struct Decoders::Impl {
     Impl(std::filesystem::path program, std::chrono::milliseconds standstill)
-        : longestStandstill(standstill), process(std::move(program), standstill) {}
+        : stallTimeout(standstill), process(std::move(program), standstill) {}
 
     struct Answered {
         DecoderProcess::Job job;
@@ -70,7 +70,7 @@ struct Decoders::Impl {
     /// It has ended a decoder before, and that was told.
     bool IsBad(const RegularFile& file);
 
-    const std::chrono::milliseconds longestStandstill;
+    const std::chrono::milliseconds stallTimeout;
     DecoderProcess process;
     std::mutex mutex;  // guards all below
     std::vector<DecoderFailure> failures;
@@ -112,14 +112,14 @@ bool Decoders::Impl::IsBad(const RegularFile& file) {
     return badFiles.contains(IdentityOf(file));
 }
 
-Decoders::Decoders(std::filesystem::path program, std::chrono::milliseconds longestStandstill)
-    : impl_(std::make_unique<Impl>(std::move(program), longestStandstill)) {}
+Decoders::Decoders(std::filesystem::path program, std::chrono::milliseconds stallTimeout)
+    : impl_(std::make_unique<Impl>(std::move(program), stallTimeout)) {}
 Decoders::~Decoders() = default;
 
-std::shared_ptr<Decoders> Decoders::OfProcess() {
+std::shared_ptr<Decoders> Decoders::Shared() {
     static const auto decoders = [] {
         std::error_code ignored;
-        std::filesystem::path program = ProgramOfProcess();
+        std::filesystem::path program = SharedProgram();
         if (program.empty())
             program =
                 std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "sorakaze-decoder";
@@ -128,8 +128,8 @@ std::shared_ptr<Decoders> Decoders::OfProcess() {
     return decoders;
 }
 
-void Decoders::SetProgramOfProcess(std::filesystem::path program) {
-    ProgramOfProcess() = std::move(program);
+void Decoders::SetSharedProgram(std::filesystem::path program) {
+    SharedProgram() = std::move(program);
 }
 
 std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace) {
@@ -156,7 +156,7 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
         }
         return std::make_unique<DecodedSound>(DecodedSound::Origin{path, IdentityOf(*file), job.name},
                                               std::move(memory), std::move(job.socket),
-                                              ChecksOut(answer.length), impl_->longestStandstill);
+                                              ChecksOut(answer.length), impl_->stallTimeout);
     } catch (const std::system_error& error) {
         impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()});
         return nullptr;
@@ -175,11 +175,11 @@ std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path)
     return std::nullopt;
 }
 
-void Decoders::TakeEnd(DecodedSound& sound) {
+void Decoders::RecordEnd(DecodedSound& sound) {
     Failure failure{};
-    if (sound.Ring().IsNonsense()) {
+    if (sound.Ring().IsCorrupt()) {
         failure = {Failure::Died, "its decoder wrote nonsense"};
-    } else if (sound.StoodStill()) {
+    } else if (sound.HasStalled()) {
         failure = {Failure::Slow, "it takes too long to decode"};
     } else if (sound.Ring().IsComplete()) {
         return;

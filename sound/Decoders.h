@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The processes that read foreign sound files. Every file is decoded, and its tags are read, by a process of
 // its own, confined so that it reaches nothing but that file and the memory that its sound goes to; they are
-// forked from one that is kept warm. A file that ends, holds up or outgrows its process costs no other one.
+// forked from one that has everything loaded. A file that crashes, stalls or exhausts its process affects no
+// other file.
 #pragma once
 
 #include <chrono>
@@ -20,30 +21,30 @@ namespace sorakaze::sound {
 /// A file that could not be read to its end because its decoder failed.
 struct DecoderFailure {
     std::filesystem::path file;
-    std::string why;  ///< in words for a line of text
+    std::string why;  ///< one line for the user
 };
 
 class Decoders {
   public:
     enum class Pace {
-        Device,  ///< the frames are taken in true time
+        Device,  ///< the frames are consumed at the speed of playback
         Fast,    ///< as fast as they come: the decoder uses more than one core where it can
     };
 
     /// `program` is sorakaze-decoder. It is started at once, on a thread of this object's own, and again
     /// whenever it has ended.
-    /// A decoder may take `longestStandstill` for an answer or for its next frames.
-    explicit Decoders(std::filesystem::path program,
-                      std::chrono::milliseconds longestStandstill = kLongestStandstill);
-    /// Sounds that are still held end.
+    /// A decoder may take `stallTimeout` for an answer or for its next frames.
+    explicit Decoders(std::filesystem::path program, std::chrono::milliseconds stallTimeout = kStallTimeout);
+    /// Ends the decoders of all sounds.
     ~Decoders();
     Decoders(const Decoders&) = delete;
     Decoders& operator=(const Decoders&) = delete;
 
-    /// Those that all engines of this process share: of the sorakaze-decoder beside the running program.
-    static std::shared_ptr<Decoders> OfProcess();
-    /// For programs that lie elsewhere, before the first call of OfProcess.
-    static void SetProgramOfProcess(std::filesystem::path program);
+    /// The decoders that all engines of this process share, with the sorakaze-decoder beside the running
+    /// program.
+    static std::shared_ptr<Decoders> Shared();
+    /// For a sorakaze-decoder elsewhere. Before the first call of Shared.
+    static void SetSharedProgram(std::filesystem::path program);
 
     /// Empty when the file can't be read or holds no sound that can be decoded; the first frames are there
     /// when this returns. Blocks for file I/O and for the decoder, some seconds at most. Any thread but the
@@ -53,16 +54,16 @@ class Decoders {
     /// The answer of the program's tag reader, any bytes; empty where there is none. As for Open.
     std::optional<std::string> ReadTags(const std::filesystem::path& file);
 
-    /// The failures since the last call. Files among them that did it themselves aren't read any more until
+    /// The failures since the last call. A file that caused its failure isn't opened again until
     /// ForgetBadFiles. Any thread.
     std::vector<DecoderFailure> TakeFailures();
-    /// For a sound whose decoder has ended: notes why, if it was a failure. Any thread but the mixing one.
-    void TakeEnd(DecodedSound& sound);
-    /// Before a sound is freed: its decoder ends, even if it takes no notice of that. Any thread but the
+    /// For a sound whose decoder has ended: records why, if it was a failure. Any thread but the mixing one.
+    void RecordEnd(DecodedSound& sound);
+    /// Before a sound is freed: kills its decoder, should it still run. Any thread but the
     /// mixing one.
     void End(const DecodedSound& sound);
     void ForgetBadFiles();
-    /// The application ends: every call returns at once, with nothing. Any thread, also in a signal's stead.
+    /// For the application's end: every call returns at once, empty. Any thread.
     void Cancel();
 
   private:

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The limiter behind the sum. It looks five milliseconds ahead, so its gain is already down, smoothly, when a
-// peak arrives; below the ceiling it changes no bit. Allocates nothing. Used by the mixing thread alone.
+// The limiter that the sum passes through. It looks five milliseconds ahead, so its gain has come down
+// smoothly when a peak arrives; sound below the ceiling is not changed at all. Allocates nothing. Used by the
+// mixing thread alone.
 #pragma once
 
 #include <array>
@@ -14,7 +15,7 @@ namespace sorakaze::sound {
 
 class Limiter {
   public:
-    /// Frames by which the sound leaves later than it comes.
+    /// The delay in frames.
     static constexpr int kLatency = kSampleRate / 200;
     /// The most frames of one block.
     static constexpr int kMaxBlock = 1024;
@@ -27,8 +28,7 @@ class Limiter {
     /// Passes what was written to Input on to `out` (as many frames), kLatency frames later.
     void Process(std::span<float> out);
 
-    /// True when all that is held back is silence and the gain is at rest: a silent block can then be
-    /// skipped.
+    /// True when the delayed frames are silent and the gain is 1: a silent block can then be skipped.
     bool IsSilent() const { return silentFrames_ >= kLatency && IsAtRest(); }
 
   private:
@@ -51,13 +51,13 @@ class Limiter {
     float NextGain(float peak);
     void Limit(std::span<float> out);
 
-    std::array<float, (kLatency + kMaxBlock) * kChannels> samples_{};  ///< held back, then the new block
+    std::array<float, (kLatency + kMaxBlock) * kChannels> samples_{};  ///< delayed ones, then the new block
     int silentFrames_ = kLatency;
 
-    bool atRest_ = true;                   ///< no gain but unity in any of the following
+    bool atRest_ = true;                   ///< all gains below are 1
     std::uint64_t frame_ = 0;              ///< counts while not at rest
     std::uint64_t lastNeed_ = 0;           ///< the frame that last needed less than unity
-    std::array<Need, kMask + 1> needs_{};  ///< rising gains of the window: its minimum stands first
+    std::array<Need, kMask + 1> needs_{};  ///< rising gains of the window: the first is its minimum
     std::uint32_t firstNeed_ = 0;
     std::uint32_t endNeed_ = 0;
     Gain envelope_ = kUnity;                 ///< follows the minimum, down at once and up slowly

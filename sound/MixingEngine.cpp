@@ -7,10 +7,10 @@
 #include <mutex>
 #include <utility>
 
-#include "sound/Caretaker.h"
 #include "sound/Limiter.h"
 #include "sound/MixingThread.h"
 #include "sound/VoiceCore.h"
+#include "sound/VoiceMonitor.h"
 
 namespace sorakaze::sound {
 namespace {
@@ -20,7 +20,7 @@ struct Shared {
     Shared(Reading mode, std::shared_ptr<Decoders> processes)
         : reading(mode),
           decoders(std::move(processes)),
-          caretaker(
+          monitor(
               mode, decoders, [this] { sounding.fetch_sub(1); }, [this] { Failed(); }) {}
 
     /// Not the mixing thread.
@@ -35,12 +35,12 @@ struct Shared {
         voice.next = incoming.load();
         while (!incoming.compare_exchange_weak(voice.next, &voice)) {
         }
-        caretaker.Nudge();
+        monitor.Wake();
     }
 
-    void Ceased() {
+    void Stopped() {
         sounding.fetch_sub(1);
-        caretaker.Nudge();
+        monitor.Wake();
     }
 
     const Reading reading;
@@ -53,10 +53,10 @@ struct Shared {
     std::atomic<bool> failures{false};  // there may be some; set by any thread
     std::mutex mutex;
     std::function<void()> tellFailure;  // guarded by mutex
-    Caretaker caretaker;
+    VoiceMonitor monitor;
 };
 
-/// What Open hands out. The core itself lives on until the mixing thread and the workers have let go of it.
+/// What Open returns. The core lives until the mixing thread and the monitor don't use it any more.
 class EngineVoice final : public Voice {
   public:
     EngineVoice(std::shared_ptr<Shared> shared, std::shared_ptr<VoiceCore> core)
@@ -66,14 +66,14 @@ class EngineVoice final : public Voice {
     void Start() override {
         AssertNotMixingThread();
         if (shared_->closed.load()) return;
-        if (core_->Start() == VoiceCore::Change::Began) shared_->Started(*core_);
+        if (core_->Start() == VoiceCore::Change::Started) shared_->Started(*core_);
     }
     void Stop() override {
         AssertNotMixingThread();
-        if (core_->Stop() == VoiceCore::Change::Ceased)
-            shared_->Ceased();
+        if (core_->Stop() == VoiceCore::Change::Stopped)
+            shared_->Stopped();
         else
-            shared_->caretaker.Nudge();
+            shared_->monitor.Wake();
     }
     bool IsPlaying() const override { return core_->IsPlaying(); }
     void SetGain(float gain, Frames ramp) override {
@@ -107,12 +107,12 @@ struct MixingEngine::Impl {
 };
 
 MixingEngine::MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders)
-    : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::OfProcess())) {}
+    : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::Shared())) {}
 
 MixingEngine::~MixingEngine() {
     AssertNotMixingThread();
     impl_->shared->closed.store(true);
-    impl_->shared->caretaker.Close();
+    impl_->shared->monitor.Close();
 }
 
 std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
@@ -125,7 +125,7 @@ std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
         return nullptr;
     }
     auto core = std::make_shared<VoiceCore>(std::move(sound));
-    shared.caretaker.Add(core);
+    shared.monitor.Add(core);
     return std::make_shared<EngineVoice>(impl_->shared, std::move(core));
 }
 
@@ -139,7 +139,7 @@ std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& f
 std::vector<DecoderFailure> MixingEngine::TakeFailures() {
     AssertNotMixingThread();
     if (!impl_->shared->failures.exchange(false)) return {};
-    impl_->shared->caretaker.NoteFailures();
+    impl_->shared->monitor.RecordFailures();
     return impl_->shared->decoders->TakeFailures();
 }
 
@@ -205,8 +205,8 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
         }
         *link = voice.next;
         voice.LeaveMixing();  // from here on the voice may be gone
-        // A device's thread tells nobody: the caretaker looks by itself.
-        if (shared->reading == Reading::Offline) shared->caretaker.Nudge();
+        // A device's thread must not wake anybody: the monitor checks regularly.
+        if (shared->reading == Reading::Offline) shared->monitor.Wake();
     }
     limiter.Process(out);
 }

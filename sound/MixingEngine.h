@@ -32,8 +32,8 @@ class Voice {
     /// Starts from the file's beginning. Only the first call has an effect.
     virtual void Start() = 0;
 
-    /// Ends the voice for good: IsPlaying is false from here on; what is still heard is a ramp of a few
-    /// milliseconds down to silence.
+    /// Ends the voice for good: IsPlaying is false from here on; only a fade of a few milliseconds is still
+    /// heard.
     virtual void Stop() = 0;
 
     /// True from Start until Stop or until the file's last frame has been mixed, or its decoder has failed.
@@ -59,7 +59,7 @@ enum class Reading {
 
 class MixingEngine {
   public:
-    /// `decoders` are those of the process where none are given.
+    /// Without `decoders` the engine uses Decoders::Shared().
     explicit MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders = nullptr);
     ~MixingEngine();
     MixingEngine(const MixingEngine&) = delete;
@@ -78,21 +78,21 @@ class MixingEngine {
     /// ForgetBadFiles. Any thread but the mixing one.
     std::vector<DecoderFailure> TakeFailures();
     void ForgetBadFiles();
-    /// The application ends: Open and ReadTags return at once, with nothing.
+    /// For the application's end: from here on Open and ReadTags return at once, empty.
     void Cancel();
     /// `tell` is called, on any thread but the mixing one, when there is something for TakeFailures. It must
-    /// not call the engine. Once this has returned, the former one isn't called any more.
+    /// not call the engine. After this returns, the former `tell` isn't called any more.
     void OnFailure(std::function<void()> tell);
 
     /// Mixes the next frames of every started voice into `interleaved` (kChannels samples a frame,
-    /// overwritten), with the limiter behind the sum: no sample leaves the range -1 to 1. Called from one
-    /// thread at a time.
+    /// overwritten), with the sum passed through the limiter: no sample leaves the range -1 to 1. Called from
+    /// one thread at a time.
     void Mix(std::span<float> interleaved);
 
     /// Frames mixed since the engine was made.
     Frames Mixed() const;
 
-    /// How many frames the limiter holds back: what goes into Mix at frame n leaves it at n + Latency().
+    /// The limiter's delay: what is mixed at frame n is in the output at n + Latency().
     Frames Latency() const;
 
     /// How many voices are sounding (started, neither ended nor stopped).

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A ring of decoded frames in memory that the application shares with a decoder's process. The decoder
-// writes, the mixing thread reads. The reader takes no lock and believes nothing: the indices are checked,
-// each sample is read once and must be a sane number, and where the writer's side makes no sense the ring is
-// at its end.
+// writes, the mixing thread reads. The reader takes no lock and trusts nothing: the indices are checked, each
+// sample is read once and must be a sane number, and a ring with impossible indices counts as corrupt and at
+// its end.
 #pragma once
 
 #include <algorithm>
@@ -22,16 +22,16 @@ namespace sorakaze::sound {
 /// counts as.
 inline constexpr std::uint32_t kRingCapacity = 1u << 18;
 inline constexpr std::uint32_t kSmallRingCapacity = 1u << 14;
-/// Where frames are taken as fast as they come, the ring stays within the processor's own memory.
+/// For a render: small enough to stay in the processor's cache.
 inline constexpr std::uint32_t kFastRingCapacity = 1u << 16;
 
 /// What the memory begins with. All zero at first.
 struct RingHeader {
     alignas(64) std::atomic<std::uint64_t> written;  // frames; moved by the decoder
     std::atomic<std::uint32_t> finished;             // set by the decoder: nothing more will come
-    std::atomic<std::uint32_t> sleeping;             // set by the decoder: it waits until it is told of room
-    alignas(64) std::atomic<std::uint64_t> read;     // frames; moved by the reader
-    std::atomic<std::uint32_t> waiting;              // set by the reader: how many frames it waits for, or 0
+    std::atomic<std::uint32_t> sleeping;  // set by the decoder: it waits to be woken when there is room
+    alignas(64) std::atomic<std::uint64_t> read;  // frames; moved by the reader
+    std::atomic<std::uint32_t> waiting;           // set by the reader: how many frames it waits for, or 0
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
@@ -58,8 +58,8 @@ class RingWriter {
         const std::size_t begin = written_ % capacity_;
         return {samples_ + begin * kChannels, std::min(Free(), capacity_ - begin) * kChannels};
     }
-    /// Hands the first `frames` of Writable to the reader. True when the reader waited for as many as there
-    /// are now: then it is to be told.
+    /// Hands the first `frames` of Writable to the reader. True when the reader waits and there are now
+    /// enough: then it must be woken.
     bool Commit(std::size_t frames) {
         written_ += frames;
         header_.written.store(written_);
@@ -71,7 +71,7 @@ class RingWriter {
         header_.finished.store(1);
         return header_.waiting.exchange(0) != 0;
     }
-    /// Before a wait for room: the reader tells of it from here on. Free is to be looked at once more.
+    /// Before waiting for room: from here on the reader wakes the decoder. Check Free once more afterwards.
     void AnnounceSleep() { header_.sleeping.store(1); }
 
   private:
@@ -95,13 +95,13 @@ class RingReader {
     /// Frames that can be read; more may come at any time.
     std::size_t Filled() {
         const std::uint64_t written = header_.written.load();
-        // Frames that were once handed over are never taken back.
-        if (written < known_ || written - read_ > capacity_) nonsense_.store(true, std::memory_order_relaxed);
+        // A written frame is never taken back.
+        if (written < known_ || written - read_ > capacity_) corrupt_.store(true, std::memory_order_relaxed);
         known_ = written;
-        return IsNonsense() ? 0 : static_cast<std::size_t>(written - read_);
+        return IsCorrupt() ? 0 : static_cast<std::size_t>(written - read_);
     }
-    /// No frames will come but those that Filled tells from now on.
-    bool IsFinished() const { return IsNonsense() || gone_.load(std::memory_order_acquire) || IsComplete(); }
+    /// No frames will come beyond those that Filled reports from now on.
+    bool IsFinished() const { return IsCorrupt() || gone_.load(std::memory_order_acquire) || IsComplete(); }
     /// The last frame has been read.
     bool IsDrained() { return IsFinished() && Filled() == 0; }
 
@@ -123,19 +123,19 @@ class RingReader {
         header_.read.store(read_, std::memory_order_release);
     }
 
-    /// True when half of the ring is free and the decoder waits to be told so.
-    bool DecoderWantsWord() {
+    /// True, once, when half of the ring is free and the decoder waits to be woken.
+    bool TakeWakeRequest() {
         return Filled() <= capacity_ / 2 && !IsFinished() &&
                header_.sleeping.load(std::memory_order_relaxed) != 0 && header_.sleeping.exchange(0) != 0;
     }
-    /// Before a wait for frames: the decoder tells when there are some, so many that both sides work for a
-    /// while before the next wait. Filled and IsFinished are to be looked at once more.
+    /// Before waiting for frames: the decoder wakes the reader when there are enough for both sides to work
+    /// for a while. Check Filled and IsFinished once more afterwards.
     void AnnounceWait() { header_.waiting.store(static_cast<std::uint32_t>(capacity_ / 4)); }
 
     // --- any thread ---
 
-    /// The decoder wrote what can't be.
-    bool IsNonsense() const { return nonsense_.load(std::memory_order_relaxed); }
+    /// The decoder wrote impossible indices.
+    bool IsCorrupt() const { return corrupt_.load(std::memory_order_relaxed); }
     /// The decoder says that the sound is whole.
     bool IsComplete() const { return header_.finished.load(std::memory_order_acquire) != 0; }
     /// The decoder is gone.
@@ -150,8 +150,8 @@ class RingReader {
     RingHeader& header_;
     const float* const samples_;
     std::uint64_t read_ = 0;
-    std::uint64_t known_ = 0;            ///< what the decoder had written at the last look
-    std::atomic<bool> nonsense_{false};  // set by the mixing thread
+    std::uint64_t known_ = 0;           ///< frames written, at the last check
+    std::atomic<bool> corrupt_{false};  // set by the mixing thread
     std::atomic<bool> gone_{false};
     float block_[kMostFrames * kChannels];
 };

@@ -35,13 +35,13 @@ VoiceCore::Change VoiceCore::Start() {
     inMixing_.store(true);
     state_.store(State::Playing);
     if (sound_) sound_->Begin();
-    return Change::Began;
+    return Change::Started;
 }
 
 VoiceCore::Change VoiceCore::Stop() {
     const std::lock_guard lock(control_);
     State expected = State::Playing;
-    if (state_.compare_exchange_strong(expected, State::Stopped)) return Change::Ceased;
+    if (state_.compare_exchange_strong(expected, State::Stopped)) return Change::Stopped;
     if (expected == State::Opened) state_.store(State::Stopped);
     return Change::None;
 }
@@ -50,13 +50,13 @@ void VoiceCore::SetGain(float gain, Frames ramp) {
     const float target = Sane(gain);
     if (state_.load() == State::Opened) {
         initialGain_.store(target);
-        // Where Start came in between, the mixing thread may have looked already: then the command follows.
+        // If Start was called in between, the mixing thread may have read it already, so a command follows.
         if (state_.load() == State::Opened) return;
     }
     command_.store(std::uint64_t{std::bit_cast<std::uint32_t>(target)} << 32 | RampFrames(ramp));
 }
 
-void VoiceCore::ObeyCommands() {
+void VoiceCore::ApplyCommands() {
     if (!begun_) {
         begun_ = true;
         gain_.Jump(initialGain_.load());
@@ -75,7 +75,7 @@ void VoiceCore::ObeyCommands() {
 
 VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
     AssertMixingThread();
-    ObeyCommands();
+    ApplyCommands();
     RingReader& ring = sound_->Ring();
     if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));
     MixResult result;
@@ -95,7 +95,7 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
             } else if (reading == Reading::Offline) {
                 sound_->WaitForFrames();
             } else {
-                break;  // a decoder that makes no sense
+                break;  // a corrupt ring
             }
         }
     }
@@ -103,22 +103,22 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
         result.mixing = Mixing::IsOver;
         return result;
     }
-    // Offline the end must not depend on when the decoder notices it.
+    // Offline the end must not depend on when the decoder reports it.
     if (reading == Reading::Offline) {
-        sound_->TellOfRoom();
+        sound_->WakeDecoder();
         if (ring.Filled() == 0) sound_->WaitForFrames();
     }
     return ring.IsDrained() ? End() : result;
 }
 
-/// Whether a gap is coming within these frames or right behind them. The frames of a short ramp count too:
-/// when there is nothing left to fade, it is too late for a soft end.
+/// Whether a gap begins within these frames or right after them. The frames of a short ramp count too:
+/// without any left, there is nothing to fade.
 bool VoiceCore::IsShortOf(std::size_t frames) const {
     RingReader& ring = sound_->Ring();
     return !ring.IsFinished() && ring.Filled() < frames + kStartRamp;
 }
 
-/// Goes softly down before a gap and begins softly behind it.
+/// Fades out before a gap and in after it.
 void VoiceCore::MixAroundGap(std::span<float> sum) {
     RingReader& ring = sound_->Ring();
     std::size_t left = starving_ ? 0 : std::min(ring.Filled(), sum.size() / kChannels);
@@ -126,7 +126,7 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
     while (left > 0) {
         if (left == fade && !stopping_) edge_.MoveTo(0.0f, static_cast<std::uint32_t>(fade));
         const auto frames = ring.Peek(left > fade ? left - fade : left);
-        if (frames.empty()) break;  // a decoder that makes no sense
+        if (frames.empty()) break;  // a corrupt ring
         AddFrames(sum.first(frames.size()), frames);
         sum = sum.subspan(frames.size());
         left -= frames.size() / kChannels;
@@ -143,7 +143,7 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
 }
 
 VoiceCore::MixResult VoiceCore::End() {
-    const bool broke = !sound_->Ring().IsComplete() || sound_->Ring().IsNonsense();
+    const bool broke = !sound_->Ring().IsComplete() || sound_->Ring().IsCorrupt();
     if (broke) broke_.store(true, std::memory_order_release);
     State expected = State::Playing;
     const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);

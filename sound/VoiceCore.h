@@ -22,17 +22,17 @@ class VoiceCore {
   public:
     enum class Mixing {
         GoesOn,
-        IsOver,  ///< the voice gives no more sound: the mixing thread forgets it
+        IsOver,  ///< the mixing thread drops the voice
     };
-    enum class Change { None, Began, Ceased };
+    enum class Change { None, Started, Stopped };
 
     explicit VoiceCore(std::unique_ptr<DecodedSound> sound);
 
     // --- the logic's threads ---
 
-    /// Began when this call makes the voice a playing one: then the caller hands it to the mixing thread.
+    /// Started if this call started the voice: then the caller passes it to the mixing thread.
     Change Start();
-    /// Ceased when the voice was playing until now.
+    /// Stopped if the voice was playing until now.
     Change Stop();
     void SetGain(float gain, Frames ramp);
     bool IsPlaying() const { return state_.load(std::memory_order_acquire) == State::Playing; }
@@ -44,19 +44,19 @@ class VoiceCore {
     struct MixResult {
         Mixing mixing = Mixing::GoesOn;
         bool ended = false;     ///< the file's last frame was mixed now, in a voice that was playing
-        bool underrun = false;  ///< the ring began to lack frames
-        bool broke = false;     ///< the sound ended, but its decoder didn't finish it
+        bool underrun = false;  ///< the ring has run short of frames, for the first time in this gap
+        bool broke = false;     ///< the decoder ended before the sound did
     };
     /// Adds the next frames to `sum`.
     MixResult MixInto(std::span<float> sum, Reading reading);
-    /// The mixing thread's last touch.
+    /// The mixing thread doesn't use the voice any more.
     void LeaveMixing() { inMixing_.store(false, std::memory_order_release); }
     VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own
 
-    // --- the caretaker's thread (see Caretaker) ---
+    // --- the voice monitor's thread (see VoiceMonitor) ---
 
     bool IsMixed() const { return inMixing_.load(std::memory_order_acquire); }
-    /// True when no frame will be asked for any more: the resources can go.
+    /// True when no frame will be read any more: the resources can be freed.
     bool IsOver() const;
     /// The decoder's end of the sound; until FreeResources.
     DecodedSound& Sound() { return *sound_; }
@@ -70,7 +70,7 @@ class VoiceCore {
   private:
     enum class State { Opened, Playing, Stopped, Ended };
 
-    void ObeyCommands();
+    void ApplyCommands();
     bool IsShortOf(std::size_t frames) const;
     void MixAroundGap(std::span<float> sum);
     void AddFrames(std::span<float> sum, std::span<const float> frames);

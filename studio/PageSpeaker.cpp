@@ -110,9 +110,9 @@ void PageSpeaker::Load(const FolderItemRef& file) {
         complain_("The voice service is silent: its address is none of plain HTTP.");
     } else if (IsLoopback(form->action)) {
         // A service that is part of the application: the speech begins at this tick in every rendering.
-        Speak(*form, Blocking::TimeStands);
+        Speak(*form, Blocking::ClockStopped);
     } else {
-        distant_.RunEvent = [this, form = *form] { Speak(form, Blocking::TimeAsOnWall); };
+        distant_.RunEvent = [this, form = *form] { Speak(form, Blocking::ClockFollowsWall); };
         distant_.Run();
     }
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The two clocks behind Ticks: the wall clock, for the air, and the studio's, whose time is the sound mixed
-// so far.
+// The two clocks that Ticks reads: the wall clock, for shows on the air, and the studio's, whose time is the
+// sound mixed so far.
 #pragma once
 
 #include <atomic>
@@ -29,12 +29,10 @@ class Clock {
     virtual TickCount Tick() const = 0;
     virtual std::chrono::nanoseconds Now() const = 0;
 
-    /// True for a clock that stands still until Advance is called: nothing but the threads' waiting lets its
-    /// time pass.
-    virtual bool IsDriven() const = 0;
+    /// True for a clock that moves only with Advance, which is called when all threads wait.
+    virtual bool IsVirtual() const = 0;
 
-    /// Moves a driven clock on by one tick. Called by the thread that holds the baton, while every thread
-    /// waits.
+    /// Moves a virtual clock on by one tick. Called with the baton, while every thread waits.
     virtual void Advance() noexcept = 0;
 };
 
@@ -42,7 +40,7 @@ class WallClock final : public Clock {
   public:
     TickCount Tick() const override { return Now().count() * 3 / 50'000'000; }
     std::chrono::nanoseconds Now() const override { return std::chrono::steady_clock::now() - begin_; }
-    bool IsDriven() const override { return false; }
+    bool IsVirtual() const override { return false; }
     void Advance() noexcept override {}
 
   private:
@@ -56,7 +54,7 @@ class StudioClock final : public Clock {
 
     TickCount Tick() const override { return tick_.load(std::memory_order_relaxed); }
     std::chrono::nanoseconds Now() const override { return TimeOfTick(Tick()); }
-    bool IsDriven() const override { return true; }
+    bool IsVirtual() const override { return true; }
     void Advance() noexcept override {
         if (onTick_) onTick_();
         tick_.store(Tick() + 1, std::memory_order_relaxed);

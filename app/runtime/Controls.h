@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The controls of a window as the logic sees them: plain objects with properties and events. A host may
-// attach a view to each, which is told of every change. For the baton's holder.
+// attach a view to each, which is notified of every change. Only with the baton.
 #pragma once
 
 #include <cstdint>
@@ -41,7 +41,7 @@ class RectControl {
     bool Enabled() const { return enabled_; }
     void SetEnabled(bool enabled);
 
-    /// Called after any property has changed; the view's place.
+    /// For the view: called after any property has changed.
     std::function<void()> Changed;
 
   protected:
@@ -60,7 +60,7 @@ class PushButton : public RectControl {
 
     const String& Caption() const { return caption_; }
     void SetCaption(const String& caption);
-    /// As if the user pressed it.
+    /// As if the user had pressed it.
     void Push();
 
     std::function<void()> Action;
@@ -155,7 +155,7 @@ class HTMLViewer : public RectControl {
     /// it has finished. Raises NilObjectException for an empty reference. Without a view nothing happens.
     void LoadPage(const FolderItemRef& file);
 
-    /// The view's place: called with the baton, on the thread that loads.
+    /// For the view: called with the baton, on the thread that loads.
     std::function<void(const FolderItemRef&)> Load;
 };
 

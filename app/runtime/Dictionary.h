@@ -26,7 +26,7 @@ class Dictionary {
     bool HasKey(const String& key) const;
     /// The value under the key; `fallback` where there is none.
     Variant Lookup(const String& key, const Variant& fallback = {}) const;
-    /// A new key goes behind all others; one that is there keeps its place and its letter case.
+    /// A new key becomes the last one; an existing key keeps its position and its letter case.
     void SetValue(const String& key, const Variant& value);
     void Remove(const String& key);
     void Clear();
@@ -52,7 +52,7 @@ class Dictionary {
 
     Map map_;
     std::vector<Map::value_type*> slots_;  ///< in order of insertion; null where one was removed
-    /// How many keys stand in the slots (n - lowest bit of n, n]: a Fenwick tree over slots counted from 1.
+    /// How many keys the slots (n - lowest bit of n, n] hold: a Fenwick tree over slots counted from 1.
     /// Empty while there is no gap.
     std::vector<std::size_t> tree_;
 };

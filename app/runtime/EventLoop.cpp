@@ -59,7 +59,7 @@ void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
     accepting_ = true;
     TimersChanged();
     if (anyPosted_) loop.CallAt({});
-    scheduler_.Block(Blocking::TimeStands, [&](std::stop_token) { run(); });
+    scheduler_.Block(Blocking::ClockStopped, [&](std::stop_token) { run(); });
     accepting_ = false;
     scheduler_.SetMainWait({});
     native_ = nullptr;
@@ -67,7 +67,7 @@ void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
 
 void EventLoop::HandleFromNative() {
     assert(scheduler_.OnMainThread() && !scheduler_.HoldsBaton());
-    // A handler that waits in its own way looks for what came meanwhile when it has ended.
+    // A handler that waits for something else handles what came meanwhile when it has ended.
     if (!accepting_ || quit_) return;
     scheduler_.WithBaton([this] {
         accepting_ = false;
@@ -75,7 +75,7 @@ void EventLoop::HandleFromNative() {
             std::chrono::nanoseconds nextDue{};
             while (!quit_ && !NothingDue(nextDue)) HandleDue();
         } catch (const ThreadKilled&) {
-            // The application ends: what waited in a handler has unwound.
+            // The application ends: the waiting handlers have unwound.
         }
         accepting_ = true;
         TimersChanged();
@@ -84,12 +84,12 @@ void EventLoop::HandleFromNative() {
 
 /// Serves the toolkit and handles events while the condition holds.
 void EventLoop::ServeWhile(FunctionRef<bool()> condition) {
-    // What came while the handler waited in its own way.
+    // For events that came while the handler waited for something else.
     TimersChanged();
     while (condition()) {
         if (quit_) throw ThreadKilled();
         accepting_ = true;
-        scheduler_.Block(Blocking::TimeStands, [this](std::stop_token) { native_.load()->Serve(); });
+        scheduler_.Block(Blocking::ClockStopped, [this](std::stop_token) { native_.load()->Serve(); });
         accepting_ = false;
     }
     TimersChanged();
@@ -98,7 +98,7 @@ void EventLoop::ServeWhile(FunctionRef<bool()> condition) {
 void EventLoop::Run() {
     scheduler_.AssertBaton();
     while (!quit_) {
-        // Between two timers nothing but a call from outside can end this wait: the processor may sleep that
+        // Between two timers only a call from outside can end this wait, so the processor may sleep that
         // long.
         std::chrono::nanoseconds nextDue{};
         scheduler_.WaitWhile([&] { return !quit_ && NothingDue(nextDue); }, &nextDue);
@@ -146,7 +146,7 @@ bool EventLoop::NothingDue(std::chrono::nanoseconds& nextDue) {
 }
 
 void EventLoop::HandleDue() {
-    // One at a time: a handler that waits with DoEvents must find those behind it.
+    // One at a time: a handler that waits with DoEvents must find the next ones in the queue.
     while (anyPosted_) {
         std::function<void()> handler;
         {
@@ -164,7 +164,7 @@ void EventLoop::HandleDue() {
     });
     if (due == timers_.end()) return;
     TimerEntry& timer = **due;
-    // A handler that takes longer than a period puts the next one off; missed periods aren't made up for.
+    // A handler that takes longer than a period delays the next one; missed periods are skipped.
     timer.due += timer.period;
     Handle(timer.onDue);
     if (timer.due <= clock_.Now()) timer.due = clock_.Now() + timer.period;
@@ -176,7 +176,7 @@ void EventLoop::Handle(const std::function<void()>& handler) {
     } catch (const ThreadKilled&) {
         throw;
     } catch (...) {
-        // What tells the user of it can fail as well: the application lives on.
+        // Reporting it can fail as well: the application goes on.
         try {
             onUncaught_(std::current_exception());
         } catch (const std::exception&) {

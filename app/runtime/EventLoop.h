@@ -16,7 +16,7 @@
 
 namespace sorakaze {
 
-/// A timer's place in the event loop.
+/// A timer in the event loop.
 struct TimerEntry {
     std::function<void()> onDue;
     std::chrono::nanoseconds period{0};
@@ -24,17 +24,17 @@ struct TimerEntry {
     bool armed = false;
 };
 
-/// A toolkit's event loop, where the main thread lives in one.
+/// A toolkit's event loop that the main thread runs.
 class NativeLoop {
   public:
     virtual ~NativeLoop() = default;
 
     /// EventLoop::HandleFromNative is to be called on the main thread at that time of the clock, or soon
-    /// where it has passed. Any thread; an earlier time that was asked for stands.
+    /// if it has passed. Any thread; an earlier request stays in force.
     virtual void CallAt(std::chrono::nanoseconds due) = 0;
 
-    /// Main thread, without the baton: serves the toolkit for a tick or until something happened. What the
-    /// user does meanwhile is posted, and handled when the main thread's handler has ended or waits for
+    /// Main thread, without the baton: serves the toolkit for a tick or until something happened. The user's
+    /// actions meanwhile are posted, and handled when the main thread's handler has ended or waits for
     /// events.
     virtual void Serve() = 0;
 };
@@ -52,19 +52,19 @@ class EventLoop {
 
     /// Handles events until Quit.
     void Run();
-    /// Handles the events that are due, or where none is lets the other threads run for a tick at most.
+    /// Handles the events that are due. If there are none, lets the other threads run, for a tick at most.
     void DoEvents();
     /// Handles events for as long as `condition` holds.
     void DoEventsWhile(FunctionRef<bool()> condition);
     /// A timer's entry has changed.
     void TimersChanged();
 
-    /// In place of Run: the main thread lives in a toolkit's loop. `run` is that loop, called without the
+    /// Instead of Run, for a main thread that runs a toolkit's loop. `run` is that loop, called without the
     /// baton; it returns when the application is to end, for which Quit asks it through `loop`. `loop`
     /// outlives the event loop.
     void RunNative(NativeLoop& loop, FunctionRef<void()> run);
-    /// Main thread, from within the toolkit's loop, without the baton: handles what is due. While a handler
-    /// waits for something else than events, it leaves that for later.
+    /// Main thread, from within the toolkit's loop, without the baton: handles what is due. Does nothing
+    /// while a handler waits for something other than events: that handles them later.
     void HandleFromNative();
 
     // Any thread:

@@ -34,16 +34,16 @@ class FolderItem {
     String Name() const;
     bool Exists() const;
     bool Directory() const;
-    /// The path escaped so that it can stand unquoted in a shell command.
+    /// The path, escaped for use without quotes in a shell command.
     String ShellPath() const;
     /// Removes the file, or the empty folder. What can't be removed stays.
     void Delete() const;
     /// Empty if the file is no sound that can be read. Lets the other threads run while it reads.
     SoundRef OpenAsSound() const;
-    /// Creates the file, in place of one or of a link of that name. Empty where that can't be done.
+    /// Creates the file, replacing a file or a link of that name. Empty where that can't be done.
     std::shared_ptr<TextOutputStream> CreateTextFile() const;
-    /// The file, which exists and is no link, for writing from its start on; empty where that can't be done.
-    /// Reading isn't offered: without `forWriting` it is empty.
+    /// The existing file, which must not be a link, opened for writing from its start; empty where that can't
+    /// be done. Reading isn't supported: without `forWriting` it is empty.
     std::shared_ptr<BinaryStream> OpenAsBinaryFile(bool forWriting) const;
 
     const std::filesystem::path& Path() const { return path_; }
@@ -57,7 +57,7 @@ inline constexpr std::int32_t kAbsolutePath = 0;
 inline constexpr std::int32_t kShellPath = 1;
 
 /// The item of a path; the empty path is the folder that holds the application. With kShellPath the path is
-/// escaped as ShellPath gives it; blanks that aren't escaped stand for themselves. Empty for what can't be a
+/// escaped as ShellPath gives it; blanks need no escape. Empty for what can't be a
 /// path.
 FolderItemRef GetFolderItem(const String& path, std::int32_t mode);
 

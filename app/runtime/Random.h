@@ -18,7 +18,7 @@ class Random {
     std::int32_t InRange(std::int32_t low, std::int32_t high) {
         if (high <= low) return low;
         const auto span = static_cast<std::uint64_t>(static_cast<std::int64_t>(high) - low) + 1;
-        // Numbers behind the last whole multiple of the span would favour the low end.
+        // Numbers above the last whole multiple of the span would favour the low end.
         const std::uint64_t bound = (std::uint64_t{1} << 32) / span * span;
         std::uint64_t number = numbers_();
         while (number >= bound) number = numbers_();

@@ -22,7 +22,7 @@ Runtime::Runtime(Options options, Host& host)
       seeds_(static_cast<std::uint32_t>(options.seed ? *options.seed : std::random_device()())) {
     assert(!current);
     if (!appFolder_.has_filename()) appFolder_ = appFolder_.parent_path();
-    const auto tell = [this](std::exception_ptr exception) { TellUncaught(std::move(exception)); };
+    const auto tell = [this](std::exception_ptr exception) { ReportUncaught(std::move(exception)); };
     current = this;
     scheduler_ = std::make_unique<Scheduler>(*clock_, tell);
     events_ = std::make_unique<EventLoop>(*scheduler_, *clock_, tell);
@@ -65,7 +65,7 @@ std::filesystem::path Runtime::FolderOfTheRun() {
     return runFolder_ ? runFolder_->Path() : std::filesystem::path();
 }
 
-void Runtime::TellUncaught(std::exception_ptr exception) {
+void Runtime::ReportUncaught(std::exception_ptr exception) {
     try {
         std::rethrow_exception(std::move(exception));
     } catch (const RuntimeException& error) {
@@ -80,12 +80,13 @@ void Runtime::TellUncaught(std::exception_ptr exception) {
 void Runtime::ShowMessage(const String& text) {
     AssertBaton();
     if (onMessage) onMessage(text);
-    scheduler_->Block(Blocking::TimeStands,
+    scheduler_->Block(Blocking::ClockStopped,
                       [&](std::stop_token cancelled) { host_.ShowMessage(text, std::move(cancelled)); });
 }
 
 void AssertBaton() {
-    Runtime::Current().Threads().AssertBaton();
+    // Sockets may outlive the runtime.
+    if (current) current->Threads().AssertBaton();
 }
 
 std::int32_t Ticks() {

@@ -37,8 +37,8 @@ class Host {
   public:
     virtual ~Host() = default;
 
-    /// Shows a message with one button and returns when the user has answered, or when `cancelled` is asked
-    /// for: the thread that asked was killed. Called without the baton, on the thread that asked.
+    /// Shows a message with one button. Returns when the user has answered, or when `cancelled` is requested
+    /// because the calling thread was killed. Called without the baton.
     virtual void ShowMessage(const String& text, std::stop_token cancelled) = 0;
 };
 
@@ -48,9 +48,9 @@ class Runtime {
         std::unique_ptr<Clock> clock;
         /// The folder that holds the application.
         std::filesystem::path appFolder;
-        /// What sounds are played on; null for an application without sound. Outlives the runtime.
+        /// Plays the sounds; null for an application without sound. Outlives the runtime.
         sound::MixingEngine* engine = nullptr;
-        /// Draws are the same for the same seed; none for a new one each run.
+        /// The same seed gives the same random numbers; without one each run has its own.
         std::optional<std::uint64_t> seed;
     };
 
@@ -80,11 +80,11 @@ class Runtime {
     /// or descriptor left.
     const std::shared_ptr<network::Network>& Network();
 
-    /// A folder of the run's own (mode 0700), made at the first call, which also removes what dead runs have
-    /// left. Empty where none can be made.
+    /// The run's private folder (mode 0700), made at the first call, which also removes those of crashed
+    /// runs. Empty where none can be made.
     const std::filesystem::path& TemporaryFolder();
-    /// The folder that holds it, and all else of the run: what a host removes that ends at once, without its
-    /// destructors. Empty where none can be made.
+    /// The folder that holds it and all other files of the run, for a host that ends without its destructors
+    /// to remove. Empty where none can be made.
     std::filesystem::path FolderOfTheRun();
 
     /// A seed for a new Random.
@@ -93,10 +93,10 @@ class Runtime {
         return seeds_();
     }
 
-    /// Tells the user of an exception that left a thread or an event handler, with its class and message.
-    void TellUncaught(std::exception_ptr exception);
+    /// Shows the user an exception that left a thread or an event handler, with its class and message.
+    void ReportUncaught(std::exception_ptr exception);
     void ShowMessage(const String& text);
-    /// Called with the baton before a message is shown. Unset: nobody is told.
+    /// Called with the baton before a message is shown. May be empty.
     std::function<void(const String&)> onMessage;
 
   private:
@@ -118,7 +118,7 @@ void AssertBaton();
 /// Sixtieths of a second from a start that doesn't matter. Any thread.
 std::int32_t Ticks();
 
-/// A modal message with one button; the calling thread stands still until the user has answered.
+/// A modal message with one button. Returns when the user has answered.
 void MsgBox(const String& text);
 
 /// The end of a working pass of a loop.

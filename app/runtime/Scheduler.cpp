@@ -19,9 +19,9 @@ class Scheduler::Run {
     State state = State::Ready;
     bool killed = false;
     const FunctionRef<bool()>* condition = nullptr;
-    const std::chrono::nanoseconds* lookAgain = nullptr;
+    const std::chrono::nanoseconds* recheckAt = nullptr;
     std::exception_ptr error;  ///< what the condition threw at its last look
-    Blocking blocking = Blocking::TimeStands;
+    Blocking blocking = Blocking::ClockStopped;
     std::stop_source stop{std::nostopstate};  ///< of the blocking call
 
     // Guarded by Scheduler::mutex_.
@@ -35,7 +35,7 @@ namespace {
 /// The calling thread's run, whichever scheduler it belongs to. A thread belongs to one at a time.
 thread_local Scheduler::Run* ownRun = nullptr;
 
-/// A working pass looks at the clock at every so many yields: reading it costs more than the yield.
+/// Yield reads the clock at every so many calls: reading it costs more than the rest.
 constexpr unsigned kYieldsPerClockRead = 32;
 
 }  // namespace
@@ -46,7 +46,7 @@ Scheduler::Scheduler(Clock& clock, std::function<void(std::exception_ptr)> onUnc
     ownRun = main_.get();
     current_ = ownRun;
     main_->state = Run::State::Running;
-    lastLook_ = clock_.Tick();
+    lastCheck_ = clock_.Tick();
 }
 
 Scheduler::~Scheduler() {
@@ -98,7 +98,7 @@ std::shared_ptr<Scheduler::Run> Scheduler::Start(std::function<void()> body) {
 
 void Scheduler::Enter(const std::shared_ptr<Run>& run) {
     ownRun = run.get();
-    Park(*run);
+    AwaitRole(*run);
     run->state = Run::State::Running;
     current_ = run.get();
     if (!run->killed) {
@@ -106,7 +106,7 @@ void Scheduler::Enter(const std::shared_ptr<Run>& run) {
             run->body();
         } catch (const ThreadKilled&) {
         } catch (...) {
-            // What tells the user of it can be killed in its turn, or fail: the application lives on.
+            // Reporting it can fail as well, or be killed: the application goes on.
             try {
                 onUncaught_(std::current_exception());
             } catch (...) {
@@ -117,7 +117,7 @@ void Scheduler::Enter(const std::shared_ptr<Run>& run) {
     run->state = Run::State::Ended;
     finished_.push_back(std::move(run->thread));
     std::erase(live_, run);
-    PassOn();
+    PassBaton();
 }
 
 void Scheduler::JoinFinished() {
@@ -140,27 +140,27 @@ void Scheduler::Kill(Run& run) {
 void Scheduler::Yield() {
     Run& self = Self();
     CheckKilled(self);
-    const bool clockDue = ++yields_ % kYieldsPerClockRead == 0 && clock_.Tick() != lastLook_;
-    if (ready_.empty() && !clockDue && !happened_.load(std::memory_order_relaxed)) return;
+    const bool clockDue = ++yields_ % kYieldsPerClockRead == 0 && clock_.Tick() != lastCheck_;
+    if (ready_.empty() && !clockDue && !wakeRequested_.load(std::memory_order_relaxed)) return;
     self.state = Run::State::Ready;
     ready_.push_back(&self);
-    GiveWay(self);
+    WaitForTurn(self);
 }
 
-void Scheduler::WaitWhile(FunctionRef<bool()> condition, const std::chrono::nanoseconds* lookAgain) {
+void Scheduler::WaitWhile(FunctionRef<bool()> condition, const std::chrono::nanoseconds* recheckAt) {
     Run& self = Self();
     CheckKilled(self);
     if (mainWait_ && OnMainThread()) {
-        while (condition()) Block(Blocking::TimeStands, [this](std::stop_token) { mainWait_(); });
+        while (condition()) Block(Blocking::ClockStopped, [this](std::stop_token) { mainWait_(); });
         return;
     }
-    // Between the look that ended the wait and this thread's turn others may have run: so it looks once more.
+    // Other threads may have run since the check that ended the wait, so it is checked once more.
     while (condition()) {
         self.state = Run::State::Waiting;
         self.condition = &condition;
-        self.lookAgain = lookAgain;
+        self.recheckAt = recheckAt;
         waiting_.push_back(&self);
-        GiveWay(self);
+        WaitForTurn(self);
         if (self.error) std::rethrow_exception(std::exchange(self.error, nullptr));
     }
 }
@@ -170,14 +170,14 @@ void Scheduler::Block(Blocking kind, FunctionRef<void(std::stop_token)> call) {
     CheckKilled(self);
     self.stop = std::stop_source();
     const std::stop_token token = self.stop.get_token();
-    Leave(self, kind);
+    BeginBlocking(self, kind);
     std::exception_ptr error;
     try {
         call(token);
     } catch (...) {
         error = std::current_exception();
     }
-    Return(self);
+    EndBlocking(self);
     CheckKilled(self);
     if (error) std::rethrow_exception(error);
 }
@@ -188,7 +188,7 @@ void Scheduler::WithBaton(FunctionRef<void()> call) {
     assert(self.state == Run::State::Blocked);
     const Blocking kind = self.blocking;
     const std::stop_source stop = self.stop;
-    Return(self);
+    EndBlocking(self);
     std::exception_ptr error;
     try {
         call();
@@ -196,7 +196,7 @@ void Scheduler::WithBaton(FunctionRef<void()> call) {
         error = std::current_exception();
     }
     self.stop = stop;
-    Leave(self, kind);
+    BeginBlocking(self, kind);
     if (error) std::rethrow_exception(error);
 }
 
@@ -205,26 +205,26 @@ void Scheduler::SetMainWait(std::function<void()> serve) {
     mainWait_ = std::move(serve);
 }
 
-/// Gives the baton up for a blocking call...
-void Scheduler::Leave(Run& self, Blocking kind) {
+/// Gives the baton up for a blocking call.
+void Scheduler::BeginBlocking(Run& self, Blocking kind) {
     self.state = Run::State::Blocked;
     self.blocking = kind;
     blocked_.push_back(&self);
-    PassOn();
+    PassBaton();
 }
 
-/// ...and takes it again behind it.
-void Scheduler::Return(Run& self) {
-    bool lead = false;
+/// Waits for the baton after the call.
+void Scheduler::EndBlocking(Run& self) {
+    bool dispatch = false;
     {
         const std::lock_guard lock(mutex_);
         self.returned = true;
-        happened_ = true;
-        lead = !std::exchange(held_, true);
+        wakeRequested_ = true;
+        dispatch = !std::exchange(held_, true);
     }
     changed_.notify_one();
-    if (lead) Lead(self);
-    Park(self);
+    if (dispatch) Dispatch(self);
+    AwaitRole(self);
     self.state = Run::State::Running;
     current_ = &self;
 }
@@ -233,22 +233,22 @@ void Scheduler::Notify() {
     {
         const std::lock_guard lock(mutex_);
         notified_ = true;
-        happened_ = true;
+        wakeRequested_ = true;
     }
     changed_.notify_one();
 }
 
 /// Gives the baton up, being ready or waiting, and returns when it is this thread's turn.
-void Scheduler::GiveWay(Run& self) {
-    Lead(self);
-    Park(self);
+void Scheduler::WaitForTurn(Run& self) {
+    Dispatch(self);
+    AwaitRole(self);
     self.state = Run::State::Running;
     current_ = &self;
     CheckKilled(self);
 }
 
 /// Waits until the baton is handed to this thread to go on.
-void Scheduler::Park(Run& self) {
+void Scheduler::AwaitRole(Run& self) {
     for (;;) {
         Role role;
         {
@@ -257,30 +257,30 @@ void Scheduler::Park(Run& self) {
             role = std::exchange(self.role, Role::None);
         }
         if (role == Role::Proceed) return;
-        Lead(self);
+        Dispatch(self);
     }
 }
 
-/// With the baton, but without a turn: finds out whose turn it is, be it one's own, and hands the baton
-/// there.
-void Scheduler::Lead(Run& self) {
+/// With the baton, but without a turn: finds out whose turn it is, which can be its own, and gives that
+/// thread the baton.
+void Scheduler::Dispatch(Run& self) {
     current_ = &self;
     if (Run* next = PickNext()) {
-        Hand(*next, Role::Proceed);
+        GiveBaton(*next, Role::Proceed);
         return;
     }
     const std::lock_guard lock(mutex_);
     held_ = false;
 }
 
-/// Hands the baton on without a look at conditions and time, for a thread that has other things to do.
-void Scheduler::PassOn() {
+/// Gives the baton to a thread that is ready, or lets another one dispatch: for a thread that is leaving.
+void Scheduler::PassBaton() {
     if (!ready_.empty()) {
         Run& next = *ready_.front();
         ready_.pop_front();
-        Hand(next, Role::Proceed);
+        GiveBaton(next, Role::Proceed);
     } else if (!waiting_.empty()) {
-        Hand(*waiting_.front(), Role::Lead);
+        GiveBaton(*waiting_.front(), Role::Dispatch);
     } else {
         current_ = nullptr;
         const std::lock_guard lock(mutex_);
@@ -289,13 +289,13 @@ void Scheduler::PassOn() {
         if (returned == blocked_.end()) {
             held_ = false;
         } else {
-            (*returned)->role = Role::Lead;
+            (*returned)->role = Role::Dispatch;
             (*returned)->wake.notify_one();
         }
     }
 }
 
-void Scheduler::Hand(Run& next, Role role) {
+void Scheduler::GiveBaton(Run& next, Role role) {
     current_ = nullptr;
     const std::lock_guard lock(mutex_);
     next.role = role;
@@ -305,27 +305,27 @@ void Scheduler::Hand(Run& next, Role role) {
 /// Whose turn it is, letting time pass until it is somebody's; null when all are in blocking calls.
 Scheduler::Run* Scheduler::PickNext() {
     for (;;) {
-        happened_ = false;
-        const bool look = notified_.exchange(false) || clock_.Tick() != lastLook_;
+        wakeRequested_ = false;
+        const bool look = notified_.exchange(false) || clock_.Tick() != lastCheck_;
         TakeReturned();
-        if (look || ready_.empty()) LookAtConditions(look);
+        if (look || ready_.empty()) CheckConditions(look);
         if (!ready_.empty()) {
             Run* next = ready_.front();
             ready_.pop_front();
             return next;
         }
-        if (!LetTimePass()) return nullptr;
+        if (!AdvanceTime()) return nullptr;
     }
 }
 
-/// Makes those ready whose blocking calls are over. Under a driven clock a call for which time stands comes
-/// back only when nobody else has anything to do, and in the order in which the calls began: see
-/// LetDrivenTimePass.
+/// Makes those ready whose blocking calls have returned. With a virtual clock, calls that stop the clock
+/// return only when no other thread has anything to do, in the order in which they began: see
+/// AdvanceVirtualTime.
 void Scheduler::TakeReturned() {
     if (blocked_.empty()) return;
     const std::lock_guard lock(mutex_);
     std::erase_if(blocked_, [this](Run* run) {
-        const bool later = clock_.IsDriven() && run->blocking == Blocking::TimeStands;
+        const bool later = clock_.IsVirtual() && run->blocking == Blocking::ClockStopped;
         if (later || !std::exchange(run->returned, false)) return false;
         run->state = Run::State::Ready;
         ready_.push_back(run);
@@ -334,8 +334,8 @@ void Scheduler::TakeReturned() {
 }
 
 /// Makes the first thread ready whose condition no longer holds, or all such threads.
-void Scheduler::LookAtConditions(bool all) {
-    lastLook_ = clock_.Tick();
+void Scheduler::CheckConditions(bool all) {
+    lastCheck_ = clock_.Tick();
     for (std::size_t i = 0; i < waiting_.size();) {
         Run& run = *waiting_[i];
         if (StillHolds(run)) {
@@ -359,35 +359,35 @@ bool Scheduler::StillHolds(Run& run) {
 }
 
 /// Nobody is ready: false if nobody is waiting either.
-bool Scheduler::LetTimePass() {
-    if (clock_.IsDriven()) return LetDrivenTimePass();
+bool Scheduler::AdvanceTime() {
+    if (clock_.IsVirtual()) return AdvanceVirtualTime();
     if (waiting_.empty()) return false;
     const auto nextTick = TimeOfTick(clock_.Tick() + 1);
     auto until = std::chrono::nanoseconds::max();
-    for (const Run* run : waiting_) until = std::min(until, run->lookAgain ? *run->lookAgain : nextTick);
+    for (const Run* run : waiting_) until = std::min(until, run->recheckAt ? *run->recheckAt : nextTick);
     SleepUntil(std::max(until, nextTick));
     return true;
 }
 
-bool Scheduler::LetDrivenTimePass() {
-    const auto standing = std::find_if(blocked_.begin(), blocked_.end(),
-                                       [](Run* run) { return run->blocking == Blocking::TimeStands; });
-    if (standing != blocked_.end()) {
-        Run* run = *standing;
+bool Scheduler::AdvanceVirtualTime() {
+    const auto stopping = std::find_if(blocked_.begin(), blocked_.end(),
+                                       [](Run* run) { return run->blocking == Blocking::ClockStopped; });
+    if (stopping != blocked_.end()) {
+        Run* run = *stopping;
         std::unique_lock lock(mutex_);
-        changed_.wait(lock, [&] { return run->returned || happened_; });
+        changed_.wait(lock, [&] { return run->returned || wakeRequested_; });
         if (std::exchange(run->returned, false)) {
-            blocked_.erase(standing);
+            blocked_.erase(stopping);
             run->state = Run::State::Ready;
             ready_.push_back(run);
         }
         return true;
     }
     if (blocked_.empty() && waiting_.empty()) return false;
-    if (!blocked_.empty() || keptToWall_ > 0) {
+    if (!blocked_.empty() || wallFollowers_ > 0) {
         const auto due = lastAdvance_ + std::chrono::nanoseconds(std::chrono::seconds(1)) / kTicksPerSecond;
         std::unique_lock lock(mutex_);
-        if (changed_.wait_until(lock, due, [this] { return happened_.load(); })) return true;
+        if (changed_.wait_until(lock, due, [this] { return wakeRequested_.load(); })) return true;
         lastAdvance_ = std::chrono::steady_clock::now();
     }
     clock_.Advance();
@@ -396,7 +396,7 @@ bool Scheduler::LetDrivenTimePass() {
 
 void Scheduler::SleepUntil(std::chrono::nanoseconds time) {
     std::unique_lock lock(mutex_);
-    const auto woken = [this] { return happened_.load(); };
+    const auto woken = [this] { return wakeRequested_.load(); };
     if (time == std::chrono::nanoseconds::max()) {
         changed_.wait(lock, woken);
     } else {

@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Cooperative threads over real ones. There is one baton; who holds it runs logic, and it is passed on, first
 // come first served, only at yield points: Yield (the end of a working pass), WaitWhile (a waiting pass) and
-// Block (a blocking call, made without the baton). Whoever gives the baton up while nobody is ready looks
-// after the waiting conditions and the time on the spot, so a tick costs no switch of threads.
+// Block (a blocking call, made without the baton). A thread that gives the baton up while no other is ready
+// dispatches: it checks the waiting conditions and lets time pass itself, so a tick costs no switch of
+// threads.
 #pragma once
 
 #include <atomic>
@@ -29,32 +30,30 @@ namespace sorakaze {
 /// catches it. A destructor must not yield, or this could leave it.
 struct ThreadKilled {};
 
-/// How a driven clock goes on while a thread is in a blocking call. The wall clock takes no notice.
+/// What a virtual clock does while a thread is in a blocking call. The wall clock runs on in any case.
 enum class Blocking {
-    TimeStands,    ///< a process, a file, a question to the user: no time passes, so shows come out the same
-                   ///< each time
-    TimeAsOnWall,  ///< the network: a tick of the clock takes at least a tick of the wall
+    ClockStopped,      ///< for a process, a file or a message box: a show is the same each time
+    ClockFollowsWall,  ///< for the network: a tick takes at least as long as on the wall clock
 };
 
 class Scheduler {
   public:
     class Run;
 
-    /// Held around waits for the network: meanwhile a tick of a driven clock takes at least a tick of the
-    /// wall, as during calls of Blocking::TimeAsOnWall. The wall clock takes no notice. With the baton; a
-    /// killed thread lets go as it unwinds.
-    class KeepToWall {
+    /// Held around waits for the network: meanwhile a virtual clock runs no faster than the wall clock, as
+    /// during calls of Blocking::ClockFollowsWall. Made and destroyed with the baton.
+    class FollowWallClock {
       public:
-        explicit KeepToWall(Scheduler& scheduler) : scheduler_(scheduler) {
+        explicit FollowWallClock(Scheduler& scheduler) : scheduler_(scheduler) {
             scheduler_.AssertBaton();
-            ++scheduler_.keptToWall_;
+            ++scheduler_.wallFollowers_;
         }
-        ~KeepToWall() {
+        ~FollowWallClock() {
             scheduler_.AssertBaton();
-            --scheduler_.keptToWall_;
+            --scheduler_.wallFollowers_;
         }
-        KeepToWall(const KeepToWall&) = delete;
-        KeepToWall& operator=(const KeepToWall&) = delete;
+        FollowWallClock(const FollowWallClock&) = delete;
+        FollowWallClock& operator=(const FollowWallClock&) = delete;
 
       private:
         Scheduler& scheduler_;
@@ -74,33 +73,32 @@ class Scheduler {
     /// they have unwound.
     void EndThreads();
 
-    /// A new thread, ready behind all that are ready now. Throws std::system_error where the system has no
+    /// A new thread, the last of those that are ready. Throws std::system_error where the system has no
     /// thread left.
     std::shared_ptr<Run> Start(std::function<void()> body);
-    /// Nothing of the thread's body runs any more but its destructors: ThreadKilled is thrown at its next
-    /// yield point, or when its blocking call, which is asked to stop, returns.
+    /// Throws ThreadKilled in the thread at its next yield point. A blocking call of it is asked to stop, and
+    /// the exception is thrown when that returns.
     void Kill(Run& run);
     static bool HasEnded(const Run& run);
 
     /// Lets the others that are ready run, then goes on. Costs nanoseconds when nobody is.
     void Yield();
 
-    /// Waits for as long as `condition` holds. It is looked at once a tick and when something happened, on
-    /// whichever thread holds the baton then; it must neither yield nor kill. Where `lookAgain` is given, the
-    /// condition promises to hold until that time of the clock unless something happens (and may move it at
-    /// each look).
-    void WaitWhile(FunctionRef<bool()> condition, const std::chrono::nanoseconds* lookAgain = nullptr);
+    /// Waits while `condition` holds. It is checked once a tick and after Notify, on whichever thread holds
+    /// the baton then; it must neither yield nor kill. With `recheckAt` it is known to hold until that time
+    /// of the clock unless Notify is called; each check may set another time.
+    void WaitWhile(FunctionRef<bool()> condition, const std::chrono::nanoseconds* recheckAt = nullptr);
 
     /// Runs `call` without the baton. The token asks it to come back early because its thread was killed.
     void Block(Blocking kind, FunctionRef<void(std::stop_token)> call);
 
-    /// Within the call of a Block of the calling thread: takes the baton for `call`, and gives it up again.
-    /// For a toolkit's event loop that calls back into the logic.
+    /// Called within a Block of the same thread: runs `call` with the baton. For a toolkit's event loop that
+    /// calls back into the logic.
     void WithBaton(FunctionRef<void()> call);
 
-    /// Where the main thread lives in a toolkit's event loop: what it does, without the baton, for a while of
-    /// a WaitWhile, so that its window still repaints. It may raise ThreadKilled when the application is to
-    /// end.
+    /// For a main thread that runs a toolkit's event loop: `serve` is called, without the baton, again and
+    /// again during its WaitWhile, so that the window still repaints. It may throw ThreadKilled when the
+    /// application is to end.
     void SetMainWait(std::function<void()> serve);
 
     // Any thread:
@@ -116,24 +114,24 @@ class Scheduler {
     void AssertBaton() const { assert(HoldsBaton()); }
 
   private:
-    enum class Role { None, Proceed, Lead };
+    enum class Role { None, Proceed, Dispatch };
 
     static void CheckKilled(const Run& run);
     Run& Self() const;
     void Enter(const std::shared_ptr<Run>& run);
-    void Leave(Run& self, Blocking kind);
-    void Return(Run& self);
-    void GiveWay(Run& self);
-    void Park(Run& self);
-    void PassOn();
-    void Hand(Run& next, Role role);
-    void Lead(Run& self);
+    void BeginBlocking(Run& self, Blocking kind);
+    void EndBlocking(Run& self);
+    void WaitForTurn(Run& self);
+    void AwaitRole(Run& self);
+    void PassBaton();
+    void GiveBaton(Run& next, Role role);
+    void Dispatch(Run& self);
     Run* PickNext();
     void TakeReturned();
-    void LookAtConditions(bool all);
+    void CheckConditions(bool all);
     static bool StillHolds(Run& run);
-    bool LetTimePass();
-    bool LetDrivenTimePass();
+    bool AdvanceTime();
+    bool AdvanceVirtualTime();
     void SleepUntil(std::chrono::nanoseconds time);
     void JoinFinished();
 
@@ -146,24 +144,24 @@ class Scheduler {
     std::vector<Run*> blocked_;  ///< in the order in which their calls began
     std::vector<std::shared_ptr<Run>> live_;
     std::vector<std::thread> finished_;
-    TickCount lastLook_ = 0;
+    TickCount lastCheck_ = 0;
     unsigned yields_ = 0;
-    unsigned keptToWall_ = 0;  ///< KeepToWalls that are held
+    unsigned wallFollowers_ = 0;  ///< how many FollowWallClock there are
     std::chrono::steady_clock::time_point lastAdvance_{};
     std::shared_ptr<Run> main_;
     std::function<void()> mainWait_;
     bool closing_ = false;  ///< whoever is started from now on ends at once
 
     std::mutex mutex_;                 ///< guards held_, each run's role and returned mark
-    std::condition_variable changed_;  ///< wakes the one who looks after the time
+    std::condition_variable changed_;  ///< wakes the dispatching thread
     bool held_ = true;                 ///< somebody has the baton
-    /// Whoever looks after the time is to look up. Set by Notify and by calls that come back.
-    std::atomic<bool> happened_{false};
-    /// The conditions are to be looked at, whoever is ready. Calls that come back leave it alone: when they
-    /// do is chance, and under a driven clock chance must not change who goes first.
+    /// Wakes the dispatching thread. Set by Notify and by blocking calls that return.
+    std::atomic<bool> wakeRequested_{false};
+    /// The conditions are to be checked even if a thread is ready. Not set by blocking calls that return:
+    /// when they do is chance, and with a virtual clock chance must not change the order of threads.
     std::atomic<bool> notified_{false};
     std::atomic<Run*> current_{
-        nullptr};  ///< the baton's holder; written by it, read by anybody who asks for himself
+        nullptr};  ///< the baton's holder; written by it, compared by any thread with itself
 };
 
 }  // namespace sorakaze

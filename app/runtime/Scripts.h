@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The calls to the player's scripts, by number. The host says what stands behind each number; an unknown
-// number, or a script that fails, answers with an empty text.
+// The calls to the player's scripts, by number. The host registers a function for each number; an unknown
+// number, or a function that throws, gives an empty text.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +16,12 @@ namespace sorakaze {
 
 using Script = std::function<String(const std::vector<Variant>& parameters)>;
 
-/// The scripts of an application and the calls to them that are being put together. For the baton's holder.
+/// The scripts of an application and the calls to them that are being put together. Only with the baton.
 class ScriptTable {
   public:
     void Register(std::int32_t number, Script script);
     std::int32_t Start(std::int32_t number);
-    /// Adds to a started call; a handle that names none is passed over.
+    /// Adds to a started call; an unknown handle is ignored.
     void Add(std::int32_t handle, Variant parameter);
     String Complete(std::int32_t handle);
 

@@ -29,7 +29,7 @@ void Shell::Execute(const String& command, const FolderItemRef& output) {
 #endif
     process::ConfinedProcess process(command.Bytes(), std::move(confinement));
     process::CommandResult result;
-    runtime.Threads().Block(Blocking::TimeStands, [&](std::stop_token cancelled) {
+    runtime.Threads().Block(Blocking::ClockStopped, [&](std::stop_token cancelled) {
         const std::stop_callback kill(cancelled, [&process] { process.Kill(); });
         result = process.Run();
     });

@@ -34,7 +34,7 @@ SoundRef FolderItem::OpenAsSound() const {
     auto& runtime = Runtime::Current();
     if (!runtime.Engine()) return nullptr;
     std::shared_ptr<sound::Voice> voice;
-    runtime.Threads().Block(Blocking::TimeStands,
+    runtime.Threads().Block(Blocking::ClockStopped,
                             [&](std::stop_token) { voice = runtime.Engine()->Open(path_); });
     return voice ? std::make_shared<Sound>(path_, std::move(voice)) : nullptr;
 }

@@ -10,8 +10,8 @@
 
 namespace sorakaze {
 
-/// A sound of the system's own, as OpenAsSound gives it. One whose last reference goes while it plays is
-/// stopped: nothing could fade it any more. For the baton's holder.
+/// A sound of the system's own, as OpenAsSound gives it. It is stopped when its last reference goes. Only
+/// with the baton.
 class Sound {
   public:
     Sound(std::filesystem::path path, std::shared_ptr<sound::Voice> voice)

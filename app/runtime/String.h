@@ -33,7 +33,7 @@ class String {
     std::string bytes_;
 };
 
-/// Equality without regard to letter case, in all of Unicode; nothing else is folded.
+/// Equality that ignores letter case, in all of Unicode, and nothing else.
 bool operator==(const String& a, const String& b);
 std::ostream& operator<<(std::ostream& out, const String& text);
 
@@ -49,7 +49,7 @@ String Right(const String& s, std::int32_t n);
 /// From the 1-based `start` to the end, or `length` characters of that. A start below 1 counts as 1.
 String Mid(const String& s, std::int32_t start);
 String Mid(const String& s, std::int32_t start, std::int32_t length);
-/// 1-based position of the first match at or behind `start`, 0 if there is none. Nothing matches an empty
+/// 1-based position of the first match at or after `start`, 0 if there is none. Nothing matches an empty
 /// `find`.
 std::int32_t InStr(const String& s, const String& find);
 std::int32_t InStr(std::int32_t start, const String& s, const String& find);
@@ -68,18 +68,17 @@ String Lowercase(const String& s);
 String Chr(std::int32_t code);
 /// The code of the first character, of a stray byte its value; 0 for the empty text.
 std::int32_t Asc(const String& s);
-/// Upper-case hexadecimal digits without zeros in front; a negative number as its 32 bits.
+/// Upper-case hexadecimal digits without leading zeros; a negative number as its 32 bits.
 String Hex(std::int32_t n);
 /// The number, rounded to a whole one, in decimal: at least as many digits as `mask` has zeros, padded in
-/// front with 0. A minus sign counts as no digit.
+/// front with 0. A minus sign doesn't count as a digit.
 String Format(double x, const String& mask);
 String Str(std::int32_t n);
-/// A whole number comes out with neither point nor zeros behind it; others in the fewest digits that give
-/// them back.
+/// A whole number has no decimal point; others have the fewest digits that Val reads as the same number.
 String Str(double x);
 /// The decimal number at the start of `s` (white space before it is skipped), 0 if there is none.
 double Val(const String& s);
-/// A double as a 32-bit integer: the fraction is dropped, what lies outside the range goes to its nearest
+/// A double as a 32-bit integer: the fraction is dropped, and what lies outside the range becomes its nearest
 /// end.
 std::int32_t ToInt32(double x);
 
@@ -90,8 +89,8 @@ struct TextEncoding {
 struct Encodings {
     static constexpr TextEncoding UTF8{};
 };
-/// The text as UTF-8. Bytes that are UTF-8 already stay as they are; a text that isn't is taken for
-/// Windows-1252.
+/// The text as UTF-8. Text that is UTF-8 is unchanged; other text is read as Windows-1252, byte by byte where
+/// it isn't UTF-8.
 String ConvertEncoding(const String& s, const TextEncoding& encoding);
 
 }  // namespace sorakaze

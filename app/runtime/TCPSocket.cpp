@@ -43,16 +43,16 @@ std::string HostOf(const String& address) {
 
 }  // namespace
 
-/// Outlives its socket where an event ends that, for as long as Poll needs it.
+/// Outlives a socket that is destroyed in an event, for as long as Poll needs it.
 struct SocketCore::Core {
     /// Guards the changes of `exchange` and `ownError`, which the baton's holder makes, against HasEvents.
     mutable std::mutex mutex;
     std::shared_ptr<Exchange> exchange;      ///< of the connection or the attempt; null for none
-    std::optional<std::int32_t> ownError;    ///< an error that never reached the network, not fired yet
+    std::optional<std::int32_t> ownError;    ///< an error found without the network, not fired yet
     std::shared_ptr<Connection> connection;  ///< goes with `exchange`
     std::string received;
     std::size_t taken = 0;      ///< bytes of `received` that were read
-    std::uint64_t removed = 0;  ///< bytes that have stood before those of `received`
+    std::uint64_t removed = 0;  ///< bytes removed before those of `received`
     std::uint64_t number = 0;   ///< of the connection
     bool connected = false;
     bool ended = false;  ///< the socket is no more
@@ -157,7 +157,7 @@ void SocketCore::Purge() {
 
 void SocketCore::Poll() {
     AssertBaton();
-    // An event may end the socket, or begin another connection: then the rest isn't its any more.
+    // An event may destroy the socket or start another connection: then the rest must not be done.
     const std::shared_ptr<Core> core = core_;
     const std::shared_ptr<Exchange> exchange = core->exchange;
     const auto over = [&] { return core->ended || core->exchange != exchange; };
@@ -199,7 +199,7 @@ void SocketCore::Poll() {
 void SocketCore::Write(const String& data) {
     AssertBaton();
     if (!core_->connected) {
-        // Why there is no connection is told first.
+        // The reason for the missing connection is reported first.
         if (!core_->ownError) core_->SetOwnError(SocketError::kInvalidState);
         return;
     }

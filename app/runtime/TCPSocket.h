@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A TCP connection as the logic sees it. The network's work is done without the baton; what came of it waits
-// until Poll takes it up and fires the events on the thread that called Poll. Between two Polls nothing
-// changes: what IsConnected, LastErrorCode and the reading operations tell is what Poll took up last.
+// A TCP connection as the logic sees it. The network works without the baton; its results wait until Poll
+// takes them and fires the events on the calling thread. Between two Polls nothing changes: IsConnected,
+// LastErrorCode and the reading operations give the state of the last Poll.
 //
-// Every operation is for the baton's holder, from within an event too: Close, Connect, and the socket's end.
+// Every operation needs the baton. All are allowed within an event, even Close, Connect and the destruction
+// of the socket.
 #pragma once
 
 #include <chrono>
@@ -21,7 +22,7 @@ namespace sorakaze {
 struct SocketError {
     static constexpr std::int32_t kNone = 0;
     static constexpr std::int32_t kNoDriver = 100;      ///< the system gives no socket
-    static constexpr std::int32_t kLost = 102;          ///< closed by the other end, or torn
+    static constexpr std::int32_t kLost = 102;          ///< closed by the other end, or cut
     static constexpr std::int32_t kNameNotFound = 103;  ///< the host's name, or no name at all
     static constexpr std::int32_t kAddressInUse = 105;  ///< no port is left on this side
     static constexpr std::int32_t kInvalidState = 106;  ///< Write without a connection
@@ -41,8 +42,8 @@ class SocketCore {
     String Address;
     std::int32_t Port = 0;
 
-    /// What the other end can make of a connection at most. Beyond it the connection is torn: Error comes
-    /// with kLost, or kRefused where none had come about.
+    /// Limits of a connection. A connection that exceeds one is cut: Error
+    /// comes with kLost, or with kRefused before Connected.
     struct Bounds {
         std::chrono::milliseconds time;  ///< in all, from Connect on, by the wall's clock
         std::uint64_t received;          ///< bytes in all
@@ -61,8 +62,8 @@ class SocketCore {
     /// Drops the received data and what hasn't been sent.
     void Purge();
     /// Fires the events that are due, on the calling thread, each kind once at most: Connected,
-    /// DataAvailable, SendComplete, Error, in this order. Error comes behind the last data, also when the
-    /// peer closes. A Poll from within an event fires what is due behind it.
+    /// DataAvailable, SendComplete, Error, in this order. Error comes after the last data, also when the
+    /// peer closes. A Poll from within an event fires what is due after it.
     ///
     /// What is taken up and left unread grows with each Poll, up to the bound if there is one: 1 MB may wait
     /// to be taken up, then the network waits for the next Poll, and the sender with it.
@@ -85,7 +86,7 @@ class SocketCore {
     /// True when a Poll would fire an event. Any thread. Every change to true is told by
     /// Scheduler::Notify, so that a waiting condition may ask it:
     ///
-    ///     const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
+    ///     const Scheduler::FollowWallClock followWall(Runtime::Current().Threads());
     ///     while (...) {
     ///         socket.Poll();
     ///         App.DoEventsWhile([&] { return !socket.HasEvents() && Ticks() <= deadline; });
@@ -98,12 +99,12 @@ class SocketCore {
     virtual void Event_Error() {}
     virtual void Event_SendComplete() {}
 
-    /// Another number from every Connect and Close on: what goes on behind an event sees whether its handler
-    /// has left the connection as it was.
+    /// Another number from every Connect and Close on: code that continues after an event can see
+    /// whether its handler has changed the connection.
     std::uint64_t ConnectionNumber() const;
     /// How many bytes, of all connections, have been read or dropped: where LookaheadView() begins.
     std::uint64_t ReadPosition() const;
-    /// Adds to the received data, as if it had been taken up. For sockets that stand on no network.
+    /// Adds to the received data, as if it had been taken up. For sockets without a network.
     void Receive(std::string_view bytes);
 
   private:

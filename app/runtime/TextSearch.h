@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Finding one text in another without regard to letter case, in time linear in both. Behind InStr, NthField,
+// Finding one text in another without regard to letter case, in time linear in both. Used by InStr, NthField,
 // Split, Replace and ReplaceAll.
 #pragma once
 
@@ -22,7 +22,7 @@ class TextSearch {
     /// Both views must outlive the search.
     TextSearch(std::string_view text, std::string_view find);
 
-    /// The first match that begins at or behind the byte offset `from`, a character's first byte.
+    /// The first match at or after the byte offset `from`, which is a character's first byte.
     std::optional<Match> Next(std::size_t from) const;
 
   private:
@@ -44,7 +44,7 @@ class TextSearch {
     Way way_ = Way::Nothing;
     std::string lower_;                 ///< the needle in lower case, for Ascii
     std::vector<char32_t> folded_;      ///< the needle's folded characters, for Folded
-    std::vector<std::size_t> restart_;  ///< for a mismatch behind n matched: how many still match
+    std::vector<std::size_t> restart_;  ///< for a mismatch after n matches: how many still match
 };
 
 }  // namespace sorakaze

@@ -18,7 +18,7 @@ class TextInputStream {
     /// the text.
     static std::shared_ptr<TextInputStream> Open(const FolderItemRef& file);
 
-    /// One line without its end (LF, CR or both); empty behind the last one.
+    /// One line without its end (LF, CR or both); empty after the last one.
     String ReadLine();
     /// True when nothing is left to read.
     bool EndOfFile();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The logic's thread and timer: controls of a window, with their events as plain functions. For the baton's
-// holder.
+// The logic's thread and timer: controls of a window, with their events as plain functions. Only with the
+// baton.
 #pragma once
 
 #include <cstdint>
@@ -24,10 +24,9 @@ class Thread {
     /// Starts RunEvent on a thread of its own and returns. Raises ThreadAlreadyRunningException while it
     /// runs.
     void Run();
-    /// Ends the thread wherever it stands. It counts as not running from here on and can be run again at
-    /// once.
+    /// Ends the thread, whatever it does. It counts as not running from here on and can be run again at once.
     void Kill();
-    /// kRunning, also while the thread has merely given way; any other value if not.
+    /// kRunning, also while the thread waits for its turn; any other value if it doesn't run.
     std::int32_t State() const;
 
     std::int32_t Priority = 5;   ///< kept for the window's sake: all threads are equal
@@ -52,7 +51,7 @@ class Timer {
     std::function<void()> Action;
 
     std::int32_t Mode() const { return mode_; }
-    /// Counts a new period from now on, unless the mode stays what it was.
+    /// Starts a new period, unless the mode stays the same.
     void SetMode(std::int32_t mode);
     std::int32_t Period() const { return period_; }
     void SetPeriod(std::int32_t milliseconds);

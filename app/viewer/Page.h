@@ -23,7 +23,7 @@ struct Page {
 };
 
 /// What a line on the program's standard error begins with that the user should read, once.
-inline constexpr const char* kNotice = "sorakaze-viewer: ";
+inline constexpr const char* kWarningPrefix = "sorakaze-viewer: ";
 
 std::string Pack(const Page& page);
 /// Empty for bytes that Pack didn't make.

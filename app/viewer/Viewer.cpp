@@ -73,10 +73,10 @@ QString LastLine(const QByteArray& text) {
 }  // namespace
 
 Viewer::Viewer(std::filesystem::path program) : program_(std::move(program)) {
-    hesitation_.setSingleShot(true);
-    hesitation_.setTimerType(Qt::PreciseTimer);
-    hesitation_.setInterval(kHesitationMilliseconds);
-    connect(&hesitation_, &QTimer::timeout, this, [this] { Begin(); });
+    startDelay_.setSingleShot(true);
+    startDelay_.setTimerType(Qt::PreciseTimer);
+    startDelay_.setInterval(kHesitationMilliseconds);
+    connect(&startDelay_, &QTimer::timeout, this, [this] { Begin(); });
 }
 
 Viewer::~Viewer() {
@@ -96,7 +96,7 @@ void Viewer::Load(const std::filesystem::path& page, Service service) {
         this,
         [this] {
             if (process_) End(*std::exchange(process_, nullptr));
-            hesitation_.start();
+            startDelay_.start();
         },
         Qt::QueuedConnection);
 }
@@ -108,7 +108,7 @@ void Viewer::Begin() {
         page = std::exchange(next_, std::nullopt);
     }
     if (page) return Start(*page);
-    Complain("the page can't be read");
+    ReportFailure("the page can't be read");
 }
 
 void Viewer::Start(const Page& page) {
@@ -119,17 +119,17 @@ void Viewer::Start(const Page& page) {
     const auto said = std::make_shared<QByteArray>();
     connect(process, &QProcess::readyReadStandardError, this, [this, process, said] {
         *said = (*said + process->readAllStandardError()).right(kMostSaid);
-        const auto begin = said->indexOf(kNotice);
+        const auto begin = said->indexOf(kWarningPrefix);
         const auto end = begin < 0 ? begin : said->indexOf('\n', begin);
-        if (end >= 0) Notice(said->mid(begin, end - begin));
+        if (end >= 0) ReportWarning(said->mid(begin, end - begin));
     });
     connect(process, &QProcess::finished, this, [this, said, ended] {
-        Complain(ended + LastLine(*said));
+        ReportFailure(ended + LastLine(*said));
         process_ = nullptr;
     });
     connect(process, &QProcess::errorOccurred, this, [this, process, ended](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
-        Complain(ended + process->errorString());
+        ReportFailure(ended + process->errorString());
         process->deleteLater();
         process_ = nullptr;
     });
@@ -152,13 +152,13 @@ void Viewer::End(QProcess& process) {
     process.kill();
 }
 
-void Viewer::Complain(const QString& why) {
-    if (std::exchange(complained_, true)) return;
+void Viewer::ReportFailure(const QString& why) {
+    if (std::exchange(failureReported_, true)) return;
     std::fprintf(stderr, "Sorakaze: pages stay silent: %s\n", qPrintable(why));
 }
 
-void Viewer::Notice(const QByteArray& line) {
-    if (!std::exchange(noticed_, true)) std::fprintf(stderr, "%s\n", line.constData());
+void Viewer::ReportWarning(const QByteArray& line) {
+    if (!std::exchange(warningReported_, true)) std::fprintf(stderr, "%s\n", line.constData());
 }
 
 }  // namespace sorakaze::viewer

@@ -35,15 +35,15 @@ class Viewer : public QObject {
     /// Ends the process with all that it has started, without waiting.
     static void End(QProcess& process);
     /// The first time only: a show has many pages, and its user one standard error.
-    void Complain(const QString& why);
+    void ReportFailure(const QString& why);
     /// What the program lacks, though it runs; the first time only as well.
-    void Notice(const QByteArray& line);
+    void ReportWarning(const QByteArray& line);
 
     const std::filesystem::path program_;
-    QTimer hesitation_;            ///< then the page begins
+    QTimer startDelay_;            ///< then the page begins
     QProcess* process_ = nullptr;  ///< a child object, as are those that are ending
-    bool complained_ = false;
-    bool noticed_ = false;
+    bool failureReported_ = false;
+    bool warningReported_ = false;
 
     std::mutex mutex_;          ///< guards what follows
     std::optional<Page> next_;  ///< the last one asked for; empty: it can't be read

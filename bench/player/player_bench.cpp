@@ -74,7 +74,7 @@ BENCHMARK(FirstListing)->Arg(1)->Arg(kFiles / 10)->Unit(benchmark::kMillisecond)
 /// What the watching thread does once a second while a show runs.
 void RepeatedScan(benchmark::State& state) {
     const std::vector roots = {FilesInFolders(static_cast<int>(state.range(0))).Path()};
-    AwayFolders away;
+    MissingFolders away;
     auto tree = FolderTree::Scan(roots, nullptr, away, {});
     for (auto _ : state) tree = FolderTree::Scan(roots, tree.get(), away, {});
 }

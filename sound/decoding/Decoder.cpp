@@ -75,7 +75,7 @@ std::span<float> Decoder::RoomFor(std::size_t bound, std::span<float> room) {
     return std::span(spare_).first(samples);
 }
 
-/// Books `frames` that were written to `target`. Returns those among them that stand in the caller's room.
+/// Counts `frames` that were written to `target`. Returns how many of them are in the caller's buffer.
 std::size_t Decoder::Delivered(std::size_t frames, std::span<float> target, std::span<float> room) {
     if (target.data() == room.data()) return frames;
     spareBegin_ = 0;

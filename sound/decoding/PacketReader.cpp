@@ -5,7 +5,7 @@
 namespace sorakaze::sound {
 namespace {
 
-/// A hopeless file ends after so many errors in a row; an honest one with a damaged stretch goes on behind
+/// A hopeless file ends after so many errors in a row; a good one with a damaged part goes on after
 /// it.
 constexpr int kMaxFailures = 4096;
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Writes sound to a file in the format that the file's ending names. Used by the studio for whole shows and
-// by the demo library's maker. Encoding and writing run on a thread of the writer's own, behind a bounded
+// by the demo library's maker. Encoding and writing run on a thread of the writer's own, fed through a bounded
 // queue.
 #pragma once
 
@@ -28,7 +28,7 @@ class SoundFileWriter {
     /// ".mp3", and ".m4a", ".aiff", ".oga" (Ogg Vorbis) for the demo library.
     static std::vector<std::string> Endings();
 
-    /// Begins `file`. What stood there before stays untouched until Finish: the sound goes to a file beside
+    /// Begins `file`. An existing file stays untouched until Finish: the sound is written to a file beside
     /// it, which then takes its place. Throws SoundFileError for an unknown ending or a place that can't be
     /// written.
     static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file);

@@ -65,7 +65,7 @@ void Trim(Stereo& sound) {
     }
 }
 
-/// Runs the sound at `gain` through the limiter, whose ceiling (full scale) stands for `ceiling`.
+/// Runs the sound at `gain` through the limiter, with `ceiling` scaled to the limiter's ceiling (full scale).
 void Limit(Stereo& sound, double gain, double ceiling) {
     auto limiter = std::make_unique<sound::Limiter>();
     const auto in = static_cast<float>(gain / ceiling);

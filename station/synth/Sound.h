@@ -13,7 +13,7 @@ inline constexpr double kRate = 48000;
 
 using Mono = std::vector<float>;
 
-/// Where a sound stands between the loudspeakers: -1 left, 0 in the middle, 1 right.
+/// The position of a sound between the loudspeakers: -1 left, 0 in the middle, 1 right.
 struct Pan {
     double place = 0;
 };

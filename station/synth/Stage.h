@@ -23,7 +23,7 @@ struct Player {
     double loose = 0.004;  ///< seconds by which a player is early or late at most
 };
 
-/// Where a piece is played: every player's notes mixed dry, and what the room hears of them.
+/// Where a piece is played: the dry mix of all players, and the signal sent to the reverb.
 class Stage {
   public:
     Stage(Tempo tempo, std::uint64_t seed) : tempo_(tempo), random_(seed) {}

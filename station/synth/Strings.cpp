@@ -7,7 +7,7 @@
 namespace sorakaze::station {
 namespace {
 
-/// The string before it is let go: noise, as sharp as the pluck is hard, with the harmonics missing that have
+/// The string at the moment of the pluck: noise, as sharp as the pluck is hard, with the harmonics missing that have
 /// a node where it is plucked.
 Mono Excitation(std::size_t length, const StringMaterial& material, double velocity, Random& random) {
     Mono noise(length);

@@ -8,32 +8,28 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <map>
 #include <string>
 
-#include "sound/DecoderProtocol.h"
+#include "decoder/Job.h"
 #include "sound/SharedRing.h"
 
 namespace {
 
 using namespace sorakaze::sound;
+using sorakaze::decoder::Job;
 
 constexpr int kChannel = STDIN_FILENO;
-
-struct Job {
-    JobRequest request;
-    int file, socket, ring;
-};
 
 class Worker {
   public:
     explicit Worker(const Job& job)
-        : socket_(job.socket),
+        : socket_(job.socket.Get()),
           capacity_(job.request.ring),
-          memory_(::mmap(nullptr, RingBytes(capacity_), PROT_READ | PROT_WRITE, MAP_SHARED, job.ring, 0)),
+          memory_(
+              ::mmap(nullptr, RingBytes(capacity_), PROT_READ | PROT_WRITE, MAP_SHARED, job.ring.Get(), 0)),
           ring_(memory_, capacity_) {}
 
     RingHeader& Header() { return *static_cast<RingHeader*>(memory_); }
@@ -109,22 +105,6 @@ const std::map<std::string, std::function<void(Worker&)>> kManners = {
     }
 }
 
-bool Take(Job& job) {
-    iovec part{&job.request, sizeof job.request};
-    alignas(cmsghdr) char control[CMSG_SPACE(3 * sizeof(int))]{};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    if (::recvmsg(kChannel, &message, 0) <= 0) return false;
-    int numbers[3] = {-1, -1, -1};
-    if (const cmsghdr* const header = CMSG_FIRSTHDR(&message))
-        std::memcpy(numbers, CMSG_DATA(header), header->cmsg_len - CMSG_LEN(0));
-    job.file = numbers[0], job.socket = numbers[1], job.ring = numbers[2];
-    return true;
-}
-
 void Begin(const Job& job, std::map<std::uint32_t, pid_t>& workers) {
     const std::string manner = job.request.name;
     if (manner == "program ends") ::_exit(3);
@@ -143,11 +123,12 @@ void Begin(const Job& job, std::map<std::uint32_t, pid_t>& workers) {
 int main() {
     std::signal(SIGCHLD, SIG_IGN);
     std::map<std::uint32_t, pid_t> workers;
-    for (Job job; Take(job);) {
+    for (;;) {
+        Job job;
+        if (sorakaze::decoder::ReceiveJob(kChannel, job) <= 0) return 0;
         if (job.request.kind == JobKind::Kill)
             ::kill(workers[job.request.number], SIGKILL);
         else
             Begin(job, workers);
-        for (const int descriptor : {job.file, job.socket, job.ring}) ::close(descriptor);
     }
 }

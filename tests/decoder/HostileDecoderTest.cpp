@@ -9,6 +9,7 @@
 
 #include "tests/sound/SoundTesting.h"
 #include "tests/sound/Traces.h"
+#include "tests/support/Await.h"
 
 namespace sorakaze::sound::testing {
 namespace {
@@ -38,13 +39,9 @@ class HostileDecoder : public ::testing::TestWithParam<Reading> {
         }
         EXPECT_FALSE(voice.IsPlaying());
     }
-    /// The caretaker's thread comes to them in its own time.
     std::vector<DecoderFailure> AwaitFailures() {
         std::vector<DecoderFailure> failures;
-        for (int tries = 0; failures.empty() && tries < 6000; ++tries) {
-            failures = engine_->TakeFailures();
-            if (failures.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        test::Await([&] { return !(failures = engine_->TakeFailures()).empty(); });
         return failures;
     }
 

@@ -16,18 +16,17 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "decoder/Bounds.h"
+#include "decoder/Sandbox.h"
+#include "tests/support/LocalAddress.h"
 
 namespace {
 
@@ -86,14 +85,11 @@ void ReachSockets(const std::string& abstractName) {
             Try("socket " + std::to_string(family), SYS_socket, {family, type});
     int pair[2];
     Try("socketpair", SYS_socketpair, {AF_UNIX, SOCK_DGRAM, 0, Word(pair)});
-    sockaddr_un address{AF_UNIX, {}};
-    abstractName.copy(address.sun_path + 1, sizeof address.sun_path - 1);
-    const auto size = offsetof(sockaddr_un, sun_path) + 1 + abstractName.size();
-    Try("connect", SYS_connect, {kChannel, Word(&address), static_cast<long>(size)});
-    Try("bind", SYS_bind, {kChannel, Word(&address), static_cast<long>(size)});
-    // Whether that comes through is seen at the other end.
-    ::sendto(kChannel, "reached", 7, MSG_NOSIGNAL, reinterpret_cast<sockaddr*>(&address),
-             static_cast<socklen_t>(size));
+    const sorakaze::test::LocalAddress address(abstractName);
+    Try("connect", SYS_connect, {kChannel, Word(address.Get()), address.size});
+    Try("bind", SYS_bind, {kChannel, Word(address.Get()), address.size});
+    // Whether that succeeds is seen at the other end.
+    ::sendto(kChannel, "reached", 7, MSG_NOSIGNAL, address.Get(), address.size);
 }
 
 void ReachProcess(const std::string& name, pid_t process) {
@@ -202,7 +198,7 @@ int main(int, char** words) {
     const std::string role = words[1];
     if (role == "executed") Say("executed"), Say("done"), ::_exit(0);
     const bool bound = role != "unbound", worker = role != "program", threads = role == "threads";
-    if (bound) BoundProgram();
+    if (bound) SandboxForkServer();
     if (!worker) {
         Attack(words, 0, worker, threads);
         ::_exit(0);
@@ -210,7 +206,7 @@ int main(int, char** words) {
     const pid_t sibling = ::fork();
     if (sibling == 0) ::sleep(60);
     if (const pid_t self = ::fork(); self == 0) {
-        if (bound) BoundWorker(kMemory, threads ? Threads::Some : Threads::None);
+        if (bound) SandboxWorker(kMemory, threads ? Threads::Some : Threads::None);
         Attack(words, sibling, worker, threads);
         ::_exit(0);
     }

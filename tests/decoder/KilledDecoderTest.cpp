@@ -10,25 +10,19 @@
 
 #include "tests/sound/SoundTesting.h"
 #include "tests/sound/Traces.h"
+#include "tests/support/Await.h"
 
 namespace sorakaze::sound::testing {
 namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
+using test::Await;
 using ::testing::SizeIs;
 
 /// Far more than a ring holds, so that a decoder lives as long as its sound.
 constexpr Frames kLength{std::int64_t{15} * kSampleRate};
 constexpr int kKills = 50;  // in each test
-
-template <typename Condition>
-bool Await(const Condition& condition) {
-    const auto end = Clock::now() + 1min;
-    bool came = false;
-    while (!(came = condition()) && Clock::now() < end) std::this_thread::sleep_for(1ms);
-    return came;
-}
 
 /// How many were alive. The program's first process takes its workers along.
 int KillAll(const std::vector<pid_t>& processes) {

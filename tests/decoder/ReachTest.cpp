@@ -5,12 +5,10 @@
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
-
-#include <cstddef>
 
 #include "process/ConfinedHelper.h"
 #include "tests/process/Scratch.h"
+#include "tests/support/LocalAddress.h"
 
 namespace sorakaze::process {
 namespace {
@@ -25,10 +23,8 @@ constexpr Mechanisms kNothing{};
 class AbstractSocket {
   public:
     AbstractSocket() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
-        sockaddr_un address{AF_UNIX, {}};
-        name_.copy(address.sun_path + 1, sizeof address.sun_path - 1);
-        const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name_.size());
-        EXPECT_EQ(::bind(socket_.Get(), reinterpret_cast<sockaddr*>(&address), size), 0);
+        const test::LocalAddress address(name_);
+        EXPECT_EQ(::bind(socket_.Get(), address.Get(), address.size), 0);
     }
     const std::string& Name() const { return name_; }
     bool WasReached() const {
@@ -37,7 +33,7 @@ class AbstractSocket {
     }
 
   private:
-    const std::string name_ = "sorakaze-test-" + std::to_string(::getpid());
+    const std::string name_ = "@sorakaze-test-" + std::to_string(::getpid());
     const FileDescriptor socket_;
 };
 

@@ -20,7 +20,7 @@ using Connection = ScriptedServer::Connection;
 
 /// Fires the socket's events until the condition is false.
 void PollWhile(SocketCore& socket, FunctionRef<bool()> condition) {
-    const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
+    const Scheduler::FollowWallClock followWall(Runtime::Current().Threads());
     while (condition()) {
         WaitWhile([&] { return !socket.HasEvents(); });
         socket.Poll();

@@ -13,8 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const std::string clean = CleanLine(bytes);
     if (!utf8::IsWellFormed(clean) || CleanLine(clean) != clean) std::abort();
-    const std::string name = FitName(bytes);
-    if (name.find(", ") != std::string::npos || FitName(name) != name) std::abort();
+    const std::string name = JoinableName(bytes);
+    if (name.find(", ") != std::string::npos || JoinableName(name) != name) std::abort();
     MusicFolderFrom(bytes, "/home/u");
     return 0;
 }

@@ -7,13 +7,12 @@
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <termios.h>
 
 #include <csignal>
-#include <cstring>
 
 #include "tests/process/Scratch.h"
+#include "tests/support/LocalAddress.h"
 #include "tests/support/Program.h"
 
 namespace sorakaze::process {
@@ -112,11 +111,8 @@ TEST(Attack, NoSocketIsReached) {
     std::string line, lastLine;
     for (const std::string& name : {(scratch / "socket").string(), "@test " + std::to_string(::getpid()),
                                     (scratch.Folder() / "socket").string()}) {
-        sockaddr_un address{AF_UNIX, {}};
-        std::memcpy(address.sun_path, name.data(), name.size());
-        if (name[0] == '@') address.sun_path[0] = 0;
-        sockets.push_back(Listen(SOCK_DGRAM, reinterpret_cast<sockaddr*>(&address),
-                                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size())));
+        const test::LocalAddress address(name);
+        sockets.push_back(Listen(SOCK_DGRAM, address.Get(), address.size));
         if (name[0] != '@') fs::permissions(name, fs::perms::all);
         line += std::exchange(lastLine, "attack local '" + name + "'; ");
     }

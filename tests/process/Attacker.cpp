@@ -13,7 +13,6 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -25,20 +24,17 @@
 #include <map>
 #include <string>
 
+#include "tests/support/LocalAddress.h"
+
 namespace {
 
-/// A name that begins with @ is an abstract one.
 bool SendLocal(const std::string& name) {
-    sockaddr_un address{AF_UNIX, {}};
-    std::memcpy(address.sun_path, name.data(), name.size());
-    if (name[0] == '@') address.sun_path[0] = 0;
+    const sorakaze::test::LocalAddress address(name);
     // Either end of a pair of datagram sockets could be given another address, too.
     int sockets[] = {-1, -1, ::socket(AF_UNIX, SOCK_DGRAM, 0)};
     ::socketpair(AF_UNIX, SOCK_DGRAM, 0, sockets);
     bool sent = false;
-    for (const int socket : sockets)
-        sent |= ::sendto(socket, "x", 1, 0, reinterpret_cast<sockaddr*>(&address),
-                         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size())) == 1;
+    for (const int socket : sockets) sent |= ::sendto(socket, "x", 1, 0, address.Get(), address.size) == 1;
     return sent;
 }
 

@@ -49,7 +49,7 @@ TEST(ConfinedProcess, RunsShellLinesWhateverTheApplicationDoesWithItsSignals) {
         const CommandResult result = ConfinedProcess(line, confinement).Run();
         EXPECT_EQ(result.status, status) << line;
         EXPECT_EQ(result.output, output) << line;
-        EXPECT_FALSE(result.killed || result.timedOut) << line;
+        EXPECT_FALSE(result.killed || result.exceeded) << line;
     }
     EXPECT_TRUE(fs::is_empty(scratch.Folder()));
     for (const char* nowhere : {"", "/nowhere/at all"}) {
@@ -94,7 +94,7 @@ TEST(ConfinedProcess, KillEndsItBeforeAndDuring) {
     scratch.AwaitOutput();
     process.Kill();
     runner.join();
-    EXPECT_TRUE(result.killed && !result.timedOut);
+    EXPECT_TRUE(result.killed && !result.exceeded);
     EXPECT_EQ(result.status, 128 + SIGKILL);
     EXPECT_EQ(result.output, "out\n");
     EXPECT_FALSE(fs::exists(scratch.Output()));
@@ -180,21 +180,23 @@ TEST(Bounds, EachEndsWhatGoesBeyondIt) {
     const struct {
         const char* line;
         std::chrono::milliseconds wallTime = 30s;
+        std::optional<ExceededLimit> limit = {};  ///< empty where more than one can be met first
     } cases[] = {
-        {"exec >&-; sleep 1000", 200ms},
-        {"while :; do :; done"},
+        {"exec >&-; sleep 1000", 200ms, ExceededLimit::WallTime},
+        {"while :; do :; done", 30s, ExceededLimit::ProcessorTime},
         {"yes", 500ms},
         {"perl -e 'fork while 1'", 1s},
-        {"head -c 3000000 /dev/zero > big"},
+        {"head -c 3000000 /dev/zero > big", 30s, ExceededLimit::FileSize},
         {"while :; do mkdir d; cd d; done", 2s},
         {"for n in 1 2 3 4 5 6 7 8; do (head -c 40000000 /dev/zero; sleep 60) | tail -c 40000000 & done; "
-         "wait"},
+         "wait",
+         30s, ExceededLimit::Memory},
         // In memory that is shared, of which no process has a page in use.
-        {"for n in 1 2 3 4 5 6 7 8; do attack share 40000000 & done; wait"},
+        {"for n in 1 2 3 4 5 6 7 8; do attack share 40000000 & done; wait", 30s, ExceededLimit::Memory},
     };
     for (const Mechanisms& most : {kEverything, kWithoutNamespaces}) {
         const Under under(most);
-        for (const auto& [line, wallTime] : cases) {
+        for (const auto& [line, wallTime, limit] : cases) {
             const Scratch scratch;
             const fs::path kept = scratch.Folder() / "kept";
             std::ofstream(kept) << "from before";
@@ -205,7 +207,10 @@ TEST(Bounds, EachEndsWhatGoesBeyondIt) {
             bounds.folderSize = 4 << 20;
             bounds.addressSpace = 64 << 20;
             const CommandResult result = ConfinedProcess(scratch.Line(line), bounds).Run();
-            EXPECT_TRUE(result.timedOut && !result.killed) << line;
+            EXPECT_TRUE(result.exceeded && !result.killed) << line;
+            if (limit) {
+                EXPECT_EQ(result.exceeded, limit) << line;
+            }
             EXPECT_LE(result.output.size(), bounds.outputSize) << line;
             EXPECT_EQ(test::ReadBytes(kept), "from before") << line;
             EXPECT_EQ(std::distance(fs::directory_iterator(scratch.Folder()), {}), 1) << "left by " << line;

@@ -14,6 +14,7 @@
 #include "base/FileDescriptor.h"
 #include "process/ConfinedProcess.h"
 #include "process/Mechanisms.h"
+#include "tests/support/Await.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::process {
@@ -52,9 +53,7 @@ class Scratch {
     /// Waits until a command has written its output.
     void AwaitOutput() const {
         std::error_code failure;
-        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-        do std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        while ((fs::file_size(Output(), failure) == 0 || failure) && std::chrono::steady_clock::now() < end);
+        test::Await([&] { return fs::file_size(Output(), failure) != 0 && !failure; });
     }
 
   private:

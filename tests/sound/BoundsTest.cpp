@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "base/RegularFile.h"
-#include "decoder/Bounds.h"
+#include "decoder/Sandbox.h"
 #include "decoder/Worker.h"
 #include "sound/DecodedSound.h"
 #include "sound/DecoderProtocol.h"
@@ -39,7 +39,7 @@ Cost CostOf(JobKind kind, const std::filesystem::path& file) {
     if (worker == 0) {
         JobRequest request{kind, 1, kMemory, ring.Capacity(), {}};
         file.filename().string().copy(request.name, sizeof request.name - 1);
-        decoder::BoundProgram();
+        decoder::SandboxForkServer();
         ::_exit(decoder::Work(
             {request, std::move(opened->descriptor), std::move(theirs), FileDescriptor(ring.Descriptor())}));
     }

@@ -61,12 +61,12 @@ class Chance {
     std::mt19937_64 engine_;
 };
 
-void FlipBits(std::string& bytes, Chance& chance) {
+void FlipBits(std::string& bytes, Chance& chance, const std::string&) {
     for (std::size_t count = 1 + chance.Below(24); count > 0; --count)
         bytes[chance.Place(bytes)] ^= static_cast<char>(1 << chance.Below(8));
 }
 
-void FillRun(std::string& bytes, Chance& chance) {
+void FillRun(std::string& bytes, Chance& chance, const std::string&) {
     const std::size_t begin = chance.Place(bytes);
     const std::size_t length = chance.Length(bytes.size() - begin);
     const bool noise = chance.OneIn(2);
@@ -75,18 +75,18 @@ void FillRun(std::string& bytes, Chance& chance) {
         bytes[i] = noise ? static_cast<char>(chance.Below(256)) : one;
 }
 
-void Cut(std::string& bytes, Chance& chance) {
+void Cut(std::string& bytes, Chance& chance, const std::string&) {
     const std::size_t begin = chance.Place(bytes);
     bytes.erase(begin, chance.OneIn(2) ? std::string::npos : chance.Length(bytes.size() - begin));
 }
 
-void Double(std::string& bytes, Chance& chance) {
+void Double(std::string& bytes, Chance& chance, const std::string&) {
     const std::size_t begin = chance.Place(bytes);
     const std::string stretch = bytes.substr(begin, chance.Length(bytes.size() - begin));
     for (std::size_t times = 1 + chance.Below(4); times > 0; --times) bytes.insert(begin, stretch);
 }
 
-void Swap(std::string& bytes, Chance& chance) {
+void Swap(std::string& bytes, Chance& chance, const std::string&) {
     const std::size_t first = chance.Place(bytes);
     const std::size_t second = first + chance.Below(bytes.size() - first);
     const std::size_t end = second + chance.Length(bytes.size() - second);
@@ -106,26 +106,15 @@ std::size_t BesideName(const std::string& bytes, Chance& chance) {
     return begin;
 }
 
-void SetExtreme(std::string& bytes, Chance& chance) {
-    constexpr std::uint64_t kExtremes[] = {0,
-                                           1,
-                                           2,
-                                           0x7F,
-                                           0xFF,
-                                           0x7FFF,
-                                           0xFFFF,
-                                           0x7FFFFFFF,
-                                           0x80000000,
-                                           0xFFFFFFF0,
-                                           0xFFFFFFFF,
-                                           0x100000001,
-                                           0x7FFFFFFFFFFFFFFF,
-                                           0x8000000000000000,
-                                           0xFFFFFFFFFFFFFFFF};
+void SetExtreme(std::string& bytes, Chance& chance, const std::string&) {
+    // Around the ends of the signed and unsigned integers of each width.
+    constexpr unsigned kBits[] = {0, 1, 7, 8, 15, 16, 31, 32, 63, 64};
     for (std::size_t count = 1 + chance.Below(3); count > 0; --count) {
         const std::size_t begin = chance.OneIn(2) ? BesideName(bytes, chance) : chance.Place(bytes);
         const std::size_t width = std::size_t{1} << chance.Below(4);
-        const std::uint64_t value = kExtremes[chance.Below(std::size(kExtremes))] + chance.Below(2);
+        const unsigned bits = kBits[chance.Below(std::size(kBits))];
+        const std::uint64_t end = bits < 64 ? std::uint64_t{1} << bits : 0;
+        const std::uint64_t value = chance.OneIn(8) ? end - 16 : end + chance.Below(3) - 1;
         const bool bigEndian = chance.OneIn(2);
         for (std::size_t i = 0; i < width && begin + i < bytes.size(); ++i)
             bytes[begin + i] = static_cast<char>(value >> 8 * (bigEndian ? width - 1 - i : i));
@@ -160,28 +149,9 @@ SampleFile Mutator::Make(std::uint64_t number) const {
     SampleFile file = samples_[number % samples_.size()];
     const SampleFile& other = samples_[chance.Below(samples_.size())];
     for (std::size_t count = 1 + chance.Below(3); count > 0 && !file.bytes.empty(); --count) {
-        switch (chance.Below(8)) {
-            case 0:
-                FillRun(file.bytes, chance);
-                break;
-            case 1:
-                Cut(file.bytes, chance);
-                break;
-            case 2:
-                Double(file.bytes, chance);
-                break;
-            case 3:
-                Swap(file.bytes, chance);
-                break;
-            case 4:
-                Splice(file.bytes, chance, other.bytes);
-                break;
-            case 5:
-                FlipBits(file.bytes, chance);
-                break;
-            default:
-                SetExtreme(file.bytes, chance);
-        }
+        constexpr decltype(&Splice) kDamages[] = {FillRun, Cut,      Double,     Swap,
+                                                  Splice,  FlipBits, SetExtreme, SetExtreme};
+        kDamages[chance.Below(std::size(kDamages))](file.bytes, chance, other.bytes);
     }
     if (chance.OneIn(16)) file.ending = other.ending;
     return file;

@@ -96,7 +96,7 @@ class HostileSound {
     bool Mix() {
         std::array<float, 2048 * kChannels> sum{};
         const std::size_t frames = 1 + input_.Take<std::uint16_t>() % 2048;
-        // As the caretaker does.
+        // As the voice monitor does.
         if (voice_->Sound().HasHungUp()) voice_->Sound().GiveUp();
         const std::int64_t before = voice_->Position().count;
         const MixingScope scope(mixing_);

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -14,8 +13,9 @@
 #include <iterator>
 #include <ostream>
 #include <string>
-#include <thread>
 #include <vector>
+
+#include "tests/support/Await.h"
 
 namespace sorakaze::sound::testing {
 
@@ -56,13 +56,12 @@ struct Traces {
     }
     /// Decoders end by and by: waits until there is no more of anything than in `most`, for a minute.
     static Traces Settled(const Traces& most) {
-        Traces now = Now();
-        for (int tries = 0; tries < 6000; ++tries, now = Now()) {
-            if (now.descriptors <= most.descriptors && now.children <= most.children &&
-                now.workers <= most.workers && now.rings <= most.rings)
-                break;
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        Traces now{};
+        test::Await([&] {
+            now = Now();
+            return now.descriptors <= most.descriptors && now.children <= most.children &&
+                   now.workers <= most.workers && now.rings <= most.rings;
+        });
         return now;
     }
 };

@@ -6,7 +6,7 @@
 namespace {
 
 [[maybe_unused]] const bool set = [] {
-    sorakaze::sound::Decoders::SetProgramOfProcess(DECODER_PROGRAM);
+    sorakaze::sound::Decoders::SetSharedProgram(DECODER_PROGRAM);
     return true;
 }();
 

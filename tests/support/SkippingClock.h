@@ -18,7 +18,7 @@ class SkippingClock final : public Clock {
     std::chrono::nanoseconds Now() const override {
         return (runs_ ? wall_.Now() : std::chrono::nanoseconds(0)) + skipped_.load();
     }
-    bool IsDriven() const override { return false; }
+    bool IsVirtual() const override { return false; }
     void Advance() noexcept override {}
     void Skip(std::chrono::nanoseconds time) { skipped_ = skipped_.load() + time; }
 

@@ -13,8 +13,8 @@
 #include <string>
 #include <system_error>
 
-#include "app/viewer/program/GiveUpRoot.h"
-#include "app/viewer/program/OtherProcesses.h"
+#include "app/viewer/program/DropRoot.h"
+#include "app/viewer/program/ProcessIsolation.h"
 #include "app/viewer/program/SoundServer.h"
 #include "process/LandlockRules.h"
 #include "process/LandlockScopes.h"
@@ -61,24 +61,24 @@ constexpr const char* kReadable[] = {"/usr",
                                      "/etc/alsa",
                                      "/etc/asound.conf"};
 
-std::vector<process::Place> SystemPlaces() {
-    std::vector<process::Place> places;
-    for (const char* path : kReadable) places.push_back({path, Access::Read});
+std::vector<process::PathRule> SystemPaths() {
+    std::vector<process::PathRule> paths;
+    for (const char* path : kReadable) paths.push_back({path, Access::Read});
     for (const char* path : {"/dev/urandom", "/dev/random", "/dev/zero"})
-        places.push_back({path, Access::ReadDevice});
-    for (const char* path : {"/dev/null", "/dev/snd"}) places.push_back({path, Access::WriteDevice});
+        paths.push_back({path, Access::ReadDevice});
+    for (const char* path : {"/dev/null", "/dev/snd"}) paths.push_back({path, Access::WriteDevice});
     // The engine's sandbox writes the maps of its user namespace. Processes of other users stay out of reach.
-    places.push_back({"/proc", Access::WriteDevice});
-    places.push_back({"/dev/shm", Access::Write});  // shared memory, without a name as soon as it is there
-    return places;
+    paths.push_back({"/proc", Access::WriteDevice});
+    paths.push_back({"/dev/shm", Access::Write});  // shared memory, without a name as soon as it is there
+    return paths;
 }
 
 /// What a variable's list of paths names may be read.
-void AddPathsOf(const char* variable, std::vector<process::Place>& places) {
+void AddPathsOf(const char* variable, std::vector<process::PathRule>& paths) {
     const char* value = std::getenv(variable);
     std::istringstream list(value ? value : "");
     for (std::string path; std::getline(list, path, ':');)
-        if (!path.empty() && !path.starts_with("/proc/")) places.push_back({path, Access::Read});
+        if (!path.empty() && !path.starts_with("/proc/")) paths.push_back({path, Access::Read});
 }
 
 void Enforce(const FileDescriptor& rules) {
@@ -93,23 +93,23 @@ void Confine(const std::optional<std::vector<std::uint16_t>>& ports) {
     FileDescriptor files, scopes;
     if (::geteuid() == 0) KeepSoundServerReachable();
     if (version > 0) {
-        auto places = SystemPlaces();
+        auto paths = SystemPaths();
         for (const char* variable : {"LD_LIBRARY_PATH", "QT_PLUGIN_PATH", "QTWEBENGINEPROCESS_PATH",
                                      "QTWEBENGINE_RESOURCES_PATH", "QTWEBENGINE_LOCALES_PATH", "PULSE_COOKIE",
                                      "PULSE_CLIENTCONFIG", "PULSE_RUNTIME_PATH", "ALSA_CONFIG_PATH"}) {
-            AddPathsOf(variable, places);
+            AddPathsOf(variable, paths);
         }
         if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"))
-            places.push_back({std::filesystem::path(runtime) / "pulse", Access::Read});
-        files = process::MakeLandlockRules(std::min(version, kFilesAlone), places);
+            paths.push_back({std::filesystem::path(runtime) / "pulse", Access::Read});
+        files = process::MakeLandlockRules(std::min(version, kFilesAlone), paths);
         scopes = process::MakeLandlockScopes(version, ports);
     }
-    GiveUpRoot();
+    DropRoot();
     // What the kernel asks of whoever gives up rights without being root.
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     Enforce(files);
     Enforce(scopes);
-    LeaveOtherProcessesAlone(ports ? Datagrams::Refused : Datagrams::Allowed);
+    IsolateFromOtherProcesses(ports ? Datagrams::Refused : Datagrams::Allowed);
 }
 
 }  // namespace sorakaze::viewer

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "app/viewer/program/GiveUpRoot.h"
+#include "app/viewer/program/DropRoot.h"
 
 namespace sorakaze::viewer {
 namespace {
@@ -62,7 +62,7 @@ std::vector<std::string> EngineOptions(const Service& service) {
     // Root's processes it refuses to start in its sandbox; the confinement of this process holds for them.
     if (root) options.emplace_back("--no-sandbox");
     if (root || !CanMakeUserNamespaces())
-        std::fprintf(stderr, "%sthe web engine runs %s\n", kNotice,
+        std::fprintf(stderr, "%sthe web engine runs %s\n", kWarningPrefix,
                      root ? "as root, without its own sandbox" : "with its filter of system calls alone");
     return options;
 }

@@ -25,7 +25,7 @@ QUrl PageUrl() {
     return QUrl("page:voice");
 }
 
-/// The page's own frames may lead anywhere that the gate lets them.
+/// The page's own frames may lead anywhere that the filter lets them.
 QByteArray Policy(const std::string& script) {
     const QByteArray hash =
         QCryptographicHash::hash(QByteArray::fromStdString(script), QCryptographicHash::Sha256).toBase64();
@@ -47,10 +47,10 @@ void RegisterPageScheme() {
     QWebEngineUrlScheme::registerScheme(scheme);
 }
 
-Gate::Gate(const Service& service)
+RequestFilter::RequestFilter(const Service& service)
     : rules_(QUrl(QString::fromStdString(service.address)), service.own, Resolve) {}
 
-void Gate::interceptRequest(QWebEngineUrlRequestInfo& request) {
+void RequestFilter::interceptRequest(QWebEngineUrlRequestInfo& request) {
     const bool subFrame = request.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeSubFrame;
     const bool isPage = request.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
                         request.requestUrl() == PageUrl();
@@ -58,22 +58,22 @@ void Gate::interceptRequest(QWebEngineUrlRequestInfo& request) {
                                              request.requestMethod(), subFrame}));
 }
 
-PageSource::PageSource(const Page& page)
+PageSchemeHandler::PageSchemeHandler(const Page& page)
     : bytes_("<meta http-equiv=\"Content-Security-Policy\" content=\"" + Policy(page.service.script) + "\">" +
              QByteArray::fromStdString(page.html)) {}
 
-void PageSource::requestStarted(QWebEngineUrlRequestJob* job) {
+void PageSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job) {
     if (job->requestUrl() != PageUrl()) return job->fail(QWebEngineUrlRequestJob::UrlNotFound);
     auto* const buffer = new QBuffer(job);
     buffer->setData(bytes_);
     job->reply("text/html; charset=utf-8", buffer);
 }
 
-void ConfigureProfile(QWebEngineProfile& profile, Gate& gate, PageSource& source) {
+void ConfigureProfile(QWebEngineProfile& profile, RequestFilter& filter, PageSchemeHandler& source) {
     profile.setHttpCacheType(QWebEngineProfile::NoCache);
     profile.setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     profile.setSpellCheckEnabled(false);
-    profile.setUrlRequestInterceptor(&gate);
+    profile.setUrlRequestInterceptor(&filter);
     profile.installUrlSchemeHandler(kScheme, &source);
     QObject::connect(&profile, &QWebEngineProfile::downloadRequested,
                      [](QWebEngineDownloadRequest* download) { download->cancel(); });

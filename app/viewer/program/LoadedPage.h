@@ -17,9 +17,9 @@ namespace sorakaze::viewer {
 void RegisterPageScheme();
 
 /// Holds all that a page asks for against the rules.
-class Gate : public QWebEngineUrlRequestInterceptor {
+class RequestFilter : public QWebEngineUrlRequestInterceptor {
   public:
-    explicit Gate(const Service& service);
+    explicit RequestFilter(const Service& service);
     void interceptRequest(QWebEngineUrlRequestInfo& request) override;
 
   private:
@@ -27,9 +27,9 @@ class Gate : public QWebEngineUrlRequestInterceptor {
 };
 
 /// Gives out the page, with the one script that it may run, from memory.
-class PageSource : public QWebEngineUrlSchemeHandler {
+class PageSchemeHandler : public QWebEngineUrlSchemeHandler {
   public:
-    explicit PageSource(const Page& page);
+    explicit PageSchemeHandler(const Page& page);
     void requestStarted(QWebEngineUrlRequestJob* job) override;
 
   private:
@@ -40,7 +40,7 @@ class PageSource : public QWebEngineUrlSchemeHandler {
 /// beside itself: what it asks of a user is answered with no, and at once.
 class LoadedPage : public QWebEnginePage {
   public:
-    /// Loads what the profile's PageSource gives out. The profile outlives the page.
+    /// Loads what the profile's PageSchemeHandler gives out. The profile outlives the page.
     explicit LoadedPage(QWebEngineProfile& profile);
 
   protected:
@@ -59,7 +59,7 @@ class LoadedPage : public QWebEnginePage {
 };
 
 /// Keeps nothing: neither on the disk nor, since it goes with the page, in memory.
-/// `gate` and `source` outlive it.
-void ConfigureProfile(QWebEngineProfile& profile, Gate& gate, PageSource& source);
+/// `filter` and `source` outlive it.
+void ConfigureProfile(QWebEngineProfile& profile, RequestFilter& filter, PageSchemeHandler& source);
 
 }  // namespace sorakaze::viewer

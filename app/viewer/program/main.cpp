@@ -11,8 +11,8 @@
 
 #include "app/viewer/program/Confinement.h"
 #include "app/viewer/program/EngineOptions.h"
+#include "app/viewer/program/Environment.h"
 #include "app/viewer/program/LoadedPage.h"
-#include "app/viewer/program/Surroundings.h"
 
 namespace {
 
@@ -28,10 +28,10 @@ int Run(const sorakaze::viewer::Page& handed) {
     QGuiApplication application(count, arguments.data());
     // The name that a sound mixer shows.
     QGuiApplication::setApplicationName("Sorakaze");
-    PageSource source(handed);
-    Gate gate(handed.service);
+    PageSchemeHandler source(handed);
+    RequestFilter filter(handed.service);
     QWebEngineProfile profile;
-    ConfigureProfile(profile, gate, source);
+    ConfigureProfile(profile, filter, source);
     const LoadedPage page(profile);
     return QGuiApplication::exec();
 }
@@ -46,7 +46,7 @@ int main(int argc, char**) {
         std::fprintf(stderr, "usage: sorakaze-viewer <PAGE, as Sorakaze hands it over\n");
         return 2;
     }
-    NarrowSurroundings();
+    CleanEnvironment();
     try {
         Confine(PortsFor(page->service));
     } catch (const std::exception& error) {

@@ -96,7 +96,7 @@ TEST(Threads, KillEndsAThreadWhereverItStands) {
         {"message box", [] { MsgBox("?"); }},
         {"blocking call",
          [] {
-             Runtime::Current().Threads().Block(Blocking::TimeStands, [](std::stop_token cancelled) {
+             Runtime::Current().Threads().Block(Blocking::ClockStopped, [](std::stop_token cancelled) {
                  while (!cancelled.stop_requested()) std::this_thread::yield();
              });
          }},
@@ -176,7 +176,7 @@ TEST(Threads, NoTimePassesInTheStudioDuringAProcessAndCallsComeBackInOrder) {
         for (int t = 0; t < 2; ++t) {
             threads[t].RunEvent = [&order, t] {
                 const std::int32_t before = Ticks();
-                Runtime::Current().Threads().Block(Blocking::TimeStands, [t](std::stop_token) {
+                Runtime::Current().Threads().Block(Blocking::ClockStopped, [t](std::stop_token) {
                     std::this_thread::sleep_for(std::chrono::microseconds(t == 0 ? 3000 : 100));
                 });
                 EXPECT_EQ(Ticks(), before);
@@ -204,12 +204,12 @@ TEST(Threads, TheStudiosClockKeepsToTheWallForTheNetwork) {
     TestRuntime test;
     RunThread([&] {
         ExpectTicksOfTheWall([&] {
-            test.runtime.Threads().Block(Blocking::TimeAsOnWall, [](std::stop_token) {
+            test.runtime.Threads().Block(Blocking::ClockFollowsWall, [](std::stop_token) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(100));
             });
         });
         ExpectTicksOfTheWall([&] {
-            const Scheduler::KeepToWall toTheWall(test.runtime.Threads());
+            const Scheduler::FollowWallClock followWall(test.runtime.Threads());
             const std::int32_t before = Ticks();
             App.DoEventsWhile([&] { return Ticks() - before < 10; });
         });

@@ -5,13 +5,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/eventfd.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,10 +20,11 @@
 #include <functional>
 
 #include "app/viewer/program/Confinement.h"
-#include "app/viewer/program/GiveUpRoot.h"
-#include "app/viewer/program/OtherProcesses.h"
-#include "app/viewer/program/Surroundings.h"
+#include "app/viewer/program/DropRoot.h"
+#include "app/viewer/program/Environment.h"
+#include "app/viewer/program/ProcessIsolation.h"
 #include "process/LandlockRules.h"
+#include "tests/support/LocalAddress.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::viewer {
@@ -104,24 +105,23 @@ struct LoopbackListener : Listener {
 };
 
 void ConfineAll() {
-    NarrowSurroundings();
+    CleanEnvironment();
     Confine(std::nullopt);
 }
 
 TEST(Confinement, ReadsWhatIsPublicAndNothingElse) {
     if (process::LandlockVersion() == 0) GTEST_SKIP() << "no Landlock";
-    const Tries tries = {{"ld.so.cache", Reads("/etc/ld.so.cache")},
-                         {"usr", Reads("/usr/bin/env")},
-                         {"/proc/cpuinfo", Reads("/proc/cpuinfo")},
-                         {"passwd", Reads("/etc/passwd")},
-                         {"shadow", Reads("/etc/shadow")},
-                         {"fstab", Reads("/etc/fstab")},
-                         {"private keys", Reads("/etc/ssl/private")},
-                         {"debian", Reads("/etc/debian_version")},
-                         {"kernel", Reads("/sys/kernel/mm/transparent_hugepage/enabled")},
-                         {"the parent", Reads("/proc/" + std::to_string(::getpid()) + "/environ")}};
+    Tries tries;
+    for (const std::string& path :
+         {std::string("/etc/ld.so.cache"), std::string("/usr/bin/env"), std::string("/proc/cpuinfo"),
+          std::string("/etc/passwd"), std::string("/etc/shadow"), std::string("/etc/fstab"),
+          std::string("/etc/ssl/private"), std::string("/etc/debian_version"),
+          std::string("/sys/kernel/mm/transparent_hugepage/enabled"),
+          "/proc/" + std::to_string(::getpid()) + "/environ"})
+        tries.emplace_back(path, Reads(path));
     for (const uid_t user : Users())
-        EXPECT_EQ(Succeeding(user, ConfineAll, tries), "ld.so.cache\nusr\n/proc/cpuinfo\n") << user;
+        EXPECT_EQ(Succeeding(user, ConfineAll, tries), "/etc/ld.so.cache\n/usr/bin/env\n/proc/cpuinfo\n")
+            << user;
 }
 
 /// Also of no effect on files that only root may read, where there is no Landlock.
@@ -142,7 +142,7 @@ TEST(Confinement, AsRootItIsRootNoMore) {
                               return ::prctl(PR_GET_PDEATHSIG, &signal) == 0 && signal == SIGKILL;
                           }}};
     const auto giveUp = [] {
-        if (!GiveUpRoot()) ::_exit(1);
+        if (!DropRoot()) ::_exit(1);
     };
     EXPECT_EQ(Succeeding(0, giveUp, tries), "own files of /proc\ndies with the application\n");
 }
@@ -155,15 +155,11 @@ Tries AttacksOn(pid_t victim) {
             {"tkill", [=] { return ::syscall(SYS_tkill, victim, SIGUSR1) == 0; }},
             {"sigqueue", [=] { return ::sigqueue(victim, SIGUSR1, {}) == 0; }},
             {"ready descriptors",
-             [=] {
-                 int ends[2];
-                 return ::pipe(ends) == 0 && ::fcntl(ends[0], F_SETOWN, victim) == 0;
-             }},
+             [=] { return ::fcntl(FileDescriptor(::eventfd(0, 0)).Get(), F_SETOWN, victim) == 0; }},
             {"ready descriptors, in bits that the kernel passes over",
              [=] {
-                 int ends[2];
-                 return ::pipe(ends) == 0 &&
-                        ::syscall(SYS_fcntl, ends[0], 0x100000000 | F_SETOWN, victim) == 0;
+                 return ::syscall(SYS_fcntl, FileDescriptor(::eventfd(0, 0)).Get(), 0x100000000 | F_SETOWN,
+                                  victim) == 0;
              }},
             {"limits",
              [=] {
@@ -185,7 +181,7 @@ TEST(Confinement, OtherProcessesAreOutOfReach) {
         }
         const auto filterAlone = [] {
             ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-            LeaveOtherProcessesAlone(Datagrams::Allowed);
+            IsolateFromOtherProcesses(Datagrams::Allowed);
         };
         EXPECT_EQ(Succeeding(user, filterAlone, AttacksOn(victim)), "") << user;
         EXPECT_EQ(Succeeding(user, ConfineAll, AttacksOn(victim)), "") << user;
@@ -198,14 +194,11 @@ TEST(Confinement, OtherProcessesAreOutOfReach) {
 TEST(Confinement, AbstractSocketsAreOutOfReach) {
     if (process::LandlockVersion() < 6) GTEST_SKIP() << "this kernel's Landlock knows no scopes";
     const Listener listener(AF_UNIX);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    // The kernel chooses a name.
-    listener.Listen(&address, sizeof(sa_family_t));
-    socklen_t length = sizeof address;
-    ASSERT_EQ(::getsockname(listener.socket.Get(), reinterpret_cast<sockaddr*>(&address), &length), 0);
-    ASSERT_TRUE(Connects(AF_UNIX, SOCK_STREAM, &address, length));
-    const Tries tries = {{"connect", [&] { return Connects(AF_UNIX, SOCK_STREAM, &address, length); }}};
+    const test::LocalAddress address("@sorakaze-test-" + std::to_string(::getpid()));
+    listener.Listen(address.Get(), address.size);
+    const auto connects = [&] { return Connects(AF_UNIX, SOCK_STREAM, address.Get(), address.size); };
+    ASSERT_TRUE(connects());
+    const Tries tries = {{"connect", connects}};
     for (const uid_t user : Users()) EXPECT_EQ(Succeeding(user, ConfineAll, tries), "") << user;
 }
 
@@ -217,7 +210,7 @@ TEST(Confinement, WithPortsNoOtherIsReached) {
                          {"datagrams", [&] { return other.Reached(SOCK_DGRAM); }},
                          {"packets", [&] { return ::socket(AF_PACKET, SOCK_RAW, 0) >= 0; }}};
     const auto confine = [&] {
-        NarrowSurroundings();
+        CleanEnvironment();
         Confine(std::vector{ntohs(service.address.sin_port)});
     };
     for (const uid_t user : Users()) EXPECT_EQ(Succeeding(user, confine, tries), "service\n") << user;
@@ -233,32 +226,28 @@ TEST(Confinement, TheSoundServerOfRootIsReachedStill) {
     ASSERT_EQ(::chmod((folder / "home/.config/pulse/cookie").c_str(), 0600), 0);
     const Listener listener(AF_UNIX);
     const std::string path = folder / "runtime/pulse/native";
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    listener.Listen(&address, sizeof address);
+    const auto connects = [](const std::string& name) {
+        const test::LocalAddress address(name);
+        return Connects(AF_UNIX, SOCK_STREAM, address.Get(), address.size);
+    };
+    const test::LocalAddress address(path);
+    listener.Listen(address.Get(), address.size);
     ASSERT_EQ(::chmod(path.c_str(), 0777), 0);
 
-    const auto named = [] {
-        sockaddr_un server{};
-        server.sun_family = AF_UNIX;
+    const auto named = [&] {
         const char* variable = std::getenv("PULSE_SERVER");
-        const std::string_view name = variable ? variable : "";
-        name.substr(name.find("unix:") + 5).copy(server.sun_path, sizeof server.sun_path - 1);
-        return Connects(AF_UNIX, SOCK_STREAM, &server, sizeof server);
+        const std::string name = variable ? variable : "";
+        return connects(name.substr(name.find("unix:") + 5));
     };
-    const Tries tries = {
-        {"the usual path", [&] { return Connects(AF_UNIX, SOCK_STREAM, &address, sizeof address); }},
-        {"server", named},
-        {"cookie", [] { return Reads(std::getenv("PULSE_COOKIE"))(); }}};
+    const Tries tries = {{"the usual path", [&] { return connects(path); }},
+                         {"server", named},
+                         {"cookie", [] { return Reads(std::getenv("PULSE_COOKIE"))(); }}};
     for (const std::string& server : {std::string(), "unix:" + path, "{machine}unix:" + path, path}) {
         const auto confine = [&] {
             ::setenv("HOME", (folder / "home").c_str(), 1);
             ::setenv("XDG_RUNTIME_DIR", (folder / "runtime").c_str(), 1);
-            if (server.empty())
-                ::unsetenv("PULSE_SERVER");
-            else
-                ::setenv("PULSE_SERVER", server.c_str(), 1);
+            ::unsetenv("PULSE_SERVER");
+            if (!server.empty()) ::setenv("PULSE_SERVER", server.c_str(), 1);
             ConfineAll();
         };
         EXPECT_EQ(Succeeding(0, confine, tries), "server\ncookie\n") << server;

@@ -102,7 +102,7 @@ class NotingSocket : public TCPSocket {
     }
     /// Polls and waits until `condition` holds, as the logic does.
     void Until(FunctionRef<bool()> condition) {
-        const Scheduler::KeepToWall toTheWall(Runtime::Current().Threads());
+        const Scheduler::FollowWallClock followWall(Runtime::Current().Threads());
         const std::int32_t deadline = Ticks() + 30 * kTicksPerSecond;
         for (Poll(); !condition(); Poll()) {
             App.DoEventsWhile([&] { return !HasEvents() && Ticks() <= deadline; });

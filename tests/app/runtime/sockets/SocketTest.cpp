@@ -80,7 +80,7 @@ TEST_F(Sockets, NoBoundIsOutstayed) {
 TEST_F(Sockets, FailuresToConnectAndToWrite) {
     Listener gone;
     gone.Close();
-    test.runtime.Network()->SetSurroundings({[](const std::string&) { return Addresses{}; }});
+    test.runtime.Network()->SetSettings({[](const std::string&) { return Addresses{}; }});
     const struct {
         std::string address;
         int port;
@@ -91,7 +91,7 @@ TEST_F(Sockets, FailuresToConnectAndToWrite) {
     for (const auto& [address, port, log] : cases) {
         SCOPED_TRACE(address + ":" + std::to_string(port));
         // The system's own resolver, with a name that no server is asked for.
-        if (address.size() == 300) test.runtime.Network()->SetSurroundings({});
+        if (address.size() == 300) test.runtime.Network()->SetSettings({});
         NotingSocket socket;
         socket.ConnectTo(port, address);
         socket.UntilLogEnds(log);
@@ -118,11 +118,11 @@ TEST_F(Sockets, TheSystemHasNoDescriptorLeft) {
 
 TEST_F(Sockets, EveryAddressOfANameIsTried) {
     const SilentAddress silent(listener.Port());
-    test.runtime.Network()->SetSurroundings({[](const std::string& host) {
-                                                 EXPECT_EQ(host, "station.example");
-                                                 return Addresses{"127.0.0.3", "127.0.0.2", "?", "127.0.0.1"};
-                                             },
-                                             std::chrono::milliseconds(20)});
+    test.runtime.Network()->SetSettings({[](const std::string& host) {
+                                             EXPECT_EQ(host, "station.example");
+                                             return Addresses{"127.0.0.3", "127.0.0.2", "?", "127.0.0.1"};
+                                         },
+                                         std::chrono::milliseconds(20)});
     NotingSocket socket(listener, "station.example");
     socket.UntilLogEnds("C");
     EXPECT_EQ(socket.log, "C");
@@ -148,7 +148,7 @@ TEST(SocketsLookUp, OneThatHangsHoldsNothingUp) {
         const Listener listener;
         auto alive = std::make_shared<int>();
         lookingUp = alive;
-        test.runtime.Network()->SetSurroundings(
+        test.runtime.Network()->SetSettings(
             {[alive = std::move(alive), released = release.get_future().share()](const std::string& host) {
                 if (host == "hangs") released.wait();
                 return Addresses{"127.0.0.1"};

@@ -15,15 +15,15 @@
 
 namespace sorakaze::process {
 
-class Workplace {
+class Workspace {
   public:
     /// Makes the output, empty, in place of what was there. Where no file system can be mounted for the
     /// command alone it makes the folder as well. Throws std::filesystem::filesystem_error.
-    Workplace(const Confinement& confinement, const Mechanisms& mechanisms);
+    Workspace(const Confinement& confinement, const Mechanisms& mechanisms);
     /// Removes the folder, and the output unless it was taken.
-    ~Workplace();
-    Workplace(const Workplace&) = delete;
-    Workplace& operator=(const Workplace&) = delete;
+    ~Workspace();
+    Workspace(const Workspace&) = delete;
+    Workspace& operator=(const Workspace&) = delete;
 
     /// The folder's path as the command sees it.
     const std::filesystem::path& Folder() const { return folder_; }

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "decoder/Program.h"
+#include "decoder/ForkServer.h"
 
 #include <poll.h>
 #include <sys/prctl.h>
@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <map>
 #include <optional>
 #include <utility>
@@ -24,11 +23,11 @@ namespace {
 using sound::JobEnded;
 using sound::JobKind;
 
-void Note(int) {}
+void Ignore(int) {}
 
-class Program {
+class ForkServer {
   public:
-    explicit Program(int channel) : channel_(channel) {}
+    explicit ForkServer(int channel) : channel_(channel) {}
 
     int Run() {
         // A worker's end interrupts the wait for the next job, and nothing else.
@@ -37,13 +36,13 @@ class Program {
         ::sigemptyset(&children);
         ::sigaddset(&children, SIGCHLD);
         ::sigprocmask(SIG_BLOCK, &children, nullptr);
-        struct sigaction note {};
-        note.sa_handler = Note;
-        ::sigaction(SIGCHLD, &note, nullptr);
+        struct sigaction action {};
+        action.sa_handler = Ignore;
+        ::sigaction(SIGCHLD, &action, nullptr);
         pollfd channel{channel_, POLLIN, 0};
         for (;;) {
             const int ready = ::ppoll(&channel, 1, nullptr, &none);
-            TakeEnds();
+            ReapWorkers();
             if (ready > 0 && !TakeRequest()) return 0;
         }
     }
@@ -52,7 +51,7 @@ class Program {
     /// False when the application has gone.
     bool TakeRequest() {
         Job job;
-        const ssize_t got = Receive(job);
+        const ssize_t got = ReceiveJob(channel_, job);
         if (got < 0) return errno == EINTR || errno == EAGAIN;
         if (got != static_cast<ssize_t>(sizeof job.request)) return false;
         job.request.name[sizeof job.request.name - 1] = '\0';
@@ -63,26 +62,6 @@ class Program {
             Begin(std::move(job));
         }
         return true;
-    }
-
-    ssize_t Receive(Job& job) const {
-        iovec part{&job.request, sizeof job.request};
-        constexpr std::size_t kMost = 3;
-        alignas(cmsghdr) char control[CMSG_SPACE(kMost * sizeof(int))];
-        msghdr message{};
-        message.msg_iov = &part;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        const ssize_t got = ::recvmsg(channel_, &message, MSG_CMSG_CLOEXEC);
-        const cmsghdr* const header = got > 0 ? CMSG_FIRSTHDR(&message) : nullptr;
-        if (!header) return got;
-        int numbers[kMost] = {-1, -1, -1};
-        std::memcpy(numbers, CMSG_DATA(header), header->cmsg_len - CMSG_LEN(0));
-        job.file = FileDescriptor(numbers[0]);
-        job.socket = FileDescriptor(numbers[1]);
-        job.ring = FileDescriptor(numbers[2]);
-        return got;
     }
 
     void Begin(Job job) {
@@ -99,22 +78,22 @@ class Program {
         if (worker > 0)
             workers_[number] = worker;
         else
-            Tell(number, SIGSYS);  // as if it had ended at once
+            ReportEnd(number, SIGSYS);  // as if it had ended at once
     }
 
-    void TakeEnds() {
+    void ReapWorkers() {
         int status = 0;
         for (pid_t ended = 0; (ended = ::waitpid(-1, &status, WNOHANG)) > 0;) {
             for (auto worker = workers_.begin(); worker != workers_.end(); ++worker) {
                 if (worker->second != ended) continue;
-                Tell(worker->first, status);
+                ReportEnd(worker->first, status);
                 workers_.erase(worker);
                 break;
             }
         }
     }
 
-    void Tell(std::uint32_t number, int status) const {
+    void ReportEnd(std::uint32_t number, int status) const {
         const JobEnded ended{number, status};
         ::send(channel_, &ended, sizeof ended, MSG_NOSIGNAL);
     }
@@ -125,8 +104,8 @@ class Program {
 
 }  // namespace
 
-int TakeJobs(int channel) {
-    return Program(channel).Run();
+int RunForkServer(int channel) {
+    return ForkServer(channel).Run();
 }
 
 }  // namespace sorakaze::decoder

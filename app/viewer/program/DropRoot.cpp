@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/viewer/program/GiveUpRoot.h"
+#include "app/viewer/program/DropRoot.h"
 
 #include <grp.h>
 #include <sched.h>
@@ -33,7 +33,7 @@ std::vector<gid_t> GroupsOfSound() {
 
 }  // namespace
 
-bool GiveUpRoot() {
+bool DropRoot() {
     const auto user = process::CommandUser();
     if (!user) return false;
     const auto groups = GroupsOfSound();

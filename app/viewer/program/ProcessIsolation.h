@@ -10,6 +10,6 @@ enum class Datagrams { Allowed, Refused };
 /// holds among their own as well, and open no sockets but local ones and the internet's; without
 /// `datagrams` not even names can be looked up. Does nothing where the kernel has no such filters. Throws
 /// std::runtime_error.
-void LeaveOtherProcessesAlone(Datagrams datagrams);
+void IsolateFromOtherProcesses(Datagrams datagrams);
 
 }  // namespace sorakaze::viewer

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "process/Workplace.h"
+#include "process/Workspace.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,7 +35,7 @@ void LetPass(const fs::path& folder, gid_t group) {
 
 }  // namespace
 
-Workplace::Workplace(const Confinement& confinement, const Mechanisms& mechanisms)
+Workspace::Workspace(const Confinement& confinement, const Mechanisms& mechanisms)
     : user_(CommandUser()),
       largestOutput_(confinement.fileSize),
       folder_(fs::absolute(confinement.folder).lexically_normal()),
@@ -59,12 +59,12 @@ Workplace::Workplace(const Confinement& confinement, const Mechanisms& mechanism
     }
 }
 
-Workplace::~Workplace() {
+Workspace::~Workspace() {
     if (onDisk_) RemoveTree(folder_);
     if (!output_.empty() && !taken_) ::unlink(output_.c_str());
 }
 
-void Workplace::MakeOutput() {
+void Workspace::MakeOutput() {
     ::unlink(output_.c_str());
     const FileDescriptor file(
         ::open(output_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -75,7 +75,7 @@ void Workplace::MakeOutput() {
     }
 }
 
-void Workplace::MakeFolder() {
+void Workspace::MakeFolder() {
     std::string name = folder_ / ".command-XXXXXX";
     if (!::mkdtemp(name.data())) Throw("a command's folder can't be made", folder_);
     if (user_ && ::chown(name.c_str(), *user_, *user_) != 0) {
@@ -85,7 +85,7 @@ void Workplace::MakeFolder() {
     folder_ = name;
 }
 
-void Workplace::TakeOutput() {
+void Workspace::TakeOutput() {
     if (output_.empty()) return;
     // Opened for nothing but its name: the command may have taken away every right.
     const FileDescriptor file(::open(output_.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));

@@ -58,7 +58,7 @@ void MakeOwn(AVPacket& packet) {
     if (av_packet_make_writable(&packet) < 0) throw std::bad_alloc();
 }
 
-/// The bytes of an MP3 packet that packets behind it may reach back for.
+/// The bytes of an MP3 packet that later packets may refer back to.
 int ReservoirBytes(const AVPacket& packet) {
     if (packet.size < 4) return 0;
     const bool lowRate = (packet.data[1] & 0x08) == 0;
@@ -158,14 +158,14 @@ class Part {
     std::size_t used_ = 0;
 };
 
-class PartedFrames final : public FrameSource {
+class ParallelFrames final : public FrameSource {
   public:
-    PartedFrames(std::unique_ptr<PacketReader> reader, Memory memory, unsigned helpers)
+    ParallelFrames(std::unique_ptr<PacketReader> reader, Memory memory, unsigned helpers)
         : memory_(memory), reader_(std::move(reader)) {
         for (unsigned i = 0; i < helpers; ++i) helpers_.emplace_back([this] { Help(); });
     }
 
-    ~PartedFrames() override {
+    ~ParallelFrames() override {
         {
             const std::lock_guard lock(mutex_);
             closed_ = true;
@@ -309,7 +309,7 @@ class PartedFrames final : public FrameSource {
     std::unique_ptr<Part> current_;
     std::size_t nextFrame_ = 0;
 
-    std::vector<std::thread> helpers_;  ///< begin when all else stands
+    std::vector<std::thread> helpers_;  ///< last, so that they start after all else is initialised
 };
 
 }  // namespace
@@ -317,7 +317,7 @@ class PartedFrames final : public FrameSource {
 std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader, unsigned helpers) {
     const Memory memory = MemoryOf(*reader);
     if (memory == Memory::Long) return nullptr;
-    return std::make_unique<PartedFrames>(std::move(reader), memory, helpers);
+    return std::make_unique<ParallelFrames>(std::move(reader), memory, helpers);
 }
 
 }  // namespace sorakaze::sound

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "network/LookUps.h"
+#include "network/ResolverPool.h"
 
 #include <netdb.h>
 #include <sys/socket.h>
@@ -10,7 +10,7 @@
 
 namespace sorakaze::network {
 
-std::vector<std::string> ResolveBySystem(const std::string& host) {
+std::vector<std::string> ResolveWithSystem(const std::string& host) {
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
     hints.ai_socktype = SOCK_STREAM;
@@ -28,7 +28,7 @@ std::vector<std::string> ResolveBySystem(const std::string& host) {
     return addresses;
 }
 
-void LookUps::Start(Job job) {
+void ResolverPool::Start(Job job) {
     const std::lock_guard lock(mutex_);
     waiting_.push_back(std::move(job));
     if (threads_ == kMostThreads) return;
@@ -42,7 +42,7 @@ void LookUps::Start(Job job) {
     }
 }
 
-void LookUps::Work() {
+void ResolverPool::Work() {
     for (;;) {
         Job job;
         {

@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Name look-ups, each on a thread of its own: one can hang for half a minute and can't be called off. Nobody
-// waits for these threads, at the application's end neither: what a look-up finds when nobody wants it any
-// more is dropped.
+// Resolves names, each on a thread of its own: a look-up can hang for half a minute and can't be cancelled. Nobody waits for these threads, not even at the application's end: late answers are dropped.
 #pragma once
 
 #include <deque>
@@ -14,19 +12,19 @@
 
 namespace sorakaze::network {
 
-/// The numeric addresses of a host, in the order in which to try them; none where the name isn't known.
+/// The numeric addresses of a host, in the order in which to try them; none for an unknown name.
 /// Called on any thread, on several at once.
 using Resolver = std::function<std::vector<std::string>(const std::string& host)>;
 
 /// Asks the system.
-std::vector<std::string> ResolveBySystem(const std::string& host);
+std::vector<std::string> ResolveWithSystem(const std::string& host);
 
-class LookUps : public std::enable_shared_from_this<LookUps> {
+class ResolverPool : public std::enable_shared_from_this<ResolverPool> {
   public:
     struct Job {
         std::string host;
         Resolver resolve;
-        std::weak_ptr<void> wanted;  ///< gone when nobody waits for the answer any more
+        std::weak_ptr<void> wanted;  ///< expires when the answer is no longer wanted
         /// Called on the look-up's thread.
         std::function<void(std::vector<std::string>)> done;
     };
@@ -35,7 +33,7 @@ class LookUps : public std::enable_shared_from_this<LookUps> {
     void Start(Job job);
 
   private:
-    /// Threads at a time. Hosts that hang are few; look-ups behind this many wait their turn.
+    /// The most threads at a time; further look-ups wait.
     static constexpr unsigned kMostThreads = 64;
 
     void Work();

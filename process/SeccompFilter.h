@@ -13,11 +13,11 @@
 
 namespace sorakaze::process {
 
-class CallFilter {
+class SeccompFilter {
   public:
-    enum class Rest {
+    enum class Default {
         Allowed,
-        Unknown,  ///< as if the kernel didn't know them: the C library often has another way
+        NoSuchCall,  ///< as if the kernel didn't know them: the C library often has another way
     };
     /// On an argument, counted from 0. The kernel reads most of them as 32 bits, whatever the others are.
     using Condition = scmp_arg_cmp;
@@ -35,9 +35,9 @@ class CallFilter {
         return {argument, SCMP_CMP_MASKED_EQ, mask, value};
     }
 
-    /// `rest` is what becomes of calls that no rule is for. All methods throw std::runtime_error where memory
-    /// is short or a rule makes no sense.
-    explicit CallFilter(Rest rest);
+    /// `action` is for calls without a rule. All methods throw std::runtime_error where memory is short or a
+    /// rule makes no sense.
+    explicit SeccompFilter(Default action);
 
     /// Where all conditions on the call's arguments hold. A call may have several such rules.
     void Allow(int call, Conditions conditions = {});

@@ -4,8 +4,8 @@
 
 namespace sorakaze::decoder {
 
-/// Has the libraries make now what every worker would make for itself: the tables of the common formats.
-/// Reads no foreign byte.
+/// Initialises the decoding libraries' tables for the common formats, which every worker would otherwise do
+/// for itself. Reads no foreign byte.
 void WarmUp();
 
 }  // namespace sorakaze::decoder

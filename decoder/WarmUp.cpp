@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "decoder/Warmth.h"
+#include "decoder/WarmUp.h"
 
 #include <pthread.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/viewer/program/Surroundings.h"
+#include "app/viewer/program/Environment.h"
 
 #include <array>
 #include <cstdlib>
@@ -61,7 +61,7 @@ std::string Variable(const char* name) {
 
 }  // namespace
 
-void NarrowSurroundings() {
+void CleanEnvironment() {
     std::vector<std::pair<std::string, std::string>> kept;
     for (const std::string_view name : kKept) {
         if (const char* value = std::getenv(name.data())) kept.emplace_back(name, value);

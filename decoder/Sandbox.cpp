@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "decoder/Bounds.h"
+#include "decoder/Sandbox.h"
 
 #include <linux/capability.h>
 #include <malloc.h>
@@ -69,7 +69,7 @@ void MeasureFootprint() {
 
 }  // namespace
 
-void BoundProgram() {
+void SandboxForkServer() {
     ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     // Memory that is given back to the kernel between two frames is asked for again with the next.
@@ -79,10 +79,10 @@ void BoundProgram() {
     MeasureFootprint();
     DropCapabilities();
     OpenNothing();
-    AllowCalls(Calls::OfProgram);
+    AllowCalls(CallSet::ForkServer);
 }
 
-void BoundWorker(std::uint64_t memory, Threads threads) {
+void SandboxWorker(std::uint64_t memory, Threads threads) {
     Limit(RLIMIT_CPU, kMostProcessorSeconds);
     Limit(RLIMIT_CORE, 0);
     // A sanitizer reserves terabytes.
@@ -92,10 +92,10 @@ void BoundWorker(std::uint64_t memory, Threads threads) {
         Limit(RLIMIT_DATA, atStart.data + memory);
         Limit(RLIMIT_AS, atStart.all + memory + kRoom);
     }
-    AllowCalls(threads == Threads::Some ? Calls::OfWorkerWithThreads : Calls::OfWorker);
+    AllowCalls(threads == Threads::Some ? CallSet::ThreadedWorker : CallSet::Worker);
 }
 
-void AllowTime(std::chrono::milliseconds processorTime) {
+void LimitProcessorTime(std::chrono::milliseconds processorTime) {
     if (kSanitized) processorTime *= 40;
     const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(processorTime).count();
     constexpr std::int64_t kSecond = 1'000'000;
