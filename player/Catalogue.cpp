@@ -13,7 +13,7 @@ namespace sorakaze::player {
 
 namespace {
 
-/// All libraries stay in memory. Nobody has more of them than a few.
+/// The most memory for library XML files, which all stay in memory. Nobody has more than a few.
 constexpr std::size_t kMostLibraryBytes = std::size_t{192} << 20;
 
 void SortByName(std::vector<Playlist>& playlists) {
@@ -85,7 +85,8 @@ void Catalogue::AddPlaylistFile(const std::string& folder, const std::string& na
 
 void Catalogue::NamePlaylists() {
     std::erase_if(playlists_, [](const Playlist& playlist) { return playlist.name.empty(); });
-    // By the names as they are, so that it doesn't hang on the scan which of equal ones keeps its name.
+    // By their original names, so that the order of the scan doesn't decide which of equal ones keeps its
+    // name.
     SortByName(playlists_);
     std::vector<std::string> names = {kLibraryName};
     for (const Playlist& playlist : playlists_) names.push_back(playlist.name);

@@ -17,8 +17,7 @@ namespace sorakaze::player {
 
 namespace {
 
-/// Adds what `change` makes of each spelling so far, where it is new. Keeps the list short against hostile
-/// names.
+/// Adds what `change` makes of each spelling so far, if it is new. Limits the list, against hostile names.
 template <typename Change>
 void AddChanged(std::vector<std::string>& spellings, const Change& change) {
     constexpr std::size_t kMost = 24;
@@ -47,7 +46,7 @@ bool BeginsWithDrive(const std::string& path) {
 }
 
 /// An absolute path's last components looked for below `folder`, the longest tail first. No deeper than
-/// anybody's music is kept: each tail costs a look at the disk.
+/// anybody's music is kept: each tail costs a disk access.
 std::optional<std::filesystem::path> MovedFile(const std::string& path, const std::filesystem::path& folder) {
     if (!path.starts_with('/') && !BeginsWithDrive(path)) return std::nullopt;
     constexpr std::ptrdiff_t kDeepest = 32;

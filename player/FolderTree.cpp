@@ -16,7 +16,7 @@ namespace sorakaze::player {
 
 namespace {
 
-/// Up to eight lower-case letters in one word, so that a name is looked up in no time.
+/// Up to eight lower-case letters in one word, for a fast lookup.
 constexpr std::uint64_t Packed(std::string_view ending) {
     std::uint64_t word = 0;
     for (const char c : ending) {
@@ -46,7 +46,8 @@ Kind KindOfFile(const char* name) {
     return IsPlaylistName(name) ? Kind::Playlist : Kind::Other;
 }
 
-/// Looks at the file itself only where the folder doesn't tell: links, and file systems without types.
+/// Reads the file's status only where the folder doesn't have the type: links, and file systems without
+/// types.
 Kind KindOf(int folder, const dirent& entry) {
     if (entry.d_type == DT_REG) return KindOfFile(entry.d_name);
     if (entry.d_type == DT_DIR) return Kind::Folder;
@@ -54,7 +55,7 @@ Kind KindOf(int folder, const dirent& entry) {
     struct stat status {};
     if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) return Kind::Other;
     const bool isLink = S_ISLNK(status.st_mode);
-    // What a link that leads nowhere just now is meant for may be away for a while.
+    // A dangling link's target may be missing for a while only.
     if (isLink && ::fstatat(folder, entry.d_name, &status, 0) != 0) return Kind::LinkedFolder;
     if (S_ISDIR(status.st_mode)) return isLink ? Kind::LinkedFolder : Kind::Folder;
     return S_ISREG(status.st_mode) && IsOfInterest(entry.d_name) ? KindOfFile(entry.d_name) : Kind::Other;
@@ -254,7 +255,7 @@ void FolderTree::ForEachSound(
     for (const std::size_t root : roots_) VisitSounds(root, visit);
 }
 
-// As deep as folders nest, which the length of a path bounds.
+// Recursion as deep as folders nest, which the length of a path limits.
 void FolderTree::VisitSounds(std::size_t folder,
                              const std::function<void(const Folder&, const std::string& name)>& visit) const {
     const Folder& here = folders_[folder];

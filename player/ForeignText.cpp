@@ -32,7 +32,7 @@ bool IsCutOffSequence(std::string_view tail) {
            std::all_of(tail.begin() + 1, tail.end(), [](char c) { return (c & 0xC0) == 0x80; });
 }
 
-/// How Japanese double-byte text shows itself. Kana are the surest sign: their lead bytes hardly occur in
+/// Signs of Japanese double-byte text. Kana are the surest: their lead bytes hardly occur in
 /// western text.
 struct JapaneseSigns {
     bool valid = true;

@@ -90,7 +90,7 @@ bool MusicLibrary::IsFolderMissing(const std::filesystem::path& file) const {
         const bool within =
             std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end();
         std::error_code gone;
-        // What a disk is mounted at stays, and is empty.
+        // The mount point of an unmounted disk remains, empty.
         return within && (std::filesystem::is_empty(root, gone) || gone);
     });
 }

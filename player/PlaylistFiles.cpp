@@ -19,8 +19,7 @@ namespace sorakaze::player {
 
 namespace {
 
-/// Beyond these sizes a file is no playlist that anyone made. A list of tracks is read up to its bound, a
-/// larger library not at all.
+/// Larger files aren't real playlists. A list of tracks is read up to its limit, a larger library not at all.
 constexpr std::int64_t kLargestList = std::int64_t{64} << 20;
 constexpr std::int64_t kLargestLibrary = std::int64_t{256} << 20;
 /// A property list says so within its first lines. Other XML files aren't read any further.
@@ -29,7 +28,7 @@ constexpr std::size_t kPiece = std::size_t{64} << 10;
 /// Lists kept parsed at a time: a show uses one.
 constexpr std::size_t kMostCached = 16;
 constexpr std::size_t kMostCachedBytes = std::size_t{128} << 20;
-/// How long a caller waits for a file whose former contents are known.
+/// How long a caller waits for a changed file before it gets the former contents.
 constexpr std::chrono::seconds kLongestWait{2};
 
 class PlaylistFile {

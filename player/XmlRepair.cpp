@@ -34,8 +34,7 @@ bool IsReference(std::string_view name) {
     return error == std::errc{} && end == name.data() + name.size() && IsXmlCharacter(code);
 }
 
-/// Whether `text`, which begins with an ampersand, begins with a reference; nothing where more bytes must
-/// tell.
+/// Whether `text`, which begins with an ampersand, begins with a reference; empty if more bytes are needed.
 std::optional<bool> BeginsWithReference(std::string_view text) {
     const auto end = text.substr(0, kLongestReference).find(';');
     if (end == std::string_view::npos && text.size() < kLongestReference) return std::nullopt;
@@ -47,7 +46,7 @@ bool IsControl(char character) {
            character != '\r';
 }
 
-/// How many of the first characters mean nothing to this.
+/// How many of the first characters need no repair.
 std::size_t PlainLength(std::string_view text, bool inCharacterData) {
     const auto isOrdinary = [&](char character) {
         return !IsControl(character) && character != (inCharacterData ? ']' : '<') && character != '&';

@@ -18,12 +18,12 @@ namespace sorakaze::player {
 namespace {
 
 constexpr int kDeepest = 100;
-/// Of the XML library's own, which keeps whole tags and every name of an element that it has met.
+/// The memory limit of the XML library, which keeps whole tags and every element name.
 constexpr std::size_t kMostMemory = std::size_t{4} << 20;
 constexpr std::size_t kPiece = std::size_t{64} << 10;
 
-/// What the library has taken for the stream that is being read on this thread. The library's functions for
-/// memory have no other way to know.
+/// The library's memory for the stream that is being read on this thread: its memory functions have no
+/// context.
 thread_local std::size_t* taken = nullptr;
 
 void* Grown(void* had, std::size_t size) {
@@ -43,8 +43,8 @@ void GiveBack(void* block) {
     std::free(block);
 }
 
-/// The library is told that every file is Latin-1, since it accepts any bytes as that. This takes its UTF-8
-/// back to the bytes of the file.
+/// The library reads every file as Latin-1, as which it accepts any bytes. This converts its UTF-8 back to
+/// the bytes of the file.
 std::string BytesOf(std::string_view utf8) {
     std::string bytes;
     bytes.reserve(utf8.size());

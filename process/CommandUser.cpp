@@ -46,7 +46,7 @@ std::optional<uid_t> CommandUser() {
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct data[2]{};
     constexpr std::uint32_t kNeeded = 1u << CAP_SETUID | 1u << CAP_SETGID | 1u << CAP_CHOWN;
-    // Root of a container may be no more than its name.
+    // Root in a container may have no privilege.
     if (::syscall(SYS_capget, &header, data) != 0 || (data[0].effective & kNeeded) != kNeeded ||
         !HasCommandUsers(ReadMap(kUserMap)) || !HasCommandUsers(ReadMap(kGroupMap)))
         return {};

@@ -28,7 +28,7 @@ std::string EndText(const LaunchReport& report, int status) {
 }  // namespace
 
 struct ConfinedHelper::Impl {
-    LaunchPlan plan;  ///< its texts say where a start failed
+    LaunchPlan plan;  ///< owns the texts that say where a start failed
     Launched launched;
     FileDescriptor channel;
     bool taken = false;

@@ -19,23 +19,22 @@ namespace sorakaze::process {
 struct Confinement {
     /// A folder of the application's, mode 0700, that exists. The command sees none of what is in it: it has
     /// a folder of its own, empty, private and gone with it, which is its HOME, its TMPDIR and its working
-    /// folder. Where the kernel can show it such a one, it is seen under this path; else it is made in here.
+    /// folder. If the kernel supports it, that folder is mounted at this path; otherwise it is made in here.
     /// Ordinary files and folders can be made there, no links, no pipes, nothing that can be started as a
     /// program, and nothing that grants rights to whoever starts it.
     std::filesystem::path folder;
-    /// The file in `folder` that the command is to make, or empty. It is there, empty, when the command
-    /// begins, and afterwards where something was written and the command came to an end by itself: then it
-    /// is an ordinary file of the application's own, mode 0600.
+    /// The file in `folder` that the command is to make, or empty. It exists, empty, when the command begins.
+    /// Afterwards it exists if something was written and the command ended by itself: then it is an ordinary
+    /// file of the application's own, mode 0600.
     std::filesystem::path output;
     /// Files and folders that may be read and executed beside the system's own programs, libraries and data.
     std::vector<std::filesystem::path> readable;
-    /// Folders that the PATH of the command begins with, first come first searched. Only what is among
-    /// `readable` is found there.
+    /// Folders at the beginning of the command's PATH. Only what is among `readable` is found there.
     std::vector<std::filesystem::path> searchFirst;
 
-    std::chrono::milliseconds wallTime{60'000};  ///< then everything of the command is killed
+    std::chrono::milliseconds wallTime{60'000};  ///< then all processes of the command are killed
     std::chrono::seconds processorTime{30};      ///< of each process
-    std::uint64_t addressSpace = 768ull << 20;   ///< bytes, of each process; all together may fill twice that
+    std::uint64_t addressSpace = 768ull << 20;   ///< bytes, of each process; all together may use twice that
     std::uint64_t fileSize = 128ull << 20;       ///< bytes, of each file written
     std::uint64_t folderSize = 192ull << 20;     ///< bytes in the command's folder, all files together
     std::uint64_t outputSize = 4ull << 20;       ///< bytes of standard output kept; more is read and dropped
@@ -64,9 +63,9 @@ class ConfinedProcess {
     ConfinedProcess(const ConfinedProcess&) = delete;
     ConfinedProcess& operator=(const ConfinedProcess&) = delete;
 
-    /// Returns when the command has ended and no process of it is left: what the line leaves in the
-    /// background ends with its shell. Never throws for what the command does. Where the confinement can't be
-    /// put in force nothing is started, and the first such line says why on standard error.
+    /// Returns when the command has ended and no process of it is left: background processes are killed when
+    /// its shell ends. Never throws for what the command does. If the confinement can't be enforced nothing
+    /// is started, and the first time the reason is printed on standard error.
     CommandResult Run();
     void Kill();
 
@@ -75,12 +74,12 @@ class ConfinedProcess {
     std::unique_ptr<Impl> impl_;
 };
 
-/// Lets commands find the application's own programs in its Resources, and nothing else of what is there.
+/// Lets commands find the application's own programs in its Resources, and nothing else there.
 void OfferPrograms(Confinement& confinement, const std::filesystem::path& resources);
 
-/// What this kernel confines with, strongest first ("landlock, namespaces, seccomp, limits"), and what is
-/// missing (empty when all is there). The first command that runs with something missing says so once on
-/// standard error.
+/// The mechanisms that this kernel has, strongest first ("landlock, namespaces, seccomp, limits"), and what
+/// is missing (empty when all is there). What is missing is reported on standard error once, with the first
+/// command.
 struct ConfinementSupport {
     std::string inForce;
     std::string missing;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How much of the disk and of the memory a command takes up, measured from outside. The kernel's limits are
-// each process's and each file's; these are the sums, looked at every so often while a command runs.
+// each process's and each file's; these are the sums, measured regularly while a command runs.
 #pragma once
 
 #include <sys/types.h>
@@ -17,14 +17,14 @@ namespace sorakaze::process {
 std::uint64_t FolderBytes(const std::filesystem::path& folder, std::uint64_t enough);
 
 struct ProcessesFootprint {
-    unsigned processes = 0;    ///< below the supervisor
-    std::uint64_t memory = 0;  ///< bytes that they have for themselves, together; what they share counts once
-    std::uint64_t removedFiles = 0;  ///< bytes of files that no folder names any more, open or mapped
+    unsigned processes = 0;          ///< below the supervisor
+    std::uint64_t memory = 0;        ///< private bytes of all; shared memory counts once
+    std::uint64_t removedFiles = 0;  ///< bytes of deleted files that are open or mapped
 };
 
 /// Of all processes below `supervisor`. Files of `folder` that are mapped but gone count for what is mapped
-/// of them, at most `largestFile` bytes each; for an empty `folder` no file counts. Where a process doesn't
-/// let itself be read, all memory counts that it has.
+/// of them, at most `largestFile` bytes each; for an empty `folder` no file counts. Of a process that can't
+/// be read, all memory counts.
 ProcessesFootprint MeasureProcesses(pid_t supervisor, const std::filesystem::path& folder,
                                     std::uint64_t largestFile);
 

@@ -25,7 +25,7 @@ constexpr auto kByDescriptor = static_cast<idtype_t>(3);  // P_PIDFD
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// The same descriptor with a number that leaves room below it for the child's own arrangement.
+/// The same descriptor with a number of 10 or above: the child assigns the lower ones.
 FileDescriptor Raised(int number, const char* what) {
     FileDescriptor raised(number < 0 ? -1 : ::fcntl(number, F_DUPFD_CLOEXEC, 10));
     if (!raised) Throw(what);
@@ -89,7 +89,8 @@ Launched Launch(LaunchPlan& plan) {
         // No signal is handled between the fork and the child's program.
         const BlockedSignals held;
         int process = -1;
-        // No signal at its end, so that no handler of the application is called and no wait for any child reaps it.
+        // No signal at its end, so that no handler of the application is called and no wait for any child
+        // reaps it.
         const long supervisor = ::syscall(SYS_clone, CLONE_PIDFD | NamespaceFlags(plan.mechanisms), nullptr,
                                           &process, nullptr, nullptr);
         if (supervisor == 0) RunSupervisor(plan, child);

@@ -34,7 +34,7 @@ constexpr int kLifeline = 4;
 constexpr int kRuleset = 5;
 constexpr int kFirstOther = 6;
 
-// From <sys/mount.h>, which contradicts <linux/mount.h>.
+// From <sys/mount.h>, which conflicts with <linux/mount.h>.
 constexpr unsigned long kNoSetUser = 2;
 constexpr unsigned long kNoDevices = 4;
 constexpr unsigned long kReadOnly = 1;
@@ -98,8 +98,8 @@ bool ApplicationLives() {
     return Call(SYS_ppoll, &lifeline, 1, &now, nullptr, 0) == 0;
 }
 
-/// Where memory runs out, the command goes first, not the application.
-void OfferToTheKernel() {
+/// When memory runs out, the kernel shall kill the command, not the application.
+void PreferForOomKill() {
     const long file = Call(SYS_openat, AT_FDCWD, "/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC, 0);
     if (file < 0) return;
     Call(SYS_write, file, "1000", 4);
@@ -112,7 +112,7 @@ bool Restrict(int tree, const char* path, int flags, std::uint64_t attributes) {
     return Call(SYS_mount_setattr, tree, path, flags, &change, sizeof change) == 0;
 }
 
-void TakeTree(ViewStep& step) {
+void OpenMountTree(ViewStep& step) {
     std::uint64_t attributes = MOUNT_ATTR_NOSUID;
     if (step.kind == ViewStep::MountReadOnly) attributes |= MOUNT_ATTR_RDONLY | MOUNT_ATTR_NODEV;
     if (step.kind == ViewStep::MountOutput) attributes |= MOUNT_ATTR_NOEXEC | MOUNT_ATTR_NODEV;
@@ -144,7 +144,7 @@ long CopyFile(const ViewStep& step) {
     return copied;
 }
 
-void TakeStep(const LaunchPlan& plan, const ViewStep& step) {
+void PerformStep(const LaunchPlan& plan, const ViewStep& step) {
     long result = 0;
     switch (step.kind) {
         case ViewStep::MakeFolder:
@@ -177,7 +177,7 @@ bool MountsOver(const ViewStep& step) {
            step.kind == ViewStep::MountOutput;
 }
 
-/// The command's own processes are worth seeing (a program finds itself there) where the kernel can show them
+/// Programs look themselves up in /proc. It is mounted if the kernel can show the command's own processes
 /// alone.
 void ShowOwnProcesses(const LaunchPlan& plan) {
     if (Call(SYS_mount, "proc", "proc", "proc", kReadOnly | kNoSetUser | kNoDevices | kNoPrograms,
@@ -189,12 +189,12 @@ void ShowOwnProcesses(const LaunchPlan& plan) {
 void MakeView(LaunchPlan& plan) {
     Must(Call(SYS_mount, nullptr, "/", nullptr, kRecursive | kPrivate, nullptr) == 0, "private mounts");
     for (ViewStep& step : plan.view)
-        if (MountsOver(step)) TakeTree(step);
+        if (MountsOver(step)) OpenMountTree(step);
     Must(Call(SYS_mount, "tmpfs", plan.viewMountPoint, "tmpfs", kNoSetUser | kNoDevices, plan.viewOptions) ==
              0,
          "the view");
     Must(Call(SYS_chdir, plan.viewMountPoint) == 0, "the view's folder");
-    for (const ViewStep& step : plan.view) TakeStep(plan, step);
+    for (const ViewStep& step : plan.view) PerformStep(plan, step);
     ShowOwnProcesses(plan);
     Must(Call(SYS_pivot_root, ".", ".") == 0, "pivot_root");
     Must(Call(SYS_umount2, ".", kDetach) == 0, "the old view");
@@ -242,7 +242,7 @@ int BecomeShell(void* given) {
     if (!plan.mechanisms.namespaces && !plan.channel) Must(Call(SYS_setpgid, 0, 0) == 0, "process group");
     Must(Call(SYS_chdir, plan.workingFolder) == 0, plan.workingFolder);
     Call(SYS_umask, 077);
-    // Behind the sound of the show, whatever thread of it began this.
+    // With less priority than the show's sound, whichever thread started this.
     const sched_param ordinary{};
     Call(SYS_sched_setscheduler, 0, SCHED_OTHER, &ordinary);
     if (plan.niceness != 0) Call(SYS_setpriority, PRIO_PROCESS, 0, plan.niceness);
@@ -260,7 +260,7 @@ int BecomeShell(void* given) {
     Report(LaunchReport::Failed, errno, plan.program);
 }
 
-/// Without a process namespace: ends whatever was handed to the supervisor when its own parent ended.
+/// Without a process namespace: kills the orphans that were reparented to the supervisor.
 void EndOrphans() {
     char text[4096];
     const long file = Call(SYS_openat, AT_FDCWD, "/proc/thread-self/children", O_RDONLY | O_CLOEXEC, 0);
@@ -278,13 +278,14 @@ void EndOrphans() {
     }
 }
 
-/// Waits for the shell or for the end of the application, then ends the group and whoever left it.
+/// Waits for the shell or for the end of the application, then kills the group and the processes that left
+/// it.
 [[noreturn]] void KeepGroup(pid_t shell) {
     pollfd events[] = {{kLifeline, 0, 0}, {static_cast<int>(Call(SYS_pidfd_open, shell, 0)), POLLIN, 0}};
     Must(events[1].fd >= 0, "pidfd_open");
     while (Call(SYS_ppoll, events, 2, nullptr, nullptr, 0) < 0 && errno == EINTR) {
     }
-    // The shell is not taken in yet, so its number still means its group.
+    // The shell has not been reaped yet, so its number is still its group's.
     Call(SYS_kill, -shell, SIGKILL);
     Call(SYS_kill, shell, SIGKILL);
     int shellStatus = SIGKILL;
@@ -320,7 +321,7 @@ void RunSupervisor(LaunchPlan& plan, const ChildDescriptors& descriptors) {
     if (Call(SYS_read, kLifeline, &begin, 1) != 1) Leave(127);
     Call(SYS_setsid);
     Call(SYS_umask, 022);
-    OfferToTheKernel();
+    PreferForOomKill();
     if (plan.mechanisms.view) MakeView(plan);
     // Its memory is a copy of the application's.
     Must(Call(SYS_prctl, PR_SET_DUMPABLE, 0, 0, 0, 0) == 0, "memory");

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The tasks that the user has now, since these count where no user namespace counts the command's alone.
+/// The user's present tasks: without a user namespace the limit counts them too.
 rlim_t TasksOfUser() {
     rlim_t count = 0;
     std::error_code failure;
@@ -35,13 +35,13 @@ rlim_t TasksOfUser() {
 }
 
 void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
-    // What the application may have is the most that it can give.
+    // The application's own limit is the most that it can grant.
     const auto add = [&](int resource, rlim_t soft, rlim_t hard) {
         rlimit own{};
         ::getrlimit(static_cast<__rlimit_resource>(resource), &own);
         plan.limits.push_back({resource, {std::min(soft, own.rlim_max), std::min(hard, own.rlim_max)}});
     };
-    // The user goes on starting programs meanwhile; the count of the command's own is watched besides.
+    // The user can start programs meanwhile; the command's own are counted in ConfinedProcess besides.
     constexpr rlim_t kRoomForTheUser = 128;
     rlim_t processes = confinement.processes;
     if (!plan.asRoot) ++processes;  // the supervisor is the same user's
@@ -112,7 +112,7 @@ LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confin
     PlanLimits(plan, confinement);
     plan.workingFolder = plan.Keep(workspace.Folder());
     plan.program = "/bin/sh";
-    // The two dashes keep a line that begins with one from being taken for options.
+    // After the two dashes a line that begins with a dash isn't read as options.
     plan.arguments = {"sh", "-c", "--", plan.Keep(commandLine), nullptr};
     std::string searched;
     for (const fs::path& folder : confinement.searchFirst) searched += Absolute(folder).string() + ':';
@@ -126,13 +126,13 @@ LaunchPlan PlanHelper(const HelperOptions& options, const Mechanisms& mechanisms
     Confinement confinement;
     confinement.readable = {options.program};
     confinement.processes = options.processes;
-    // Its processes bound themselves, each by what it is about to do.
+    // Its processes set their own limits, each for its task.
     confinement.addressSpace = std::numeric_limits<std::uint64_t>::max();
     confinement.processorTime = std::chrono::hours(24 * 365);
     confinement.fileSize = 0;
     LaunchPlan plan = PlanConfinement(&confinement, nullptr, mechanisms);
     PlanLimits(plan, confinement);
-    // It ends processes of its own; what it starts it confines further.
+    // It kills its own processes, and confines further what it starts.
     if (mechanisms.systemCallFilter)
         plan.filter = BuildSystemCallFilter({.guardMetadata = true, .guardTruncation = true});
     plan.workingFolder = "/";

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Everything that the first process of a command needs between the fork and its program, made ready
-// beforehand: after the fork of a process with many threads nothing may be allocated, opened by name from a
-// container or locked.
+// Everything that the first process of a command needs between the fork and its program, prepared beforehand:
+// after the fork of a process with many threads nothing may be allocated or locked.
 #pragma once
 
 #include <linux/filter.h>
@@ -39,7 +38,7 @@ struct ViewStep {
     Kind kind;
     const char* path;    ///< in the view, without the leading slash
     const char* source;  ///< what is mounted or copied there, or where the link leads
-    int tree = -1;       ///< the mount while it hangs nowhere; the child's own
+    int tree = -1;       ///< the detached mount; used by the child only
 };
 
 struct Limit {
@@ -56,7 +55,7 @@ struct LaunchPlan {
     const char* workingFolder = nullptr;
 
     std::vector<ViewStep> view;
-    const char* viewMountPoint = nullptr;  ///< any folder that exists; it is covered in the new view only
+    const char* viewMountPoint = nullptr;  ///< any existing folder; it is covered in the new view only
     const char* viewOptions = nullptr;     ///< of the file system that holds the view
     const char* folderOptions = nullptr;   ///< of the command's folder
 

@@ -18,7 +18,7 @@
 namespace sorakaze::process {
 namespace {
 
-/// What a full system says. It tells nothing of the kernel.
+/// Errors of a system without free resources. They say nothing about the kernel.
 bool IsShortage(const std::error_code& code) {
     for (const std::errc shortage : {std::errc::too_many_files_open, std::errc::too_many_files_open_in_system,
                                      std::errc::resource_unavailable_try_again, std::errc::not_enough_memory})

@@ -31,8 +31,7 @@ constexpr std::uint32_t kArchitecture = AUDIT_ARCH_AARCH64;
 constexpr std::uint32_t kArchitecture = 0;
 #endif
 
-// Younger calls than this one don't exist for a command. Programs cope with that, as they do on older
-// kernels.
+// Newer calls than this one fail with ENOSYS. Programs cope with that, as they do on older kernels.
 constexpr std::uint32_t kLastKnownCall = 450;
 
 class Builder {
@@ -58,9 +57,9 @@ class Builder {
         }
     }
 
-    // A call may have several of the rules that follow: what one of them lets pass is for the next to see.
+    // A call may have several of the rules that follow: what one of them lets pass is checked by the next.
 
-    /// Refuses `call` where the low half of its argument, masked, is one of `values`.
+    /// Refuses `call` if the low half of its argument, masked, is one of `values`.
     void RefuseArgument(int error, long call, int argument, std::uint32_t mask,
                         std::initializer_list<std::uint32_t> values) {
         auto left = static_cast<std::uint8_t>(values.size());
@@ -147,12 +146,11 @@ class Builder {
     std::vector<sock_filter> program_;
 };
 
-/// A program that runs as the user for everybody who starts it must not come to be, by whichever call takes a
-/// mode.
+/// No set-user-ID program may be created, by any call that takes a mode.
 void RefuseSetIds(Builder& filter) {
     constexpr std::uint32_t kSetIds = S_ISUID | S_ISGID;
     constexpr std::uint32_t kMakes = O_CREAT | (O_TMPFILE & ~O_DIRECTORY);
-    // Its arguments lie in memory, where they can't be looked at. Programs do without it.
+    // Its arguments are in memory, which a filter can't read. Programs work without it.
     filter.Refuse(ENOSYS, {SYS_openat2});
     filter.RefuseBits(EPERM, SYS_fchmod, {1, kSetIds});
     filter.RefuseBits(EPERM, SYS_fchmodat, {2, kSetIds});
@@ -167,29 +165,28 @@ void RefuseSetIds(Builder& filter) {
 }
 
 void RefuseAlways(Builder& filter) {
-    // Programs that try these have a way on without them.
+    // Programs that try these work without them.
     filter.Refuse(ENOSYS, {SYS_clone3, SYS_io_uring_setup, SYS_io_uring_enter, SYS_io_uring_register,
                            SYS_userfaultfd, SYS_memfd_create, SYS_memfd_secret});
-    // No network, and nobody on this machine to talk to. A pair of connected sockets could be given another
-    // address.
+    // No sockets at all. Even a pair of connected sockets could be connected to another address.
     filter.Refuse(EACCES,
                   {SYS_socket, SYS_socketpair, SYS_connect, SYS_bind, SYS_listen, SYS_accept, SYS_accept4});
-    // Memory that outlives its process, or counts for none.
+    // Memory that outlives its process, or is counted for none.
     filter.Refuse(EACCES, {SYS_shmget, SYS_msgget, SYS_semget, SYS_mq_open});
     // Other processes.
     filter.Refuse(EPERM,
                   {SYS_ptrace, SYS_process_vm_readv, SYS_process_vm_writev, SYS_process_madvise,
                    SYS_process_mrelease, SYS_pidfd_getfd, SYS_kcmp, SYS_move_pages, SYS_migrate_pages});
-    // Another view of the system.
+    // Namespaces and mounts.
     filter.Refuse(EPERM,
                   {SYS_unshare, SYS_setns, SYS_chroot, SYS_pivot_root, SYS_mount, SYS_umount2, SYS_open_tree,
                    SYS_move_mount, SYS_fsopen, SYS_fsconfig, SYS_fsmount, SYS_fspick, SYS_mount_setattr,
                    SYS_name_to_handle_at, SYS_open_by_handle_at, SYS_fanotify_init});
-    // Links that lead out of the folder, and pipes and devices in it, are traps for whoever reads the folder.
+    // Links out of the folder, pipes and devices would be traps for whoever reads the folder.
     filter.Refuse(EPERM, {SYS_symlinkat, SYS_mknodat, SYS_linkat});
     filter.Refuse(EPERM, {SYS_setxattr, SYS_lsetxattr, SYS_fsetxattr, SYS_removexattr, SYS_lremovexattr,
                           SYS_fremovexattr});
-    // Whoever hides itself from the application hides what it uses up.
+    // A process that can't be read could hide its use of memory.
     filter.RefuseArgument(EPERM, SYS_prctl, 0, 0xffffffff, {PR_SET_DUMPABLE});
     RefuseSetIds(filter);
     // The kernel itself.
@@ -208,7 +205,7 @@ void RefuseAlways(Builder& filter) {
     filter.RefuseUnless(EPERM, SYS_clone, 0, kNamespaces, 0);
     // Typing into a terminal that somebody else reads.
     filter.RefuseArgument(EPERM, SYS_ioctl, 1, 0xffffffff, {TIOCSTI, TIOCLINUX, TIOCSCTTY, TIOCCONS});
-    // Asking is all right; switching the protections of memory off is not.
+    // Queries are allowed; turning off memory protections is not.
     filter.RefuseUnless(EPERM, SYS_personality, 0, 0xffffffff, 0xffffffff);
 }
 
@@ -231,7 +228,7 @@ void GuardTruncation(Builder& filter) {
 }
 
 void GuardSignals(Builder& filter) {
-    // Its own process group, which it can't leave, is all that a command reaches.
+    // A command can signal only its own process group, which it can't leave.
     filter.Refuse(EPERM,
                   {SYS_setsid, SYS_setpgid, SYS_tkill, SYS_tgkill, SYS_rt_sigqueueinfo, SYS_rt_tgsigqueueinfo,
                    SYS_pidfd_send_signal, SYS_setpriority, SYS_ioprio_set, SYS_sched_setscheduler,

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a command works in and what comes of it: a folder of its own, empty at first, which goes with it, and
-// the one file that it is to make for the application. Used by ConfinedProcess, one for each run.
+// A command's private folder, which is empty at first and removed with it, and the one file that it makes for
+// the application. Used by ConfinedProcess, one for each run.
 #pragma once
 
 #include <sys/types.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What every user of the decoding and encoding libraries needs: owners of their objects, and silence on the
-// console.
+// The one place that includes the decoding and encoding libraries: owners of their objects, and no output on
+// the console.
 #pragma once
 
 extern "C" {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the application hands to the program sorakaze-viewer, on its standard input.
+// What the application sends to the program sorakaze-viewer on its standard input.
 #pragma once
 
 #include <optional>
@@ -22,7 +22,7 @@ struct Page {
     Service service;
 };
 
-/// What a line on the program's standard error begins with that the user should read, once.
+/// How a line on the program's standard error begins that is shown to the user, once.
 inline constexpr const char* kWarningPrefix = "sorakaze-viewer: ";
 
 std::string Pack(const Page& page);

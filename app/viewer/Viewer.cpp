@@ -19,16 +19,16 @@
 namespace sorakaze::viewer {
 namespace {
 
-/// An empty page, then the one that is meant: the first of the two need not be started.
-constexpr int kHesitationMilliseconds = 5;
+/// The logic loads an empty page and then the real one: the first needn't be started.
+constexpr int kStartDelayMilliseconds = 5;
 
-/// For a process that the kernel has to take down.
-constexpr int kPatienceMilliseconds = 1000;
+/// How long to wait for a killed process.
+constexpr int kKillWaitMilliseconds = 1000;
 
-/// Of what a program says on standard error.
+/// The most that is kept of a program's standard error.
 constexpr int kMostSaid = 4096;
 
-/// Of a page; a text of any sense is shorter.
+/// The longest page; real ones are shorter.
 constexpr off_t kMostBytes = 8 << 20;
 
 /// Between the fork and the program: a process group of its own, which ends as one and which a terminal's
@@ -75,14 +75,14 @@ QString LastLine(const QByteArray& text) {
 Viewer::Viewer(std::filesystem::path program) : program_(std::move(program)) {
     startDelay_.setSingleShot(true);
     startDelay_.setTimerType(Qt::PreciseTimer);
-    startDelay_.setInterval(kHesitationMilliseconds);
+    startDelay_.setInterval(kStartDelayMilliseconds);
     connect(&startDelay_, &QTimer::timeout, this, [this] { Begin(); });
 }
 
 Viewer::~Viewer() {
     const auto processes = findChildren<QProcess*>();
     for (QProcess* process : processes) End(*process);
-    for (QProcess* process : processes) process->waitForFinished(kPatienceMilliseconds);
+    for (QProcess* process : processes) process->waitForFinished(kKillWaitMilliseconds);
 }
 
 void Viewer::Load(const std::filesystem::path& page, Service service) {
@@ -147,7 +147,7 @@ void Viewer::End(QProcess& process) {
     process.disconnect(process.parent());
     const auto group = static_cast<pid_t>(process.processId());
     if (group <= 0) return;
-    // Both: right after the fork there is no group yet, and nothing but this one process.
+    // Both: right after the fork there is only this process and no group yet.
     ::kill(-group, SIGKILL);
     process.kill();
 }

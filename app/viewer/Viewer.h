@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The place for pages, out of everybody's sight: each page that is loaded runs in a process of its own, the
-// program sorakaze-viewer, which holds the web engine. So the application neither links nor loads the engine,
-// a page that crashes or hangs is gone with the next load, and nothing of one page reaches another. What a
-// page plays goes straight to the sound server. Lives on the main thread.
+// Runs pages invisibly, each in a process of its own: the program sorakaze-viewer, which holds the web
+// engine. So the application doesn't load the engine, a page that crashes or hangs is gone with the next
+// load, and pages can't reach each other. What a page plays goes straight to the sound server. Lives on the
+// main thread.
 #pragma once
 
 #include <QObject>
@@ -22,31 +22,31 @@ class Viewer : public QObject {
   public:
     /// Nothing is started before the first load.
     explicit Viewer(std::filesystem::path program);
-    /// The page ends at once, with all its processes.
+    /// Kills the page's processes.
     ~Viewer() override;
 
-    /// Runs the page that the local file holds now, no link, in place of what is there. Of loads in quick
-    /// succession only the last may be begun. Any thread.
+    /// Runs the page that the local file (not a link) holds now, replacing the present page. Of loads in
+    /// quick succession only the last may be started. Any thread.
     void Load(const std::filesystem::path& page, Service service = {});
 
   private:
     void Begin();
     void Start(const Page& page);
-    /// Ends the process with all that it has started, without waiting.
+    /// Kills the process with all that it has started, without waiting.
     static void End(QProcess& process);
-    /// The first time only: a show has many pages, and its user one standard error.
+    /// Prints the reason on standard error, the first time only: a show has many pages.
     void ReportFailure(const QString& why);
-    /// What the program lacks, though it runs; the first time only as well.
+    /// Prints what the running program lacks, also the first time only.
     void ReportWarning(const QByteArray& line);
 
     const std::filesystem::path program_;
-    QTimer startDelay_;            ///< then the page begins
+    QTimer startDelay_;            ///< when it is over the page is started
     QProcess* process_ = nullptr;  ///< a child object, as are those that are ending
     bool failureReported_ = false;
     bool warningReported_ = false;
 
     std::mutex mutex_;          ///< guards what follows
-    std::optional<Page> next_;  ///< the last one asked for; empty: it can't be read
+    std::optional<Page> next_;  ///< the last one to load; empty if it can't be read
 };
 
 }  // namespace sorakaze::viewer

@@ -12,8 +12,7 @@ namespace {
 
 const AVChannelLayout kStereo = AV_CHANNEL_LAYOUT_STEREO;
 
-/// Slower and faster rates are no sound's; their filters and what they become would take any amount of
-/// memory.
+/// Lower and higher rates don't occur; their filters and results would need any amount of memory.
 constexpr int kLowestRate = 100, kHighestRate = 6'000'000;
 
 constexpr int kMostChannels = 64;

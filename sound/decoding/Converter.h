@@ -20,24 +20,24 @@ class Converter {
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
-    /// Whether `frame` can go on in the present conversion. False before the first SetUp, and when a stream
+    /// Whether `frame` fits the present conversion. False before the first SetUp, and when a stream
     /// changes its rate or layout half-way: then the caller flushes and sets up anew.
     bool Fits(const AVFrame& frame) const;
 
     /// False when the frame's format can't be converted at all.
     bool SetUp(const AVFrame& frame);
 
-    /// Samples of each channel to convert at once: what they become stays in the processor's own memory.
+    /// Samples of each channel to convert at once: the result stays in the processor's cache.
     int Step() const;
 
-    /// An upper bound of what Convert gives for `inputFrames` more frames (0: for Flush).
+    /// An upper bound of what Convert returns for `inputFrames` more frames (0: for Flush).
     std::size_t Bound(int inputFrames) const;
 
     /// Converts `count` samples of each channel of a frame that Fits, from `begin` on. `out` has room for
     /// Bound frames. Returns the frames written.
     std::size_t Convert(const AVFrame& frame, int begin, int count, std::span<float> out);
 
-    /// Gives what the resampling filter still holds and ends the conversion.
+    /// Returns what the resampling filter still holds and ends the conversion.
     std::size_t Flush(std::span<float> out);
 
   private:

@@ -49,7 +49,7 @@ std::size_t Decoder::Advance(std::span<float> room) {
     }
     if (!converter_.Fits(*pending_)) {
         const std::size_t frames = Flush(room);
-        // A frame that can't be converted is passed over.
+        // A frame that can't be converted is skipped.
         if (!converter_.SetUp(*pending_)) pending_ = nullptr;
         return frames;
     }

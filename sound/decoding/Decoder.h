@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Reads one sound file from its beginning to its end as 48 kHz stereo float, whatever it holds. Never throws
-// for what the file holds: a damaged stretch is passed over, and where nothing follows, that is the sound's
-// end.
+// for what the file holds: a damaged part is skipped, and if nothing follows, the sound is over.
 #pragma once
 
 #include <memory>
@@ -46,10 +45,10 @@ class Decoder {
     std::unique_ptr<FrameSource> source_;
     Converter converter_;
     AVFrame* pending_ = nullptr;  ///< the source's last frame, not yet converted as a whole
-    int converted_ = 0;           ///< samples of it that are
+    int converted_ = 0;           ///< samples of it that are converted
     bool ended_ = false;
 
-    /// Converted frames that found no room in the caller's span.
+    /// Converted frames that didn't fit into the caller's span.
     std::vector<float> spare_;
     std::size_t spareBegin_ = 0;  ///< samples
     std::size_t spareEnd_ = 0;    ///< samples

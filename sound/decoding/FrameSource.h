@@ -22,12 +22,12 @@ class FrameSource {
     virtual std::optional<Frames> Length() const = 0;
 };
 
-/// One packet after the other, for every format. Empty when no decoder is at hand.
+/// One packet after the other, for every format. Empty when there is no decoder for it.
 std::unique_ptr<FrameSource> MakeSequentialFrames(std::unique_ptr<PacketReader> reader);
 
 /// `helpers` threads beside the one that calls Next, each decoding a part of the file: the same frames, bit
-/// for bit, in a fraction of the time. For formats whose decoders carry little or nothing from packet to
-/// packet; leaves `reader` alone and is empty for others. Throws std::system_error.
+/// for bit, in a fraction of the time. For formats whose decoders keep little or no state between packets;
+/// for others empty, and `reader` is unchanged. Throws std::system_error.
 std::unique_ptr<FrameSource> MakePartedFrames(std::unique_ptr<PacketReader>& reader, unsigned helpers);
 
 }  // namespace sorakaze::sound

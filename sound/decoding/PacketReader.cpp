@@ -9,7 +9,7 @@ namespace {
 /// it.
 constexpr int kMaxFailures = 4096;
 
-/// Containers that refer to other files or addresses get none of them.
+/// Containers can't open other files or addresses.
 int RefuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
     return AVERROR(EACCES);
 }

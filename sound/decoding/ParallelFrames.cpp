@@ -16,12 +16,12 @@ namespace sorakaze::sound {
 namespace {
 
 /// Samples of each channel of a part: more than a second of sound, so that few packets are decoded twice; the
-/// first part is small, so that the sound's beginning is there at once.
+/// first part is small, so that the beginning is available at once.
 constexpr std::int64_t kPartSamples = 64 * 1152;
 constexpr std::int64_t kFirstPartSamples = 12 * 1152;
-/// What a packet counts for at least, should its container not say.
+/// The least samples of a packet whose container doesn't state them.
 constexpr std::int64_t kLeastSamples = 576;
-/// Parts under way or decoded ahead. They are what a parted file takes in memory: about half a megabyte each.
+/// Parts that are being decoded or decoded ahead: about half a megabyte of memory each.
 constexpr std::size_t kMaxParts = 4;
 
 enum class Memory {

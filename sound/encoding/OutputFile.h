@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A file in the making: written under a name of its own beside the one it is meant for, and put in that one's
-// place when it is whole. Not for several threads at once.
+// A file that is written under a temporary name beside its target, and replaces that when it is complete. Not
+// for several threads at once.
 #pragma once
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Writes sound to a file in the format that the file's ending names. Used by the studio for whole shows and
-// by the demo library's maker. Encoding and writing run on a thread of the writer's own, fed through a bounded
-// queue.
+// by the demo library's maker. Encoding and writing run on a thread of the writer's own, fed through a
+// bounded queue.
 #pragma once
 
 #include <filesystem>
@@ -16,7 +16,7 @@
 
 namespace sorakaze::sound {
 
-/// Says in one line what went wrong and what to do about it.
+/// One line that says what went wrong and what to do about it.
 class SoundFileError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -33,7 +33,8 @@ class SoundFileWriter {
     /// written.
     static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file);
 
-    /// Removes the unfinished files of this process in `folder`, for one that is about to end at once.
+    /// Removes the unfinished files of this process in `folder`, for a process that is about to end without
+    /// its destructors.
     static void RemoveUnfinished(const std::filesystem::path& folder);
 
     /// Without Finish, removes what was written.

@@ -2,23 +2,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "station/synth/Picture.h"
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/imgutils.h>
-}
-
 #include <algorithm>
-#include <memory>
 #include <stdexcept>
+
+#include "sound/AvSupport.h"
 
 namespace sorakaze::station {
 namespace {
-
-struct Free {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
 
 /// JPEG's quality in the encoder's scale: 2 is the best, 31 the worst.
 constexpr int kQuality = 3;
@@ -60,9 +50,9 @@ EncodedPicture Encode(const Picture& picture, PictureFormat format) {
     const bool png = format == PictureFormat::Png;
     const AVCodec* codec = avcodec_find_encoder(png ? AV_CODEC_ID_PNG : AV_CODEC_ID_MJPEG);
     if (!codec) throw std::runtime_error("can't encode a cover: the codec library has no encoder for it");
-    const std::unique_ptr<AVCodecContext, Free> context(avcodec_alloc_context3(codec));
-    const std::unique_ptr<AVFrame, Free> frame(av_frame_alloc());
-    const std::unique_ptr<AVPacket, Free> packet(av_packet_alloc());
+    const sound::AvPointer<AVCodecContext> context(avcodec_alloc_context3(codec));
+    const sound::AvPointer<AVFrame> frame(av_frame_alloc());
+    const sound::AvPointer<AVPacket> packet(av_packet_alloc());
     context->width = frame->width = picture.side;
     context->height = frame->height = picture.side;
     context->pix_fmt = png ? AV_PIX_FMT_RGB24 : AV_PIX_FMT_YUVJ444P;

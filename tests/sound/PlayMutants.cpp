@@ -11,11 +11,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <optional>
+#include <span>
 #include <sstream>
 #include <string>
 
 #include "player/Tags.h"
+#include "sound/MixingEngine.h"
 #include "sound/encoding/SoundFileWriter.h"
 #include "tests/sound/Mutator.h"
 #include "tests/sound/Traces.h"

@@ -4,16 +4,13 @@
 // as the player reads them.
 #include <gtest/gtest.h>
 
-extern "C" {
-#include <libavformat/avformat.h>
-}
-
 #include <algorithm>
 
 #include "base/RegularFile.h"
 #include "player/EntryFile.h"
 #include "player/PlaylistFiles.h"
 #include "player/TagReader.h"
+#include "sound/AvSupport.h"
 #include "sound/encoding/SoundFileWriter.h"
 #include "station/synth/TrackTags.h"
 #include "tests/support/TestRuntime.h"
@@ -24,12 +21,11 @@ namespace {
 namespace fs = std::filesystem;
 
 bool HasCover(const fs::path& file) {
-    AVFormatContext* context = nullptr;
-    if (avformat_open_input(&context, file.c_str(), nullptr, nullptr) < 0) return false;
-    const bool has = std::any_of(context->streams, context->streams + context->nb_streams,
-                                 [](const AVStream* stream) { return stream->attached_pic.size > 0; });
-    avformat_close_input(&context);
-    return has;
+    AVFormatContext* opened = nullptr;
+    if (avformat_open_input(&opened, file.c_str(), nullptr, nullptr) < 0) return false;
+    const sound::AvInputPointer context(opened);
+    return std::any_of(context->streams, context->streams + context->nb_streams,
+                       [](const AVStream* stream) { return stream->attached_pic.size > 0; });
 }
 
 TEST(TrackFiles, CarryTagsAndCovers) {

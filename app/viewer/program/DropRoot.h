@@ -4,12 +4,12 @@
 
 namespace sorakaze::viewer {
 
-/// As root: becomes one of the users that commands run under, to whom no file belongs, with the right to the
-/// sound devices alone. False where the process stays what it was: it isn't root, or root of a place that
-/// has no other users. Called while there is one thread. Ends the process if the application ended meanwhile.
+/// As root: becomes one of the users that commands run as, who owns no files, with access to the sound
+/// devices. False if the process isn't root, or is root in a namespace without other users. Called while
+/// there is one thread. Ends the process if the application ended meanwhile.
 bool DropRoot();
 
-/// Whether this process could be root of a user namespace, which the web engine's own sandbox is made of.
+/// Whether this process can create user namespaces, which the web engine's own sandbox is made of.
 bool CanMakeUserNamespaces();
 
 }  // namespace sorakaze::viewer

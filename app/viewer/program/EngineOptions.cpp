@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint16_t kUsualSoundPort = 4713;
 
-/// Behind the last colon of "http://host:port/path", "tcp:host" or "tcp:host:port"; 0 where there is none.
+/// After the last colon of "http://host:port/path", "tcp:host" or "tcp:host:port"; 0 where there is none.
 std::uint16_t PortOf(std::string_view address) {
     const auto scheme = address.find("://");
     if (scheme != std::string_view::npos) address.remove_prefix(scheme + 3);
@@ -46,14 +46,14 @@ std::vector<std::string> EngineOptions(const Service& service) {
     std::vector<std::string> options{
         "sorakaze-viewer",
         "--webEngineArgs",
-        // The sound system's failures and the absent buses are no news.
+        // Errors about sound and missing buses are expected.
         "--log-level=3",
         // One process less to start before a page is heard.
         "--disable-features=AudioServiceOutOfProcess",
-        // Whose name means this machine only once it has been let through is refused at the connection.
+        // A name that resolves to this machine only after it was allowed is refused when connecting.
         "--enable-features=BlockInsecurePrivateNetworkRequests,"
         "BlockInsecurePrivateNetworkRequestsForNavigations",
-        // A connection that no rule sees would come of these.
+        // These would make connections that no rule sees.
         "--disable-quic",
         "--force-webrtc-ip-handling-policy=disable_non_proxied_udp",
     };

@@ -11,12 +11,12 @@
 
 namespace sorakaze::viewer {
 
-/// The web engine's command line for a page of this service. Called after Confine: what this process may
-/// then do decides over the engine's own sandbox.
+/// The web engine's command line for a page of this service. Called after Confine: whether the engine's own
+/// sandbox works depends on what this process may still do.
 std::vector<std::string> EngineOptions(const Service& service);
 
-/// The only TCP ports that are needed, or nothing where the service's answer names who knows what: the own
-/// service's, and those of sound servers that are reached over the network.
+/// The only TCP ports that are needed: the own service's, and those of sound servers on the network. Empty
+/// where the service's answer may name any server.
 std::optional<std::vector<std::uint16_t>> PortsFor(const Service& service);
 
 }  // namespace sorakaze::viewer

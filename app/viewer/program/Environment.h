@@ -4,9 +4,9 @@
 
 namespace sorakaze::viewer {
 
-/// Leaves the process nothing but what the web engine needs to run a page and to be heard: no display, no
-/// buses, no home folder to leave traces in, no options that were meant for other programs of the user's.
-/// Called first of all, while there is one thread. Throws std::bad_alloc alone.
+/// Removes all environment variables but those that the web engine needs to run a page and play sound: no
+/// display, no buses, no home folder to write to, no options for other programs. Called first of all, while
+/// there is one thread. Throws std::bad_alloc alone.
 void CleanEnvironment();
 
 }  // namespace sorakaze::viewer

@@ -83,7 +83,7 @@ LoadedPage::LoadedPage(QWebEngineProfile& profile) : QWebEnginePage(&profile) {
     Configure();
     RefuseWhatIsAsked();
     load(PageUrl());
-    // A page that thinks itself hidden may hold its breath. Said before the load it would be lost.
+    // A hidden page may pause. Set before the load, this would have no effect.
     setVisible(true);
 }
 

@@ -16,7 +16,7 @@ namespace sorakaze::viewer {
 /// Makes the page's own scheme known. Called before the application is made.
 void RegisterPageScheme();
 
-/// Holds all that a page asks for against the rules.
+/// Checks all requests of a page against the rules.
 class RequestFilter : public QWebEngineUrlRequestInterceptor {
   public:
     explicit RequestFilter(const Service& service);
@@ -26,7 +26,7 @@ class RequestFilter : public QWebEngineUrlRequestInterceptor {
     WebRules rules_;
 };
 
-/// Gives out the page, with the one script that it may run, from memory.
+/// Serves the page, with the one script that it may run, from memory.
 class PageSchemeHandler : public QWebEngineUrlSchemeHandler {
   public:
     explicit PageSchemeHandler(const Page& page);
@@ -36,11 +36,11 @@ class PageSchemeHandler : public QWebEngineUrlSchemeHandler {
     const QByteArray bytes_;
 };
 
-/// A page that runs, and plays, without being seen and without anybody at hand. It can't open anything
-/// beside itself: what it asks of a user is answered with no, and at once.
+/// A page that runs and plays without a window or a user. It can't open other pages, and all its dialogs are
+/// answered with no at once.
 class LoadedPage : public QWebEnginePage {
   public:
-    /// Loads what the profile's PageSchemeHandler gives out. The profile outlives the page.
+    /// Loads what the profile's PageSchemeHandler serves. The profile outlives the page.
     explicit LoadedPage(QWebEngineProfile& profile);
 
   protected:
@@ -58,7 +58,7 @@ class LoadedPage : public QWebEnginePage {
     void RefuseWhatIsAsked();
 };
 
-/// Keeps nothing: neither on the disk nor, since it goes with the page, in memory.
+/// Makes the profile keep nothing on disk.
 /// `filter` and `source` outlive it.
 void ConfigureProfile(QWebEngineProfile& profile, RequestFilter& filter, PageSchemeHandler& source);
 

@@ -6,9 +6,9 @@ namespace sorakaze::viewer {
 
 enum class Datagrams { Allowed, Refused };
 
-/// From here on this process and all that it starts can't signal, trace or slow down another process, which
-/// holds among their own as well, and open no sockets but local ones and the internet's; without
-/// `datagrams` not even names can be looked up. Does nothing where the kernel has no such filters. Throws
+/// Keeps this process and all that it starts from signalling, tracing or slowing down any other process,
+/// their own included, and from opening sockets other than local ones and the internet's. Without `datagrams`
+/// no names can be resolved either. Does nothing where the kernel has no such filters. Throws
 /// std::runtime_error.
 void IsolateFromOtherProcesses(Datagrams datagrams);
 

@@ -4,9 +4,9 @@
 
 namespace sorakaze::viewer {
 
-/// Names the way to the sound server in the environment by descriptors that are open from here on: another
-/// user than root can't enter the folders that its socket, its cookie and its settings are in. Called as
-/// root, after CleanEnvironment and before DropRoot, while there is one thread.
+/// Sets the environment so that the sound server is reached through open descriptors: once root is dropped,
+/// the folders of its socket, cookie and settings can't be entered. Called as root, after CleanEnvironment
+/// and before DropRoot, while there is one thread.
 void KeepSoundServerReachable();
 
 }  // namespace sorakaze::viewer

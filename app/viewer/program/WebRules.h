@@ -13,8 +13,8 @@
 namespace sorakaze::viewer {
 
 /// Which requests go out: the page's form to the voice service, once, to wherever that redirects, and what
-/// the answer asks for. Of the own service's answer nothing but what is beside the form. Nothing else on
-/// this machine or in its neighbourhood is reached, unless the service is there itself. One thread.
+/// the answer asks for. For the own service's answer only what is beside the form. Nothing else on this
+/// machine or in its local network is reached, unless the service is there itself. One thread.
 class WebRules {
   public:
     struct Request {
@@ -40,7 +40,7 @@ class WebRules {
     bool posted_ = false;
     int redirectsLeft_ = 5;
     QSet<QString> answering_;        ///< origins of frames that belong to the answer
-    QHash<QString, bool> isPublic_;  ///< what was found out of a host, so that it is asked for once
+    QHash<QString, bool> isPublic_;  ///< known hosts, so that each is resolved once
 };
 
 }  // namespace sorakaze::viewer
