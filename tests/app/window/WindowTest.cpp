@@ -105,7 +105,8 @@ TEST(Window, AMessageOfAShowThreadStopsThatThreadAlone) {
     desktop.Await([&] { return box() != nullptr; });
     desktop.Then([&] {
         EXPECT_FALSE(box()->isModal());
-        EXPECT_EQ(desktop.window.commandExecThread.State(), Thread::kRunning);
+        desktop.runtime.Threads().WithBaton(
+            [&] { EXPECT_EQ(desktop.window.commandExecThread.State(), Thread::kRunning); });
     });
     // The window goes on working: a stop ends the show, and the question goes with its thread.
     desktop.Then([&] { desktop.Press(); });
