@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window and its controls: where they stand and which handler each event has.
+// The window and its controls: where they are and which handler each event has.
 #include "show/mainWindow.h"
 
 namespace sorakaze {
@@ -15,7 +15,7 @@ void Place(RectControl& control, std::int32_t left, std::int32_t top, std::int32
     control.TabIndex = tabIndex;
 }
 
-void Dress(RectControl& control, bool bold = false) {
+void SetFont(RectControl& control, bool bold = false) {
     control.TextFont = "Lucida Grande";
     control.TextSize = 12;
     control.Bold = bold;
@@ -23,7 +23,7 @@ void Dress(RectControl& control, bool bold = false) {
 
 void MakeLabel(StaticText& label, std::int32_t top, std::int32_t tabIndex, const char* text) {
     Place(label, 20, top, 89, 20, tabIndex);
-    Dress(label, true);
+    SetFont(label, true);
     label.SetText(text);
 }
 
@@ -53,22 +53,22 @@ void mainWindow::CreateControls() {
     _CreateControls0();
 }
 
-/// Handlers go on only after the properties stand, so that setting those fires none of them.
+/// Handlers are installed only after the properties are set, so that setting those fires none of them.
 void mainWindow::_CreateControls0() {
     // Kept behaviour 29: out of sight, as is voiceHTMLViewer.
     Place(resultField, 20, 170, 376, 116, 3);
     resultField.TextFont = "Osaka";
 
     Place(playlistMenu, 121, 44, 275, 20, 10);
-    Dress(playlistMenu);
+    SetFont(playlistMenu);
     playlistMenu.SetListIndex(0);
 
     Place(programMenu, 121, 13, 275, 20, 11);
-    Dress(programMenu);
+    SetFont(programMenu);
     programMenu.SetListIndex(0);
 
     Place(programStart, 316, 107, 80, 20, 12);
-    Dress(programStart);
+    SetFont(programStart);
     programStart.SetCaption(kStartCaption);
     programStart.Action = [this] { programStart_Action(); };
 
@@ -98,11 +98,18 @@ void mainWindow::_CreateControls0() {
     MakeLabel(StaticText3, 75, 16, "曲の再生秒数 :");
 
     Place(songDuration, 361, 75, 35, 20, 17);
-    Dress(songDuration);
+    SetFont(songDuration);
     songDuration.TextAlign = StaticText::kAlignRight;
     songDuration.SetText("600");
 
     Place(voiceHTMLViewer, 451, 98, 29, 31, 0);
+    voiceHTMLViewer.MenuHandlers = {
+        {"EditClear", [this] { voiceHTMLViewer.EditClear(); }},
+        {"EditCopy", [this] { voiceHTMLViewer.EditCopy(); }},
+        {"EditCut", [this] { voiceHTMLViewer.EditCut(); }},
+        {"EditPaste", [this] { voiceHTMLViewer.EditPaste(); }},
+        {"EditSelectAll", [this] { voiceHTMLViewer.EditSelectAll(); }},
+    };
 
     getNextSong.Constructor(this);
     getNextSong.Priority = 5;

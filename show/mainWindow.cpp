@@ -22,6 +22,7 @@ mainWindow::~mainWindow() {
     mainTimer.SetMode(Timer::kOff);
     commandExecThread.Kill();
     getNextSong.Kill();
+    __Exit();
 }
 
 void mainWindow::__Init() {
@@ -34,6 +35,20 @@ void mainWindow::__Init() {
     kanaArray.assign(167, String());
     romeArray.assign(167, String());
     IntroW = std::make_shared<Block>();
+}
+
+/// Drops all texts and references. Stops no thread and no sound.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+void mainWindow::__Exit() {
+    for (String* text : {&program, &station, &band, &wikiContents, &song, &artist, &album, &personality,
+                         &mode, &j_personality}) {
+        *text = String();
+    }
+    for (BlockRef* block : {&opening, &intro, &ending, &jingle, &command, &IntroW}) block->reset();
+    for (std::vector<String>* list : {&wikiHistory, &kanaArray, &romeArray}) list->clear();
+    for (FolderItemRef* item : {&appFolder, &kanji2kanaCmd, &resourceFolder}) item->reset();
+    for (SoundRef* sound : {&soundData, &sayData}) sound->reset();
+    iTunesApp.reset();
 }
 
 void mainWindow::songDurationSlider_ValueChanged() {

@@ -3,7 +3,7 @@
 // The one window, and with it the whole show: every piece of show state is a public property of it. The
 // button and the timer run on the main thread, a block of command lines on commandExecThread, the preparation
 // of the next track on getNextSong; all three share the properties with no lock, since the threads are
-// cooperative. Each method's body stands in the folder of its subsystem.
+// cooperative. Each method's body is in the folder of its subsystem.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,9 @@ class Random;
 class mainWindow : public Window {
   public:
     /// Runs __Init, Layout and CreateControls. Event_Open is the host's to call, once the player's scripts
-    /// stand.
+    /// are registered.
     mainWindow();
+    /// Kills the threads and runs __Exit.
     ~mainWindow();
     mainWindow(const mainWindow&) = delete;
     mainWindow& operator=(const mainWindow&) = delete;
@@ -140,6 +141,7 @@ class mainWindow : public Window {
 
   private:
     void __Init();  // NOLINT(bugprone-reserved-identifier)
+    void __Exit();  // NOLINT(bugprone-reserved-identifier)
 
     void beginShow(Random& random);
     void endShow();

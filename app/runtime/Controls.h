@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "app/runtime/FolderItem.h"
@@ -155,8 +157,27 @@ class HTMLViewer : public RectControl {
     /// it has finished. Raises NilObjectException for an empty reference. Without a view nothing happens.
     void LoadPage(const FolderItemRef& file);
 
+    /// The standard edit commands, on what is selected in the page. Nothing happens without a view that
+    /// edits.
+    void EditClear() const { Edit(EditCommand::Clear); }
+    void EditCopy() const { Edit(EditCommand::Copy); }
+    void EditCut() const { Edit(EditCommand::Cut); }
+    void EditPaste() const { Edit(EditCommand::Paste); }
+    void EditSelectAll() const { Edit(EditCommand::SelectAll); }
+
+    /// Handlers of menu commands, by the commands' names.
+    std::map<std::string, std::function<void()>> MenuHandlers;
+
     /// For the view: called with the baton, on the thread that loads.
     std::function<void(const FolderItemRef&)> Load;
+    /// For the view, likewise.
+    enum class EditCommand { Clear, Copy, Cut, Paste, SelectAll };
+    std::function<void(EditCommand)> OnEdit;
+
+  private:
+    void Edit(EditCommand command) const {
+        if (OnEdit) OnEdit(command);
+    }
 };
 
 /// A window's own properties.

@@ -4,6 +4,7 @@
 // number, or a function that throws, gives an empty text.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -24,6 +25,10 @@ class ScriptTable {
     /// Adds to a started call; an unknown handle is ignored.
     void Add(std::int32_t handle, Variant parameter);
     String Complete(std::int32_t handle);
+    /// Drops a started call that won't be completed.
+    void Discard(std::int32_t handle) { calls_.erase(handle); }
+    /// Calls that were started and not completed.
+    std::size_t OpenCalls() const { return calls_.size(); }
 
   private:
     struct Call {

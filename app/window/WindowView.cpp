@@ -3,6 +3,7 @@
 #include "app/window/WindowView.h"
 
 #include <QCloseEvent>
+#include <QFontInfo>
 #include <QThread>
 #include <algorithm>
 #include <array>
@@ -11,11 +12,13 @@
 namespace sorakaze::window {
 namespace {
 
-/// The named fonts where the system has them, else the nearest that has Japanese.
+/// The named font where the system has it, else the desktop's, then fonts that have Japanese. The desktop's
+/// goes by the name of what it resolves to: it may be an alias such as "Sans Serif", which a list of families
+/// passes over.
 QFont FontOf(const RectControl& control) {
     QFont font;
     QStringList families{ToQt(control.TextFont)};
-    families << font.families() << "Noto Sans CJK JP"
+    families << QFontInfo(font).family() << "Noto Sans CJK JP"
              << "IPAGothic"
              << "IPAPGothic"
              << "VL Gothic"
@@ -115,7 +118,7 @@ void WindowView::PlaceControls() {
     resultField_.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
 }
 
-void WindowView::BindMenu(PopupMenu& menu, QComboBox& box, const char* name) {
+void WindowView::BindMenu(PopupMenu& menu, MenuBox& box, const char* name) {
     box.setObjectName(name);
     const auto show = [this, &menu, &box] {
         OnMainThread([&box, rows = menu.Rows(), index = menu.ListIndex(), enabled = menu.Enabled()] {

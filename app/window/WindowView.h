@@ -5,7 +5,6 @@
 // once or, from another thread, soon. Lives on the main thread.
 #pragma once
 
-#include <QComboBox>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -14,6 +13,7 @@
 #include <functional>
 
 #include "app/runtime/Runtime.h"
+#include "app/window/MenuBox.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze::window {
@@ -36,7 +36,7 @@ class WindowView : public QWidget {
   private:
     void ApplyWindowProperties();
     void PlaceControls();
-    void BindMenu(PopupMenu& menu, QComboBox& box, const char* name);
+    void BindMenu(PopupMenu& menu, MenuBox& box, const char* name);
     void BindButton();
     void BindSlider();
     void BindText(TextControl& text, std::function<void(const QString&)> show);
@@ -47,8 +47,8 @@ class WindowView : public QWidget {
     mainWindow& window_;
     Runtime& runtime_;
     QPlainTextEdit resultField_{this};
-    QComboBox playlistMenu_{this};
-    QComboBox programMenu_{this};
+    MenuBox playlistMenu_{this};
+    MenuBox programMenu_{this};
     QPushButton programStart_{this};
     QLabel staticText1_{this};
     QLabel staticText2_{this};

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The eight operations on the player: each a method that puts its parameters together and a call that hands
-// them to the numbered script.
+// The eight operations on the player: each passes its parameters to the numbered script.
 #include "app/runtime/Exceptions.h"
 #include "app/runtime/Runtime.h"
 #include "app/runtime/Scripts.h"
@@ -13,9 +12,8 @@ namespace {
 
 using Parameters = std::vector<Variant>;
 
-/// A call with its parameters in place, ready to be completed. Gives way between parameters.
-std::int32_t StartCall(std::int32_t number, const Parameters& parameters) {
-    const std::int32_t handle = _StartParamScript(number);
+/// Yields after each parameter.
+void AddParameters(std::int32_t handle, const Parameters& parameters) {
     for (const Variant& parameter : parameters) {
         if (parameter.VarType() == Variant::kInteger) {
             _AddIntegerScriptParam(handle, parameter.Integer());
@@ -23,6 +21,18 @@ std::int32_t StartCall(std::int32_t number, const Parameters& parameters) {
             _AddStringScriptParam(handle, parameter.Text());
         }
         Yield();
+    }
+}
+
+/// A call with its parameters in place, ready to be completed.
+std::int32_t StartCall(std::int32_t number, const Parameters& parameters) {
+    const std::int32_t handle = _StartParamScript(number);
+    try {
+        AddParameters(handle, parameters);
+    } catch (...) {
+        // The thread was killed at a yield.
+        Runtime::Current().Scripts().Discard(handle);
+        throw;
     }
     return handle;
 }

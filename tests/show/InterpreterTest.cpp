@@ -110,6 +110,20 @@ TEST(Interpreter, SpeechThatFailsSaysSo) {
     EXPECT_EQ(show.trace.All("line ").size(), 3u);
 }
 
+TEST(PlayerBridge, AKillBetweenParametersLeavesNoCallBehind) {
+    TestShow show;
+    Thread asking, killer;
+    asking.RunEvent = [&] { show.window.iTunesSongInfo("Library", 1); };
+    killer.RunEvent = [&] {
+        EXPECT_EQ(show.runtime.Scripts().OpenCalls(), 1u);
+        asking.Kill();
+    };
+    asking.Run();
+    killer.Run();
+    show.Pass(2);
+    EXPECT_EQ(show.runtime.Scripts().OpenCalls(), 0u);
+}
+
 TEST(Preparation, CleansTheRecordAndChoosesSpellings) {
     const struct {
         const char* record;

@@ -6,8 +6,12 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFontDatabase>
+#include <QHelpEvent>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
+#include <algorithm>
 #include <deque>
 
 #include "app/runtime/Application.h"
@@ -68,7 +72,7 @@ struct TestDesktop {
     mainWindow window;
     window::WindowView view{window, runtime};
     QPushButton& button = *view.findChild<QPushButton*>("programStart");
-    QComboBox& menu = *view.findChild<QComboBox*>("programMenu");
+    window::MenuBox& menu = *static_cast<window::MenuBox*>(view.findChild<QComboBox*>("programMenu"));
     QSlider& slider = *view.findChild<QSlider*>("songDurationSlider");
     std::deque<std::function<void()>> steps;
 };
@@ -96,6 +100,23 @@ TEST(Window, StandsAsItShouldAndGoesBothWays) {
     desktop.Await([&] { return desktop.window.songDuration.Text() == "30"; });
     desktop.Then([&] { EXPECT_EQ(desktop.window.songDurationSlider.Value(), 30); });
     desktop.Run();
+}
+
+TEST(Window, LongNamesAreCutWithTheWholeAsTooltipAndLatinIsNotDrawnByAJapaneseFont) {
+    TestDesktop desktop;
+    EXPECT_EQ(desktop.menu.ShownText(), "Show");
+    const QString name = QString("a <b>name</b> ").repeated(9);
+    desktop.menu.setItemText(0, name);
+    EXPECT_TRUE(desktop.menu.ShownText().endsWith("…")) << desktop.menu.ShownText().toStdString();
+    QHelpEvent hover(QEvent::ToolTip, QPoint(9, 9), desktop.menu.mapToGlobal(QPoint(9, 9)));
+    QCoreApplication::sendEvent(&desktop.menu, &hover);
+    EXPECT_EQ(QToolTip::text(), "<qt>" + name.toHtmlEscaped() + "</qt>");
+    const QStringList families = desktop.menu.font().families();
+    const auto installed = std::find_if(families.begin(), families.end(), [](const QString& family) {
+        return QFontDatabase::hasFamily(family);
+    });
+    ASSERT_NE(installed, families.end());
+    EXPECT_EQ(*installed, QFontInfo(QFont()).family());
 }
 
 TEST(Window, AMessageOfAShowThreadStopsThatThreadAlone) {
