@@ -18,7 +18,7 @@ std::string Environment(const char* name) {
     return value ? value : "";
 }
 
-/// True if something listens at the socket; a name that begins with NUL is an abstract one.
+/// True if something listens at the socket. A name that begins with NUL is an abstract one.
 bool Answers(const std::string& name) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -37,7 +37,7 @@ bool WaylandAnswers(const std::string& display) {
     return Answers(display[0] == '/' ? display : Environment("XDG_RUNTIME_DIR") + "/" + display);
 }
 
-/// ":0", ":0.0" and "unix:0" are of this machine.
+/// Only ":0", ":0.0" and "unix:0" are on this machine.
 bool XAnswers(const std::string& display) {
     const auto colon = display.find(':');
     const std::string host = display.substr(0, colon);

@@ -6,9 +6,8 @@
 
 namespace sorakaze {
 
-/// Why no window can be opened, in words for the user; empty if nothing speaks against it. The toolkit itself
-/// would end the process on a display that doesn't answer. Displays of other machines are taken at their
-/// word.
+/// Why no window can be opened, for the user; empty if one probably can. The toolkit itself would end the
+/// process on a display that doesn't answer. Displays of other machines aren't tried.
 std::string WhyNoDisplay();
 
 }  // namespace sorakaze

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// On the desktop nobody looks on, so what failed is a line on standard error, for the log of the session.
+// The desktop has no transcript, so failures are lines on standard error, for the log of the session.
 #pragma once
 
 #include "show/ShowObserver.h"

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "host/StationHost.h"
 
+#include <cassert>
 #include <utility>
 
 #include "gateway/MissingServices.h"
@@ -28,6 +29,7 @@ StationHost::~StationHost() {
 }
 
 sorakaze::mainWindow& StationHost::mainWindow() {
+    assert(window_ || runtime_.Threads().OnMainThread());
     if (!window_) window_ = std::make_unique<sorakaze::mainWindow>();
     return *window_;
 }

@@ -30,7 +30,8 @@ class StationHost {
 
     Runtime& GetRuntime() { return runtime_; }
     player::LocalPlayer& Player() { return player_; }
-    /// The one window, created at the first call. Its Event_Open is the caller's to call.
+    /// The one window, created at the first call, which is the main thread's. Its Event_Open is the caller's
+    /// to call. Any thread later, with the baton.
     sorakaze::mainWindow& mainWindow();
     bool HasWindow() const { return window_ != nullptr; }
 

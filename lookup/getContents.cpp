@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the announcer can say of an artist: the first paragraph of the encyclopaedia's article that begins in
-// bold, found by the redirect of the search engine's lucky button.
+// What the announcer can say about an artist: the first paragraph in the encyclopaedia's article that begins
+// in bold. The search engine's lucky button redirects to the article.
 #include <chrono>
 
 #include "app/runtime/Exceptions.h"
@@ -13,9 +13,9 @@
 namespace sorakaze {
 namespace {
 
-constexpr std::int32_t kTimeLimit = 30;  ///< seconds without a sign of life
-/// A host that sends a byte now and then gives signs of life for ever. These are far beyond what an honest
-/// one takes: an article is a megabyte or two, a head a few kilobytes.
+constexpr std::int32_t kTimeLimit = 30;  ///< seconds without progress
+/// For a host that sends a byte now and then and would never time out. An article is a megabyte or two, a
+/// head a few kilobytes.
 constexpr SocketCore::Bounds kBounds{std::chrono::minutes(3), std::uint64_t{24} << 20, std::size_t{2} << 20};
 
 /// Kept behaviour 54.
@@ -40,7 +40,7 @@ String FetchArticle(const String& searchAddress) {
     return ConvertEncoding(socket.Get(NotNil(headers)->Value("Location"), kTimeLimit), Encodings::UTF8);
 }
 
-/// Looks at the history as it is at each turn: another thread may have the next.
+/// By index, because another thread may change the history at each yield.
 bool Remembers(const std::vector<String>& history, const String& name) {
     for (std::size_t i = 0; i < history.size(); ++i) {
         if (history[i] == name) return true;

@@ -32,7 +32,7 @@ class Block {
     std::array<std::array<String, kUpperBound + 1>, kUpperBound + 1> cells_;
 };
 
-/// Shared: `command` is one more reference to one of the blocks.
+/// Shared, because `command` refers to one of the blocks.
 using BlockRef = std::shared_ptr<Block>;
 
 }  // namespace sorakaze

@@ -16,7 +16,7 @@ using Json = nlohmann::json;
 constexpr std::string_view kLettersAndDigits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
 
-/// One member of the file: where it goes and what may stand in it beside letters and digits.
+/// One member of the file: its field, and the characters allowed in it besides letters and digits.
 struct Member {
     std::string_view name;
     std::string Deployment::*field;
@@ -32,7 +32,7 @@ constexpr std::array kMembers = {
     Member{"player", &Deployment::player, "-"},
 };
 
-void Take(Deployment& deployment, const std::string& name, const Json& value) {
+void SetMember(Deployment& deployment, const std::string& name, const Json& value) {
     for (const Member& member : kMembers) {
         if (member.name != name) continue;
         if (!value.is_string()) throw DeploymentError("\"" + name + "\" must be a text");
@@ -42,7 +42,7 @@ void Take(Deployment& deployment, const std::string& name, const Json& value) {
                    member.marks.find(c) == std::string_view::npos;
         });
         if (bad != text.end()) {
-            throw DeploymentError("\"" + name + "\" has a character that can't stand there, at place " +
+            throw DeploymentError("\"" + name + "\" has a character that isn't allowed, at place " +
                                   std::to_string(bad - text.begin() + 1));
         }
         deployment.*member.field = std::move(text);
@@ -76,7 +76,7 @@ Deployment ParseDeployment(std::string_view json) {
         throw DeploymentError(error.what());
     }
     if (!file.is_object()) throw DeploymentError("it must be one JSON object");
-    for (const auto& [name, value] : file.items()) Take(deployment, name, value);
+    for (const auto& [name, value] : file.items()) SetMember(deployment, name, value);
     if (deployment.player != "files") {
         throw DeploymentError("there is no player \"" + deployment.player + "\"; there is \"files\"");
     }

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The constants that belong to a deployment and not to the application: which hosts its services have, the
-// tokens of the voice service's form, and which player stands behind the bridge. Resources/deployment.json
-// holds them; what it leaves out is as here.
+// The constants of a deployment: the hosts of its services, the tokens of the voice service's form, and which
+// player is used. Resources/deployment.json holds them; what it leaves out has the defaults given here.
 #pragma once
 
 #include <filesystem>
@@ -13,12 +12,12 @@
 namespace sorakaze {
 
 struct Deployment {
-    /// A host may have a port and the beginning of a path: "127.0.0.1:8080/services". Empty: the service that
-    /// the application brings itself.
+    /// A host may have a port and the beginning of a path: "127.0.0.1:8080/services". Empty: the
+    /// application's own service.
     std::string searchHost;
     std::string voiceHost;
-    /// The names by which the search engine knows the encyclopaedia's two editions. Our own search engine
-    /// looks nothing up in an edition without a name.
+    /// The host names of the encyclopaedia's two editions. Our own search engine looks nothing up in an
+    /// edition without a name.
     std::string encyclopaediaEnglish = "en.wikipedia.org";
     std::string encyclopaediaJapanese = "ja.wikipedia.org";
     /// Tokens of the voice service's form: base64, 336 and 96 characters.
@@ -37,8 +36,8 @@ class DeploymentError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The deployment that a JSON text describes. Throws DeploymentError for what is no JSON object, for an
-/// unknown member, and for a value of the wrong kind or with characters that can't stand in a host or token.
+/// Throws DeploymentError for a text that is no JSON object, for an unknown member, and for a value of the
+/// wrong kind or with characters that a host or token can't have.
 Deployment ParseDeployment(std::string_view json);
 
 /// The deployment of the file; the defaults where there is none. Throws DeploymentError, also for a file that

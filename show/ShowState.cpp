@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "show/ShowState.h"
 
+#include <cassert>
+
+#include "app/runtime/Runtime.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
@@ -25,6 +28,7 @@ bool IsStalled(const mainWindow& window) {
 }
 
 void StopForGood(mainWindow& window) {
+    assert(Runtime::Current().Threads().OnMainThread());
     if (IsOnAir(window)) window.programStart.Push();
     window.observer = nullptr;
     window.programStart.Action = nullptr;

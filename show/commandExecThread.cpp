@@ -12,8 +12,8 @@
 namespace sorakaze {
 namespace {
 
-/// What a block keeps of the track for its whole length: the preparation of the next one, which the block
-/// itself starts, overwrites the window's. Kept behaviour 34.
+/// A block's own copy of the track: the preparation of the next one, which the block itself starts,
+/// overwrites the window's. Kept behaviour 34.
 struct TrackCopy {
     String wikiContents;
     String song;

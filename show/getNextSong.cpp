@@ -11,7 +11,7 @@ bool IsMultibyte(const String& text) {
     return Len(text) != LenB(text);
 }
 
-/// Cuts bracketed remarks and dashes out of the whole record. Kept behaviours 48 and 49.
+/// Removes bracketed remarks and dashes from the whole record. Kept behaviours 48 and 49.
 String Clean(const String& record) {
     RegEx remarks;
     remarks.SearchPattern = "(\\(|（).*?(\\)|）)";

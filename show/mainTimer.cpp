@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The sequencer: what happens between two blocks.
+// The sequencer: decides what happens between two blocks.
+#include <cassert>
+
 #include "app/runtime/Application.h"
 #include "app/runtime/Random.h"
 #include "show/ShowState.h"
@@ -33,6 +35,7 @@ void AwaitBlock(const Thread& block) {
 }  // namespace
 
 void mainWindow::mainTimer_Action() {
+    assert(Runtime::Current().Threads().OnMainThread());
     Random random;
     // Kept behaviours 20, 21 and 22.
     const bool ended = iTunesState() == "stopped" || iTunesState() == "paused";

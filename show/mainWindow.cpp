@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "show/mainWindow.h"
 
+#include <cassert>
+
 #include "app/runtime/Runtime.h"
 #include "sound/MixingEngine.h"
 #include "speech/KanaTable.h"
@@ -60,6 +62,7 @@ void mainWindow::logger(const String& message) {
 }
 
 void mainWindow::Event_Open() {
+    assert(Runtime::Current().Threads().OnMainThread());
     appFolder = NotNil(GetFolderItem("", kAbsolutePath));
     const auto bundle = NotNil(NotNil(appFolder)->Child("Sorakaze.app"));
     resourceFolder = NotNil(NotNil(bundle->Child("Contents"))->Child("Resources"));
@@ -88,6 +91,7 @@ void mainWindow::tellFailures() {
 }
 
 void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) const {
+    AssertBaton();
     if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});
 }
 

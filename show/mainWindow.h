@@ -38,7 +38,7 @@ class mainWindow : public Window {
     void CreateControls();
     void _CreateControls0();  // NOLINT(bugprone-reserved-identifier)
 
-    /// Starts a show or stops it, whichever the button's caption says. Main thread.
+    /// Starts a show or stops it, as the button's caption says. Main thread.
     void programStart_Action();
     /// Carries out the variant `section` of the block `command`. Thread commandExecThread.
     void commandExecThread_Run();
@@ -64,7 +64,7 @@ class mainWindow : public Window {
     String convertRoma(const String& text);
     void doEnding();
 
-    // The operations on the player. What the script behind one gives comes back as it is.
+    // The operations on the player. The result of the script is returned as it is.
     void iTunesStop();
     String getSongCount(const String& playlist);
     void iTunesPlay(const String& playlist, std::int32_t track);
@@ -74,11 +74,11 @@ class mainWindow : public Window {
     String iTunesPlaylist();
     String iTunesSongInfo(const String& playlist, std::int32_t track);
 
-    /// Tells of the sounds and tracks whose files could not be decoded to their end since the last call. For
-    /// the host, when the engine says that there are some, or now and then.
+    /// Tells of the sounds and tracks whose files could not be decoded to their end since the last call.
+    /// Called by the host, when the engine reports failures or from time to time.
     void tellFailures();
 
-    /// Tells the observer, if there is one.
+    /// Tells the observer, if there is one. With the baton.
     void tell(ShowEvent::Kind kind, ShowEvent::Fields fields = {}) const;
 
     // The controls.
@@ -147,7 +147,7 @@ class mainWindow : public Window {
     void endShow();
 };
 
-/// The caption that says that no show is on. Kept behaviour 15.
+/// The caption while no show is on the air. Kept behaviour 15.
 inline constexpr const char* kStartCaption = "再生";
 inline constexpr const char* kStopCaption = "停止";
 

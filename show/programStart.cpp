@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The button's two paths.
+#include <cassert>
+
 #include "app/runtime/Random.h"
 #include "app/runtime/Runtime.h"
 #include "show/mainWindow.h"
@@ -9,6 +11,7 @@
 namespace sorakaze {
 
 void mainWindow::programStart_Action() {
+    assert(Runtime::Current().Threads().OnMainThread());
     Random random;
     if (programStart.Caption() == kStartCaption) {
         beginShow(random);

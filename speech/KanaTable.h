@@ -15,7 +15,7 @@ struct KanaRow {
 /// The row of the small tsu, which doubles the consonant after it.
 inline constexpr int kSmallTsuRow = 166;
 
-/// No row begins a later one, so the first that matches is the longest.
+/// No row is the beginning of a later one, so the first row that matches is the longest.
 inline constexpr std::array<KanaRow, 167> kKanaTable = {{
     // clang-format off
     {"，", ","}, {"、", ","}, {"。", "."}, {"ー", "-"},

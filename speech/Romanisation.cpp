@@ -10,7 +10,7 @@
 namespace sorakaze {
 namespace {
 
-/// What a small tsu is spelt as before a row spelt `romaji`. Kept behaviour 52.
+/// The spelling of a small tsu before a row spelt `romaji`. Kept behaviour 52.
 std::string Filler(const std::string& romaji, const std::string& smallTsu) {
     const bool spelledOut = std::string_view("aiueon").find(romaji.front()) != std::string_view::npos;
     return spelledOut ? smallTsu : romaji.substr(0, 1);

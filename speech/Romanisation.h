@@ -10,8 +10,8 @@
 namespace sorakaze {
 
 /// A reading in kana, spelt in Latin letters by the table whose rows are `kana[i]` and `romaji[i]`. The small
-/// tsu, the table's last row, is spelt through what follows it; at the very end it is dropped. What has no
-/// row stays as it is. Calls `afterEach` after each row or character.
+/// tsu, the table's last row, is spelt according to what follows it; at the very end it is dropped.
+/// Characters without a row are kept. Calls `afterEach` after each row or character.
 String Romanise(const String& reading, const std::vector<String>& kana, const std::vector<String>& romaji,
                 FunctionRef<void()> afterEach);
 

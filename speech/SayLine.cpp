@@ -10,7 +10,7 @@ namespace {
 
 /// What `say` prints for a text that would take more than two minutes.
 constexpr const char* kCut = "the text is too long, its speech was cut";
-/// Nothing that `say` made is longer, but a text's own commands may have made the file.
+/// `say` makes nothing longer, but shell commands in the text may have made the file.
 constexpr double kLongestSpeech = 125;  // seconds
 
 void TellOfCut(TellShow tell) {

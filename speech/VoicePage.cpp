@@ -7,7 +7,7 @@
 namespace sorakaze {
 namespace {
 
-/// A hidden field; `more` is what stands between its name and its value.
+/// A hidden field; `more` is inserted between its name and its value.
 std::string Field(const std::string& name, const std::string& value, const std::string& more = "") {
     return "\t<input type=\"hidden\" name=\"" + name + "\"" + more + " value=\"" + value + "\" />\r";
 }
@@ -39,7 +39,7 @@ std::string VoiceAddress(const Deployment& deployment) {
     return "http://" + deployment.voiceHost + "/voice_neo/vsdemo.aspx";
 }
 
-/// The text first: should it hold the other's mark, the mark of the voice's field stands ahead of it.
+/// The text is inserted first: should it contain the mark for the voice, the page's own mark is ahead of it.
 String VoicePage(const Deployment& deployment, const String& voice, const String& text) {
     const String page = Replace(Template(deployment), "[[text]]", text);
     return Replace(page, "[[voice]]", voice);

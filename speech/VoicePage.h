@@ -9,7 +9,7 @@
 
 namespace sorakaze {
 
-/// What the page does when it is loaded, the only script in it.
+/// The only script of the page, run when it is loaded.
 inline constexpr const char* kVoicePageScript =
     "document.forms[0].target = 'sub'; document.forms[0].submit();";
 

@@ -11,9 +11,9 @@
 namespace sorakaze {
 namespace {
 
-/// Each run of multibyte characters costs a program. A text of more runs than any title has, or one that
-/// takes too long on this machine, goes on without them. A rendered show counts on the first bound alone: the
-/// second is a last resort, and isn't reached before it on a machine of ordinary speed.
+/// Each run of multibyte characters starts a program. Runs beyond these limits are left out. The limit on
+/// runs is more than any title has, and is reached first on a machine of ordinary speed: a rendered show must
+/// not depend on the time.
 constexpr int kMostRuns = 150;
 constexpr std::chrono::seconds kLongest{7};
 

@@ -17,9 +17,9 @@ class Console {
     Console();
     ~Console();
 
-    /// A line on standard output, made harmless.
+    /// A line on standard output, without control characters.
     void Line(const std::string& text);
-    /// A line on standard error, made harmless too.
+    /// The same on standard error.
     void Message(const std::string& text);
     /// `done` is 0 to 1 where the length is known; `showSeconds` is how much of the show there is.
     void Progress(std::optional<double> done, double showSeconds);
@@ -36,7 +36,7 @@ class Console {
     const bool outIsTerminal_;
     const bool errorIsTerminal_;
     const Time begin_;
-    std::mutex mutex_;  ///< guards what follows, and the order on the terminal
+    std::mutex mutex_;  ///< guards the rest, and the order on the terminal
     Time lastBar_;
     int lastTenth_ = 0;
     double lastPlain_ = 0;  ///< show seconds at the last plain line

@@ -19,12 +19,12 @@ namespace {
 constexpr std::size_t kLargestPage = 1u << 20;
 constexpr std::size_t kLargestSound = 64u << 20;
 
-/// What came of a page's form: a file that holds the sound and a voice that reads it, or why there is none.
+/// The result of a page's form: a file with the sound and a voice that reads it, or why there is none.
 struct Outcome {
     std::filesystem::path file;
     std::shared_ptr<sound::Voice> voice;
     std::string complaint;
-    bool late = false;
+    bool timedOut = false;
 };
 
 /// Blocks; without the baton. Empty where there is nothing to hear.
@@ -55,7 +55,7 @@ Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::Mixin
         if (!outcome.voice) outcome.complaint = "its answer is no sound that can be played";
     } catch (const PageTimeout& error) {
         outcome.complaint = error.what();
-        outcome.late = true;
+        outcome.timedOut = true;
     } catch (const PageError& error) {
         outcome.complaint = error.what();
     }
@@ -83,11 +83,11 @@ PageSpeaker::PageSpeaker(HTMLViewer& viewer, std::function<void(const std::strin
 
 PageSpeaker::~PageSpeaker() {
     viewer_.Load = nullptr;
-    distant_.Kill();
-    End();
+    remote_.Kill();
+    StopSpeaking();
 }
 
-void PageSpeaker::End() {
+void PageSpeaker::StopSpeaking() {
     if (voice_) voice_->Stop();
     voice_.reset();
     Remove(std::exchange(file_, {}));
@@ -98,38 +98,39 @@ bool PageSpeaker::IsSpeaking() const {
 }
 
 void PageSpeaker::Load(const FolderItemRef& file) {
-    ++loaded_;
-    distant_.Kill();
-    End();
+    AssertBaton();
+    ++pageCount_;
+    remote_.Kill();
+    StopSpeaking();
     auto form = FindForm(ReadPage(file->Path()));
     if (!form) return;
     form->action = Resolve("", form->action);
-    // Half a minute for each line would be long.
-    if (!form->action.empty() && form->action == late_) return;
+    // Waiting half a minute for each line would take long.
+    if (!form->action.empty() && form->action == timedOutService_) return;
     if (form->action.empty()) {
         complain_("The voice service is silent: its address is none of plain HTTP.");
     } else if (IsLoopback(form->action)) {
-        // A service that is part of the application: the speech begins at this tick in every rendering.
+        // The application's own service: the speech starts at this tick in every rendering.
         Speak(*form, Blocking::ClockStopped);
     } else {
-        distant_.RunEvent = [this, form = *form] { Speak(form, Blocking::ClockFollowsWall); };
-        distant_.Run();
+        remote_.RunEvent = [this, form = *form] { Speak(form, Blocking::ClockFollowsWall); };
+        remote_.Run();
     }
 }
 
 void PageSpeaker::Speak(const PageForm& form, Blocking kind) {
     auto& runtime = Runtime::Current();
-    const std::uint64_t page = loaded_;
+    const std::uint64_t page = pageCount_;
     const auto file = runtime.TemporaryFolder() / ("sayj-" + std::to_string(page));
     Outcome outcome;
-    // A thread that is killed meanwhile leaves by an exception.
+    // A thread that is killed meanwhile ends by an exception.
     const auto remove = [](Outcome* left) { Remove(left->file); };
     const std::unique_ptr<Outcome, decltype(remove)> leftover(&outcome);
     runtime.Threads().Block(kind, [&](std::stop_token cancelled) {
         outcome = MakeVoice(form, file, *runtime.Engine(), cancelled);
     });
-    if (outcome.late) late_ = form.action;
-    if (page != loaded_) return;
+    if (outcome.timedOut) timedOutService_ = form.action;
+    if (page != pageCount_) return;
     if (!outcome.complaint.empty()) complain_("The voice service is silent: " + outcome.complaint + ".");
     if (!outcome.voice) return;
     voice_ = std::move(outcome.voice);

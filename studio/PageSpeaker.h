@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Stands behind a window's viewer where there is no browser: a loaded page that holds a form has it sent, and
-// the sound that the answer plays is played beside the show. Nothing but that is done with a page, and no
-// script of one is run.
+// Speaks the pages that a show loads into its viewer, without a browser: the page's form is sent, and the
+// sound of the answer is played beside the show. Nothing else of a page is used, and no script is run.
 #pragma once
 
 #include <cstdint>
@@ -34,13 +33,13 @@ class PageSpeaker {
   private:
     void Load(const FolderItemRef& file);
     void Speak(const PageForm& form, Blocking kind);
-    void End();
+    void StopSpeaking();
 
     HTMLViewer& viewer_;
     const std::function<void(const std::string&)> complain_;
-    Thread distant_;            ///< waits for a service that isn't on this machine
-    std::uint64_t loaded_ = 0;  ///< pages; a page speaks for as long as it is the last
-    std::string late_;          ///< the service that didn't answer in time: it isn't asked again
+    Thread remote_;                ///< waits for a service that isn't on this machine
+    std::uint64_t pageCount_ = 0;  ///< pages; a page speaks for as long as it is the last
+    std::string timedOutService_;  ///< the service that didn't answer in time: it isn't asked again
     std::shared_ptr<sound::Voice> voice_;
     std::filesystem::path file_;  ///< that the voice is read from
 };

@@ -19,7 +19,7 @@
 namespace sorakaze::studio {
 namespace {
 
-/// What a process that ends at once would leave behind.
+/// Removes what a process that ends at once would leave.
 void RemoveLeftovers(const std::filesystem::path& output, const std::filesystem::path& temporary) {
     std::error_code ignored;
     if (!temporary.empty()) std::filesystem::remove_all(temporary, ignored);

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Renders a show to a sound file: the show's own engine on the studio's clock, whose time is the sound mixed.
+// Renders a show to a sound file: the show runs on the studio's clock, whose time is the amount of sound
+// mixed.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,7 @@
 namespace sorakaze::studio {
 
 struct RenderOptions {
-    std::filesystem::path station;  ///< empty: the one that the program stands in
+    std::filesystem::path station;  ///< empty: the one that this program is in
     std::string program;
     std::string playlist = "Library";
     /// Its ending names the format; empty: the sound is computed and dropped.
@@ -25,7 +26,7 @@ struct RenderOptions {
 };
 
 /// Returns when the show has run to its end or limit, or was interrupted, and the file is complete. Throws
-/// StudioError when it could not be made; what stood at `output` is then untouched.
+/// StudioError when it could not be made; an existing `output` is then unchanged.
 void Render(const RenderOptions& options);
 
 /// Prints the programs and playlists of a station. Throws StudioError.

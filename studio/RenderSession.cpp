@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "studio/RenderSession.h"
 
+#include <cassert>
 #include <utility>
 
 #include "show/ShowState.h"
@@ -87,6 +88,7 @@ void RenderSession::Interrupt() {
 }
 
 void RenderSession::Run() {
+    assert(station_.GetRuntime().Threads().OnMainThread());
     EventLoop& events = station_.GetRuntime().Events();
     events.Post([this] { Begin(); });
     limit_.Run();

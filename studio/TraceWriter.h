@@ -10,8 +10,8 @@
 namespace sorakaze::studio {
 
 /// Writes a show as JSON Lines: one object an event, `ticks` and `what` first, then the event's fields; a
-/// field that is called `what` itself is the member `which`. Bytes
-/// that aren't UTF-8 come out as replacement characters.
+/// field that is itself called `what` becomes the member `which`. Bytes that aren't UTF-8 become replacement
+/// characters.
 class TraceWriter : public ShowObserver {
   public:
     /// Throws StudioError where the file can't be made.

@@ -23,10 +23,10 @@ std::optional<PageForm> FindForm(std::string_view html);
 /// The body that posts the fields: application/x-www-form-urlencoded.
 std::string EncodeForm(const PageForm& form);
 
-/// The address of the first sound that a page plays, as it stands there; empty if there is none.
+/// The address of the first sound that a page plays, as it is written there; empty if there is none.
 std::string FindSound(std::string_view html);
 
-/// The address that `reference` means in a page at `base`, an address too; an empty `base` stands for a page
+/// The address that `reference` means in a page at `base`, an address too; an empty `base` means a page
 /// of a local file, which a reference must not be relative to. Empty for what isn't plain HTTP.
 std::string Resolve(const std::string& base, const std::string& reference);
 

@@ -25,14 +25,14 @@ int Fail(int status, const std::string& line) {
     return status;
 }
 
-/// A descriptor of the standard streams that is closed would go to the next file opened: to the sound, say.
+/// If a standard stream were closed, the next file opened (the sound, say) would take its place.
 void OpenStandardStreams() {
     int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = open("/dev/null", O_RDWR);
     if (descriptor > STDERR_FILENO) close(descriptor);
 }
 
-/// The paths that would make the studio overwrite its own input or output.
+/// Refuses paths that would make the studio overwrite its own input or output.
 void CheckPaths(const RenderOptions& options) {
     if (options.limitSeconds && !std::isfinite(*options.limitSeconds)) {
         throw StudioError(kWrongCall, "--limit is no number of seconds.");
@@ -64,7 +64,7 @@ int RunCommand(RenderOptions options, bool list) {
 
 int main(int argc, char** argv) {
     OpenStandardStreams();
-    // A reader that goes away and a limit on files are errors to be told, not ends of the process.
+    // A closed pipe and a file size limit are errors to report, and must not end the process.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app("Renders a Sorakaze show to a sound file, many times faster than it plays.",

@@ -52,7 +52,7 @@ std::optional<InstancePaths> PathsOf(const std::filesystem::path& folder) {
     if (runtime.startsWith('/') && IsPrivate(runtime)) {
         if (auto paths = PathsIn(runtime, name)) return paths;
     }
-    // Nobody else can take the one in the home. Among the temporary files somebody may have been there first.
+    // Nobody else can create the one in the home. Among the temporary files somebody may have taken the name.
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
     QDir().mkpath(cache);
     for (const QByteArray& own :
@@ -79,8 +79,7 @@ FileLock::Outcome FileLock::Try(const QString& path) {
         close(file);
         return held ? Outcome::HeldByAnother : Outcome::Impossible;
     }
-    // The sticky bit tells the cleaners of runtime and temporary folders to leave the file alone, however old
-    // it gets.
+    // The sticky bit keeps cleaners of runtime and temporary folders from removing the file.
     fchmod(file, 0600 | S_ISVTX);
     file_ = file;
     return Outcome::Taken;

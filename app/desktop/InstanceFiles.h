@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What one user's instances of one station folder share: a lock and a socket, outside the folder.
+// A lock and a socket that one user's instances of one station folder share, outside the folder.
 #pragma once
 
 #include <QString>
@@ -19,7 +19,7 @@ struct InstancePaths {
 /// Empty, with a line on standard error, if none of them belongs to this user alone.
 std::optional<InstancePaths> PathsOf(const std::filesystem::path& folder);
 
-/// A lock that goes with the process, however that ends: nothing about it is ever stale. The file stays.
+/// A lock that the system releases when the process ends, however it ends. The file stays.
 class FileLock {
   public:
     FileLock() = default;

@@ -27,7 +27,7 @@ QString ConnectionName() {
 }
 
 QDBusConnection Connect(const QString& name) {
-    // A connection under a name that nobody has made is a valid object that is not connected.
+    // A name without a connection gives a valid object that is not connected.
     return HasSessionBus() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
                            : QDBusConnection(name);
 }
@@ -40,7 +40,7 @@ struct Mpris::Impl {
         new MprisRoot(&object, state);
         new MprisPlayer(&object, state);
         if (!connection.isConnected()) return;
-        // The object first: who sees the name can ask it.
+        // The object first: whoever sees the name may call it.
         connection.registerObject(kObject, &object, QDBusConnection::ExportAdaptors);
         if (connection.registerService(kService)) return;
         const QString pid = QString::number(QCoreApplication::applicationPid());
@@ -63,7 +63,7 @@ struct Mpris::Impl {
 
     MprisState state;
     QDBusConnection connection;
-    QObject object;  ///< last: it goes before what its adaptors read
+    QObject object;  ///< last: destroyed before what its adaptors read
 };
 
 Mpris::Mpris(Commands commands) : impl_(std::make_unique<Impl>(std::move(commands))) {}
@@ -72,7 +72,7 @@ Mpris::~Mpris() = default;
 
 void Mpris::Update(const NowPlaying& now) {
     const NowPlaying before = std::exchange(impl_->state.now, now);
-    if (before.onAir != now.onAir && impl_->state.asked == now.onAir) impl_->state.asked.reset();
+    if (before.onAir != now.onAir && impl_->state.pending == now.onAir) impl_->state.pending.reset();
     QVariantMap root;
     if (IdentityOf(before) != IdentityOf(now)) root.insert("Identity", IdentityOf(now));
     QVariantMap player;

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The show on the session bus (MPRIS 2): desktop panels show what is on, and media keys press the button.
-// Without a session bus nothing happens. Lives on the toolkit's main thread and knows nothing of the show.
+// The show on the session bus (MPRIS 2): desktop panels show what is on the air, and media keys press the
+// button. Without a session bus nothing happens. Used on the toolkit's main thread; knows nothing of the
+// show.
 #pragma once
 
 #include <QString>
@@ -25,8 +26,7 @@ struct NowPlaying {
 
 /// What a panel or a media key may ask for; called on the main thread.
 struct Commands {
-    /// Play and stop, both the button's press. Its effect may come later; the Update that tells of it settles
-    /// the matter.
+    /// Presses the button, for play and for stop. The effect may come later and is told by Update.
     std::function<void()> press;
     std::function<void()> raise;  ///< the window to the front
     std::function<void()> quit;
@@ -39,7 +39,7 @@ class Mpris {
     Mpris(const Mpris&) = delete;
     Mpris& operator=(const Mpris&) = delete;
 
-    /// Announces a change; the same value again is no change.
+    /// Announces what has changed since the last call.
     void Update(const NowPlaying& now);
 
   private:

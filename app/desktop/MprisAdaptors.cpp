@@ -10,8 +10,8 @@
 namespace sorakaze::desktop {
 namespace {
 
-/// Runs `command` from the event loop; dropped if the object goes first.
-void Later(QObject* object, std::function<void()> command) {
+/// Runs `command` from the event loop, unless the object is destroyed before.
+void PostTo(QObject* object, std::function<void()> command) {
     if (command) QMetaObject::invokeMethod(object, std::move(command), Qt::QueuedConnection);
 }
 
@@ -41,32 +41,31 @@ QVariantMap MetadataOf(const NowPlaying& now) {
 }
 
 void MprisRoot::Raise() {
-    Later(parent(), state_.commands.raise);
+    PostTo(parent(), state_.commands.raise);
 }
 
 void MprisRoot::Quit() {
-    Later(parent(), state_.commands.quit);
+    PostTo(parent(), state_.commands.quit);
 }
 
 void MprisPlayer::PlayPause() {
-    Press(When::Always);
+    Press(PressIf::Always);
 }
 
 void MprisPlayer::Play() {
-    Press(When::OffAir);
+    Press(PressIf::OffAir);
 }
 
 void MprisPlayer::Stop() {
-    Press(When::OnAir);
+    Press(PressIf::OnAir);
 }
 
-void MprisPlayer::Press(When when) {
-    // What is on the air is asked when the press is due, and what is under way counts: a caller who repeats
-    // himself starts one show, and stopping twice never starts one.
-    Later(parent(), [this, when] {
+void MprisPlayer::Press(PressIf when) {
+    // Pending presses count: a repeated Play starts one show, and a repeated Stop never starts one.
+    PostTo(parent(), [this, when] {
         const bool onAir = state_.WillBeOnAir();
-        if ((when == When::OnAir && !onAir) || (when == When::OffAir && onAir)) return;
-        state_.asked = !onAir;
+        if ((when == PressIf::OnAir && !onAir) || (when == PressIf::OffAir && onAir)) return;
+        state_.pending = !onAir;
         if (state_.commands.press) state_.commands.press();
     });
 }

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The two faces of a media player on the bus: the application and its player. Both read the same state, and
-// what they are asked to do runs after the answer has gone out, so that a caller never waits for a show to
-// start or a message to be read.
+// The two interfaces of a media player on the bus: the application and its player. Both read the same state.
+// Commands run after the answer was sent, so that a caller never waits for a show or a message box.
 #pragma once
 
 #include <QDBusAbstractAdaptor>
@@ -16,16 +15,16 @@
 
 namespace sorakaze::desktop {
 
-/// What both faces show and command. Main thread only.
+/// What both interfaces show and command. Main thread only.
 struct MprisState {
-    QString connection;  ///< the name of the bus connection that the faces answer on
+    QString connection;  ///< the name of the bus connection
     Commands commands;
     NowPlaying now;
-    /// What the presses that have not shown yet will come to: the show may take its time, or a message box
-    /// stands before it.
-    std::optional<bool> asked = std::nullopt;
+    /// Whether the show will be on the air after the presses that have no effect yet: the show may take time,
+    /// or wait for a message box.
+    std::optional<bool> pending = std::nullopt;
 
-    bool WillBeOnAir() const { return asked.value_or(now.onAir); }
+    bool WillBeOnAir() const { return pending.value_or(now.onAir); }
 };
 
 QString IdentityOf(const NowPlaying& now);
@@ -63,7 +62,7 @@ class MprisRoot : public QDBusAbstractAdaptor {
     MprisState& state_;
 };
 
-/// A station has one thing to do, to be on the air or not: there is no pausing, skipping or seeking.
+/// A station is on the air or not: there is no pausing, skipping or seeking.
 class MprisPlayer : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
@@ -102,15 +101,15 @@ class MprisPlayer : public QDBusAbstractAdaptor {
     void Previous() {}
     void Seek(qlonglong) {}
     void SetPosition(const QDBusObjectPath&, qlonglong) {}
-    /// Answered with an error: nothing is played from outside.
+    /// Answered with an error: nobody else chooses what is played.
     void OpenUri(const QString& uri, const QDBusMessage& call);
 
   signals:
     void Seeked(qlonglong position);
 
   private:
-    enum class When { Always, OnAir, OffAir };
-    void Press(When when);
+    enum class PressIf { Always, OnAir, OffAir };
+    void Press(PressIf when);
 
     MprisState& state_;
 };

@@ -4,9 +4,8 @@
 
 namespace sorakaze::desktop {
 
-/// Whether there is a session bus to connect to: one that the environment names, or the user's own socket in
-/// the runtime directory. Asked first, because connecting without one would start a bus, with the help of the
-/// window system.
+/// Whether there is a session bus: one that the environment names, or the user's own socket in the runtime
+/// directory. Connecting without one would start a bus.
 bool HasSessionBus();
 
 }  // namespace sorakaze::desktop

@@ -16,21 +16,20 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How long a second instance looks for the first one's socket: the first may be just starting, or just
-/// ending.
-constexpr auto kPatience = 2s;
-constexpr auto kPause = 20ms;
+/// How long a second instance tries to reach the first one's socket: the first may be starting or ending.
+constexpr auto kSearchTime = 2s;
+constexpr auto kSearchInterval = 20ms;
 
-class Unchecked : public SingleInstance {};
+class UncheckedInstance : public SingleInstance {};
 
-/// The instance that runs. A connection is the whole message: another one was started. Main thread only.
-class First : public SingleInstance {
+/// The instance that runs. A connection means that another one was started. Main thread only.
+class FirstInstance : public SingleInstance {
   public:
-    First(std::unique_ptr<FileLock> lock, const QString& socket, std::function<void()> onSecond)
+    FirstInstance(std::unique_ptr<FileLock> lock, const QString& socket, std::function<void()> onSecond)
         : lock_(std::move(lock)), onSecond_(std::move(onSecond)) {
         server_.setSocketOptions(QLocalServer::UserAccessOption);
         QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] { Answer(); });
-        // Who holds the lock owns the socket: one that lies there was left by an instance that crashed.
+        // Whoever holds the lock owns the socket: an existing one was left by an instance that crashed.
         QLocalServer::removeServer(socket);
         // Without a socket the lock still keeps others from running; they just can't bring this window to the
         // front.
@@ -49,13 +48,13 @@ class First : public SingleInstance {
 
     std::unique_ptr<FileLock> lock_;
     std::function<void()> onSecond_;
-    QLocalServer server_;  ///< last: the socket goes before the lock
+    QLocalServer server_;  ///< last: the socket is removed before the lock
 };
 
-bool Tell(const QString& socket) {
+bool AskToRaise(const QString& socket) {
     QLocalSocket first;
     first.connectToServer(socket);
-    return first.waitForConnected(int(std::chrono::milliseconds(kPatience).count()));
+    return first.waitForConnected(int(std::chrono::milliseconds(kSearchTime).count()));
 }
 
 }  // namespace
@@ -63,20 +62,20 @@ bool Tell(const QString& socket) {
 std::unique_ptr<SingleInstance> SingleInstance::Claim(const std::filesystem::path& folder,
                                                       std::function<void()> onSecond) {
     const std::optional<InstancePaths> paths = PathsOf(folder);
-    if (!paths) return std::make_unique<Unchecked>();
-    const QDeadlineTimer deadline(kPatience);
+    if (!paths) return std::make_unique<UncheckedInstance>();
+    const QDeadlineTimer deadline(kSearchTime);
     do {
         auto lock = std::make_unique<FileLock>();
         switch (lock->Try(paths->lock)) {
             case FileLock::Outcome::Taken:
-                return std::make_unique<First>(std::move(lock), paths->socket, std::move(onSecond));
+                return std::make_unique<FirstInstance>(std::move(lock), paths->socket, std::move(onSecond));
             case FileLock::Outcome::Impossible:
-                return std::make_unique<Unchecked>();
+                return std::make_unique<UncheckedInstance>();
             case FileLock::Outcome::HeldByAnother:
                 break;
         }
-        if (Tell(paths->socket)) return nullptr;
-        QThread::msleep(std::chrono::milliseconds(kPause).count());
+        if (AskToRaise(paths->socket)) return nullptr;
+        QThread::msleep(std::chrono::milliseconds(kSearchInterval).count());
     } while (!deadline.hasExpired());
     return nullptr;
 }

@@ -12,10 +12,10 @@ namespace sorakaze::desktop {
 /// ends.
 class SingleInstance {
   public:
-    /// Empty if another instance runs for this folder; it has then been asked to come to the front.
-    /// `onSecond` is called on the main thread when another one is started later. The folder may be
-    /// read-only. An instance that crashed is no obstacle. Where nothing can be claimed at all (no place for
-    /// a lock), the application runs without the check.
+    /// Empty if another instance runs for this folder; it has then been asked to show its window. `onSecond`
+    /// is called on the main thread when another one is started later. The folder may be read-only. An
+    /// instance that crashed is no obstacle. If no lock can be made anywhere, the application runs without
+    /// the check.
     static std::unique_ptr<SingleInstance> Claim(const std::filesystem::path& folder,
                                                  std::function<void()> onSecond);
     virtual ~SingleInstance() = default;

@@ -10,18 +10,19 @@
 namespace sorakaze::output {
 namespace {
 
-/// An orderly end takes two buffers; who closes the window waits for no server.
-constexpr auto kPatience = std::chrono::milliseconds(400);
+/// An orderly end takes two buffers. Closing the window must not wait for a server.
+constexpr auto kCloseTimeout = std::chrono::milliseconds(400);
 
 }  // namespace
 
-DeviceThread::DeviceThread(std::shared_ptr<DeviceDesk> desk) : desk_(std::move(desk)), thread_(Run, desk_) {}
+DeviceThread::DeviceThread(std::shared_ptr<SharedDevice> shared)
+    : shared_(std::move(shared)), thread_(Run, shared_) {}
 
 DeviceThread::~DeviceThread() {
     {
-        std::unique_lock lock(desk_->mutex);
+        std::unique_lock lock(shared_->mutex);
         Order(lock, DeviceOrder::End);
-        if (!desk_->toControl.wait_for(lock, kPatience, [&] { return desk_->gone; })) {
+        if (!shared_->stateChanged.wait_for(lock, kCloseTimeout, [&] { return shared_->ended; })) {
             thread_.detach();
             return;
         }
@@ -30,23 +31,23 @@ DeviceThread::~DeviceThread() {
 }
 
 void DeviceThread::Order(std::unique_lock<std::mutex>&, DeviceOrder order) {
-    desk_->order = order;
-    desk_->state = DeviceState::Busy;
-    desk_->toDevice.notify_one();
+    shared_->order = order;
+    shared_->state = DeviceState::Busy;
+    shared_->orderGiven.notify_one();
 }
 
-void DeviceThread::Run(std::shared_ptr<DeviceDesk> desk) {
-    SdlDevice device(desk->playback, [&desk = *desk] {
-        const std::lock_guard lock(desk.mutex);
-        desk.lost = true;
-        if (desk.state == DeviceState::Open) desk.state = DeviceState::Lost;
-        desk.toControl.notify_one();
+void DeviceThread::Run(std::shared_ptr<SharedDevice> shared) {
+    SdlDevice device(shared->playback, [&shared = *shared] {
+        const std::lock_guard lock(shared.mutex);
+        shared.lost = true;
+        if (shared.state == DeviceState::Open) shared.state = DeviceState::Lost;
+        shared.stateChanged.notify_one();
     });
-    std::unique_lock lock(desk->mutex);
+    std::unique_lock lock(shared->mutex);
     for (;;) {
-        desk->toDevice.wait(lock, [&] { return desk->order != DeviceOrder::None; });
-        const DeviceOrder order = std::exchange(desk->order, DeviceOrder::None);
-        if (order == DeviceOrder::Open) desk->lost = false;
+        shared->orderGiven.wait(lock, [&] { return shared->order != DeviceOrder::None; });
+        const DeviceOrder order = std::exchange(shared->order, DeviceOrder::None);
+        if (order == DeviceOrder::Open) shared->lost = false;
         lock.unlock();
         bool open = false;
         if (order == DeviceOrder::Open)
@@ -55,14 +56,16 @@ void DeviceThread::Run(std::shared_ptr<DeviceDesk> desk) {
             device.Close();
         lock.lock();
         if (order == DeviceOrder::End) break;
-        if (order == DeviceOrder::Open) desk->description = device.Description();
+        if (order == DeviceOrder::Open) shared->description = device.Description();
         // An order to end may have come meanwhile.
-        if (desk->order == DeviceOrder::None)
-            desk->state = !open ? DeviceState::Closed : desk->lost ? DeviceState::Lost : DeviceState::Open;
-        desk->toControl.notify_one();
+        if (shared->order == DeviceOrder::None)
+            shared->state = !open          ? DeviceState::Closed
+                            : shared->lost ? DeviceState::Lost
+                                           : DeviceState::Open;
+        shared->stateChanged.notify_one();
     }
-    desk->gone = true;
-    desk->toControl.notify_one();
+    shared->ended = true;
+    shared->stateChanged.notify_one();
 }
 
 }  // namespace sorakaze::output

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The sound card: plays what the mixing engine mixes on the device that the system has chosen. A device that
-// vanishes or a sound server that goes is followed within seconds; meanwhile, and on a machine without a
-// device, the engine is run in true time without being heard, so that a show never stops for the lack of a
-// sound card.
+// The sound card: plays what the mixing engine mixes on the device that the system has chosen. When a device
+// or a sound server goes away, another is opened within seconds; meanwhile, and on a machine without a
+// device, the engine is run silently in real time, so that a show never stops for the lack of a sound card.
 #pragma once
 
 #include <cstdint>
@@ -30,8 +29,7 @@ class Loudspeaker {
     bool IsAudible() const;
     /// The driver, or why there is no device; for people.
     std::string Description() const;
-    /// How often the device ran dry since the start, as far as it can be told, the engine's own underruns
-    /// included.
+    /// How often the device ran dry since the start, as far as is known, plus the engine's own underruns.
     std::uint64_t Underruns() const;
 
   private:

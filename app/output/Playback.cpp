@@ -8,41 +8,40 @@
 namespace sorakaze::output {
 namespace {
 
-constexpr std::uint32_t kSwell = sound::kSampleRate / 50;
-constexpr std::uint32_t kFade = sound::kSampleRate / 10;
-/// A sound server takes several buffers at once now and then; only what is clearly later than that has been
-/// heard.
-constexpr auto kSlack = std::chrono::milliseconds(20);
+constexpr std::uint32_t kFadeInFrames = sound::kSampleRate / 50;
+constexpr std::uint32_t kFadeOutFrames = sound::kSampleRate / 10;
+/// A sound server sometimes takes several buffers at once; only a clearly longer pause has been heard.
+constexpr auto kCallbackJitter = std::chrono::milliseconds(20);
 
 }  // namespace
 
 void Playback::Render(std::span<float> interleaved) noexcept {
-    beats_.fetch_add(1, std::memory_order_relaxed);
+    callbackCount_.fetch_add(1, std::memory_order_relaxed);
     Turn expected = Turn::Device;
     if (!turn_.compare_exchange_strong(expected, Turn::DeviceMixing, std::memory_order_acquire)) {
         std::fill(interleaved.begin(), interleaved.end(), 0.0f);
         return;
     }
-    WatchForGap(interleaved.size() / sound::kChannels);
+    CountGap(interleaved.size() / sound::kChannels);
     engine_.Mix(interleaved);
     Scale(interleaved);
     turn_.store(Turn::Device, std::memory_order_release);
 }
 
-void Playback::WatchForGap(std::size_t frames) {
+void Playback::CountGap(std::size_t frames) {
     const auto now = Clock::now();
     const std::chrono::duration<double> twoBuffers(2.0 * static_cast<double>(lastFrames_) /
                                                    sound::kSampleRate);
-    if (lastBeat_ != Clock::time_point{} && now - lastBeat_ > twoBuffers + kSlack)
+    if (lastCallback_ != Clock::time_point{} && now - lastCallback_ > twoBuffers + kCallbackJitter)
         gaps_.fetch_add(1, std::memory_order_relaxed);
-    lastBeat_ = now;
+    lastCallback_ = now;
     lastFrames_ = frames;
 }
 
 void Playback::Scale(std::span<float> interleaved) {
     if (fading_.load(std::memory_order_relaxed) && !closing_) {
         closing_ = true;
-        gain_.MoveTo(0.0f, kFade);
+        gain_.MoveTo(0.0f, kFadeOutFrames);
     }
     if (!gain_.IsMoving() && gain_.Target() == 1.0f) return;
     const std::size_t frames = interleaved.size() / sound::kChannels;
@@ -58,9 +57,9 @@ void Playback::Scale(std::span<float> interleaved) {
 
 void Playback::GiveToDevice() {
     gain_.Jump(0.0f);
-    gain_.MoveTo(1.0f, kSwell);
+    gain_.MoveTo(1.0f, kFadeInFrames);
     closing_ = false;
-    lastBeat_ = {};
+    lastCallback_ = {};
     turn_.store(Turn::Device, std::memory_order_release);
 }
 

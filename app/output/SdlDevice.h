@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One connection to the system's sound through SDL: from the start of its audio part to its end, so that each
-// connection finds the sound server anew. Its methods may block for as long as a sound server likes.
+// One connection to the system's sound through SDL. SDL's audio part is started for each connection, so that
+// it finds the sound server anew. The methods may block for any time.
 #pragma once
 
 #include <functional>
@@ -23,7 +23,7 @@ class SdlDevice {
 
     // One thread:
 
-    /// Opens the device that the system has chosen and starts it; false when there is none that can be heard.
+    /// Opens the device that the system has chosen and starts it; false if there is none that can be heard.
     bool Open();
     void Close();
     /// The driver, or why there is no device.

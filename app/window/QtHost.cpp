@@ -57,7 +57,7 @@ void QtHost::ShowMessage(const String& text, std::stop_token cancelled) {
             QMessageBox* box = MakeBox(message, parent_);
             box->setModal(false);
             connect(box, &QObject::destroyed, this, [question] { question->Answer(); });
-            // Whoever asked may be gone before anybody answers.
+            // The thread may be killed before anybody answers.
             auto* closer = new QObject(box);
             const auto closeBox = [guard = QPointer<QObject>(closer), box] {
                 if (guard)
@@ -85,6 +85,7 @@ void QtHost::ShowModal(const QString& text) {
 }
 
 void QtHost::Close() {
+    Q_ASSERT(QThread::currentThread() == thread());
     closing_.request_stop();
     if (modal_) modal_->reject();
 }

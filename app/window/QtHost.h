@@ -11,21 +11,21 @@
 namespace sorakaze::window {
 
 /// Messages as boxes. One that a show thread asks for stops that thread alone: the window goes on working.
-/// One of the main thread is modal. Lives on the main thread.
+/// One of the main thread is modal. Used on the main thread, but for ShowMessage.
 class QtHost : public QObject, public Host {
   public:
     void ShowMessage(const String& text, std::stop_token cancelled) override;
 
-    /// The window that boxes belong to. Until it is set they stand by themselves.
+    /// The window that boxes belong to. Without one they are windows of their own.
     void SetParent(QWidget* parent) { parent_ = parent; }
-    /// Nobody answers any more: boxes close, and messages return at once from here on. Main thread.
+    /// Closes the boxes; messages return at once from now on. Main thread.
     void Close();
 
   private:
     void ShowModal(const QString& text);
 
     QWidget* parent_ = nullptr;
-    QDialog* modal_ = nullptr;  ///< the box that the main thread stands in
+    QDialog* modal_ = nullptr;  ///< the box that the main thread waits for
     std::stop_source closing_;
 };
 

@@ -10,7 +10,7 @@
 
 namespace sorakaze::window {
 
-/// Qt's event loop as the one that the logic's main thread lives in. Lives on the main thread.
+/// Runs the logic's main thread in Qt's event loop. Used on the main thread, but for CallAt.
 class QtLoop : public QObject, public NativeLoop {
   public:
     explicit QtLoop(Runtime& runtime);

@@ -24,7 +24,7 @@ QFont FontOf(const RectControl& control) {
              << "VL Gothic"
              << "TakaoGothic";
     font.setFamilies(families);
-    // Sizes are pixels of a window laid out in pixels.
+    // The window is laid out in pixels, so its text sizes are pixels.
     if (control.TextSize > 0) font.setPixelSize(static_cast<int>(control.TextSize));
     font.setBold(control.Bold);
     font.setItalic(control.Italic);
@@ -140,7 +140,7 @@ void WindowView::BindMenu(PopupMenu& menu, MenuBox& box, const char* name) {
 
 void WindowView::BindButton() {
     programStart_.setObjectName("programStart");
-    // Space presses a button in every style; Enter is expected as well.
+    // In every style Space presses a button; people expect Enter to do so as well.
     programStart_.setAutoDefault(true);
     const auto show = [this] {
         OnMainThread(
@@ -168,7 +168,7 @@ void WindowView::BindSlider() {
     const auto show = [this] {
         OnMainThread([this, value = window_.songDurationSlider.Value()] {
             const QSignalBlocker quiet(&songDurationSlider_);
-            // A drag under way is ahead of the logic, which follows.
+            // During a drag the slider is ahead of the logic.
             if (!songDurationSlider_.isSliderDown()) songDurationSlider_.setValue(value);
         });
     };
@@ -193,7 +193,7 @@ void WindowView::OrderTabs() {
          {window_.songDurationSlider.TabIndex, &songDurationSlider_}}};
     std::sort(stops.begin(), stops.end());
     for (std::size_t i = 0; i + 1 < stops.size(); ++i) setTabOrder(stops[i].second, stops[i + 1].second);
-    // A stop that can't be seen would lose the focus for whoever uses the keyboard.
+    // The focus must not go to a control that can't be seen.
     for (const auto& [index, widget] : stops) {
         widget->setFocusPolicy(rect().intersects(widget->geometry()) ? Qt::StrongFocus : Qt::NoFocus);
     }
@@ -208,6 +208,7 @@ void WindowView::OnMainThread(std::function<void()> show) {
 }
 
 void WindowView::Raise() {
+    Q_ASSERT(QThread::currentThread() == thread());
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();

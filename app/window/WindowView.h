@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window on the screen: a Qt widget for each of the logic's controls, kept in step both ways. What the
-// user does is posted to the logic's event loop, never done on the spot; what the logic changes is shown at
-// once or, from another thread, soon. Lives on the main thread.
+// The window on the screen: a Qt widget for each of the logic's controls. What the user does is posted to the
+// logic's event loop, never done at once; what the logic changes is shown at once or, from another thread,
+// soon. Used on the main thread.
 #pragma once
 
 #include <QLabel>

@@ -8,7 +8,7 @@ namespace sorakaze {
 /// Kept behaviour 41.
 void mainWindow::fadeOut(const SoundRef& sound, double seconds) {
     if (!sound || !sound->IsPlaying() || sound->Volume() <= 0) return;
-    // The show may replace its sound meanwhile: this one is held until it is silent.
+    // The show may replace its sound meanwhile: this copy keeps the sound until it is silent.
     const SoundRef fading = sound;
     const std::int32_t start = fading->Volume();
     const auto waitTicks = [](double limit) {

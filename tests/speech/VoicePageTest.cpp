@@ -38,14 +38,5 @@ TEST(SayjTest, WritesThePageAndLoadsItAfterAnEmptyOne) {
               "<iframe name=\"sub\" height=\"0px\" width=\"0px\"></iframe>\r</body>\r</html>\r");
 }
 
-TEST(DeploymentTest, TheFileReplacesWhatItNamesAndFaultsAreRefused) {
-    EXPECT_EQ(ParseDeployment(R"({"voice": "[::1]:80/a", "player": "files"})").voiceHost, "[::1]:80/a");
-    EXPECT_TRUE(ReadDeployment("/nowhere/deployment.json").searchHost.empty());
-    for (const char* json : {"", "[1]", R"({"voise": "a"})", R"({"voice": 1})", R"({"voice": "a b"})",
-                             R"({"viewState": "a\"b"})", R"({"player": "tape"})"})
-        EXPECT_THROW(ParseDeployment(json), DeploymentError) << json;
-    EXPECT_THROW(ReadDeployment(std::filesystem::temp_directory_path()), DeploymentError);
-}
-
 }  // namespace
 }  // namespace sorakaze

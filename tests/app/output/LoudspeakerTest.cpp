@@ -11,13 +11,13 @@ namespace {
 using namespace sound::testing;
 using namespace std::chrono_literals;
 
-TEST(Loudspeaker, WithoutADeviceTheShowGoesOnInTrueTimeAndTheSignalsAreLeftAlone) {
+TEST(Loudspeaker, WithoutADeviceTheShowGoesOnInRealTimeAndTheSignalsAreLeftAlone) {
     for (const char* driver : {"dummy", "nonsense"}) {
         setenv("SDL_AUDIODRIVER", driver, 1);
         sound::MixingEngine engine(sound::Reading::RealTime);
         { const Loudspeaker endsAtOnce(engine); }
         const Loudspeaker loudspeaker(engine);
-        EXPECT_TRUE(MixesInTrueTime(engine));
+        EXPECT_TRUE(MixesInRealTime(engine));
         EXPECT_FALSE(loudspeaker.IsAudible());
         EXPECT_NE(loudspeaker.Description().find(driver), std::string::npos);
         EXPECT_EQ(loudspeaker.Underruns(), 0u);
@@ -54,7 +54,7 @@ TEST(Loudspeaker, TheDeviceGetsWhatIsMixedAndAFadeAtTheEnd) {
         ASSERT_LT(std::fabs(left[i] - left[i - 1]), 1.05 * steepest) << "a click at frame " << i;
     EXPECT_NEAR(MeasureTone(std::span(end - 2400 - 480, 960), 440).amplitude, 0.25, 0.05)
         << "halfway down the fade";
-    EXPECT_GT(left.end() - end, 0) << "silence behind the fade";
+    EXPECT_GT(left.end() - end, 0) << "silence after the fade";
 }
 
 TEST(Playback, NeverMixesFromTwoThreadsLosesNoFrameAndIsSilentOutOfTurn) {
@@ -76,11 +76,11 @@ TEST(Playback, NeverMixesFromTwoThreadsLosesNoFrameAndIsSilentOutOfTurn) {
     Samples scratch(64 * sound::kChannels);
     for (int turn = 0; turn < 100; ++turn) {
         playback.GiveToDevice();
-        const auto beats = playback.Beats();
-        while (playback.Beats() < beats + 3) std::this_thread::yield();
+        const auto callbacks = playback.CallbackCount();
+        while (playback.CallbackCount() < callbacks + 3) std::this_thread::yield();
         playback.TakeFromDevice();
         const auto mixed = engine.Mixed();
-        for (int i = 0; i < 3; ++i) playback.MixUnheard(scratch);
+        for (int i = 0; i < 3; ++i) playback.MixSilently(scratch);
         ASSERT_EQ((engine.Mixed() - mixed).count, 3 * 64) << "the device mixed out of turn";
     }
     over.store(true);
@@ -89,7 +89,7 @@ TEST(Playback, NeverMixesFromTwoThreadsLosesNoFrameAndIsSilentOutOfTurn) {
     EXPECT_EQ(loudest, 0.0f);
 }
 
-TEST(Playback, SwellsWhenTheDeviceGetsItsTurn) {
+TEST(Playback, FadesInWhenTheDeviceGetsItsTurn) {
     const ScratchFolder scratch;
     WriteSound(scratch / "level.wav", Constant(0.5f, sound::kSampleRate));
     sound::MixingEngine engine(sound::Reading::Offline);
@@ -97,7 +97,7 @@ TEST(Playback, SwellsWhenTheDeviceGetsItsTurn) {
     voice->Start();
     Playback playback(engine);
     Samples buffer(4800 * sound::kChannels);
-    playback.MixUnheard(buffer);
+    playback.MixSilently(buffer);
     playback.GiveToDevice();
     playback.Render(buffer);
     EXPECT_NEAR(buffer[0], 0.0f, 0.01f);
@@ -105,23 +105,23 @@ TEST(Playback, SwellsWhenTheDeviceGetsItsTurn) {
     EXPECT_NEAR(buffer.back(), 0.5f, 0.001f);
 }
 
-TEST(TrueTime, NeverDriftsHoweverLateItIsAskedAndLosesTheTimeOfAStoppedProcess) {
-    const TrueTime::Clock::time_point start{1000h};
-    TrueTime time(start);
-    EXPECT_EQ(time.TakeDue(start - 1s), 0);
+TEST(SilentClock, NeverDriftsHoweverLateItIsAskedAndLosesTheTimeOfAStoppedProcess) {
+    const SilentClock::Clock::time_point start{1000h};
+    SilentClock time(start);
+    EXPECT_EQ(time.TakeDueBlocks(start - 1s), 0);
     std::int64_t frames = 0;
     auto now = start;
     for (int wake = 0; wake < 100'000; ++wake) {
-        EXPECT_EQ(time.TakeDue(time.NextDeadline() - 1us), 0);
+        EXPECT_EQ(time.TakeDueBlocks(time.NextDeadline() - 1us), 0);
         now = time.NextDeadline() + std::chrono::microseconds(wake * 7919 % 90'000);
-        frames += time.TakeDue(now) * TrueTime::kBlock;
+        frames += time.TakeDueBlocks(now) * SilentClock::kBlock;
         const auto exact = (now - start) / 1us * sound::kSampleRate / 1'000'000;
         ASSERT_LE(frames, exact);
-        ASSERT_GT(frames, exact - TrueTime::kBlock);
+        ASSERT_GT(frames, exact - SilentClock::kBlock);
     }
     now = time.NextDeadline() + 1h;
-    EXPECT_EQ(time.TakeDue(now), 1);
-    EXPECT_EQ(time.NextDeadline(), now + TrueTime::kPeriod);
+    EXPECT_EQ(time.TakeDueBlocks(now), 1);
+    EXPECT_EQ(time.NextDeadline(), now + SilentClock::kPeriod);
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ TEST_F(OnAServer, PlaysOnWhenItDiesAndIsHeardAgainWhenItIsBack) {
 
     server.reset();
     ASSERT_TRUE(Audible(loudspeaker, false));
-    EXPECT_TRUE(MixesInTrueTime(engine));
+    EXPECT_TRUE(MixesInRealTime(engine));
     Start();
     ASSERT_TRUE(Audible(loudspeaker));
     ExpectTone();
@@ -90,7 +90,7 @@ TEST_F(OnAServer, IsNotHeldUpByOneThatHangs) {
             server->Signal(SIGSTOP);
             ASSERT_TRUE(Audible(loudspeaker, false));
         }
-        EXPECT_TRUE(MixesInTrueTime(engine));
+        EXPECT_TRUE(MixesInRealTime(engine));
         server->Signal(SIGCONT);
         ASSERT_TRUE(Audible(loudspeaker));
         ExpectTone();

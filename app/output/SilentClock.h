@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The clock of the silent output: how many frames are due by a moment of the steady clock. Every deadline
-// counts from the same start, so that no lateness adds up.
+// How many frames are due when no device asks for them. Every deadline counts from the same start, so that
+// delays don't add up.
 #pragma once
 
 #include <chrono>
@@ -11,7 +11,7 @@
 
 namespace sorakaze::output {
 
-class TrueTime {
+class SilentClock {
   public:
     using Clock = std::chrono::steady_clock;
 
@@ -19,14 +19,14 @@ class TrueTime {
     static constexpr std::int64_t kBlock = sound::kSampleRate / 25;
     static constexpr auto kPeriod = std::chrono::milliseconds(40);
 
-    explicit TrueTime(Clock::time_point start) : start_(start) {}
+    explicit SilentClock(Clock::time_point start) : start_(start) {}
 
     /// When the next block is due.
     Clock::time_point NextDeadline() const { return start_ + (passed_ + 1) * kPeriod; }
 
-    /// The blocks that have come due since the last call. A process that was stopped for seconds doesn't rush
-    /// through them: as with a device, that time is lost.
-    std::int64_t TakeDue(Clock::time_point now) {
+    /// The blocks that have become due since the last call. A process that was stopped for seconds doesn't
+    /// catch up: as with a device, that time is lost.
+    std::int64_t TakeDueBlocks(Clock::time_point now) {
         if (now < NextDeadline()) return 0;
         const std::int64_t due = (now - start_) / kPeriod - passed_;
         passed_ += due;

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include "show/Deployment.h"
+
+namespace sorakaze {
+namespace {
+
+TEST(DeploymentTest, TheFileReplacesWhatItNamesAndFaultsAreRefused) {
+    EXPECT_EQ(ParseDeployment(R"({"voice": "[::1]:80/a", "player": "files"})").voiceHost, "[::1]:80/a");
+    EXPECT_TRUE(ReadDeployment("/nowhere/deployment.json").searchHost.empty());
+    for (const char* json : {"", "[1]", R"({"voise": "a"})", R"({"voice": 1})", R"({"voice": "a b"})",
+                             R"({"viewState": "a\"b"})", R"({"player": "tape"})"})
+        EXPECT_THROW(ParseDeployment(json), DeploymentError) << json;
+    EXPECT_THROW(ReadDeployment(std::filesystem::temp_directory_path()), DeploymentError);
+}
+
+}  // namespace
+}  // namespace sorakaze
