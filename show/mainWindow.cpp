@@ -40,7 +40,6 @@ void mainWindow::__Init() {
 }
 
 /// Drops all texts and references. Stops no thread and no sound.
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
 void mainWindow::__Exit() {
     for (String* text : {&program, &station, &band, &wikiContents, &song, &artist, &album, &personality,
                          &mode, &j_personality}) {
