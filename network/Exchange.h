@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The state that a socket and the network's thread share for one connection: bytes in both directions, and events. Each connection has its own, so that nothing of an old connection reaches a new one.
+// The state that a socket and the network's thread share for one connection: bytes in both directions, and
+// events. Each connection has its own, so that nothing of an old connection reaches a new one.
 #pragma once
 
 #include <atomic>
@@ -58,7 +59,8 @@ class Exchange {
     std::size_t Room();
     /// True once after a pause, when there is room again.
     bool EndPause();
-    /// `sending` is being sent, and the system has taken `at` bytes of it. Fetches more when it has taken all. False when there is nothing to send; then what was queued counts as sent.
+    /// `sending` is being sent, and the system has taken `at` bytes of it. Fetches more when it has taken
+    /// all. False when there is nothing to send; then what was queued counts as sent.
     bool HasMore(std::string& sending, std::size_t& at);
 
   private:

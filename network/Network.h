@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The thread on which all connections live. It resolves no names, runs no logic and never waits for the baton.
+// The thread on which all connections live. It resolves no names, runs no logic and never waits for the
+// baton.
 #pragma once
 
 #include <chrono>

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Resolves names, each on a thread of its own: a look-up can hang for half a minute and can't be cancelled. Nobody waits for these threads, not even at the application's end: late answers are dropped.
+// Resolves names, each on a thread of its own: a look-up can hang for half a minute and can't be cancelled.
+// Nobody waits for these threads, not even at the application's end: late answers are dropped.
 #pragma once
 
 #include <deque>

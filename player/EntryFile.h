@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From an entry of a playlist to the file that it means. Playlists are written by many programs on many
-// systems and move about with their files, so every possible spelling of an entry is tried, the literal one first.
+// systems and move about with their files, so every possible spelling of an entry is tried, the literal one
+// first.
 #pragma once
 
 #include <filesystem>

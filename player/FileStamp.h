@@ -26,7 +26,8 @@ FileStamp StampOf(const struct stat& status);
 /// Empty if there is nothing at `path`. Follows links.
 std::optional<FileStamp> StampOf(const std::string& path);
 
-/// False while a further change could fall into the same tick of the file system's clock and leave the stamp unchanged: what was read with such a stamp must be read again.
+/// False while a further change could fall into the same tick of the file system's clock and leave the stamp
+/// unchanged: what was read with such a stamp must be read again.
 bool IsSettled(const FileStamp& stamp);
 
 }  // namespace sorakaze::player

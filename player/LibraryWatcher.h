@@ -22,7 +22,8 @@ namespace sorakaze::player {
 
 class LibraryWatcher {
   public:
-    /// When a stop of `ended` is requested, nothing is scanned any more and nobody waits. It must be requested before this is destroyed.
+    /// When a stop of `ended` is requested, nothing is scanned any more and nobody waits. It must be
+    /// requested before this is destroyed.
     LibraryWatcher(std::vector<std::filesystem::path> roots, PlaylistFiles& files,
                    MusicLibrary::Watching watching, std::function<MusicLibrary::Clock::time_point()> now,
                    std::stop_token ended);
@@ -30,7 +31,8 @@ class LibraryWatcher {
     LibraryWatcher(const LibraryWatcher&) = delete;
     LibraryWatcher& operator=(const LibraryWatcher&) = delete;
 
-    /// The latest catalogue. Waits for the first scan; later, after a time without calls, for a moment at most. Empty if the stop came before the first scan was done.
+    /// The latest catalogue. Waits for the first scan; later, after a time without calls, for a moment at
+    /// most. Empty if the stop came before the first scan was done.
     std::shared_ptr<const Catalogue> Current();
 
   private:

@@ -39,7 +39,8 @@ struct LocalPlayer::Impl {
         TrackEvent track;                        ///< what Started told
         std::optional<sound::Frames> fadeBegun;  ///< in frames mixed by the engine
     };
-    /// A track whose music folder is missing. It counts as playing until the folder is back or has been missing for long.
+    /// A track whose music folder is missing. It counts as playing until the folder is back or has been
+    /// missing for long.
     struct Waiting {
         TrackEvent track;
         Clock::time_point since;

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. The player scripts call it, with the runtime's baton. It knows nothing of the show.
+// The player for the user's own files: playlists, tags, and one track at a time on the mixing engine. The
+// player scripts call it, with the runtime's baton. It knows nothing of the show.
 #pragma once
 
 #include <filesystem>
@@ -34,7 +35,8 @@ class LocalPlayer {
     /// Called on the caller's thread for each event. May be empty.
     std::function<void(const TrackEvent&)> onTrack;
 
-    /// SongInfo opens its track in advance, one at a time, so that Play starts without delay. For a host that renders faster than it plays. Off at first.
+    /// SongInfo opens its track in advance, one at a time, so that Play starts without delay. For a host that
+    /// renders faster than it plays. Off at first.
     void SetReadAhead(bool on);
 
     /// The names of all playlists joined by ", ", `Library` first.
@@ -49,7 +51,8 @@ class LocalPlayer {
     std::string SongInfo(const std::string& playlist, int number);
 
     /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as
-    /// stopped; one whose whole music folder is missing counts as playing until it is back, for a quarter of an hour at most.
+    /// stopped; one whose whole music folder is missing counts as playing until it is back, for a quarter of
+    /// an hour at most.
     std::string State();
     /// Seconds played of the current track, in decimal with a point; "0" when stopped.
     std::string Position();

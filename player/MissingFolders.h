@@ -8,7 +8,8 @@
 
 namespace sorakaze::player {
 
-/// The music folders that are missing as a whole, and since when: an unmounted disk or a network that is down usually comes back. For a while a show goes on with what they held. Used by one thread at a time.
+/// The music folders that are missing as a whole, and since when: an unmounted disk or a network that is down
+/// usually comes back. For a while a show goes on with what they held. Used by one thread at a time.
 class MissingFolders {
   public:
     using Clock = std::chrono::steady_clock;

@@ -7,8 +7,8 @@
 namespace sorakaze::station {
 namespace {
 
-/// The string at the moment of the pluck: noise, as sharp as the pluck is hard, with the harmonics missing that have
-/// a node where it is plucked.
+/// The string at the moment of the pluck: noise, as sharp as the pluck is hard, with the harmonics missing
+/// that have a node where it is plucked.
 Mono Excitation(std::size_t length, const StringMaterial& material, double velocity, Random& random) {
     Mono noise(length);
     OnePole soft(500 + 11000 * material.brightness * velocity);
