@@ -34,49 +34,78 @@ bool IsOneParticle(std::u32string_view text) {
            std::u32string_view(U"はとのをにがもへでや").find(text) != std::u32string_view::npos;
 }
 
-}  // namespace
-
-std::vector<Morpheme> ApplyLexicon(std::vector<Morpheme> morphemes) {
-    std::u32string sentence;
-    std::vector<std::size_t> begins;  // of each morpheme, in characters, and the sentence's end
-    for (const Morpheme& morpheme : morphemes) {
-        begins.push_back(sentence.size());
-        sentence += morpheme.surface;
-    }
-    begins.push_back(sentence.size());
-
-    std::vector<Morpheme> result;
-    for (std::size_t at = 0; at < morphemes.size();) {
-        const auto morphemeAfter = [&](const Entry& entry) {
-            const auto end =
-                std::lower_bound(begins.begin(), begins.end(), begins[at] + entry.surface.size());
-            return static_cast<std::size_t>(end - begins.begin());
-        };
-        const auto restAfter = [&](const Entry& entry) {
-            const std::size_t end = begins[at] + entry.surface.size();
-            return std::u32string_view(sentence).substr(end, begins[morphemeAfter(entry)] - end);
-        };
-        const auto suits = [&](const Entry& entry) {
-            const std::size_t next = morphemeAfter(entry);
-            return (restAfter(entry).empty() || IsOneParticle(restAfter(entry))) &&
-                   Suits(entry, at > 0 ? &morphemes[at - 1] : nullptr,
-                         next < morphemes.size() ? &morphemes[next] : nullptr);
-        };
-        const auto entry = LongestEntry(std::u32string_view(sentence).substr(begins[at]), suits);
-        if (!entry) {
-            result.push_back(morphemes[at++]);  // a copy: the next morpheme is compared with it
-            continue;
+/// Puts entries in the place of a sentence's morphemes.
+class Replacement {
+  public:
+    explicit Replacement(const std::vector<Morpheme>& morphemes) : morphemes_(morphemes) {
+        for (const Morpheme& morpheme : morphemes) {
+            begins_.push_back(sentence_.size());
+            sentence_ += morpheme.surface;
         }
-        result.push_back({std::u32string(entry->surface),
-                          std::u32string(entry->reading),
+        begins_.push_back(sentence_.size());
+    }
+
+    std::vector<Morpheme> Morphemes() {
+        std::vector<Morpheme> result;
+        while (at_ < morphemes_.size()) {
+            if (const auto entry = EntryHere()) {
+                Add(result, *entry);
+            } else {
+                result.push_back(morphemes_[at_++]);
+            }
+        }
+        return result;
+    }
+
+  private:
+    std::size_t MorphemeAfter(const Entry& entry) const {
+        const auto end =
+            std::lower_bound(begins_.begin(), begins_.end(), begins_[at_] + entry.surface.size());
+        return static_cast<std::size_t>(end - begins_.begin());
+    }
+    /// What the last replaced morpheme holds beyond the entry.
+    std::u32string_view RestAfter(const Entry& entry) const {
+        const std::size_t end = begins_[at_] + entry.surface.size();
+        return std::u32string_view(sentence_).substr(end, begins_[MorphemeAfter(entry)] - end);
+    }
+
+    std::optional<Entry> EntryHere() const {
+        const Morpheme* before = at_ > 0 ? &morphemes_[at_ - 1] : nullptr;
+        const auto suits = [&](const Entry& entry) {
+            const std::size_t next = MorphemeAfter(entry);
+            return (RestAfter(entry).empty() || IsOneParticle(RestAfter(entry))) &&
+                   Suits(entry, before, next < morphemes_.size() ? &morphemes_[next] : nullptr);
+        };
+        const std::u32string_view text = std::u32string_view(sentence_).substr(begins_[at_]);
+        if (const auto entry = LongestEntry(LexiconEntries(), text, suits)) return entry;
+        if (!before || !IsFamilyName(before->grammar)) return {};
+        return LongestEntry(GivenNames(), text, [&](const Entry& entry) {
+            const std::size_t end = begins_[at_] + entry.surface.size();
+            return suits(entry) && (end == sentence_.size() || !IsKanji(sentence_[end]));
+        });
+    }
+
+    void Add(std::vector<Morpheme>& result, const Entry& entry) {
+        result.push_back({std::u32string(entry.surface),
+                          std::u32string(entry.reading),
                           {},
                           {U"名詞", U"固有名詞", {}, {}, {}, {}},
                           true});
-        const std::u32string rest(restAfter(*entry));
+        const std::u32string rest(RestAfter(entry));
         if (!rest.empty()) result.push_back({rest, rest, {}, {U"助詞", {}, {}, {}, {}, {}}, false});
-        at = morphemeAfter(*entry);
+        at_ = MorphemeAfter(entry);
     }
-    return result;
+
+    const std::vector<Morpheme>& morphemes_;
+    std::u32string sentence_;
+    std::vector<std::size_t> begins_;  ///< of each morpheme, in characters, and the sentence's end
+    std::size_t at_ = 0;
+};
+
+}  // namespace
+
+std::vector<Morpheme> ApplyLexicon(const std::vector<Morpheme>& morphemes) {
+    return Replacement(morphemes).Morphemes();
 }
 
 }  // namespace sorakaze::japanese

@@ -25,7 +25,8 @@ constexpr Pair kReadings[] = {
     {U"週", U"しゅう"},    {U"度", U"ど"},       {U"杯", U"はい"},     {U"回", U"かい"},
     {U"か月", U"かげつ"},  {U"カ月", U"かげつ"}, {U"ヶ月", U"かげつ"}, {U"ヵ月", U"かげつ"},
     {U"ケ月", U"かげつ"},  {U"枚", U"まい"},     {U"名", U"めい"},     {U"丁目", U"ちょうめ"},
-    {U"%", U"ぱーせんと"}, {U"個", U"こ"},       {U"匹", U"ひき"},     {U"章", U"しょう"}};
+    {U"%", U"ぱーせんと"}, {U"個", U"こ"},       {U"匹", U"ひき"},     {U"章", U"しょう"},
+    {U"里", U"り"}};
 
 /// Counters with a native reading, which count 一 and 二 as ひと and ふた and change no sound.
 constexpr Pair kNative[] = {{U"組", U"くみ"},     {U"口", U"くち"},   {U"晩", U"ばん"},   {U"筋", U"すじ"},

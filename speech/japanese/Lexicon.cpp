@@ -14,6 +14,12 @@ constexpr auto kEntries = std::to_array<Entry>({
     // clang-format on
 });
 
+constexpr auto kNames = std::to_array<Entry>({
+// clang-format off
+#include "speech/japanese/GivenNames.inc"
+    // clang-format on
+});
+
 constexpr bool Context::*kAnywhere = nullptr;
 
 struct Preference {
@@ -44,28 +50,36 @@ constexpr bool BySurface(const Entry& a, const Entry& b) {
     return a.surface < b.surface;
 }
 
-/// Sorted at compile time, so that the list can be ordered by subject.
-constexpr auto kSorted = [] {
-    auto entries = kEntries;
+/// At compile time, so that the lists can be ordered by subject.
+constexpr auto Sorted(auto entries) {
     std::sort(entries.begin(), entries.end(), BySurface);
     return entries;
-}();
+}
+constexpr auto kSortedEntries = Sorted(kEntries);
+constexpr auto kSortedNames = Sorted(kNames);
 
-static_assert(std::adjacent_find(kSorted.begin(), kSorted.end(), [](const Entry& a, const Entry& b) {
-                  return a.surface == b.surface;
-              }) == kSorted.end());
+constexpr bool HasDoubles(std::span<const Entry> sorted) {
+    return std::adjacent_find(sorted.begin(), sorted.end(), [](const Entry& a, const Entry& b) {
+               return a.surface == b.surface;
+           }) != sorted.end();
+}
+static_assert(!HasDoubles(kSortedEntries) && !HasDoubles(kSortedNames));
 
 }  // namespace
 
 std::span<const Entry> LexiconEntries() {
-    return kSorted;
+    return kSortedEntries;
 }
 
-std::optional<Entry> LongestEntry(std::u32string_view text, const std::function<bool(const Entry&)>& suits) {
+std::span<const Entry> GivenNames() {
+    return kSortedNames;
+}
+
+std::optional<Entry> LongestEntry(std::span<const Entry> entries, std::u32string_view text,
+                                  const std::function<bool(const Entry&)>& suits) {
     std::optional<Entry> longest;
-    const auto* entry =
-        std::lower_bound(kSorted.begin(), kSorted.end(), Entry{text.substr(0, 1), {}}, BySurface);
-    for (; entry != kSorted.end() && entry->surface.front() == text.front(); ++entry) {
+    auto entry = std::lower_bound(entries.begin(), entries.end(), Entry{text.substr(0, 1), {}}, BySurface);
+    for (; entry != entries.end() && entry->surface.front() == text.front(); ++entry) {
         const bool isLonger = !longest || entry->surface.size() > longest->surface.size();
         if (isLonger && text.starts_with(entry->surface) && suits(*entry)) longest = *entry;
     }

@@ -22,8 +22,12 @@ struct Entry {
 /// All entries, sorted by their surfaces.
 std::span<const Entry> LexiconEntries();
 
-/// The longest entry that `text` starts with and that `suits` accepts.
-std::optional<Entry> LongestEntry(std::u32string_view text, const std::function<bool(const Entry&)>& suits);
+/// The given names that count after a family name only, sorted.
+std::span<const Entry> GivenNames();
+
+/// The longest of `entries` that `text` starts with and that `suits` accepts.
+std::optional<Entry> LongestEntry(std::span<const Entry> entries, std::u32string_view text,
+                                  const std::function<bool(const Entry&)>& suits);
 
 /// What a word is next to.
 struct Context {

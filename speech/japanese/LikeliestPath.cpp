@@ -40,6 +40,8 @@ long ExtraCost(const MeCab::Node& left, const MeCab::Node& right, const Feature&
         if (IsGivenName(after) && IsOneKanji(left) && IsOneKanji(right)) cost += 3000;
     }
     if (IsGivenName(after) && IsCommonNoun(before)) cost += 3000;
+    if (IsGivenName(after) && left.stat == MECAB_BOS_NODE) cost += 2000;
+    if (IsGivenName(before) && IsCommonNoun(after)) cost += 1500;
     // A stem that waits for its た or て.
     if (before[kReading].ends_with("ッ") &&
         (atEnd || (after[0] != "助詞" && after[0] != "助動詞" && after[0] != "動詞")))

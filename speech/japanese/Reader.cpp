@@ -141,7 +141,7 @@ std::vector<Morpheme> Reader::Morphemes(std::u32string_view sentence, Start star
     std::vector<Morpheme> morphemes = dictionary_.Segment(WithWideDigits(sentence), start);
     if (const auto repeated = WithoutRepetitions(morphemes))
         morphemes = dictionary_.Segment(*repeated, start);
-    if (lexicon_ == UseLexicon::Yes) morphemes = ApplyLexicon(std::move(morphemes));
+    if (lexicon_ == UseLexicon::Yes) morphemes = ApplyLexicon(morphemes);
     std::size_t at = 0;
     for (Morpheme& morpheme : morphemes) {
         if (IsDigit(morpheme.surface.front()))

@@ -45,6 +45,11 @@ TEST(JapaneseTextTest, IsPronouncedAsAnAnnouncerWould) {
          "ゼロゼロナナ."},
         {"１９９９年、ＡＢＣ、ﾋﾞｰﾄﾙｽﾞ、ﾊﾟﾊﾟ",
          "センキューヒャクキュージューキューネン,<ABC>,ビートルズ,パパ."},
+        {"12:30:45、1,2", "ジューニジ サンジュップン,ヨンジューゴ,イチ,ニ."},
+        {"Perfumeは「夢」へ", "<Perfume>ワ-ユメ-エ."},
+        {"宇多田ヒカルと米津玄師", "ウタダ ヒカルト ヨネヅ ケンシ."},
+        {"ごおく、五億、井上陽水", "ゴオク,ゴオク,イノウエ ヨースイ."},
+        {"微笑みの波音", "ホホエミノ ナミオト."},
         {"😀…♪「」--", ""},
     };
     for (const auto& [text, expected] : kCases) EXPECT_EQ(Spoken(text), expected) << text;
@@ -59,8 +64,30 @@ TEST(JapaneseTextTest, KanaHaveTheEnginesPhonemes) {
     for (const auto& [kana, expected] : kCases) EXPECT_EQ(KanaPhonemes(kana), expected) << kana;
 }
 
-/// No voice for it can be counted on, so that a script stands in for the program: it notes how it was called
-/// and hands out a sound.
+/// Both programs, with a folder `ipadic` next to them: a broken one is reported and the machine's is used.
+TEST(DictionaryFolderTest, IsLookedForNextToTheProgram) {
+    test::TemporaryFolder folder;
+    const fs::path ipadic = folder / "ipadic";
+    for (const auto& [program, words] : {std::pair(KOTOERI_PROGRAM, "SayKotoeri -o 夢"),
+                                         std::pair(SAY_PROGRAM, "say -v Kyoko 夢 -o speech.aiff")}) {
+        fs::copy_file(program, folder / fs::path(program).filename());
+        const auto errors = [&] {
+            const std::string line =
+                "cd '" + folder.Path().string() + "' && PATH=\"$PWD\" && " + words + " 2>errors >/dev/null";
+            EXPECT_EQ(std::system(line.c_str()), 0) << line;
+            return test::ReadBytes(folder / "errors");
+        };
+        fs::create_directory(ipadic);
+        EXPECT_THAT(errors(), testing::HasSubstr("no IPA dictionary in UTF-8 in "));
+        fs::remove(ipadic);
+        fs::create_directory_symlink("/var/lib/mecab/dic/ipadic-utf8", ipadic);
+        EXPECT_EQ(errors(), "");
+        fs::remove(ipadic);
+    }
+}
+
+/// No voice for it can be expected on the machine, so that a script replaces the program: it notes how it was
+/// called and returns a sound.
 struct OpenJTalkTest : testing::Test {
     OpenJTalkTest() {
         MakeProgram("cp '" + (folder / "tone.wav").string() + "' \"$6\"");
@@ -80,7 +107,7 @@ struct OpenJTalkTest : testing::Test {
     OpenJTalkPlaces places{folder / "bin/open_jtalk", folder / "dictionary", folder / "voices"};
 };
 
-TEST_F(OpenJTalkTest, IsChosenWhereAllPartsStand) {
+TEST_F(OpenJTalkTest, IsChosenIfAllPartsAreThere) {
     EXPECT_FALSE(FindOpenJTalk(places, "kyoko", 1));
     folder.Write("voices/nitech/nitech_jp_atr503_m001.htsvoice", "");
     EXPECT_EQ(FindOpenJTalk(places, "otoya", 1)->halftones, 0);
