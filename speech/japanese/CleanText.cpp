@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "base/Utf8.h"
-#include "base/unicode/Normalization.h"
 #include "speech/japanese/Characters.h"
 
 namespace sorakaze::japanese {
@@ -46,21 +44,6 @@ std::u32string WithoutInvisible(std::u32string_view text) {
     return result;
 }
 
-/// Composes the text; stray bytes stay as they are.
-std::u32string ComposedAround(std::u32string_view text) {
-    std::u32string result;
-    while (!text.empty()) {
-        const auto isStray = [](char32_t code) { return code >= utf8::kStray; };
-        const auto end = std::find_if(text.begin(), text.end(), isStray);
-        const auto size = static_cast<std::size_t>(end - text.begin());
-        // Canonical composition only: the K forms would turn ㈱ into a word in brackets and ① into a digit.
-        result += unicode::Normalized(text.substr(0, size), unicode::NormalForm::Nfc);
-        text.remove_prefix(size);
-        for (; !text.empty() && isStray(text.front()); text.remove_prefix(1)) result += text.front();
-    }
-    return result;
-}
-
 /// U+FF61 to U+FF9F in full width.
 constexpr std::u32string_view kFromHalfWidth =
     U"。「」、・ヲァィゥェォャュョッーアイウエオカキクケコサシスセソタチツテト"
@@ -75,18 +58,52 @@ char32_t FullWidth(char32_t code) {
     return code;
 }
 
-/// Old and new form, for kanji whose old form the dictionary has nowhere or almost nowhere.
+/// Old and new form of kanji whose old form the dictionary hardly has, and of compatibility characters.
 constexpr std::u32string_view kOldForms =
     U"髙﨑德濵瀨黑淸靑戀戰聲舊變峽廳歸彥顏强臺灣續總惡淚戲觸𠮷桒栁緖薰步每緣靈凜堯驒鷗鷄"
-    U"噓摑剝頰瘦繫蟬麵醬焰啞囊潑屢簞蠟氣會來亞樂寶驛團獨";
+    U"噓摑剝頰瘦繫蟬麵醬焰啞囊潑屢簞蠟氣會來亞樂寶驛團獨"
+    U"\uFA10\uFA12\uFA15\uFA16\uFA17\uFA18\uFA19\uFA1A\uFA1B\uFA1C\uFA1D\uFA1E\uFA20\uFA22\uFA25\uFA26"
+    U"\uFA2A\uFA2B\uFA2C\uFA2D\uFA2E\uFA2F\uFA30\uFA31\uFA32\uFA33\uFA34\uFA35\uFA36\uFA37\uFA38\uFA39"
+    U"\uFA3A\uFA3B\uFA3C\uFA3D\uFA3E\uFA3F\uFA40\uFA41\uFA42\uFA43\uFA44\uFA45\uFA46\uFA47\uFA48\uFA49"
+    U"\uFA4A\uFA4B\uFA4C\uFA4D\uFA4E\uFA4F\uFA50\uFA51\uFA52\uFA53\uFA54\uFA55\uFA56\uFA57\uFA58\uFA59"
+    U"\uFA5A\uFA5B\uFA5C\uFA5D\uFA5E\uFA5F\uFA60\uFA61\uFA62\uFA63\uFA64\uFA65\uFA66\uFA67\uFA68\uFA69"
+    U"\uFA6A\uFA6B\uFA6C\uFA6D";
 constexpr std::u32string_view kNewForms =
     U"高崎徳浜瀬黒清青恋戦声旧変峡庁帰彦顔強台湾続総悪涙戯触吉桑柳緒薫歩毎縁霊凛尭騨鴎鶏"
-    U"嘘掴剥頬痩繋蝉麺醤焔唖嚢溌屡箪蝋気会来亜楽宝駅団独";
+    U"嘘掴剥頬痩繋蝉麺醤焔唖嚢溌屡箪蝋気会来亜楽宝駅団独"
+    U"塚晴凞猪益礼神祥福靖精羽蘒諸逸都飯飼館鶴郞隷侮僧免勉勤卑喝嘆器塀"
+    U"墨層屮悔慨憎懲敏既暑梅海渚漢煮爫琢碑社祉祈祐祖祝禍禎穀突節練縉繁"
+    U"署者臭艹艹著褐視謁謹賓贈辶逸難響頻恵𤋮舘";
 static_assert(kOldForms.size() == kNewForms.size());
 
 char32_t NewForm(char32_t code) {
     const std::size_t at = IsKanji(code) ? kOldForms.find(code) : std::u32string_view::npos;
     return at == std::u32string_view::npos ? code : kNewForms[at];
+}
+
+constexpr std::u32string_view kPlainKana = U"うかきくけこさしすせそたちつてとはひふへほ";
+constexpr std::u32string_view kVoicedKana = U"ゔがぎぐげござじずぜぞだぢづでどばびぶべぼ";
+constexpr std::u32string_view kHalfVoicedKana = U"ぱぴぷぺぽ";
+constexpr char32_t kToKatakana = U'ア' - U'あ';
+
+/// The kana with a voicing mark; 0 if there is none.
+char32_t WithMark(char32_t kana, char32_t mark) {
+    if (mark == kVoiced && kana >= U'ワ' && kana <= U'ヲ') return kana - U'ワ' + U'ヷ';
+    const char32_t shift = IsKatakana(kana) ? kToKatakana : 0;
+    const std::size_t at = kPlainKana.find(kana - shift);
+    if (at == std::u32string_view::npos) return 0;
+    if (mark == kVoiced) return kVoicedKana[at] + shift;
+    const std::size_t firstOfH = kPlainKana.size() - kHalfVoicedKana.size();
+    return at < firstOfH ? 0 : kHalfVoicedKana[at - firstOfH] + shift;
+}
+
+char32_t WithoutMark(char32_t kana) {
+    const char32_t shift = IsKatakana(kana) ? kToKatakana : 0;
+    if (const auto at = kVoicedKana.find(kana - shift); at != std::u32string_view::npos)
+        return kPlainKana[at] + shift;
+    if (const auto at = kHalfVoicedKana.find(kana - shift); at != std::u32string_view::npos)
+        return kPlainKana[kPlainKana.size() - kHalfVoicedKana.size() + at] + shift;
+    return kana;
 }
 
 /// ヷ to ヺ are no longer written.
@@ -103,11 +120,11 @@ void Append(std::u32string& result, char32_t code) {
 
 std::u32string CleanText(std::u32string_view text) {
     std::u32string result;
-    for (const char32_t original : ComposedAround(WithoutInvisible(text))) {
+    for (const char32_t original : WithoutInvisible(text)) {
         const char32_t code = NewForm(FullWidth(original));
         const char32_t before = result.empty() ? U'\0' : result.back();
         if (code == kVoiced || code == kHalfVoiced) {
-            const char32_t pair = unicode::ComposedPair(before, code);
+            const char32_t pair = WithMark(before, code);
             if (pair != 0) {
                 result.pop_back();
                 Append(result, pair);
@@ -117,9 +134,9 @@ std::u32string CleanText(std::u32string_view text) {
                 result += original == code ? code : apart;
             }
         } else if ((code == U'ゝ' || code == U'ヽ') && IsKana(before)) {
-            result += unicode::WithoutMark(before);
+            result += WithoutMark(before);
         } else if ((code == U'ゞ' || code == U'ヾ') && IsKana(before)) {
-            const char32_t voiced = unicode::ComposedPair(unicode::WithoutMark(before), kVoiced);
+            const char32_t voiced = WithMark(WithoutMark(before), kVoiced);
             Append(result, voiced != 0 ? voiced : before);
         } else {
             Append(result, code);

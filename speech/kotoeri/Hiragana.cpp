@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "base/Utf8.h"
+#include "base/unicode/Normalization.h"
 #include "speech/japanese/Characters.h"
 #include "speech/japanese/CleanText.h"
 
@@ -93,6 +95,25 @@ std::u32string_view WithoutFinalStop(std::u32string_view word) {
     return word;
 }
 
+/// The text in composed characters: file names have accents and voicing marks apart. Stray bytes stay. The K
+/// forms would turn ㈱ into a word in brackets and ① into a digit.
+std::u32string Composed(std::u32string_view text) {
+    std::u32string result;
+    const auto isStray = [](char32_t code) { return code >= utf8::kStray; };
+    while (!text.empty()) {
+        const auto end = std::find_if(text.begin(), text.end(), isStray);
+        const auto size = static_cast<std::size_t>(end - text.begin());
+        result += unicode::Normalized(text.substr(0, size), unicode::NormalForm::Nfc);
+        text.remove_prefix(size);
+        for (; !text.empty() && isStray(text.front()); text.remove_prefix(1)) result += text.front();
+    }
+    return result;
+}
+
+std::u32string Cleaned(std::string_view bytes) {
+    return CleanText(Composed(Decode(bytes)));
+}
+
 /// The words of a sentence in hiragana.
 std::vector<std::u32string> Words(const Reader& reader, std::u32string_view sentence) {
     std::vector<std::u32string> words;
@@ -121,7 +142,7 @@ void AddSentence(Line& line, const Reader& reader, std::u32string_view sentence)
 }  // namespace
 
 std::string InHiragana(const Reader& reader, std::string_view bytes) {
-    const std::u32string text = CleanText(Decode(bytes));
+    const std::u32string text = Cleaned(bytes);
     Line line;
     for (std::u32string_view rest = text; !rest.empty();) {
         std::size_t size = SentenceLength(rest);
@@ -141,7 +162,7 @@ std::string InHiragana(const Reader& reader, std::string_view bytes) {
 }
 
 std::string InHiraganaWithoutDictionary(std::string_view text) {
-    return Encode(ToHiragana(CleanText(Decode(text))));
+    return Encode(ToHiragana(Cleaned(text)));
 }
 
 }  // namespace sorakaze::kotoeri

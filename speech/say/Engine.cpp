@@ -14,8 +14,8 @@
 
 #include "base/BlockedSignals.h"
 
-// The engine makes a connection to a sound device at its start, even where it only hands out samples. It asks
-// this function for one, and the program's own stands before the sound library's: there is no device, no
+// The engine connects to a sound device when it starts, even if it only returns samples. It calls this
+// function for that, and the program's definition precedes the sound library's: there is no device, no
 // connection to a sound server and no shared memory for one.
 struct audio_object;
 extern "C" audio_object* create_audio_device_object(const char* /*device*/, const char* /*application*/,
@@ -27,31 +27,30 @@ namespace sorakaze::speech {
 namespace {
 
 constexpr int kBufferMilliseconds = 200;
-/// Some variants run into the engine's own full scale at its usual 100; the leveller makes up for what is
-/// taken off.
+/// Some variants clip at the engine's usual 100. The leveller compensates for the difference.
 constexpr int kVolume = 55;
 constexpr const char* kDefaultLanguage = "gmw/en-US";
 constexpr const char* kJapanese = "jpx/ja";
 
-/// The one speech under way. The engine hands out samples through a plain function.
+/// The current speech, for the plain function to which the engine passes samples.
 struct Speech {
     const Engine::Sink* sink;
     std::exception_ptr failure;
     std::size_t passed = 0;  ///< samples
 
-    /// Each word in the block begins a piece of its own.
+    /// Divides the block where words start.
     void Pass(std::span<const std::int16_t> samples, const espeak_EVENT* events) {
         std::size_t at = 0;
-        Place place = Place::Within;
+        BlockStart start = BlockStart::WithinWord;
         for (; events->type != espeakEVENT_LIST_TERMINATED; ++events) {
             if (events->type != espeakEVENT_WORD) continue;
             const auto begin = static_cast<std::size_t>(std::max(events->sample, 0));
             const std::size_t word = std::clamp(begin, passed + at, passed + samples.size()) - passed;
-            if (word > at) (*sink)(samples.subspan(at, word - at), place);
-            place = Place::Word;
+            if (word > at) (*sink)(samples.subspan(at, word - at), start);
+            start = BlockStart::Word;
             at = word;
         }
-        if (at < samples.size()) (*sink)(samples.subspan(at), place);
+        if (at < samples.size()) (*sink)(samples.subspan(at), start);
         passed += samples.size();
     }
 };
@@ -68,7 +67,7 @@ int TakeSamples(short* samples, int count, espeak_EVENT* events) {
     }
 }
 
-/// The engine's own voice that goes by this name: its title, one of its language codes, or its file.
+/// The engine's voice of this name: its title, one of its language codes, or its file.
 std::optional<std::string> FindEngineVoice(const std::string& folded) {
     for (const espeak_VOICE** voice = espeak_ListVoices(nullptr); *voice; ++voice) {
         const std::string file = (*voice)->identifier;
@@ -98,8 +97,8 @@ std::optional<std::string> FindVariant(const std::string& folded) {
     return {};
 }
 
-/// Beside the engine's library or, where the system keeps it apart, in a place of its own; empty where there
-/// is none.
+/// Next to the engine's library or in the system's other folders for it; empty if there is
+/// none.
 std::string DataFolder() {
     namespace fs = std::filesystem;
     std::error_code failure;
@@ -138,12 +137,12 @@ std::optional<VoiceLook> FindVoice(const std::string& name) {
 }  // namespace
 
 Engine::Engine() {
-    // Not looked for by the engine, which would take the user's home and the environment before the system's.
+    // The engine would search the user's home and the environment before the system's folder.
     const std::string data = DataFolder();
     if (data.empty()) throw std::runtime_error("the speech engine's data is missing; install espeak-ng-data");
     espeak_ng_InitializePath(data.c_str());
     espeak_ng_ERROR_CONTEXT context = nullptr;
-    // The engine starts a thread, which is not to take a signal that the main thread lets wait.
+    // The engine starts a thread, which must not receive a signal that the main thread blocks.
     const BlockedSignals held;
     const bool started =
         espeak_ng_Initialize(&context) == ENS_OK &&
@@ -192,7 +191,7 @@ void Engine::Use(const std::string& voice) {
 void Engine::Speak(const std::string& text, const Sink& sink, Reading reading) {
     Use(reading == Reading::English ? kDefaultLanguage : look_.voice);
     Speech speech{&sink, nullptr, 0};
-    // No markup: a text is read as it stands.
+    // No markup: a text is read literally.
     const unsigned flags = espeakCHARS_UTF8 | (reading == Reading::Phonemes ? espeakPHONEMES : 0);
     const auto status =
         espeak_ng_Synthesize(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0, flags, nullptr, &speech);

@@ -16,8 +16,8 @@ namespace sorakaze::speech {
 /// device, no home folder. Errors are std::runtime_error with one line for the user.
 class Engine {
   public:
-    /// Takes a block of raw mono samples. A word begins a block of its own where the engine tells of it.
-    using Sink = std::function<void(std::span<const std::int16_t>, Place)>;
+    /// Takes a block of raw mono samples. Words for which the engine reports the start begin a block.
+    using Sink = std::function<void(std::span<const std::int16_t>, BlockStart)>;
 
     Engine();
     ~Engine();
@@ -26,19 +26,19 @@ class Engine {
 
     int SampleRate() const;
 
-    /// Chooses the voice that `name` stands for: a first name, a voice, language or variant of the engine's
-    /// own, or one of the former and a variant joined by "+". A `speed` of 2 halves the time that it takes.
+    /// Chooses a voice by its name: a first name, a voice, language or variant of the engine, or one of the
+    /// former and a variant joined by "+". A `speed` of 2 halves the time that it takes.
     void Choose(const std::string& name, double speed = 1);
-    /// Whether the chosen voice is one that SpeakJapanese is for.
+    /// Whether SpeakJapanese is for the chosen voice.
     bool IsJapanese() const;
 
     enum class Reading {
-        Text,      ///< as it stands
-        Phonemes,  ///< the engine's codes, where they stand in double brackets
-        English,   ///< as it stands, by an English speaker with the chosen voice's pitch and timbre
+        Text,      ///< literally
+        Phonemes,  ///< the engine's codes in double brackets
+        English,   ///< literally, by an English speaker with the chosen voice's pitch and timbre
     };
-    /// Speaks a text (as SpokenText gives it) into the sink and returns when all is spoken. What the sink
-    /// throws is thrown here.
+    /// Speaks a text that SpokenText returned into the sink and returns when all is spoken. Passes on what
+    /// the sink throws.
     void Speak(const std::string& text, const Sink& sink, Reading reading = Reading::Text);
 
   private:
@@ -46,7 +46,7 @@ class Engine {
 
     VoiceLook look_;
     double speed_ = 1;
-    std::string used_;  ///< the voice that the engine stands at
+    std::string used_;  ///< the voice that the engine has now
 };
 
 }  // namespace sorakaze::speech

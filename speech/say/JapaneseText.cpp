@@ -186,7 +186,7 @@ std::string OrdinaryForms(std::string_view text) {
     return Encode(CleanText(ordinary));
 }
 
-std::vector<SpokenClause> FindClauses(const Reader& reader, std::string_view text) {
+std::vector<SpokenClause> SpokenClauses(const Reader& reader, std::string_view text) {
     const std::u32string characters = Decode(text);
     return Speech(reader, characters).Clauses();
 }

@@ -11,7 +11,7 @@
 
 namespace sorakaze::speech {
 
-/// A stretch without a pause, in one language.
+/// A chunk without a pause, in one language.
 struct SpokenPart {
     enum class Language { Japanese, Latin };
     Language language = Language::Japanese;
@@ -29,6 +29,6 @@ struct SpokenClause {
 std::string OrdinaryForms(std::string_view text);
 
 /// What is said of a text that SpokenText and OrdinaryForms returned. What has no sound is left out.
-std::vector<SpokenClause> FindClauses(const japanese::Reader& reader, std::string_view text);
+std::vector<SpokenClause> SpokenClauses(const japanese::Reader& reader, std::string_view text);
 
 }  // namespace sorakaze::speech

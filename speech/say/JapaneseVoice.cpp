@@ -16,7 +16,7 @@ namespace {
 /// Below this a raw sample counts as silence.
 constexpr int kSilence = 60;
 
-/// The engine parts longer ones by itself, wherever it likes.
+/// The engine divides longer texts itself, at any point.
 constexpr std::size_t kLongestCall = 400;
 
 double PauseSeconds(SpokenClause::End end) {
@@ -32,7 +32,7 @@ double PauseSeconds(SpokenClause::End end) {
     return 0;
 }
 
-/// Of a phrase, in bytes of katakana: the engine writes longer words beyond its own memory.
+/// Of a phrase, in bytes of katakana: the engine overruns its buffer with longer words.
 constexpr std::size_t kLongestPhrase = std::size_t{3} * 40;
 
 /// Up to the blank after the phrase, or up to a mora's end in one that is too long.
@@ -64,7 +64,7 @@ const char* EndMark(SpokenClause::End end) {
     return "";
 }
 
-/// The engine's own pauses are taken off: the marks of the text say how long they are.
+/// The engine's own pauses are removed: the marks of the text determine how long they are.
 class Speaker {
   public:
     Speaker(Engine& engine, double speed, const Engine::Sink& sink)
@@ -105,8 +105,8 @@ class Speaker {
         words_.clear();
         engine_.Speak(
             text,
-            [&](std::span<const std::int16_t> samples, Place place) {
-                if (place == Place::Word) words_.push_back(samples_.size());
+            [&](std::span<const std::int16_t> samples, BlockStart start) {
+                if (start == BlockStart::Word) words_.push_back(samples_.size());
                 samples_.insert(samples_.end(), samples.begin(), samples.end());
             },
             reading);
@@ -122,22 +122,22 @@ class Speaker {
     void Pass(std::size_t begin, std::size_t end) {
         for (const std::size_t word : words_) {
             if (word <= begin || word >= end) continue;
-            sink_(std::span(samples_).subspan(begin, word - begin), Place::Word);
+            sink_(std::span(samples_).subspan(begin, word - begin), BlockStart::Word);
             begin = word;
         }
-        sink_(std::span(samples_).subspan(begin, end - begin), Place::Word);
+        sink_(std::span(samples_).subspan(begin, end - begin), BlockStart::Word);
     }
 
     void Pause(double seconds) {
         samples_.assign(static_cast<std::size_t>(seconds / speed_ * engine_.SampleRate()), 0);
-        sink_(samples_, Place::Word);
+        sink_(samples_, BlockStart::Word);
     }
 
     Engine& engine_;
     const double speed_;
     const Engine::Sink& sink_;
     std::vector<std::int16_t> samples_;
-    std::vector<std::size_t> words_;  ///< where they begin in samples_
+    std::vector<std::size_t> words_;  ///< where they start in samples_
 };
 
 }  // namespace
@@ -145,7 +145,7 @@ class Speaker {
 void SpeakJapanese(Engine& engine, const japanese::Reader& reader, std::string_view text, double speed,
                    const Engine::Sink& sink) {
     Speaker speaker(engine, speed, sink);
-    for (const SpokenClause& clause : FindClauses(reader, text)) speaker.Speak(clause);
+    for (const SpokenClause& clause : SpokenClauses(reader, text)) speaker.Speak(clause);
 }
 
 }  // namespace sorakaze::speech

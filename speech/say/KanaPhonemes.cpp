@@ -16,7 +16,7 @@ struct Kana {
     std::string_view vowel;
 };
 
-/// Longer ones first among those that begin alike: the first that fits is taken.
+/// The first that matches is taken, so longer ones precede those that they start with.
 constexpr Kana kTable[] = {
     // With a small vowel
     {"イェ", "j", "e"},
@@ -129,7 +129,7 @@ constexpr Kana kTable[] = {
     {"ヱ", "", "e"},
     {"ヲ", "", "o"},
     {"ヴ", "v", "u"},
-    // Small ones that belong to nothing
+    // Small ones by themselves
     {"ァ", "", "a"},
     {"ィ", "", "i"},
     {"ゥ", "", "u"},
@@ -141,7 +141,7 @@ constexpr Kana kTable[] = {
     {"ヮ", "w", "a"},
     {"ヵ", "k", "a"},
     {"ヶ", "k", "a"},
-    // The three that wait for what follows or precedes
+    // Those that depend on the neighbouring sounds
     {"ン", "N", ""},
     {"ッ", "?", ""},
     {"ー", ":", ""},
@@ -152,7 +152,7 @@ struct Mora {
     std::string vowel;  ///< empty for the nasal, the stop and the lengthening
 };
 
-/// Takes one kana off the front; empty where something else stands there, which is dropped.
+/// Removes one kana from the front. Anything else is dropped, and nothing is returned.
 std::optional<Kana> TakeKana(std::string_view& text) {
     const auto* found = std::find_if(std::begin(kTable), std::end(kTable),
                                      [&](const Kana& row) { return text.starts_with(row.kana); });
@@ -196,7 +196,7 @@ std::vector<Mora> FindMorae(std::string_view katakana) {
     return morae;
 }
 
-/// The nasal takes the place of the consonant behind it.
+/// The nasal is articulated where the next consonant is.
 std::string_view NasalBefore(std::string_view consonant) {
     if (consonant.empty()) return "N\\";
     switch (consonant.front()) {
@@ -219,7 +219,7 @@ std::string_view NasalBefore(std::string_view consonant) {
     }
 }
 
-/// The stop is the first half of the consonant behind it.
+/// The stop is the first half of the next consonant.
 std::string_view StopBefore(std::string_view consonant) {
     if (consonant.starts_with("s\\")) return "s\\";
     if (consonant.starts_with("p\\")) return "p\\";

@@ -7,9 +7,9 @@
 
 namespace sorakaze::speech {
 
-/// One word in katakana, as it is spoken, in the engine's phoneme codes for Japanese; its own rules for kana
-/// lack many syllables. The pitch rises on the second mora. Characters that are no katakana are left out;
-/// empty when nothing is left.
+/// A word in katakana, as it is spoken, in the engine's phoneme codes for Japanese; the engine's own rules
+/// for kana lack many syllables. The pitch rises on the second mora. Other characters are left out; empty if
+/// nothing is left.
 std::string KanaPhonemes(std::string_view katakana);
 
 }  // namespace sorakaze::speech

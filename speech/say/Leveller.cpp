@@ -9,16 +9,16 @@
 namespace sorakaze::speech {
 namespace {
 
-/// Root mean square of the spoken parts (pauses don't count) that every voice is brought to: -17 dBFS.
+/// Root mean square that every voice gets, without its pauses: -17 dBFS.
 constexpr double kTarget = 0.1413;
 /// Highest peak: -1 dBFS.
 constexpr float kCeiling = 0.8913F;
 /// Quieter than this (-50 dBFS) counts as silence.
 constexpr float kSilence = 0.00316F;
-/// No voice is raised by more than this: it would be noise.
+/// No voice is raised by more than this, which would be noise.
 constexpr double kHighestGain = 16;
 
-/// The gain is taken from so much of the beginning: a whole sentence or two, and a bound on memory.
+/// The gain is computed from this much of the start: a whole sentence or two, and a bound on memory.
 constexpr double kMeasuredSeconds = 20;
 constexpr double kMeasuringBlockSeconds = 0.03;
 /// Blocks this far (-30 dB) below the loudest are pauses.
@@ -26,7 +26,7 @@ constexpr double kPauseRatio = 0.0316;
 
 constexpr double kLeadSeconds = 0.06;
 constexpr double kRunUpSeconds =
-    0.02;  ///< of real sound before the first loud sample: soft consonants live there
+    0.02;  ///< of real sound before the first loud sample: soft consonants are there
 constexpr double kTailSeconds = 0.12;
 constexpr double kTailFadeSeconds = 0.04;
 constexpr double kLongestPauseSeconds = 1.5;

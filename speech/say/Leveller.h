@@ -22,7 +22,7 @@ class Leveller {
 
     void Write(std::span<const std::int16_t> raw);
 
-    /// Passes on what is held back. Speech without a sound comes out as a short silence.
+    /// Passes on what was held back. Speech without a sound becomes a short silence.
     void Finish();
 
   private:
@@ -33,8 +33,7 @@ class Leveller {
         double b0, b1, b2, a1, a2, z1 = 0, z2 = 0;
     };
 
-    /// Look-ahead limiter: the gain is down before the peak arrives and comes back slowly, so that it isn't
-    /// heard.
+    /// Look-ahead limiter: the gain is reduced before the peak and restored slowly, so that it isn't heard.
     class Limiter {
       public:
         explicit Limiter(int sampleRate);
@@ -68,13 +67,12 @@ class Leveller {
     Sink sink_;
     HighPass highPass_;
     Limiter limiter_;
-    std::vector<float> measured_;  ///< the beginning, until the gain is known
+    std::vector<float> measured_;  ///< the start, until the gain is known
     bool gainKnown_ = false;
     float gain_ = 1;
-    int settling_;           ///< samples that the limiter still owes before its first real one
-    bool sounding_ = false;  ///< the first sound has been met
-    std::deque<float>
-        silence_;  ///< before the first sound the run-up, after it the silence since the last one
+    int settling_;               ///< samples until the limiter's first real one
+    bool sounding_ = false;      ///< the first sound has been found
+    std::deque<float> silence_;  ///< up to the first sound, or since the last one
     std::vector<std::int16_t> block_;
 };
 

@@ -20,7 +20,7 @@ std::size_t Samples(double seconds, int sampleRate) {
 
 }  // namespace
 
-std::string_view SpeakableBeginning(std::string_view text) {
+std::string_view SpeakablePrefix(std::string_view text) {
     if (text.size() <= kMostBytes) return text;
     const std::string_view most = text.substr(0, kMostBytes);
     if (const auto blank = most.rfind(' '); blank != most.npos && blank > kMostBytes / 2)
@@ -37,9 +37,9 @@ SpeechCutter::SpeechCutter(int sampleRate, Sink sink)
       latest_(Samples(kLongestSeconds - kFadeSeconds, sampleRate)),
       pause_(Samples(kPauseSeconds, sampleRate)) {}
 
-/// How many of the samples come before the fade, all of them while it hasn't begun.
-std::size_t SpeechCutter::WholeLength(std::span<const std::int16_t> samples, Place place) {
-    if (!fading_.empty() || (place == Place::Word && written_ >= earliest_)) return 0;
+/// How many of the samples are before the fade.
+std::size_t SpeechCutter::WholeLength(std::span<const std::int16_t> samples, BlockStart start) {
+    if (!fading_.empty() || (start == BlockStart::Word && written_ >= earliest_)) return 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         quiet_ = std::abs(int{samples[i]}) < kSilence ? quiet_ + 1 : 0;
         const std::size_t at = written_ + i;
@@ -48,8 +48,8 @@ std::size_t SpeechCutter::WholeLength(std::span<const std::int16_t> samples, Pla
     return samples.size();
 }
 
-void SpeechCutter::Write(std::span<const std::int16_t> samples, Place place) {
-    const std::size_t whole = WholeLength(samples, place);
+void SpeechCutter::Write(std::span<const std::int16_t> samples, BlockStart start) {
+    const std::size_t whole = WholeLength(samples, start);
     if (whole > 0) sink_(samples.first(whole));
     written_ += whole;
     for (const std::int16_t sample : samples.subspan(whole)) {

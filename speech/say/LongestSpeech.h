@@ -13,19 +13,19 @@
 
 namespace sorakaze::speech {
 
-/// The beginning of a text that is far too long, up to the end of a word where there is one: more than the
-/// fastest voice speaks in the longest time, and no more than takes a few seconds to make. A text of ordinary
-/// length comes back whole.
-std::string_view SpeakableBeginning(std::string_view text);
+/// The first part of a text that is far too long, up to the end of a word if possible: more than the fastest
+/// voice speaks in the longest time, and no more than takes a few seconds to make. Returns a text of ordinary
+/// length whole.
+std::string_view SpeakablePrefix(std::string_view text);
 
-/// Where in the flow of speech a block of samples begins.
-enum class Place { Word, Within };
+/// Whether a block of samples starts with a word.
+enum class BlockStart { Word, WithinWord };
 
-/// Thrown by SpeechCutter when the time is up.
+/// Thrown by SpeechCutter when the time is over.
 struct SpeechCut {};
 
-/// Passes samples on up to the longest time. Its last seconds end with the first word or pause that ends in
-/// them, or where the time does, in a short fade.
+/// Passes samples on up to the longest time. Speech that is longer ends with a short fade at the end of a
+/// word or at a pause in the last seconds, or when the time is over.
 class SpeechCutter {
   public:
     static constexpr double kLongestSeconds = 120;
@@ -34,14 +34,14 @@ class SpeechCutter {
     SpeechCutter(int sampleRate, Sink sink);
 
     /// Throws SpeechCut, after its last samples have been passed on.
-    void Write(std::span<const std::int16_t> samples, Place place);
+    void Write(std::span<const std::int16_t> samples, BlockStart start);
 
   private:
-    std::size_t WholeLength(std::span<const std::int16_t> samples, Place place);
+    std::size_t WholeLength(std::span<const std::int16_t> samples, BlockStart start);
 
     const Sink sink_;
-    const std::size_t fade_;      ///< samples, like those that follow
-    const std::size_t earliest_;  ///< a cut from here on
+    const std::size_t fade_;      ///< samples, as are the next ones
+    const std::size_t earliest_;  ///< possible cut
     const std::size_t latest_;
     const std::size_t pause_;
     std::size_t written_ = 0;

@@ -21,24 +21,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The program reads one line, of less than a thousand and twenty-four bytes.
-constexpr std::size_t kLongestStretch = 900;
+/// Bytes. The program reads one line of less than 1024.
+constexpr std::size_t kLongestChunk = 900;
 
 struct Speaker {
     std::string_view name;
     bool female;
-    int halftones;
+    int semitones;
 };
 
 constexpr Speaker kSpeakers[] = {{"kyoko", true, 0},  {"haruka", true, 1}, {"sakura", true, 3},
                                  {"ayumi", true, -2}, {"otoya", false, 0}, {"hattori", false, -2},
                                  {"ichiro", false, 2}};
 
-/// What a man's voice is raised by to stand in for a woman, and the other way round lowered.
-constexpr int kOtherSex = 7;
+/// A man's voice is raised by this to replace a woman's, and the other way round lowered.
+constexpr int kSemitonesBetweenSexes = 7;
 
-/// Voices name themselves: "nitech_jp_atr503_m001", "tohoku-f01", "mei_normal".
-bool IsMans(const fs::path& voice) {
+/// By the voice's file name: "nitech_jp_atr503_m001", "tohoku-f01", "mei_normal".
+bool IsMaleVoice(const fs::path& voice) {
     const std::string name = voice.stem().string();
     for (std::size_t at = 0; (at = name.find('m', at)) != std::string::npos; ++at) {
         const bool begins = at == 0 || name[at - 1] == '_' || name[at - 1] == '-';
@@ -59,7 +59,7 @@ std::vector<fs::path> FindVoices(const fs::path& folder) {
     return voices;
 }
 
-/// A file that goes with its scope.
+/// A file that is removed at the end of its scope.
 class ScratchFile {
   public:
     explicit ScratchFile(const fs::path& folder) : descriptor_(MakeScratchFile(folder, name_)) {
@@ -113,7 +113,7 @@ void PassSound(const std::string& file, const OpenJTalkSink& sink) {
 
 }  // namespace
 
-std::optional<OpenJTalkVoice> FindOpenJTalk(const OpenJTalkPlaces& places, std::string_view speaker,
+std::optional<OpenJTalkVoice> FindOpenJTalk(const OpenJTalkPaths& places, std::string_view speaker,
                                             double speed) {
     if (access(places.program.c_str(), X_OK) != 0 || !fs::exists(places.dictionary / "sys.dic")) return {};
     const auto voices = FindVoices(places.voices);
@@ -121,50 +121,52 @@ std::optional<OpenJTalkVoice> FindOpenJTalk(const OpenJTalkPlaces& places, std::
     const auto* known = std::find_if(std::begin(kSpeakers), std::end(kSpeakers),
                                      [&](const Speaker& one) { return one.name == speaker; });
     const Speaker& wanted = known == std::end(kSpeakers) ? kSpeakers[0] : *known;
-    const auto fitting = std::find_if(voices.begin(), voices.end(),
-                                      [&](const fs::path& voice) { return IsMans(voice) != wanted.female; });
-    OpenJTalkVoice found{places, fitting == voices.end() ? voices.front() : *fitting, wanted.halftones,
+    const auto fitting = std::find_if(voices.begin(), voices.end(), [&](const fs::path& voice) {
+        return IsMaleVoice(voice) != wanted.female;
+    });
+    OpenJTalkVoice found{places, fitting == voices.end() ? voices.front() : *fitting, wanted.semitones,
                          speed};
-    if (fitting == voices.end()) found.halftones += wanted.female ? kOtherSex : -kOtherSex;
+    if (fitting == voices.end())
+        found.semitones += wanted.female ? kSemitonesBetweenSexes : -kSemitonesBetweenSexes;
     return found;
 }
 
-std::vector<std::string_view> Stretches(std::string_view text) {
+std::vector<std::string_view> Chunks(std::string_view text) {
     constexpr std::array<std::string_view, 6> kEnds = {"。", "！", "？", "! ", "? ", "、"};
-    std::vector<std::string_view> stretches;
-    while (text.size() > kLongestStretch) {
+    std::vector<std::string_view> chunks;
+    while (text.size() > kLongestChunk) {
         std::size_t end = 0;
         for (const std::string_view mark : kEnds) {
-            // A comma only where there is nothing better.
+            // A comma only if there is nothing better.
             if (mark == "、" && end > 0) break;
-            const auto found = text.rfind(mark, kLongestStretch - mark.size());
+            const auto found = text.rfind(mark, kLongestChunk - mark.size());
             if (found != std::string_view::npos) end = std::max(end, found + mark.size());
         }
         if (end == 0) {
-            end = kLongestStretch;
+            end = kLongestChunk;
             while (end > 1 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
         }
-        stretches.push_back(text.substr(0, end));
+        chunks.push_back(text.substr(0, end));
         text.remove_prefix(end);
     }
-    if (text.find_first_not_of(' ') != std::string_view::npos) stretches.push_back(text);
-    return stretches;
+    if (text.find_first_not_of(' ') != std::string_view::npos) chunks.push_back(text);
+    return chunks;
 }
 
 void SpeakOpenJTalk(const OpenJTalkVoice& voice, std::string_view text, const fs::path& folder,
                     const OpenJTalkSink& sink) {
     char speed[16];
     std::snprintf(speed, sizeof speed, "%.2f", voice.speed);
-    for (const std::string_view stretch : Stretches(text)) {
+    for (const std::string_view chunk : Chunks(text)) {
         const ScratchFile input(folder), output(folder);
-        const std::string line = std::string(stretch) + '\n';
+        const std::string line = std::string(chunk) + '\n';
         const bool written =
             write(input.Descriptor(), line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
             lseek(input.Descriptor(), 0, SEEK_SET) == 0;
         const int status =
             !written ? -1
                      : RunProgram({voice.places.program, "-x", voice.places.dictionary, "-m", voice.voice,
-                                   "-ow", output.Name(), "-r", speed, "-fm", std::to_string(voice.halftones)},
+                                   "-ow", output.Name(), "-r", speed, "-fm", std::to_string(voice.semitones)},
                                   input.Descriptor());
         if (status != 0) throw std::runtime_error("open_jtalk failed");
         PassSound(output.Name(), sink);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Open JTalk, a natural Japanese voice, where it stands on the machine together with a voice for it: a
-// program that is run for each stretch of text. Nothing else of the project knows of it.
+// Open JTalk, a natural Japanese voice, if it is installed together with a voice for it: a program that is
+// run for each chunk of text. Nothing else of the project knows of it.
 #pragma once
 
 #include <cstdint>
@@ -15,34 +15,34 @@
 
 namespace sorakaze::speech {
 
-/// Where the system puts the three parts.
-struct OpenJTalkPlaces {
+/// Where the system has the three parts.
+struct OpenJTalkPaths {
     std::filesystem::path program = "/usr/bin/open_jtalk";
     std::filesystem::path dictionary = "/var/lib/mecab/dic/open-jtalk/naist-jdic";
-    std::filesystem::path voices = "/usr/share/hts-voice";  ///< with *.htsvoice at any depth
+    std::filesystem::path voices = "/usr/share/hts-voice";  ///< holds *.htsvoice at any depth
 };
 
-/// How a speaker is made of a voice that is there.
+/// How a speaker is made from an installed voice.
 struct OpenJTalkVoice {
-    OpenJTalkPlaces places;
+    OpenJTalkPaths places;
     std::filesystem::path voice;
-    int halftones = 0;  ///< higher than the voice is by itself
+    int semitones = 0;  ///< above the voice's own pitch
     double speed = 1;
 };
 
-/// The voice for the speaker of that first name (folded), each speaker with a height of its own; a woman is
-/// spoken by a woman's voice if there is one. Empty where a part is missing.
-std::optional<OpenJTalkVoice> FindOpenJTalk(const OpenJTalkPlaces& places, std::string_view speaker,
+/// The voice for the speaker of that first name (folded). Each speaker has a pitch of her own, and a woman's
+/// voice for a woman if there is one. Nothing if a part is missing.
+std::optional<OpenJTalkVoice> FindOpenJTalk(const OpenJTalkPaths& places, std::string_view speaker,
                                             double speed);
 
-/// The text in stretches that the program takes: sentences where possible.
-std::vector<std::string_view> Stretches(std::string_view text);
+/// The text in chunks that the program accepts: sentences if possible.
+std::vector<std::string_view> Chunks(std::string_view text);
 
-/// Takes the sound of a stretch: its rate and its mono samples.
+/// Takes the sound of a chunk: its rate and its mono samples.
 using OpenJTalkSink = std::function<void(int sampleRate, std::span<const std::int16_t> samples)>;
 
-/// Speaks a text (as SpokenText gives it). Intermediate files stand in `folder` for a moment. Throws
-/// std::runtime_error where the program fails.
+/// Speaks a text that SpokenText returned. Makes temporary files in `folder`. Throws std::runtime_error if
+/// the program fails.
 void SpeakOpenJTalk(const OpenJTalkVoice& voice, std::string_view text, const std::filesystem::path& folder,
                     const OpenJTalkSink& sink);
 

@@ -7,9 +7,9 @@
 
 namespace sorakaze::speech {
 
-/// Makes a file with a name of its own in `folder`, or where that can't be written, in the folder that TMPDIR
-/// names: a confined program may write to the file that it makes but not beside it. Returns a descriptor, and
-/// puts the name into `name`; negative with errno where neither folder takes it.
+/// Makes a file with a unique name in `folder`, or if that isn't writable, in the folder that TMPDIR names: a
+/// confined program may write to the file that it makes but not next to it. Returns a descriptor and puts the
+/// path into `name`; returns a negative number and sets errno if neither folder is writable.
 int MakeScratchFile(const std::filesystem::path& folder, std::string& name);
 
 }  // namespace sorakaze::speech

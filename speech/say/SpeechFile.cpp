@@ -22,7 +22,7 @@
 namespace sorakaze::speech {
 namespace {
 
-/// What a signal's handler has to remove; null when there is nothing. Written by the one SpeechFile.
+/// The file that a signal's handler removes, or null. Written by the one SpeechFile.
 std::atomic<const char*> unfinishedName{nullptr};
 
 void RemoveAndDie(int signalNumber) {
@@ -44,7 +44,7 @@ void RemoveWhenEnded(const char* name) {
     throw std::runtime_error("can't write " + file.string() + ": " + why);
 }
 
-/// Writes one file's content into another that is there; leaves that empty where it can't. False with errno.
+/// Writes one file's content into another existing one, or leaves that empty, returns false and sets errno.
 bool CopyInto(const char* from, const char* to) {
     const int source = open(from, O_RDONLY | O_CLOEXEC);
     const int target = open(to, O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
@@ -72,7 +72,7 @@ mode_t ReadUmask() {
 SpeechFile::SpeechFile(std::filesystem::path file, int sampleRate) : file_(std::move(file)) {
     if (!file_.has_filename()) Fail(file_, "no file is named");
     const int descriptor = [this] {
-        // None may come between the file and what removes it.
+        // No signal may arrive between making the file and registering it for removal.
         const BlockedSignals held;
         const int made = MakeScratchFile(file_.parent_path(), unfinished_);
         if (made >= 0) RemoveWhenEnded(unfinished_.c_str());
@@ -114,7 +114,7 @@ void SpeechFile::Finish() {
     sound_ = nullptr;
     if (failed) Fail(file_, errno ? std::strerror(errno) : sf_error_number(failed));
     if (rename(unfinished_.c_str(), file_.c_str()) == 0) return unfinished_.clear();
-    // A confined program can't put another file in place of the one that it is to make.
+    // A confined program can't replace the file that it is to make.
     const bool mayBeWritten = errno == EBUSY || errno == EXDEV || errno == EACCES || errno == EPERM;
     if (!mayBeWritten || !CopyInto(unfinished_.c_str(), file_.c_str())) Fail(file_, std::strerror(errno));
 }

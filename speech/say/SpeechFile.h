@@ -11,10 +11,10 @@ struct sf_private_tag;
 
 namespace sorakaze::speech {
 
-/// A mono 16-bit sound file, WAV where its name ends so and AIFF otherwise, that appears under its name only
-/// when it is complete. Until Finish the sound stands in a file of another name, in the same folder if that
-/// can be written, which goes with this object, and also when a signal ends the program. A file that can't be
-/// replaced, only written, gets the whole sound at once. One at a time in a process. Errors are
+/// A mono 16-bit sound file, WAV if its name ends so and AIFF otherwise, that appears under its name only
+/// when it is complete. Until Finish the sound is in a file of another name, in the same folder if that is
+/// writable; it is removed with this object, and also when a signal ends the program. A file that can be
+/// written but not replaced gets the whole sound at once. One at a time in a process. Errors are
 /// std::runtime_error with one line for the user.
 class SpeechFile {
   public:

@@ -7,7 +7,7 @@
 namespace sorakaze::speech {
 namespace {
 
-/// False for stray bytes too: their codes lie above all characters.
+/// False for stray bytes too: their codes are above all characters.
 bool IsSpeakable(char32_t character) {
     if (character < 0x20 || (character >= 0x7F && character < 0xA0)) return false;
     if (character >= 0xE000 && character <= 0xF8FF) return false;

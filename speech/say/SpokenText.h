@@ -7,9 +7,9 @@
 
 namespace sorakaze::speech {
 
-/// What the engine may be given of a text that came from tags or from the web: valid UTF-8 without control
+/// The part of a text from tags or from the web that is safe for the engine: valid UTF-8 without control
 /// characters (the engine takes some of them as commands for pitch and speed), private-use characters and
-/// noncharacters. What is left out leaves a blank, so that words stay apart. Linear; never fails.
+/// noncharacters. A blank replaces what is left out, so that words stay apart. Linear; never fails.
 std::string SpokenText(std::string_view bytes);
 
 }  // namespace sorakaze::speech

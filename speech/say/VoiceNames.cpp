@@ -16,7 +16,7 @@ struct Person {
     int rate;
 };
 
-// No two people of one language share variant, pitch and rate: each is known by its sound.
+// No two people of one language share variant, pitch and rate: so each sounds different.
 constexpr Person kPeople[] = {
     // American English
     {"alex", "gmw/en-US", "", 46, 58, 170},

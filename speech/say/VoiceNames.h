@@ -8,10 +8,10 @@
 
 namespace sorakaze::speech {
 
-/// Words a minute of a voice that nothing else is known about.
+/// Words a minute of a voice without a rate of its own.
 inline constexpr int kUsualRate = 168;
 
-/// What the engine is told to sound like a certain person.
+/// The engine's settings for a person.
 struct VoiceLook {
     std::string voice;    ///< the engine's voice file, such as "gmw/en-US"
     std::string variant;  ///< the engine's variant of it; empty for its plain voice
@@ -23,7 +23,7 @@ struct VoiceLook {
 /// A name for comparing: ASCII in lower case, Latin letters without their accents, the rest as it is.
 std::string FoldName(std::string_view name);
 
-/// The person of that first name (folded); empty when the table has none.
+/// The person of that first name (folded); nothing if the table has none.
 std::optional<VoiceLook> FindFirstName(std::string_view folded);
 
 }  // namespace sorakaze::speech

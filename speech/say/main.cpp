@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// say -v VOICE TEXT -o FILE [-s SPEED]: speaks a text into an AIFF file, or a WAV file where its name ends
-// so. Exit status 0 when the file is complete, 1 when it could not be made (then nothing is left in its
-// folder), 2 for a wrong call. Errors are one line on standard error. Speech is cut after about two minutes,
-// and then a line on standard output says so.
+// say -v VOICE TEXT -o FILE [-s SPEED]: speaks a text into an AIFF file, or a WAV file if its name ends so.
+// Exit status 0 if the file is complete, 1 if it could not be made (then nothing is left in its folder), 2
+// for a wrong call. Errors are one line on standard error. Speech is cut after about two minutes, which a
+// line on standard output reports. Japanese is read with the dictionary in the folder `ipadic` next to the
+// program, or else with the machine's.
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -33,13 +34,13 @@ void Complain(std::string_view message) {
     std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
 }
 
-/// Levels the samples of one voice into the file. The rate of the samples is known when they begin.
+/// Levels the samples of one voice into the file. Their rate is known with the first of them.
 class Recorder {
   public:
     explicit Recorder(const char* file) : file_(file) {}
 
-    /// Throws SpeechCut when there is enough.
-    void Write(int sampleRate, std::span<const std::int16_t> samples, Place place) {
+    /// Throws SpeechCut when the speech is too long.
+    void Write(int sampleRate, std::span<const std::int16_t> samples, BlockStart start) {
         if (!leveller_) {
             sound_.emplace(file_, sampleRate);
             leveller_.emplace(sampleRate,
@@ -47,15 +48,15 @@ class Recorder {
             cutter_.emplace(sampleRate,
                             [this](std::span<const std::int16_t> whole) { leveller_->Write(whole); });
         }
-        cutter_->Write(samples, place);
+        cutter_->Write(samples, start);
     }
     void Finish() {
         leveller_->Finish();
         sound_->Finish();
     }
-    bool Begun() const { return leveller_.has_value(); }
-    /// For another voice to begin again.
-    void Forget() {
+    bool HasStarted() const { return leveller_.has_value(); }
+    /// So that another voice can start again.
+    void Reset() {
         cutter_.reset();
         leveller_.reset();
         sound_.reset();
@@ -68,7 +69,7 @@ class Recorder {
     std::optional<SpeechCutter> cutter_;
 };
 
-/// False where Open JTalk isn't installed or fails: then the engine speaks.
+/// False if Open JTalk isn't installed or fails; then the engine speaks.
 bool SayByOpenJTalk(const std::string& voice, const std::string& text, double speed, const char* file,
                     Recorder& recorder) {
     const auto found = FindOpenJTalk({}, FoldName(voice), speed);
@@ -76,23 +77,23 @@ bool SayByOpenJTalk(const std::string& voice, const std::string& text, double sp
     try {
         const auto folder = std::filesystem::absolute(file).parent_path();
         SpeakOpenJTalk(*found, text, folder, [&](int sampleRate, std::span<const std::int16_t> samples) {
-            recorder.Write(sampleRate, samples, Place::Within);
+            recorder.Write(sampleRate, samples, BlockStart::WithinWord);
         });
-        return recorder.Begun();
+        return recorder.HasStarted();
     } catch (const std::runtime_error&) {
-        recorder.Forget();
+        recorder.Reset();
         return false;
     }
 }
 
 void Speak(Engine& engine, const std::string& voice, const std::string& text, double speed, const char* file,
            Recorder& recorder) {
-    const auto record = [&](std::span<const std::int16_t> samples, Place place) {
-        recorder.Write(engine.SampleRate(), samples, place);
+    const auto record = [&](std::span<const std::int16_t> samples, BlockStart start) {
+        recorder.Write(engine.SampleRate(), samples, start);
     };
     const bool silent = text.find_first_not_of(' ') == std::string::npos;
     if (!silent && engine.IsJapanese() && SayByOpenJTalk(voice, text, speed, file, recorder)) return;
-    record({}, Place::Within);
+    record({}, BlockStart::WithinWord);
     if (!silent && engine.IsJapanese()) {
         SpeakJapanese(engine, sorakaze::japanese::OpenReader(Complain), text, speed, record);
     } else if (!silent) {
@@ -105,7 +106,7 @@ void SayTo(const std::string& voice, std::string_view text, const char* file, do
     engine.Choose(voice, speed);
     Recorder recorder(file);
     const std::string whole = OrdinaryForms(SpokenText(text));
-    const std::string spoken(SpeakableBeginning(whole));
+    const std::string spoken(SpeakablePrefix(whole));
     bool cut = spoken.size() < whole.size();
     try {
         Speak(engine, voice, spoken, speed, file, recorder);
@@ -125,8 +126,8 @@ std::optional<double> ReadSpeed(std::string_view word) {
     return whole && speed >= 0.5 && speed <= 2 ? std::optional(speed) : std::nullopt;
 }
 
-/// The engines and their libraries take folders of data and settings from the environment. All that this
-/// program takes from there is where scratch files go.
+/// The engines and their libraries read folders and settings from the environment. This program only needs
+/// the folder for scratch files.
 void ClearEnvironment() {
     const char* value = std::getenv("TMPDIR");
     const std::string scratch = value ? value : "";
@@ -136,7 +137,7 @@ void ClearEnvironment() {
 
 }  // namespace
 
-// The words are told apart by their places alone: a text may begin with a hyphen.
+// The arguments are recognised by their positions alone: a text may begin with a hyphen.
 int main(int argc, char** argv) {
     ClearEnvironment();
     const std::span<char*> words(argv, static_cast<std::size_t>(std::max(argc, 0)));

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 std::string Spoken(const std::string& text) {
     static const japanese::Reader reader{japanese::Dictionary()};
     std::string spoken;
-    for (const SpokenClause& clause : FindClauses(reader, OrdinaryForms(text))) {
+    for (const SpokenClause& clause : SpokenClauses(reader, OrdinaryForms(text))) {
         for (const SpokenPart& part : clause.parts) {
             spoken += part.language == SpokenPart::Language::Latin ? "<" + part.text + ">" : part.text;
         }
@@ -104,14 +104,14 @@ struct OpenJTalkTest : testing::Test {
     }
 
     test::TemporaryFolder folder;
-    OpenJTalkPlaces places{folder / "bin/open_jtalk", folder / "dictionary", folder / "voices"};
+    OpenJTalkPaths places{folder / "bin/open_jtalk", folder / "dictionary", folder / "voices"};
 };
 
 TEST_F(OpenJTalkTest, IsChosenIfAllPartsAreThere) {
     EXPECT_FALSE(FindOpenJTalk(places, "kyoko", 1));
     folder.Write("voices/nitech/nitech_jp_atr503_m001.htsvoice", "");
-    EXPECT_EQ(FindOpenJTalk(places, "otoya", 1)->halftones, 0);
-    EXPECT_GT(FindOpenJTalk(places, "kyoko", 1)->halftones, 4);
+    EXPECT_EQ(FindOpenJTalk(places, "otoya", 1)->semitones, 0);
+    EXPECT_GT(FindOpenJTalk(places, "kyoko", 1)->semitones, 4);
     folder.Write("voices/mei/mei_normal.htsvoice", "");
     EXPECT_EQ(FindOpenJTalk(places, "kyoko", 1)->voice.filename(), "mei_normal.htsvoice");
     EXPECT_EQ(FindOpenJTalk(places, "otoya", 1)->voice.filename(), "nitech_jp_atr503_m001.htsvoice");
@@ -129,7 +129,7 @@ TEST_F(OpenJTalkTest, SpeaksStretchByStretchOrFails) {
     std::string text = "-x $(id) 'こんにちは'。";
     while (text.size() < 2000) text += "曲です。";
     SpeakOpenJTalk(voice, text, scratch, count);
-    EXPECT_EQ(frames, 4800u * Stretches(text).size());
+    EXPECT_EQ(frames, 4800u * Chunks(text).size());
     EXPECT_THAT(test::ReadBytes(folder / "calls"),
                 testing::HasSubstr("-r 1.50 -fm 3\n-x $(id) 'こんにちは'。"));
     for (const char* end : {"exit 1", "true", "echo no > \"$6\"", "kill -9 $$"}) {
@@ -143,10 +143,10 @@ TEST_F(OpenJTalkTest, StretchesAreShortAndLoseNothing) {
     for (const std::string unit : {"あ", "曲です。", "Hello! "}) {
         std::string text, together;
         while (text.size() < 5000) text += unit;
-        for (const auto stretch : Stretches(text)) {
-            EXPECT_LE(stretch.size(), 900u);
-            EXPECT_TRUE(stretch.ends_with(unit)) << unit;
-            together += stretch;
+        for (const auto chunk : Chunks(text)) {
+            EXPECT_LE(chunk.size(), 900u);
+            EXPECT_TRUE(chunk.ends_with(unit)) << unit;
+            together += chunk;
         }
         EXPECT_EQ(together, text);
     }

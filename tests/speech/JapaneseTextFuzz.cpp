@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace sorakaze::speech;
     static const sorakaze::japanese::Reader reader{sorakaze::japanese::Dictionary()};
     const std::string text = OrdinaryForms(SpokenText({reinterpret_cast<const char*>(data), size}));
-    for (const SpokenClause& clause : FindClauses(reader, text)) {
+    for (const SpokenClause& clause : SpokenClauses(reader, text)) {
         for (const SpokenPart& part : clause.parts) {
             if (part.text.empty()) std::abort();
             if (part.language == SpokenPart::Language::Latin) continue;
