@@ -7,6 +7,7 @@
 
 #include "speech/japanese/Characters.h"
 #include "speech/japanese/Counters.h"
+#include "speech/japanese/GivenNames.h"
 #include "speech/japanese/Grammar.h"
 #include "speech/japanese/Lexicon.h"
 #include "speech/japanese/Numbers.h"
@@ -50,6 +51,8 @@ class Replacement {
         while (at_ < morphemes_.size()) {
             if (const auto entry = EntryHere()) {
                 Add(result, *entry);
+            } else if (const std::u32string name = ComposedNameHere(); !name.empty()) {
+                Add(result, {std::u32string_view(sentence_).substr(begins_[at_], 2), name});
             } else {
                 result.push_back(morphemes_[at_++]);
             }
@@ -83,6 +86,16 @@ class Replacement {
             const std::size_t end = begins_[at_] + entry.surface.size();
             return suits(entry) && (end == sentence_.size() || !IsKanji(sentence_[end]));
         });
+    }
+
+    /// A given name that the dictionary splits into single kanji.
+    std::u32string ComposedNameHere() const {
+        const bool isSplitName =
+            at_ > 0 && at_ + 1 < morphemes_.size() && IsFamilyName(morphemes_[at_ - 1].grammar) &&
+            morphemes_[at_].surface.size() == 1 && morphemes_[at_ + 1].surface.size() == 1 &&
+            (at_ + 2 == morphemes_.size() || !IsKanji(morphemes_[at_ + 2].surface[0]));
+        return isSplitName ? ComposedGivenName(std::u32string_view(sentence_).substr(begins_[at_], 2))
+                           : std::u32string();
     }
 
     void Add(std::vector<Morpheme>& result, const Entry& entry) {

@@ -16,7 +16,7 @@ constexpr auto kEntries = std::to_array<Entry>({
 
 constexpr auto kNames = std::to_array<Entry>({
 // clang-format off
-#include "speech/japanese/GivenNames.inc"
+#include "speech/japanese/GivenNameEntries.inc"
     // clang-format on
 });
 

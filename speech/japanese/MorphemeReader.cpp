@@ -25,7 +25,7 @@ struct LastPart {
 constexpr LastPart kLastParts[] = {{U"道", U"ドウ", U"みち", true},  {U"音", U"オン", U"おと", true},
                                    {U"船", U"セン", U"ぶね", true},  {U"者", U"シャ", U"もの", false},
                                    {U"人", U"ジン", U"びと", false}, {U"物", U"ブツ", U"もの", false},
-                                   {U"酒", U"シュ", U"ざけ", false}};
+                                   {U"酒", U"シュ", U"ざけ", false}, {U"歌", U"カ", U"うた", false}};
 
 /// The reading in hiragana of a last part in a native compound: 男道, but 武士道. Empty for other words.
 std::u32string_view NativeReading(const Morpheme& morpheme, const Morpheme* before) {
