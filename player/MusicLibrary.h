@@ -4,9 +4,10 @@
 // roots, then every playlist found there. It tells what there is and where a track's file lies; it reads no
 // tags and plays nothing.
 //
-// A playlist that is edited counts from the next call. New, moved and removed files are noticed within about
-// a second of the calls that come in meanwhile; without calls the disk isn't read. A music folder
-// that goes as a whole (a disk is unmounted, a network is down) counts as it was for a quarter of an hour.
+// A playlist that is edited is read again on the next call of any method. New, moved and removed files are
+// noticed within about a second of the calls that are made meanwhile; without calls the disk isn't read. A
+// music folder that goes as a whole (a disk is unmounted, a network is down) counts as it was for a quarter
+// of an hour.
 #pragma once
 
 #include <chrono>

@@ -53,7 +53,7 @@ std::optional<uid_t> CommandUser() {
     return kFirstCommandUser + static_cast<uid_t>(::getpid()) % kCommandUsers;
 }
 
-std::string EverybodyThemselves(const char* path) {
+std::string IdentityIdMap(const char* path) {
     std::ostringstream map;
     for (const IdRange& range : ReadMap(path))
         map << range.inside << ' ' << range.inside << ' ' << range.count << '\n';

@@ -17,6 +17,6 @@ std::optional<uid_t> CommandUser();
 
 /// The map of a namespace within this one where everybody is who they are here. `path` names the kernel's
 /// own.
-std::string EverybodyThemselves(const char* path);
+std::string IdentityIdMap(const char* path);
 
 }  // namespace sorakaze::process

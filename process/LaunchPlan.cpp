@@ -67,8 +67,8 @@ void PlanUser(LaunchPlan& plan, const Confinement* confinement, const Workspace*
         plan.groupMap = itself(::getegid());
         return;
     }
-    plan.userMap = EverybodyThemselves("/proc/self/uid_map");
-    plan.groupMap = EverybodyThemselves("/proc/self/gid_map");
+    plan.userMap = IdentityIdMap("/proc/self/uid_map");
+    plan.groupMap = IdentityIdMap("/proc/self/gid_map");
     plan.user = *user;
     const Mechanisms& narrowing = plan.mechanisms;
     // A view shows what the command may use under modes of its own.

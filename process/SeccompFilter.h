@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A filter of system calls that a program of ours puts itself under, for good: the one place that wraps the
-// library for such filters. A command's is another one, since it is put in force between fork and program:
-// see SystemCallFilter.
+// library for such filters. A command's filter is a SystemCallFilter instead, since it is installed between
+// fork and exec, where nothing may be allocated.
 #pragma once
 
 #include <seccomp.h>

@@ -153,7 +153,7 @@ class Steps {
 
     bool IsClosed(const PathRule& rule) const {
         return rule.access == Access::Read &&
-               std::find(all_.closed.begin(), all_.closed.end(), rule.path) != all_.closed.end();
+               std::find(all_.unreadable.begin(), all_.unreadable.end(), rule.path) != all_.unreadable.end();
     }
 
     void AddCopy(const fs::path& path, bool isFolder) {
@@ -215,7 +215,7 @@ VisiblePaths VisiblePathsFor(const Confinement* confinement, const Workspace* wo
         const std::size_t own = all.paths.size();
         for (const fs::path& path : confinement->readable) AddPath(all, path, Access::Read);
         for (std::size_t at = own; CommandUser() && at < all.paths.size(); ++at)
-            if (!IsOpen(all.paths[at].path)) all.closed.push_back(all.paths[at].path);
+            if (!IsOpen(all.paths[at].path)) all.unreadable.push_back(all.paths[at].path);
     }
     if (workspace && workspace->FolderIsOnDisk()) all.paths.push_back({workspace->Folder(), Access::Write});
     if (workspace && !workspace->Output().empty())

@@ -24,7 +24,7 @@ struct VisiblePaths {
     std::vector<PathRule> paths;
     std::vector<SystemLink> links;
     /// Of these a view holds copies: as root, the commands' user may not use the paths themselves.
-    std::vector<std::filesystem::path> closed;
+    std::vector<std::filesystem::path> unreadable;
 };
 
 std::filesystem::path Absolute(const std::filesystem::path& path);

@@ -197,7 +197,7 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
         VoiceCore& voice = **link;
         const auto result = voice.MixInto(sum, shared->reading);
         if (result.ended) shared->sounding.fetch_sub(1);
-        if (result.broke) shared->failures.store(true);
+        if (result.decoderFailed) shared->failures.store(true);
         if (result.underrun) shared->underruns.fetch_add(1, std::memory_order_relaxed);
         if (result.mixing == VoiceCore::Mixing::GoesOn) {
             link = &voice.next;

@@ -54,7 +54,7 @@ class Voice {
 /// What Mix does when a voice's ring runs empty before its file has ended.
 enum class Reading {
     RealTime,  ///< Mixes silence for the missing frames and counts an underrun: a device can't wait.
-    Offline,   ///< Waits for the decoder: a rendered show is the same, bit for bit, on every machine.
+    Offline,   ///< Waits for the decoder: a rendered show is the same each time, bit for bit.
 };
 
 class MixingEngine {

@@ -143,11 +143,11 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
 }
 
 VoiceCore::MixResult VoiceCore::End() {
-    const bool broke = !sound_->Ring().IsComplete() || sound_->Ring().IsCorrupt();
-    if (broke) broke_.store(true, std::memory_order_release);
+    const bool decoderFailed = !sound_->Ring().IsComplete() || sound_->Ring().IsCorrupt();
+    if (decoderFailed) decoderFailed_.store(true, std::memory_order_release);
     State expected = State::Playing;
     const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
-    return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false, .broke = broke};
+    return {.mixing = Mixing::IsOver, .ended = ended, .underrun = false, .decoderFailed = decoderFailed};
 }
 
 void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
@@ -188,7 +188,7 @@ void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
 
 bool VoiceCore::IsOver() const {
     const State state = state_.load(std::memory_order_acquire);
-    return (state == State::Stopped || state == State::Ended) && !IsMixed();
+    return (state == State::Stopped || state == State::Ended) && !IsInMixerList();
 }
 
 void VoiceCore::FreeResources() {

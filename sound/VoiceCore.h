@@ -43,9 +43,9 @@ class VoiceCore {
 
     struct MixResult {
         Mixing mixing = Mixing::GoesOn;
-        bool ended = false;     ///< the file's last frame was mixed now, in a voice that was playing
-        bool underrun = false;  ///< the ring has run short of frames, for the first time in this gap
-        bool broke = false;     ///< the decoder ended before the sound did
+        bool ended = false;          ///< the file's last frame was mixed now, in a voice that was playing
+        bool underrun = false;       ///< the ring has run short of frames, for the first time in this gap
+        bool decoderFailed = false;  ///< the decoder ended before the sound did
     };
     /// Adds the next frames to `sum`.
     MixResult MixInto(std::span<float> sum, Reading reading);
@@ -55,13 +55,13 @@ class VoiceCore {
 
     // --- the voice monitor's thread (see VoiceMonitor) ---
 
-    bool IsMixed() const { return inMixing_.load(std::memory_order_acquire); }
+    bool IsInMixerList() const { return inMixing_.load(std::memory_order_acquire); }
     /// True when no frame will be read any more: the resources can be freed.
     bool IsOver() const;
     /// The decoder's end of the sound; until FreeResources.
     DecodedSound& Sound() { return *sound_; }
     /// The mixing thread has come to the end of a sound that its decoder didn't finish.
-    bool Broke() const { return broke_.load(std::memory_order_acquire); }
+    bool DecoderFailed() const { return decoderFailed_.load(std::memory_order_acquire); }
     /// On a device: frames are missing.
     bool IsStarving() const { return starvingNow_.load(std::memory_order_relaxed); }
     /// Frees the sound; only after IsOver. Callers may hold on to the voice for hours.
@@ -81,10 +81,10 @@ class VoiceCore {
     std::atomic<bool> inMixing_{false};        // set by Start, cleared by the mixing thread
     std::atomic<float> initialGain_{1.0f};     // written by logic before Start, read when mixing begins
     std::atomic<std::uint64_t> command_{
-        kNoCommand};                         // latest SetGain; written by logic, taken by the mixing thread
-    std::atomic<std::int64_t> position_{0};  // written by the mixing thread
-    std::atomic<bool> starvingNow_{false};   // written by the mixing thread
-    std::atomic<bool> broke_{false};         // set by the mixing thread
+        kNoCommand};                          // latest SetGain; written by logic, taken by the mixing thread
+    std::atomic<std::int64_t> position_{0};   // written by the mixing thread
+    std::atomic<bool> starvingNow_{false};    // written by the mixing thread
+    std::atomic<bool> decoderFailed_{false};  // set by the mixing thread
     const std::optional<Frames> length_;
 
     std::unique_ptr<DecodedSound> sound_;  // its ring is the mixing thread's

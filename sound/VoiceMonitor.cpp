@@ -68,7 +68,7 @@ void VoiceMonitor::Close() {
 void VoiceMonitor::RecordFailures() {
     const std::lock_guard lock(mutex_);
     for (auto& entry : voices_)
-        if (entry->voice->Broke()) RecordFailure(*entry);
+        if (entry->voice->DecoderFailed()) RecordFailure(*entry);
     failures_ = 0;  // whoever asks takes them
 }
 
@@ -105,7 +105,7 @@ void VoiceMonitor::Wait() {
         const std::lock_guard lock(mutex_);
         for (auto& entry : voices_) {
             // IsOver: the mixing thread dropped it after the check.
-            sounding |= entry->voice->IsMixed() || entry->voice->IsOver();
+            sounding |= entry->voice->IsInMixerList() || entry->voice->IsOver();
             if (!entry->hungUp) events.push_back({entry->voice->Sound().Socket(), 0, 0});
         }
     }
@@ -121,7 +121,7 @@ void VoiceMonitor::Check(Entry& entry) {
     // In a render the frames in the ring are still mixed.
     if (entry.hungUp) sound.GiveUp();
     if (reading_ == Reading::RealTime) CheckOnAir(entry);
-    if (entry.voice->Broke()) RecordFailure(entry);
+    if (entry.voice->DecoderFailed()) RecordFailure(entry);
 }
 
 /// On the air a voice whose decoder has failed is stopped at once, so that the show goes on.
@@ -151,7 +151,7 @@ std::vector<std::shared_ptr<VoiceCore>> VoiceMonitor::TakeFinished() {
     std::vector<std::shared_ptr<VoiceCore>> over;
     std::erase_if(voices_, [&](auto& entry) {
         if (!entry->voice->IsOver()) return false;
-        if (entry->voice->Broke()) RecordFailure(*entry);
+        if (entry->voice->DecoderFailed()) RecordFailure(*entry);
         over.push_back(std::move(entry->voice));
         return true;
     });

@@ -22,13 +22,12 @@ class SoundSink {
 /// 16-bit WAV; files that outgrow the format's 4 GB become RF64.
 std::unique_ptr<SoundSink> MakeWavSink(const std::filesystem::path& file);
 
-/// A format of the encoding libraries. Their names: of the container, of the encoder; the bit rate is 0 for
-/// lossless ones.
+/// A format of the encoding libraries, with the names that they have for its container and its encoder.
 struct Encoding {
     std::string_view ending;
     const char* container;
     const char* encoder;
-    int bitRate = 0;   ///< bits a second; 0 for lossless ones
+    int bitRate = 0;   ///< bits a second; 0 where lossless or where `quality` is set
     int quality = -1;  ///< the encoder's own scale; used in place of the bit rate where not negative
 };
 std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding);
