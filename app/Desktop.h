@@ -62,7 +62,7 @@ class Desktop {
     void Announce();
 
     const std::filesystem::path appFolder_;
-    sound::MixingEngine engine_{sound::Reading::RealTime};
+    sound::MixingEngine engine_{sound::MixingMode::RealTime};
     window::QtHost host_;
     FailureLog failureLog_;
     StationHost station_;

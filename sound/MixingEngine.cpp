@@ -17,8 +17,8 @@ namespace {
 
 /// What outlives the engine as long as somebody holds one of its voices.
 struct Shared {
-    Shared(Reading mode, std::shared_ptr<Decoders> processes)
-        : reading(mode),
+    Shared(MixingMode mixingMode, std::shared_ptr<Decoders> processes)
+        : mode(mixingMode),
           decoders(std::move(processes)),
           monitor(
               mode, decoders, [this] { sounding.fetch_sub(1); }, [this] { Failed(); }) {}
@@ -43,7 +43,7 @@ struct Shared {
         monitor.Wake();
     }
 
-    const Reading reading;
+    const MixingMode mode;
     const std::shared_ptr<Decoders> decoders;
     std::atomic<VoiceCore*> incoming{nullptr};  // pushed by logic, taken as a whole by the mixing thread
     std::atomic<int> sounding{0};
@@ -91,8 +91,8 @@ class EngineVoice final : public Voice {
 }  // namespace
 
 struct MixingEngine::Impl {
-    Impl(Reading reading, std::shared_ptr<Decoders> decoders)
-        : shared(std::make_shared<Shared>(reading, std::move(decoders))) {}
+    Impl(MixingMode mode, std::shared_ptr<Decoders> decoders)
+        : shared(std::make_shared<Shared>(mode, std::move(decoders))) {}
 
     void TakeIncoming();
     void MixBlock(std::span<float> out);
@@ -106,8 +106,8 @@ struct MixingEngine::Impl {
     std::atomic_flag mixing;  ///< for MixingScope
 };
 
-MixingEngine::MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders)
-    : impl_(std::make_unique<Impl>(reading, decoders ? std::move(decoders) : Decoders::Shared())) {}
+MixingEngine::MixingEngine(MixingMode mode, std::shared_ptr<Decoders> decoders)
+    : impl_(std::make_unique<Impl>(mode, decoders ? std::move(decoders) : Decoders::Shared())) {}
 
 MixingEngine::~MixingEngine() {
     AssertNotMixingThread();
@@ -119,7 +119,7 @@ std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
     AssertNotMixingThread();
     Shared& shared = *impl_->shared;
     auto sound = shared.decoders->Open(
-        file, shared.reading == Reading::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device);
+        file, shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device);
     if (!sound) {
         shared.Failed();
         return nullptr;
@@ -195,7 +195,7 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
     const auto sum = limiter.Input(out.size() / kChannels);
     for (VoiceCore** link = &first; *link;) {
         VoiceCore& voice = **link;
-        const auto result = voice.MixInto(sum, shared->reading);
+        const auto result = voice.MixInto(sum, shared->mode);
         if (result.ended) shared->sounding.fetch_sub(1);
         if (result.decoderFailed) shared->failures.store(true);
         if (result.underrun) shared->underruns.fetch_add(1, std::memory_order_relaxed);
@@ -206,7 +206,7 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
         *link = voice.next;
         voice.LeaveMixing();  // from here on the voice may be gone
         // A device's thread must not wake anybody: the monitor checks regularly.
-        if (shared->reading == Reading::Offline) shared->monitor.Wake();
+        if (shared->mode == MixingMode::Offline) shared->monitor.Wake();
     }
     limiter.Process(out);
 }

@@ -52,7 +52,7 @@ class Voice {
 };
 
 /// What Mix does when a voice's ring runs empty before its file has ended.
-enum class Reading {
+enum class MixingMode {
     RealTime,  ///< Mixes silence for the missing frames and counts an underrun: a device can't wait.
     Offline,   ///< Waits for the decoder: a rendered show is the same each time, bit for bit.
 };
@@ -60,7 +60,7 @@ enum class Reading {
 class MixingEngine {
   public:
     /// Without `decoders` the engine uses Decoders::Shared().
-    explicit MixingEngine(Reading reading, std::shared_ptr<Decoders> decoders = nullptr);
+    explicit MixingEngine(MixingMode mode, std::shared_ptr<Decoders> decoders = nullptr);
     ~MixingEngine();
     MixingEngine(const MixingEngine&) = delete;
     MixingEngine& operator=(const MixingEngine&) = delete;
@@ -98,7 +98,7 @@ class MixingEngine {
     /// How many voices are sounding (started, neither ended nor stopped).
     int Sounding() const;
 
-    /// Number of times a ring ran empty under Reading::RealTime.
+    /// Number of times a ring ran empty under MixingMode::RealTime.
     std::uint64_t Underruns() const;
 
   private:

@@ -73,13 +73,13 @@ void VoiceCore::ApplyCommands() {
     }
 }
 
-VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
+VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, MixingMode mode) {
     AssertMixingThread();
     ApplyCommands();
     RingReader& ring = sound_->Ring();
     if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));
     MixResult result;
-    if (reading == Reading::RealTime && IsShortOf(sum.size() / kChannels)) {
+    if (mode == MixingMode::RealTime && IsShortOf(sum.size() / kChannels)) {
         result.underrun = !starving_;
         MixAroundGap(sum);
     } else {
@@ -92,7 +92,7 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
                 sum = sum.subspan(frames.size());
             } else if (ring.IsFinished()) {
                 if (ring.IsDrained()) return End();
-            } else if (reading == Reading::Offline) {
+            } else if (mode == MixingMode::Offline) {
                 sound_->WaitForFrames();
             } else {
                 break;  // a corrupt ring
@@ -104,7 +104,7 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, Reading reading) {
         return result;
     }
     // Offline the end must not depend on when the decoder reports it.
-    if (reading == Reading::Offline) {
+    if (mode == MixingMode::Offline) {
         sound_->WakeDecoder();
         if (ring.Filled() == 0) sound_->WaitForFrames();
     }

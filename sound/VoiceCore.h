@@ -48,7 +48,7 @@ class VoiceCore {
         bool decoderFailed = false;  ///< the decoder ended before the sound did
     };
     /// Adds the next frames to `sum`.
-    MixResult MixInto(std::span<float> sum, Reading reading);
+    MixResult MixInto(std::span<float> sum, MixingMode mode);
     /// The mixing thread doesn't use the voice any more.
     void LeaveMixing() { inMixing_.store(false, std::memory_order_release); }
     VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own

@@ -19,9 +19,9 @@ constexpr std::chrono::milliseconds kCheckInterval{500};
 
 }  // namespace
 
-VoiceMonitor::VoiceMonitor(Reading reading, std::shared_ptr<Decoders> decoders,
+VoiceMonitor::VoiceMonitor(MixingMode mode, std::shared_ptr<Decoders> decoders,
                            std::function<void()> onStopped, std::function<void()> onFailure)
-    : reading_(reading),
+    : mode_(mode),
       decoders_(std::move(decoders)),
       onStopped_(std::move(onStopped)),
       onFailure_(std::move(onFailure)),
@@ -109,7 +109,7 @@ void VoiceMonitor::Wait() {
             if (!entry->hungUp) events.push_back({entry->voice->Sound().Socket(), 0, 0});
         }
     }
-    const bool looks = reading_ == Reading::RealTime && sounding;
+    const bool looks = mode_ == MixingMode::RealTime && sounding;
     ::poll(events.data(), events.size(), looks ? static_cast<int>(kCheckInterval.count()) : -1);
     std::uint64_t wakeUps = 0;
     static_cast<void>(!::read(wake_.Get(), &wakeUps, sizeof wakeUps));
@@ -120,7 +120,7 @@ void VoiceMonitor::Check(Entry& entry) {
     if (!entry.hungUp) entry.hungUp = sound.HasHungUp();
     // In a render the frames in the ring are still mixed.
     if (entry.hungUp) sound.GiveUp();
-    if (reading_ == Reading::RealTime) CheckOnAir(entry);
+    if (mode_ == MixingMode::RealTime) CheckOnAir(entry);
     if (entry.voice->DecoderFailed()) RecordFailure(entry);
 }
 

@@ -24,7 +24,7 @@ class VoiceMonitor {
   public:
     /// `onStopped` is called for each playing voice that is stopped here, `onFailure` when Decoders has a new
     /// failure. Both are called on the monitor's thread.
-    VoiceMonitor(Reading reading, std::shared_ptr<Decoders> decoders, std::function<void()> onStopped,
+    VoiceMonitor(MixingMode mode, std::shared_ptr<Decoders> decoders, std::function<void()> onStopped,
                  std::function<void()> onFailure);
     ~VoiceMonitor();
     VoiceMonitor(const VoiceMonitor&) = delete;
@@ -56,7 +56,7 @@ class VoiceMonitor {
     void Free(VoiceCore& voice);
     std::vector<std::shared_ptr<VoiceCore>> TakeFinished();
 
-    const Reading reading_;
+    const MixingMode mode_;
     const std::shared_ptr<Decoders> decoders_;
     const std::function<void()> onStopped_;
     const std::function<void()> onFailure_;

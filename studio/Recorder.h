@@ -34,7 +34,7 @@ class Recorder {
   private:
     void WriteBlock();
 
-    sound::MixingEngine engine_{sound::Reading::Offline};
+    sound::MixingEngine engine_{sound::MixingMode::Offline};
     std::unique_ptr<sound::SoundFileWriter> writer_;
     std::vector<float> block_;  ///< mixed and not yet written
     /// Samples. The limiter delays the sound by these: the file begins with the show, not with the delay.

@@ -65,7 +65,7 @@ void List(const std::filesystem::path& given) {
     const auto folder = FindStation(given);
     Console console;
     ConsoleHost host(console);
-    sound::MixingEngine engine(sound::Reading::Offline);
+    sound::MixingEngine engine(sound::MixingMode::Offline);
     StationHost station({std::make_unique<StudioClock>(), folder, &engine, std::nullopt}, host);
     mainWindow& window = station.mainWindow();
     window.Event_Open();

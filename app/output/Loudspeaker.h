@@ -15,8 +15,8 @@ namespace sorakaze::output {
 
 class Loudspeaker {
   public:
-    /// Starts playing; never fails for the lack of a device. `engine` (Reading::RealTime) outlives it, and is
-    /// mixed by nobody else.
+    /// Starts playing; never fails for the lack of a device. `engine` (MixingMode::RealTime) outlives it, and
+    /// is mixed by nobody else.
     explicit Loudspeaker(sound::MixingEngine& engine);
     /// Fades what is heard over a tenth of a second, then stops.
     ~Loudspeaker();

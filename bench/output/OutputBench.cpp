@@ -38,7 +38,7 @@ int main() {
     const auto file = std::filesystem::temp_directory_path() /
                       ("sorakaze-output-bench-" + std::to_string(getpid()) + ".mp3");
     WriteTone(file);
-    sound::MixingEngine engine(sound::Reading::RealTime);
+    sound::MixingEngine engine(sound::MixingMode::RealTime);
     const auto voice = engine.Open(file);
     std::filesystem::remove(file);
     if (!voice) return 1;

@@ -98,7 +98,7 @@ BENCHMARK(ParsePlaylistFile)->Unit(benchmark::kMillisecond);
 /// Both ask for another track each time, so that no tags are remembered.
 void TagsAlone(benchmark::State& state) {
     const auto file = Playlist() / "tagged.mp3";
-    sound::MixingEngine engine(sound::Reading::Offline);
+    sound::MixingEngine engine(sound::MixingMode::Offline);
     for (auto _ : state) benchmark::DoNotOptimize(ReadTags(engine, file));
 }
 BENCHMARK(TagsAlone)->Unit(benchmark::kMicrosecond);
@@ -110,7 +110,7 @@ void Record(benchmark::State& state) {
     std::string list;
     for (int i = 0; i < kFiles; i += 2) list += "a.mp3\nb.mp3\n";
     for (const auto& written : {a, b, music.Write("list.m3u", list), music.Path()}) MakeOld(written);
-    sound::MixingEngine engine(sound::Reading::Offline);
+    sound::MixingEngine engine(sound::MixingMode::Offline);
     LocalPlayer player(engine, std::make_unique<MusicLibrary>(std::vector{music.Path()}));
     int number = 0;
     for (auto _ : state) benchmark::DoNotOptimize(player.SongInfo("list", ++number % kFiles + 1));
@@ -118,7 +118,7 @@ void Record(benchmark::State& state) {
 BENCHMARK(Record)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 void StateAndPosition(benchmark::State& state) {
-    sound::MixingEngine engine(sound::Reading::Offline);
+    sound::MixingEngine engine(sound::MixingMode::Offline);
     LocalPlayer player(engine, std::make_unique<MusicLibrary>(std::vector{Playlist().Path()}));
     player.Play("list", kFiles / 2);
     std::vector<float> second(sound::kSampleRate * sound::kChannels);

@@ -62,7 +62,7 @@ void Render(benchmark::State& state, const std::string& ending) {
     const auto file = Library::Instance().File(ending);
     std::vector<float> block(kBlock * kChannels);
     for (auto _ : state) {
-        MixingEngine engine(Reading::Offline);
+        MixingEngine engine(MixingMode::Offline);
         const auto voice = engine.Open(file);
         voice->Start();
         while (voice->IsPlaying()) engine.Mix(block);
@@ -82,7 +82,7 @@ void MixBlock(benchmark::State& state) {
         if (left-- == 0) {
             state.PauseTiming();
             voices.clear();
-            engine = std::make_unique<MixingEngine>(Reading::Offline);
+            engine = std::make_unique<MixingEngine>(MixingMode::Offline);
             for (int i = 0; i < state.range(0); ++i) {
                 voices.push_back(engine->Open(file));
                 voices.back()->SetGain(state.range(0) == 1 ? 1.0f : 0.3f);
@@ -99,7 +99,7 @@ void MixBlock(benchmark::State& state) {
 }
 
 void MixIdle(benchmark::State& state) {
-    MixingEngine engine(Reading::RealTime);
+    MixingEngine engine(MixingMode::RealTime);
     std::vector<float> block(kBlock * kChannels);
     for (auto _ : state) {
         engine.Mix(block);

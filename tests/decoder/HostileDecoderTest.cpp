@@ -21,7 +21,7 @@ using ::testing::IsEmpty;
 
 constexpr std::chrono::milliseconds kStandstill{2000};
 
-class HostileDecoder : public ::testing::TestWithParam<Reading> {
+class HostileDecoder : public ::testing::TestWithParam<MixingMode> {
   protected:
     HostileDecoder() {
         folder_.Write("good", "any bytes");
@@ -35,7 +35,7 @@ class HostileDecoder : public ::testing::TestWithParam<Reading> {
     void PlayOn(const Voice& voice) {
         for (int tries = 0; voice.IsPlaying() && tries < 60'000; ++tries) {
             EXPECT_LE(Peak(Mix(*engine_, 800)), 1.0f);
-            if (GetParam() == Reading::RealTime) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            if (GetParam() == MixingMode::RealTime) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         EXPECT_FALSE(voice.IsPlaying());
     }
@@ -112,9 +112,9 @@ TEST_P(HostileDecoder, ThatTellsOfEndsOnAndOnHoldsUpNobody) {
     EXPECT_EQ(good->Position(), Frames{48'000});
 }
 
-INSTANTIATE_TEST_SUITE_P(, HostileDecoder, ::testing::Values(Reading::RealTime, Reading::Offline),
+INSTANTIATE_TEST_SUITE_P(, HostileDecoder, ::testing::Values(MixingMode::RealTime, MixingMode::Offline),
                          [](const auto& each) {
-                             return each.param == Reading::RealTime ? "OnTheAir" : "InARender";
+                             return each.param == MixingMode::RealTime ? "OnTheAir" : "InARender";
                          });
 
 }  // namespace

@@ -35,7 +35,7 @@ class KilledDecoder : public ::testing::Test {
   protected:
     KilledDecoder() {
         WriteSound(file_, Constant(0.25f, static_cast<std::size_t>(kLength.count)));
-        MixingEngine engine(Reading::Offline);
+        MixingEngine engine(MixingMode::Offline);
         EXPECT_NE(engine.Open(file_), nullptr);
         before_ = Traces::Now();
         before_.workers = before_.rings = 0;
@@ -64,7 +64,7 @@ class KilledDecoder : public ::testing::Test {
 };
 
 TEST_F(KilledDecoder, OnTheAirEndsItsSoundAndTheNextOneOpens) {
-    MixingEngine engine(Reading::RealTime);
+    MixingEngine engine(MixingMode::RealTime);
     std::atomic<bool> sane{true};
     std::jthread device([&](const std::stop_token& stop) {
         // Four times as fast as a device, in a device's blocks.
@@ -102,7 +102,7 @@ TEST_F(KilledDecoder, InARenderCostsWhatItPlayedAtMost) {
             kills += KillAll(turn % 8 == 7 ? ChildrenOf(::getpid()) : Workers());
         }
     });
-    MixingEngine engine(Reading::Offline);
+    MixingEngine engine(MixingMode::Offline);
     const auto play = [&] {
         const auto voice = Open(engine);
         if (voice) voice->Start();

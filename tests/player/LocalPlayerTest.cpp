@@ -51,7 +51,7 @@ class LocalPlayerTest : public ::testing::Test {
     std::vector<std::string> TakeTold() { return std::exchange(told_, {}); }
 
     ThreeTracks music_;
-    sound::MixingEngine engine_{sound::Reading::Offline};
+    sound::MixingEngine engine_{sound::MixingMode::Offline};
     LocalPlayer player_{engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()})};
     std::vector<std::string> told_;
 };

@@ -17,7 +17,7 @@ namespace {
 
 /// Through a decoder's process, as the player does.
 TrackText Read(const std::filesystem::path& file) {
-    static sound::MixingEngine engine(sound::Reading::Offline);
+    static sound::MixingEngine engine(sound::MixingMode::Offline);
     return ReadTags(engine, file);
 }
 

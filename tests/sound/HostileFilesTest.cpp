@@ -85,7 +85,7 @@ TEST_F(HostileFiles, OneThatEndsItsDecoderCostsItselfAlone) {
     } cases[] = {{"atoms.m4a", NestedAtoms(60'000)}, {"chapters.mp3", NestedChapters(20'000)}};
     for (const auto& [name, bytes] : cases) {
         SCOPED_TRACE(name);
-        MixingEngine engine(Reading::Offline);
+        MixingEngine engine(MixingMode::Offline);
         const auto good = engine.Open(folder_ / "good.wav");
         ASSERT_NE(good, nullptr);
         const auto file = folder_.Write(name, bytes);

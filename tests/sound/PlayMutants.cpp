@@ -133,7 +133,7 @@ class DamagedFiles {
         }
     }
 
-    MixingEngine offline_{Reading::Offline}, realTime_{Reading::RealTime};
+    MixingEngine offline_{MixingMode::Offline}, realTime_{MixingMode::RealTime};
     Traces before_{};
     std::map<std::string, int> failures_;
 };

@@ -119,7 +119,7 @@ TEST(RealTimeMix, NeitherAllocatesNorLocks) {
     WriteSound(folder / "short.wav", Sine(500, 3000, 1.0f));
     WriteSound(folder / "long.flac", Sine(700, 20 * kSampleRate, 1.0f));
     // Left behind for the mixer's thread.
-    auto& engine = *new MixingEngine(Reading::RealTime);
+    auto& engine = *new MixingEngine(MixingMode::RealTime);
     auto& block = *new Samples(800 * kChannels);
     auto& mixer = *new ConfinedMixer(engine, block);
     std::vector<std::shared_ptr<Voice>> voices;

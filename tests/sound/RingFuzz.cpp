@@ -44,7 +44,7 @@ void Check(bool holds) {
 
 class HostileSound {
   public:
-    explicit HostileSound(Input& input) : input_(input), reading_(Reading(input.Take<char>() & 1)) {
+    explicit HostileSound(Input& input) : input_(input), mode_(MixingMode(input.Take<char>() & 1)) {
         int ends[2];
         Check(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0);
         theirs_ = FileDescriptor(ends[1]);
@@ -100,7 +100,7 @@ class HostileSound {
         if (voice_->Sound().HasHungUp()) voice_->Sound().GiveUp();
         const std::int64_t before = voice_->Position().count;
         const MixingScope scope(mixing_);
-        const auto result = voice_->MixInto(std::span(sum).first(frames * kChannels), reading_);
+        const auto result = voice_->MixInto(std::span(sum).first(frames * kChannels), mode_);
         const std::int64_t moved = voice_->Position().count - before;
         Check(moved >= 0 && moved <= static_cast<std::int64_t>(frames));
         constexpr float kSaneSample = 64.0f;
@@ -114,7 +114,7 @@ class HostileSound {
     }
 
     Input& input_;
-    const Reading reading_;
+    const MixingMode mode_;
     FileDescriptor theirs_;
     void* memory_;
     std::uint32_t capacity_;

@@ -143,7 +143,7 @@ TEST(Decoding, RefusesWhatIsNoSound) {
         {"list.ffconcat", "ffconcat version 1.0\nfile real.wav\n"},
         {"header.wav", {header.data(), header.size()}},
         {"noise.wav", noise}};
-    MixingEngine engine(Reading::Offline);
+    MixingEngine engine(MixingMode::Offline);
     for (const auto& [name, bytes] : files)
         EXPECT_EQ(engine.Open(folder.Write(name, bytes)), nullptr) << name;
     for (const char* name : {"dangling.wav", "folder.wav", "fifo.wav", "picture.png", "/dev/zero"})
@@ -197,7 +197,7 @@ TEST(Decoding, ReadsFilesBeyondFourGigabytes) {
     const auto header = WavHeader(kBytes);
     folder.Write("long.wav", {header.data(), header.size()});
     std::filesystem::resize_file(folder / "long.wav", kWavHeaderBytes + kBytes);  // takes no room on the disk
-    MixingEngine engine(Reading::Offline);
+    MixingEngine engine(MixingMode::Offline);
     const auto voice = engine.Open(folder / "long.wav");
     ASSERT_NE(voice, nullptr);
     EXPECT_EQ(voice->Length(), Frames{kBytes / 4});

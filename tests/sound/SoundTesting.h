@@ -70,7 +70,7 @@ inline Samples Mix(MixingEngine& engine, std::size_t frames) {
 /// The file as a voice of an engine of its own: exactly its frames, the limiter's latency taken off. Empty
 /// where it can't be opened.
 inline Samples DecodeWhole(const std::filesystem::path& file) {
-    MixingEngine engine(Reading::Offline);
+    MixingEngine engine(MixingMode::Offline);
     const auto voice = engine.Open(file);
     if (!voice) return {};
     voice->Start();

@@ -32,7 +32,7 @@ class VoiceTest : public ::testing::Test {
     }
 
     ScratchFolder folder_;
-    MixingEngine engine_{Reading::Offline};
+    MixingEngine engine_{MixingMode::Offline};
     const std::size_t latency_ = static_cast<std::size_t>(engine_.Latency().count);
 };
 
@@ -113,7 +113,7 @@ TEST_F(VoiceTest, EndsInTheBlockThatMixesItsLastFrame) {
 }
 
 TEST_F(VoiceTest, OutlivesItsEngine) {
-    auto engine = std::make_unique<MixingEngine>(Reading::Offline);
+    auto engine = std::make_unique<MixingEngine>(MixingMode::Offline);
     WriteSound(folder_ / "a.wav", Constant(kLevel, 48000));
     const auto started = engine->Open(folder_ / "a.wav"), opened = engine->Open(folder_ / "a.wav");
     started->Start();
@@ -130,7 +130,7 @@ TEST_F(VoiceTest, RealTimeMixingNeverWaitsAndLosesNoFrame) {
     Samples sound = Constant(kLevel, kFrames);
     for (std::size_t i = 0; i < 2000; ++i) sound[sound.size() - 1 - i] *= static_cast<float>(i) / 2000;
     WriteSound(folder_ / "long.wav", sound);
-    MixingEngine engine(Reading::RealTime);
+    MixingEngine engine(MixingMode::RealTime);
     const auto voice = engine.Open(folder_ / "long.wav");
     voice->Start();
     // Twelve seconds at once are more than a ring holds, so a gap is certain; then block after block, far
@@ -181,8 +181,8 @@ TEST(Concurrency, CommandsAgainstAMix) {
     const ScratchFolder folder;
     WriteSound(folder / "short.wav", Sine(500, 3000, 0.9f));
     WriteSound(folder / "long.mp3", Sine(700, 10 * kSampleRate, 0.9f));
-    for (const Reading reading : {Reading::RealTime, Reading::Offline}) {
-        MixingEngine engine(reading);
+    for (const MixingMode mode : {MixingMode::RealTime, MixingMode::Offline}) {
+        MixingEngine engine(mode);
         const auto shared = engine.Open(folder / "long.mp3");
         std::atomic<bool> done{false};
         std::jthread mixing([&] {

@@ -38,7 +38,7 @@ struct PageSpeakerTest : testing::Test {
     }
 
     float peak = 0;
-    sound::MixingEngine engine{sound::Reading::Offline};
+    sound::MixingEngine engine{sound::MixingMode::Offline};
     test::TestRuntime runtime{std::make_unique<StudioClock>([this] {
                                   peak =
                                       std::max(peak, sound::testing::Peak(sound::testing::Mix(engine, 800)));

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 TEST(Loudspeaker, WithoutADeviceTheShowGoesOnInRealTimeAndTheSignalsAreLeftAlone) {
     for (const char* driver : {"dummy", "nonsense"}) {
         setenv("SDL_AUDIODRIVER", driver, 1);
-        sound::MixingEngine engine(sound::Reading::RealTime);
+        sound::MixingEngine engine(sound::MixingMode::RealTime);
         { const Loudspeaker endsAtOnce(engine); }
         const Loudspeaker loudspeaker(engine);
         EXPECT_TRUE(MixesInRealTime(engine));
@@ -31,7 +31,7 @@ TEST(Loudspeaker, TheDeviceGetsWhatIsMixedAndAFadeAtTheEnd) {
     setenv("SDL_DISKAUDIOFILE", (scratch / "heard.raw").c_str(), 1);
     WriteSound(scratch / "tone.wav", Sine(440, 60 * sound::kSampleRate, 0.5f));
     {
-        sound::MixingEngine engine(sound::Reading::RealTime);
+        sound::MixingEngine engine(sound::MixingMode::RealTime);
         const auto voice = engine.Open(scratch / "tone.wav");
         ASSERT_TRUE(voice);
         // From its first frame on, although it starts before the device is open.
@@ -58,7 +58,7 @@ TEST(Loudspeaker, TheDeviceGetsWhatIsMixedAndAFadeAtTheEnd) {
 }
 
 TEST(Playback, NeverMixesFromTwoThreadsLosesNoFrameAndIsSilentOutOfTurn) {
-    sound::MixingEngine engine(sound::Reading::RealTime);
+    sound::MixingEngine engine(sound::MixingMode::RealTime);
     Playback playback(engine);
     std::atomic<bool> over{false};
     std::int64_t heard = 0;
@@ -92,7 +92,7 @@ TEST(Playback, NeverMixesFromTwoThreadsLosesNoFrameAndIsSilentOutOfTurn) {
 TEST(Playback, FadesInWhenTheDeviceGetsItsTurn) {
     const ScratchFolder scratch;
     WriteSound(scratch / "level.wav", Constant(0.5f, sound::kSampleRate));
-    sound::MixingEngine engine(sound::Reading::Offline);
+    sound::MixingEngine engine(sound::MixingMode::Offline);
     const auto voice = engine.Open(scratch / "level.wav");
     voice->Start();
     Playback playback(engine);

@@ -57,7 +57,7 @@ struct OnAServer : testing::Test {
     const ScratchFolder scratch;
     const std::string socket = scratch / "native";
     std::optional<test::Program> server;
-    sound::MixingEngine engine{sound::Reading::RealTime};
+    sound::MixingEngine engine{sound::MixingMode::RealTime};
     std::shared_ptr<sound::Voice> voice;
 };
 
