@@ -3,40 +3,14 @@
 // How a response is taken in, from its first byte to the end of the connection.
 #include <algorithm>
 #include <limits>
-#include <utility>
+#include <memory>
 
+#include "base/ScopeExit.h"
 #include "http/HTTPSocket.h"
 #include "http/HeadParser.h"
 
 namespace sorakaze {
 namespace {
-
-/// Sets the flag until it is destroyed. The flag may be gone by then.
-class FlagScope {
-  public:
-    explicit FlagScope(const std::shared_ptr<bool>& flag) : flag_(flag) { *flag = true; }
-    ~FlagScope() {
-        if (const auto flag = flag_.lock()) *flag = false;
-    }
-    FlagScope(const FlagScope&) = delete;
-    FlagScope& operator=(const FlagScope&) = delete;
-
-  private:
-    const std::weak_ptr<bool> flag_;
-};
-
-/// Makes the call when the scope is left, by an exception too.
-template <typename Call>
-class ScopeExit {
-  public:
-    explicit ScopeExit(Call call) : call_(std::move(call)) {}
-    ~ScopeExit() { call_(); }
-    ScopeExit(const ScopeExit&) = delete;
-    ScopeExit& operator=(const ScopeExit&) = delete;
-
-  private:
-    const Call call_;
-};
 
 /// A number of bytes, at most as many as the socket counts.
 std::int32_t ByteCount(std::size_t size) {
@@ -54,7 +28,11 @@ void HTTPSocket::Event_DataAvailable() {
 
 void HTTPSocket::_HandleNewData() {
     if (*threadProtection) return;
-    const FlagScope protection(threadProtection);
+    *threadProtection = true;
+    // The socket, and the flag with it, may be gone by the end.
+    const ScopeExit unprotect([flag = std::weak_ptr(threadProtection)] {
+        if (const auto kept = flag.lock()) *kept = false;
+    });
     if (!_pageHeaders) {
         const auto end = _headSearch.FindEnd(LookaheadView(), ReadPosition());
         if (!end) return;  // kept behaviour 66
