@@ -9,6 +9,7 @@ namespace sorakaze {
 void mainWindow::fadeOut(const SoundRef& sound, double seconds) {
     if (!sound || !sound->IsPlaying() || sound->Volume() <= 0) return;
     // The show may replace its sound meanwhile: this copy keeps the sound until it is silent.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the window's reference may change
     const SoundRef fading = sound;
     const std::int32_t start = fading->Volume();
     const auto waitTicks = [](double limit) {
