@@ -28,6 +28,6 @@ constexpr int HexDigit(char c) {
 std::string Lowered(std::string_view text);
 
 /// A part of `text`: without any of `blanks` at its ends.
-std::string_view Trimmed(std::string_view text, std::string_view blanks = " \t\r\n\f\v");
+std::string_view Trimmed(std::string_view text, std::string_view blanks);
 
 }  // namespace sorakaze::ascii

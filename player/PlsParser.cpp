@@ -13,6 +13,8 @@ namespace sorakaze::player {
 
 namespace {
 
+constexpr std::string_view kBlanks = " \t";
+
 /// The number after `prefix` in a key such as "file12", which is lower case. Empty for another key.
 std::optional<int> NumberOf(std::string_view key, std::string_view prefix) {
     if (!key.starts_with(prefix)) return std::nullopt;
@@ -54,8 +56,8 @@ class Parser final : public PlaylistParser {
     void TakeLine(std::string_view line) {
         const auto equals = line.find('=');
         if (equals == std::string_view::npos || IsFull()) return;
-        const std::string key = ascii::Lowered(ascii::Trimmed(line.substr(0, equals)));
-        const std::string_view value = ascii::Trimmed(line.substr(equals + 1));
+        const std::string key = ascii::Lowered(ascii::Trimmed(line.substr(0, equals), kBlanks));
+        const std::string_view value = ascii::Trimmed(line.substr(equals + 1), kBlanks);
         bytes_ += value.size();
         if (const auto number = NumberOf(key, "file")) items_[*number].file = value;
         if (const auto number = NumberOf(key, "title")) items_[*number].title = value;

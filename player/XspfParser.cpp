@@ -13,6 +13,8 @@ namespace sorakaze::player {
 
 namespace {
 
+constexpr std::string_view kBlanks = " \t\r\n";
+
 bool HasScheme(std::string_view url) {
     const auto colon = url.find(':');
     return colon != std::string_view::npos && colon >= 2 && colon < url.find('/');
@@ -37,7 +39,7 @@ std::string Resolved(std::string_view base, std::string_view reference) {
 
 /// A base that is too long for any path is none.
 std::string BaseWithin(const std::string& outer, std::string_view base) {
-    base = ascii::Trimmed(base);
+    base = ascii::Trimmed(base, kBlanks);
     return outer.size() + base.size() > kLongestText ? outer : Resolved(outer, base);
 }
 
@@ -91,7 +93,7 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     void End() override {
         const Element element = std::move(open_.back());
         open_.pop_back();
-        const std::string_view value = ascii::Trimmed(text_);
+        const std::string_view value = ascii::Trimmed(text_, kBlanks);
         const bool isText = value.size() <= kLongestText;
         if (element.kind == Kind::Title && isText) words_.title = CleanLine(value);
         if (element.kind == Kind::Creator && isText) words_.artist = CleanLine(value);

@@ -12,6 +12,8 @@
 namespace sorakaze::studio {
 namespace {
 
+constexpr std::string_view kBlanks = " \t\r\n\f";
+
 using gateway::FindElement;
 using gateway::HtmlNode;
 using gateway::HtmlTree;
@@ -51,7 +53,7 @@ std::optional<PageForm> FindForm(std::string_view html) {
     const HtmlNode element = FindElement(tree.Root(), IsForm);
     if (!element || ascii::Lowered(element.Attribute("method")) != "post") return {};
     PageForm form;
-    form.action = ascii::Trimmed(element.Attribute("action"));
+    form.action = ascii::Trimmed(element.Attribute("action"), kBlanks);
     if (form.action.empty()) return {};
     CollectFields(element, form);
     return form;
@@ -71,7 +73,7 @@ std::string EncodeForm(const PageForm& form) {
 std::string FindSound(std::string_view html) {
     const HtmlTree tree(html);
     const HtmlNode element = FindElement(tree.Root(), IsSound);
-    return element ? std::string(ascii::Trimmed(element.Attribute("src"))) : std::string();
+    return element ? std::string(ascii::Trimmed(element.Attribute("src"), kBlanks)) : std::string();
 }
 
 std::string Resolve(const std::string& base, const std::string& reference) {

@@ -66,9 +66,10 @@ void EventLoop::RunNative(NativeLoop& loop, FunctionRef<void()> run) {
 }
 
 void EventLoop::HandleFromNative() {
-    assert(scheduler_.OnMainThread() && !scheduler_.HoldsBaton());
+    assert(scheduler_.OnMainThread());
     // A handler that waits for something else handles what came meanwhile when it has ended.
     if (!accepting_ || quit_) return;
+    assert(!scheduler_.HoldsBaton());
     scheduler_.WithBaton([this] {
         accepting_ = false;
         try {

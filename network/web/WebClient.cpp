@@ -68,8 +68,12 @@ struct Client::Impl {
         Set(CURLOPT_URL, address.c_str());
         Set(CURLOPT_TIMEOUT_MS, static_cast<long>(bounds.totalTime.count()));
         Set(CURLOPT_WRITEDATA, &body);
-        if (curl_multi_add_handle(multi.get(), easy.get()) != CURLM_OK) return {};
         Answer answer;
+        if (const CURLMcode failure = curl_multi_add_handle(multi.get(), easy.get()); failure != CURLM_OK) {
+            answer.end = Answer::End::Failed;
+            answer.failure = curl_multi_strerror(failure);
+            return answer;
+        }
         Drive(Clock::now() + bounds.totalTime, answer);
         curl_multi_remove_handle(multi.get(), easy.get());
         if (answer.end == Answer::End::Cancelled) return answer;
@@ -87,15 +91,19 @@ struct Client::Impl {
     /// Sets how the request ended.
     void Drive(Clock::time_point deadline, Answer& answer) {
         int running = 1;
-        while (!cancelled.stop_requested() && curl_multi_perform(multi.get(), &running) == CURLM_OK &&
-               running > 0) {
+        CURLMcode driven = CURLM_OK;
+        while (!cancelled.stop_requested() &&
+               (driven = curl_multi_perform(multi.get(), &running)) == CURLM_OK && running > 0) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
             if (left.count() <= 0) break;
             curl_multi_poll(multi.get(), nullptr, 0, static_cast<int>(left.count()), nullptr);
         }
         int others = 0;
         const CURLMsg* message = curl_multi_info_read(multi.get(), &others);
-        if (!message || message->msg != CURLMSG_DONE) {
+        if (driven != CURLM_OK) {
+            answer.end = Answer::End::Failed;
+            answer.failure = curl_multi_strerror(driven);
+        } else if (!message || message->msg != CURLMSG_DONE) {
             answer.end = cancelled.stop_requested() ? Answer::End::Cancelled : Answer::End::TimedOut;
         } else if (message->data.result == CURLE_OPERATION_TIMEDOUT) {
             answer.end = Answer::End::TimedOut;

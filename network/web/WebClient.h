@@ -29,7 +29,6 @@ struct RequestBounds {
 };
 
 struct Answer {
-    /// Cancelled also if the request couldn't begin.
     enum class End { Whole, TimedOut, Cancelled, Failed };
     End end = End::Cancelled;
     std::string failure;  ///< why it failed; for people, without a full stop
