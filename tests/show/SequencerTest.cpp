@@ -124,6 +124,12 @@ TEST(Sequencer, DrawsCoverAllVariantsAndFollowTheSeed) {
     EXPECT_NEAR(jingles, static_cast<double>(blocks.size()) / 3, 12);
 }
 
+TEST(Sequencer, AnOpeningMayPlayTheFirstTrack) {
+    TestShow show(Program("songs 2", "opening: 1, play [[iTunes]]\nopening: 0, play [[iTunes]]\n"));
+    show.RunShow();
+    EXPECT_THAT(show.player.log, ElementsAre("play Library 1", "play Library 2", "stop"));
+}
+
 TEST(Sequencer, WikiContentsChooseTheOtherIntroduction) {
     TestShow show(Program("songs 1"));
     show.window.programStart.Push();
