@@ -39,7 +39,7 @@ std::optional<std::uint32_t> NumberIn(std::string_view text) {
 }
 
 /// A property list is dictionaries of alternating keys and values. What an element is follows from where it
-/// stands and, for a value, from the key before it.
+/// is and, for a value, from the key before it.
 enum class Kind {
     PropertyList,
     Root,

@@ -32,7 +32,7 @@ class Dictionary {
     void Clear();
     std::int32_t Count() const;
     /// The key at the 0-based place. Raises OutOfBoundsException. Takes constant time, and logarithmic time
-    /// behind removals, so that loops over all keys which remove some of them cost little.
+    /// after removals, so that loops over all keys which remove some of them cost little.
     String Key(std::int32_t index) const;
 
   private:

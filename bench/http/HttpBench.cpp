@@ -69,7 +69,7 @@ void HeadOf100000Lines(benchmark::State& state) {
 }
 BENCHMARK(HeadOf100000Lines)->ArgName("differentNames")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-/// A page of 4 MB of kana in pieces of 16 KB, its length asked for behind each.
+/// A page of 4 MB of kana in pieces of 16 KB, its length asked for after each.
 void PageInPieces(benchmark::State& state) {
     std::string piece;
     while (piece.size() < 16u << 10) piece += "素早い茶色の狐が";

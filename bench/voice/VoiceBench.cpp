@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How long a spoken line waits for its sound: over HTTP, as a viewer asks, from the form's sending to the
-// page and to the whole sound behind it. First of a run, and later on; for short and long texts.
+// page and to the whole sound after it. First of a run, and later on; for short and long texts.
 #include <benchmark/benchmark.h>
 
 #include <chrono>

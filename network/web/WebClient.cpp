@@ -39,7 +39,7 @@ struct Client::Impl {
     Impl(const ClientOptions& options, std::stop_token stop) : cancelled(std::move(stop)) {
         if (!multi || !easy) throw std::bad_alloc();
         Set(CURLOPT_NOSIGNAL, 1L);
-        // A name look-up that hangs is left behind instead of being waited for.
+        // A name look-up that hangs is abandoned: nobody waits for it.
         Set(CURLOPT_QUICK_EXIT, 1L);
         Set(CURLOPT_PROTOCOLS_STR, options.scheme.c_str());
         Set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));

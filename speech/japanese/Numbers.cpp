@@ -104,7 +104,7 @@ std::u32string ReadWithoutUnits(std::u32string_view digits, bool inKanji) {
     return IsReadByDigits(digits, inKanji) ? ReadDigits(digits) : ReadWhole(ValueOf(digits));
 }
 
-/// What stands before a unit, or last.
+/// What comes before a unit, or last.
 std::u32string ReadCount(std::u32string_view count) {
     if (count.empty()) return {};
     return count == U"何" ? U"なん" : ReadWithoutUnits(count, false);

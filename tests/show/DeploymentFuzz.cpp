@@ -7,7 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     try {
         const auto deployment = sorakaze::ParseDeployment({reinterpret_cast<const char*>(data), size});
-        // It stands in a page's attribute and in an address.
+        // It is put into a page's attribute and in an address.
         for (const auto& text : {deployment.voiceHost, deployment.viewState, deployment.searchHost}) {
             if (text.find_first_of("\"'<> \r\n") != std::string::npos) std::abort();
         }

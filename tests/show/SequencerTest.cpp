@@ -140,7 +140,7 @@ TEST(Sequencer, WikiContentsChooseTheOtherIntroduction) {
 }
 
 TEST(Sequencer, AStopInEachStateEndsTheShow) {
-    // Opening, the wait behind it, intro, watching; the second press starts a new show that runs to its end.
+    // Opening, the wait after it, intro, watching; the second press starts a new show that runs to its end.
     for (const std::int32_t at : {0, 60, 121, 140, 300}) {
         SCOPED_TRACE(at);
         TestShow show(Program("songs 1"));

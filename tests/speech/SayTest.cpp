@@ -213,7 +213,7 @@ TEST_F(SayTest, WhatFailsKeepsTheFileBefore) {
         {{"-v", "mb-us1", "hi", "-o", file}, 1},
         {{"-v", "Alex", "hi", "-o", file / "none.aiff"}, 1},
         {{"-v", "Alex", "hi", "-o", file.parent_path()}, 1},
-        // On a disk that is full behind 20 kB.
+        // On a disk that is full after 20 kB.
         {{"-v", "Alex", kSentence, "-o", file}, 1}};
     for (const auto& [words, status] : cases) {
         SCOPED_TRACE(testing::PrintToString(words));

@@ -23,7 +23,7 @@ class InstallerTest : public testing::Test {
         }
         if (finish) installer.Finish();
     }
-    /// All that stands in the station, folders without contents, the list left out.
+    /// All that is in the station, folders without contents, the list left out.
     Files Found() {
         Files found;
         for (const auto& entry : fs::recursive_directory_iterator(station_.Path())) {

@@ -37,7 +37,7 @@ class StudioStation : public TemporaryFolder {
         return file;
     }
 
-    /// The command line behind "sorakaze-studio", as the shell reads it.
+    /// The command line after "sorakaze-studio", as the shell reads it.
     Outcome Run(const std::string& arguments, const std::string& before = "") const {
         // The home folder is the test's own, so that nobody's music gets into the library.
         const std::string line = "cd '" + Path().string() + "' && " + before +

@@ -67,7 +67,7 @@ Stereo PlayWaltz() {
                   "G2:6"),
             0),
         {UprightBass, 0.34, {0}, 0.1, 0.8, 0.005});
-    // A breath of strings behind the second half.
+    // A breath of strings under the second half.
     stage.Play(
         Notes("G3+B3+D4:3 G3+B3 G3+C4+E4 G3+C4+Eb4 | G3+B3+D4 G#3+B3+D4 A3+C4+E4 F#3+A3+C4 | G3+B3+D4:6", 48),
         {Pad(900, 0.35, 0.5), 0.11, {0}, 0.6, 1, 0.02});

@@ -38,8 +38,8 @@ struct OnAServer : testing::Test {
     static bool Audible(const Loudspeaker& loudspeaker, bool audible = true) {
         return Eventually([&] { return loudspeaker.IsAudible() == audible; });
     }
-    /// On a recorder behind the server, half a second that holds nothing but the tone. There are others: the
-    /// swell, and holes where the machine is short of time.
+    /// On a recorder of what the server plays, half a second that holds nothing but the tone. There are
+    /// others: the swell, and holes where the machine is short of time.
     void ExpectTone() {
         const test::Program recorder({"parec", "--device=test.monitor", "--raw", "--format=float32le",
                                       "--rate=48000", "--channels=2", "--latency-msec=50"},

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window's view with Qt's offscreen platform: what stands where, both ways of the binding, and the main
+// The window's view with Qt's offscreen platform: what is where, both ways of the binding, and the main
 // thread's waits within Qt's loop.
 #include <gtest/gtest.h>
 

@@ -169,7 +169,7 @@ TEST(SocketsLookUp, OneThatHangsHoldsNothingUp) {
     while (!lookingUp.expired()) std::this_thread::yield();
 }
 
-/// Each event with each thing that its handler may do to the socket, while more is due behind it.
+/// Each event with each thing that its handler may do to the socket, while more is due after it.
 TEST_F(Sockets, HandlersMayCloseReconnectAndEndTheSocket) {
     const auto open = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
     NotingSocket last;
