@@ -8,12 +8,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
 #include "sound/Frames.h"
+#include "sound/SaneSample.h"
 
 namespace sorakaze::sound {
 
@@ -114,8 +114,7 @@ class RingReader {
         for (std::size_t i = 0; i < count * kChannels; ++i) block_[i] = from[i];
         // The compiler must not read the shared memory a second time.
         std::atomic_signal_fence(std::memory_order_seq_cst);
-        for (std::size_t i = 0; i < count * kChannels; ++i)
-            block_[i] = std::fabs(block_[i]) <= kSaneSample ? block_[i] : 0.0f;
+        for (std::size_t i = 0; i < count * kChannels; ++i) block_[i] = SaneSample(block_[i]);
         return {block_, count * kChannels};
     }
     void Consume(std::size_t frames) {
@@ -142,10 +141,6 @@ class RingReader {
     void SetGone() { gone_.store(true, std::memory_order_release); }
 
   private:
-    /// Larger samples can only come from damaged or hostile float data. Sums of such values would poison the
-    /// limiter.
-    static constexpr float kSaneSample = 64.0f;
-
     const std::uint64_t capacity_;
     RingHeader& header_;
     const float* const samples_;

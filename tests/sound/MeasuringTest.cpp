@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What is measured of sounds whose loudness is known.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "sound/measuring/LoudnessMeter.h"
+#include "sound/measuring/Measurer.h"
+#include "tests/sound/SoundTesting.h"
+
+namespace sorakaze::sound::testing {
+namespace {
+
+constexpr std::size_t kSecond = kSampleRate;
+constexpr Frames kNoLimit = kLongestMeasurement;
+
+Measurement Measured(std::span<const float> sound, std::size_t piece = kSecond, Frames limit = kNoLimit) {
+    Measurer measurer(limit);
+    for (; !sound.empty(); sound = sound.subspan(std::min(piece * kChannels, sound.size())))
+        measurer.Add(sound.first(std::min(piece * kChannels, sound.size())));
+    return measurer.Finish(!measurer.IsFull());
+}
+
+Samples Joined(std::initializer_list<Samples> parts) {
+    Samples all;
+    for (const Samples& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+/// A sine of 1 kHz on both sides is as loud in LUFS as its peak in dBFS.
+TEST(LoudnessMeter, TellsWhatASineIs) {
+    LoudnessMeter meter({.range = true, .truePeak = true});
+    meter.Add(Sine(1000, 20 * kSecond, 0.1f));
+    EXPECT_NEAR(meter.Integrated(), -20, 0.1);
+    EXPECT_NEAR(meter.Peak(), -20, 0.01);
+    EXPECT_NEAR(meter.Range(), 0, 0.1);
+    meter.Add(Sine(1000, 20 * kSecond, 0.05f));
+    EXPECT_NEAR(meter.Last({kSampleRate}), -26, 0.1);
+    EXPECT_NEAR(meter.Range(), 6, 0.3);
+
+    // A quarter of the rate, in a phase that no sample meets the crest of.
+    Samples between(kSecond * kChannels);
+    for (std::size_t i = 0; i < between.size(); ++i) between[i] = (i / kChannels) % 4 < 2 ? 0.5f : -0.5f;
+    LoudnessMeter high({.truePeak = true});
+    high.Add(between);
+    EXPECT_NEAR(high.Peak(), -6, 0.1);
+    EXPECT_NEAR(high.TruePeak(), -3, 0.4);
+
+    EXPECT_EQ(LoudnessMeter().Integrated(), kSilentLoudness);
+    EXPECT_EQ(LoudnessMeter().Peak(), kSilentLoudness);
+}
+
+TEST(Measurer, FollowsTheSoundSecondBySecond) {
+    const Samples sound = Joined({Sine(1000, 4 * kSecond, 0.01f), Sine(1000, 4 * kSecond, 0.1f),
+                                  Constant(0.0f, 2 * kSecond), Sine(1000, 100, 0.001f)});
+    const Measurement m = Measured(sound);
+    ASSERT_EQ(m.seconds.size(), 11u);
+    for (std::size_t i = 0; i < 8; ++i) EXPECT_NEAR(m.seconds[i].loudness, i < 4 ? -40 : -20, 0.3) << i;
+    EXPECT_EQ(m.seconds[9].loudness, kSilentLoudness);
+    EXPECT_NEAR(m.seconds[3].part, -40, 0.1);
+    EXPECT_NEAR(m.seconds.back().part, -20, 0.3) << "what is quiet or silent doesn't count";
+    EXPECT_NEAR(m.seconds[3].peak, -40, 0.01);
+    EXPECT_NEAR(m.seconds.back().peak, -20, 0.01);
+    EXPECT_EQ(m.length, Frames{10 * kSampleRate + 100});
+    EXPECT_NEAR(static_cast<double>(m.audible.count), 8.0 * kSampleRate, 24);
+    EXPECT_TRUE(m.isWhole);
+    EXPECT_NEAR(m.speechBand, -23, 0.3);
+
+    for (const std::size_t piece : {1u, 777u, 100'000u}) EXPECT_EQ(Measured(sound, piece), m) << piece;
+    const Measurement begun = Measured(sound, 777, {5 * kSampleRate + 10});
+    EXPECT_EQ(begun.length, Frames{5 * kSampleRate + 10});
+    EXPECT_FALSE(begun.isWhole);
+    EXPECT_EQ(begun.seconds[4], m.seconds[4]);
+    EXPECT_LT(Measured(Sine(60, 4 * kSecond, 0.1f)).speechBand, -45) << "outside the band of speech";
+}
+
+TEST(Measurer, TakesAnySound) {
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN(), kInf = HUGE_VALF;
+    const struct {
+        const char* name;
+        Samples sound;
+        double loudness, peak;
+        double slack = 0.2;
+    } cases[] = {
+        {"nothing", {}, kSilentLoudness, kSilentLoudness},
+        {"silence", Constant(0.0f, 3 * kSecond), kSilentLoudness, kSilentLoudness},
+        {"below what is audible", Sine(1000, 3 * kSecond, 0.0009f), kSilentLoudness, kSilentLoudness},
+        {"one frame", {1.0f, -1.0f}, -37, 0, 8},
+        {"a tenth of a second", Sine(1000, kSecond / 10, 0.1f), -26, -20},
+        {"half a second", Sine(1000, kSecond / 2, 0.1f), -20, -20},
+        {"no numbers", Samples(2 * kSecond * kChannels, kNan), kSilentLoudness, kSilentLoudness},
+        {"without bounds", Samples(2 * kSecond * kChannels, -kInf), kSilentLoudness, kSilentLoudness},
+        {"huge", Samples(2 * kSecond * kChannels, 3e38f), kSilentLoudness, kSilentLoudness},
+        {"louder than any music", Sine(1000, 2 * kSecond, 64.0f), 30, 36.1},
+        {"poisoned", Joined({Sine(1000, 2 * kSecond, 0.1f), {kNan, kInf}, Sine(1000, 2 * kSecond, 0.1f)}),
+         -20, -20}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        const Measurement m = Measured(each.sound);
+        EXPECT_EQ(m.length.count, std::ssize(each.sound) / kChannels);
+        EXPECT_EQ(UnpackMeasurement(PackMeasurement(m)), m);
+        EXPECT_EQ(m.seconds.empty(), each.loudness == double{kSilentLoudness});
+        if (m.seconds.empty()) continue;
+        EXPECT_NEAR(m.seconds.back().part, each.loudness, each.slack);
+        EXPECT_NEAR(m.seconds.back().peak, each.peak, 0.1);
+    }
+}
+
+TEST(Measurement, OutOfForeignBytesIsCheckedThroughout) {
+    const Measurement good = Measured(Sine(1000, 3 * kSecond, 0.1f));
+    ASSERT_EQ(UnpackMeasurement(PackMeasurement(good)), good);
+    const std::pair<const char*, void (*)(Measurement&)> cases[] = {
+        {"no number", [](Measurement& m) { m.seconds[1].loudness = std::nanf(""); }},
+        {"infinite", [](Measurement& m) { m.seconds[1].part = HUGE_VALF; }},
+        {"too quiet", [](Measurement& m) { m.seconds[1].part = -71; }},
+        {"too loud", [](Measurement& m) { m.seconds[2].peak = 96; }},
+        {"a peak that comes down", [](Measurement& m) { m.seconds[1].peak -= 3; }},
+        {"a second too many", [](Measurement& m) { m.seconds.push_back(m.seconds.back()); }},
+        {"longer than its seconds", [](Measurement& m) { m.length.count += kSampleRate; }},
+        {"of negative length", [](Measurement& m) { m.length.count = -1, m.seconds.clear(); }},
+        {"audible after its end", [](Measurement& m) { m.audible.count = m.length.count + 1; }},
+        {"silent with seconds", [](Measurement& m) { m.audible.count = 0; }},
+        {"endless", [](Measurement& m) { m.length.count = std::int64_t{1} << 62; }},
+        {"no speech band", [](Measurement& m) { m.speechBand = std::nanf(""); }}};
+    for (const auto& [name, spoil] : cases) {
+        Measurement bad = good;
+        spoil(bad);
+        EXPECT_EQ(UnpackMeasurement(PackMeasurement(bad)), std::nullopt) << name;
+    }
+    const std::string packed = PackMeasurement(good);
+    for (std::size_t size = 0; size < packed.size(); ++size)
+        EXPECT_EQ(UnpackMeasurement(packed.substr(0, size)), std::nullopt) << size;
+}
+
+}  // namespace
+}  // namespace sorakaze::sound::testing
