@@ -4,13 +4,17 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "sound/Limiter.h"
 #include "sound/MixingEngine.h"
+#include "sound/desk/OutputStage.h"
+#include "sound/desk/TruePeak.h"
 #include "sound/encoding/SoundFileWriter.h"
 
 namespace sorakaze::sound {
@@ -107,6 +111,32 @@ void MixIdle(benchmark::State& state) {
     }
 }
 
+/// The library's minute, whose peaks reach 0.65, as loud as the argument says in percent.
+template <typename Stage>
+void Limit(benchmark::State& state) {
+    std::vector<float> sound(Library::Instance().Samples().begin(), Library::Instance().Samples().end());
+    for (float& sample : sound) sample *= static_cast<float>(state.range(0)) / 100;
+    std::vector<float> block(kBlock * kChannels);
+    const auto stage = std::make_unique<Stage>();
+    std::size_t at = 0;
+    for (auto _ : state) {
+        std::copy_n(&sound[at], block.size(), stage->Input(kBlock).begin());
+        stage->Process(block);
+        benchmark::DoNotOptimize(block.data());
+        at = at + 2 * block.size() > sound.size() ? 0 : at + block.size();
+    }
+    CountSound(state, static_cast<double>(kBlock) / kSampleRate);
+}
+
+void MeasureTruePeak(benchmark::State& state) {
+    for (auto _ : state) {
+        TruePeak peak;
+        peak.Add(Library::Instance().Samples());
+        benchmark::DoNotOptimize(peak.Peak());
+    }
+    CountSound(state, kSeconds);
+}
+
 void Write(benchmark::State& state, const std::string& ending) {
     const auto file = Library::Instance().File(".written" + ending);
     for (auto _ : state) {
@@ -125,6 +155,9 @@ BENCHMARK_CAPTURE(Render, opus, ".opus")->UseRealTime()->Unit(benchmark::kMillis
 BENCHMARK_CAPTURE(Render, vorbis, ".oga")->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(MixBlock)->Arg(1)->Arg(3);
 BENCHMARK(MixIdle);
+BENCHMARK_TEMPLATE(Limit, Limiter)->Arg(50)->Arg(100)->Arg(200);
+BENCHMARK_TEMPLATE(Limit, OutputStage)->Arg(50)->Arg(100)->Arg(200);
+BENCHMARK(MeasureTruePeak)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Write, wav, ".wav")->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Write, flac, ".flac")->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Write, mp3, ".mp3")->UseRealTime()->Unit(benchmark::kMillisecond);

@@ -14,27 +14,13 @@ namespace {
 
 constexpr std::ptrdiff_t kLatency = std::ptrdiff_t{Limiter::kLatency} * kChannels;  // in samples
 
-/// Passes `samples` through a limiter in blocks of `block` frames; what comes out is as long, the latency
-/// included.
-Samples Pass(const Samples& samples, std::size_t block = 800) {
-    Limiter limiter;
-    Samples out = samples;
-    for (std::span<float> rest = out; !rest.empty();) {
-        const auto part = rest.first(std::min(block * kChannels, rest.size()));
-        std::ranges::copy(part, limiter.Input(part.size() / kChannels).begin());
-        limiter.Process(part);
-        rest = rest.subspan(part.size());
-    }
-    return out;
-}
-
 TEST(Limiter, ChangesNoBitBelowTheCeilingAndHoldsEveryPeakDown) {
     std::mt19937 random(1);
     std::uniform_real_distribution<float> level(-Limiter::kCeiling, Limiter::kCeiling);
     Samples noise(2 * 100'000);
     for (float& sample : noise) sample = level(random);
     for (const std::size_t block : {1u, 240u, 241u, 1024u}) {
-        const Samples out = Pass(noise, block);
+        const Samples out = Pass<Limiter>(noise, block);
         EXPECT_EQ(Peak(std::span(out).first(kLatency)), 0.0f);
         EXPECT_TRUE(std::equal(noise.begin(), noise.end() - kLatency, out.begin() + kLatency));
     }
@@ -42,10 +28,10 @@ TEST(Limiter, ChangesNoBitBelowTheCeilingAndHoldsEveryPeakDown) {
     constexpr float kLoudness[] = {0.2f, 1.5f, 8.0f};
     for (std::size_t i = 0; i < noise.size(); ++i)
         noise[i] *= i % 4001 == 0 ? 100.0f : kLoudness[(i / 5000) % 3];
-    const Samples out = Pass(noise);
+    const Samples out = Pass<Limiter>(noise);
     EXPECT_LE(Peak(out), 1.0f);
     EXPECT_GT(Peak(out), 0.99f);
-    EXPECT_EQ(out, Pass(noise, 75)) << "the size of the blocks is of no account";
+    EXPECT_EQ(out, Pass<Limiter>(noise, 75)) << "the size of the blocks is of no account";
 }
 
 TEST(Limiter, TurnsASustainedToneDownCleanlyAndLetsGoAgain) {
@@ -53,7 +39,7 @@ TEST(Limiter, TurnsASustainedToneDownCleanlyAndLetsGoAgain) {
     Samples sound = Sine(1000, 2 * kSampleRate, 1.6f);
     const Samples quiet = Sine(1000, 3 * kSampleRate, 0.5f);
     sound.insert(sound.end(), quiet.begin(), quiet.end());
-    const Samples out = Pass(sound);
+    const Samples out = Pass<Limiter>(sound);
     const Tone tone = MeasureTone(Channel(std::span(out).subspan(kSecond, kSecond / 2), 0), 1000);
     EXPECT_NEAR(tone.amplitude, 1.0, 0.01);
     EXPECT_GT(tone.purity, 50);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <memory>
 #include <numbers>
 #include <span>
 #include <string>
@@ -65,6 +66,21 @@ inline Samples Mix(MixingEngine& engine, std::size_t frames) {
         rest = rest.subspan(count);
     }
     return samples;
+}
+
+/// Passes `samples` through a limiter in blocks of `block` frames; what comes out is as long, the latency
+/// included.
+template <typename Limiter>
+Samples Pass(const Samples& samples, std::size_t block = 800) {
+    const auto limiter = std::make_unique<Limiter>();
+    Samples out = samples;
+    for (std::span<float> rest = out; !rest.empty();) {
+        const auto part = rest.first(std::min(block * kChannels, rest.size()));
+        std::ranges::copy(part, limiter->Input(part.size() / kChannels).begin());
+        limiter->Process(part);
+        rest = rest.subspan(part.size());
+    }
+    return out;
 }
 
 /// The file as a voice of an engine of its own: exactly its frames, the limiter's latency taken off. Empty
