@@ -10,6 +10,8 @@ namespace sorakaze::sound {
 namespace {
 
 constexpr unsigned long kLongestWindow = 1000;  // milliseconds
+/// It keeps three seconds of the sound. Asked for a window of one second the library takes a thousand.
+constexpr int kWindowMode = EBUR128_MODE_S;
 
 float Decibels(double amplitude) {
     return amplitude > 0 ? std::max(kSilentLoudness, static_cast<float>(20 * std::log10(amplitude)))
@@ -40,13 +42,10 @@ void LoudnessMeter::Destroy::operator()(ebur128_state* state) const {
 
 LoudnessMeter::LoudnessMeter(Extras extras)
     : state_(ebur128_init(kChannels, kSampleRate,
-                          EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_HISTOGRAM |
+                          EBUR128_MODE_I | kWindowMode | EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_HISTOGRAM |
                               (extras.range ? EBUR128_MODE_LRA : 0) |
                               (extras.truePeak ? EBUR128_MODE_TRUE_PEAK : 0))) {
     if (!state_) throw std::bad_alloc();
-    // With the range the window is longer anyway.
-    if (!extras.range && ebur128_set_max_window(state_.get(), kLongestWindow) != EBUR128_SUCCESS)
-        throw std::bad_alloc();
 }
 
 void LoudnessMeter::Add(std::span<const float> interleaved) {
