@@ -34,12 +34,13 @@ AvPointer<SwrContext> Allocate(AVChannelLayout layout, const AVFrame& frame) {
     return AvPointer<SwrContext>(context);
 }
 
-/// The usual downmix, scaled so that full-scale channels never add up to more than full scale; mono goes to
-/// both sides at its own level.
-AvPointer<SwrContext> MakeUsual(const AVChannelLayout& layout, const AVFrame& frame) {
+/// The usual downmix; mono goes to both sides at its own level.
+AvPointer<SwrContext> MakeUsual(const AVChannelLayout& layout, const AVFrame& frame, Converter::Fold fold) {
     auto context = Allocate(layout, frame);
     if (!context) return nullptr;
-    av_opt_set_double(context.get(), "rematrix_maxval", 1.0, 0);
+    // The most that the coefficients of a side may add up to before all are scaled down.
+    const double mostSum = fold == Converter::Fold::Scaled ? 1.0 : kMostChannels;
+    av_opt_set_double(context.get(), "rematrix_maxval", mostSum, 0);
     constexpr std::array<double, 2> kMonoToBoth{1.0, 1.0};
     if (layout.nb_channels == 1 && swr_set_matrix(context.get(), kMonoToBoth.data(), 1) < 0) return nullptr;
     return swr_init(context.get()) < 0 ? nullptr : std::move(context);
@@ -85,7 +86,7 @@ bool Converter::SetUp(const AVFrame& frame) {
         av_channel_layout_copy(&usual, &layout_);
     else
         av_channel_layout_default(&usual, layout_.nb_channels);
-    context_ = MakeUsual(usual, frame);
+    context_ = MakeUsual(usual, frame, fold_);
     if (!context_) context_ = MakeFirstTwo(layout_, frame);
     av_channel_layout_uninit(&usual);
     return context_ != nullptr;

@@ -15,7 +15,11 @@ namespace sorakaze::sound {
 
 class Converter {
   public:
-    Converter() = default;
+    enum class Fold {
+        Scaled,  ///< full-scale channels never add up to more than full scale
+        Full,    ///< at the usual coefficients; sums may exceed full scale
+    };
+    explicit Converter(Fold fold) : fold_(fold) {}
     ~Converter();
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
@@ -41,6 +45,7 @@ class Converter {
     std::size_t Flush(std::span<float> out);
 
   private:
+    const Fold fold_;
     AvPointer<SwrContext> context_;
     AVChannelLayout layout_{};
     int format_ = -1;

@@ -8,7 +8,7 @@
 namespace sorakaze::sound {
 
 std::unique_ptr<Decoder> Decoder::Open(std::unique_ptr<InputFile> file, const std::string& name,
-                                       unsigned helpers) {
+                                       unsigned helpers, Converter::Fold fold) {
     if (!file) throw std::bad_alloc();
     auto reader = PacketReader::Open(std::move(file), name);
     if (!reader) return nullptr;
@@ -17,7 +17,7 @@ std::unique_ptr<Decoder> Decoder::Open(std::unique_ptr<InputFile> file, const st
     if (!source) return nullptr;
 
     // The first sound goes into the spare room, from where the first Read takes it.
-    std::unique_ptr<Decoder> decoder(new Decoder(std::move(source)));
+    std::unique_ptr<Decoder> decoder(new Decoder(std::move(source), fold));
     while (decoder->spareEnd_ == 0 && !decoder->ended_) decoder->Advance({});
     return decoder->spareEnd_ > 0 ? std::move(decoder) : nullptr;
 }

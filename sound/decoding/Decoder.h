@@ -23,7 +23,8 @@ class Decoder {
     /// endings. `helpers` more threads make it faster, for formats that allow it; they take some megabytes
     /// more and give the same samples. Throws std::bad_alloc and std::system_error.
     static std::unique_ptr<Decoder> Open(std::unique_ptr<InputFile> file, const std::string& name,
-                                         unsigned helpers = 0);
+                                         unsigned helpers = 0,
+                                         Converter::Fold fold = Converter::Fold::Scaled);
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
@@ -35,7 +36,8 @@ class Decoder {
     std::optional<Frames> Length() const { return source_->Length(); }
 
   private:
-    explicit Decoder(std::unique_ptr<FrameSource> source) : source_(std::move(source)) {}
+    Decoder(std::unique_ptr<FrameSource> source, Converter::Fold fold)
+        : source_(std::move(source)), converter_(fold) {}
     std::size_t Advance(std::span<float> room);
     std::size_t Flush(std::span<float> room);
     std::size_t TakeSpare(std::span<float> room);
