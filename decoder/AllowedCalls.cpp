@@ -3,8 +3,9 @@
 #include "decoder/AllowedCalls.h"
 
 #include <fcntl.h>
-#include <linux/sched.h>
+#include <sched.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 
 #include "process/SeccompFilter.h"
@@ -96,6 +97,10 @@ void AllowCalls(CallSet set) {
     if (set == CallSet::ForkServer) {
         for (const int call : kForkServerCalls) filter.Allow(call);
         filter.Allow(SYS_prlimit64, {SeccompFilter::Is(0, 0)});  // its own limits
+        // Of itself, and to nothing but the lowest: see UseIdleTime.
+        filter.Allow(SYS_sched_setscheduler, {SeccompFilter::Is(0, 0), SeccompFilter::Is(1, SCHED_IDLE)});
+        filter.Allow(SYS_setpriority, {SeccompFilter::Is(0, PRIO_PROCESS), SeccompFilter::Is(1, 0),
+                                       SeccompFilter::Is(2, kLowestPriority)});
     } else {
         // None that is shared or grows by itself: that wouldn't count as the process's data.
         filter.Allow(SYS_mmap, {SeccompFilter::BitsAre(3, MAP_SHARED | MAP_GROWSDOWN | MAP_HUGETLB, 0)});

@@ -10,6 +10,9 @@ enum class CallSet {
     Worker,          ///< the same in one thread
 };
 
+/// The only priority that a process of the program may give itself, as setpriority has it.
+inline constexpr int kLowestPriority = 19;
+
 /// From here on the calling process, and all that it starts, can make these system calls alone; every other
 /// one fails with ENOSYS. A later call can only forbid more. Does nothing on a kernel without such filters.
 void AllowCalls(CallSet set);

@@ -4,6 +4,7 @@
 
 #include <linux/capability.h>
 #include <malloc.h>
+#include <sched.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -80,6 +81,11 @@ void SandboxForkServer() {
     DropCapabilities();
     OpenNothing();
     AllowCalls(CallSet::ForkServer);
+}
+
+void UseIdleTime() {
+    const sched_param none{};
+    if (::sched_setscheduler(0, SCHED_IDLE, &none) != 0) ::setpriority(PRIO_PROCESS, 0, kLowestPriority);
 }
 
 void SandboxWorker(std::uint64_t memory, Threads threads) {

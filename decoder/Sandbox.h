@@ -18,6 +18,10 @@ void SandboxForkServer();
 enum class Threads { None, Some };
 void SandboxWorker(std::uint64_t memory, Threads threads);
 
+/// For a worker, before SandboxWorker: from here on it runs only while no other process wants the processor,
+/// or with the least share where the system has no such rank.
+void UseIdleTime();
+
 /// Kills the worker when it uses more processor time than this before the next call.
 void LimitProcessorTime(std::chrono::milliseconds processorTime);
 

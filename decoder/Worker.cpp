@@ -8,24 +8,28 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
+#include <span>
 #include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "decoder/Sandbox.h"
 #include "player/TagReader.h"
 #include "sound/SharedRing.h"
-#include "sound/decoding/Decoder.h"
+#include "sound/decoding/SoundReader.h"
+#include "sound/measuring/Measurer.h"
 
 namespace sorakaze::decoder {
 namespace {
 
 using namespace std::chrono_literals;
-using sound::Decoder;
 using sound::JobKind;
 using sound::kSampleRate;
 using sound::PlayAnswer;
+using sound::SoundReader;
 
 /// Processor time: of opening a file up to its first frames, and of each stretch of it.
 constexpr auto kOpeningTime = 700ms, kStretchTime = 2000ms;
@@ -33,6 +37,8 @@ constexpr auto kOpeningTime = 700ms, kStretchTime = 2000ms;
 constexpr std::size_t kStretch = 32768;
 /// Frames that are there with the answer, so that a sound that starts at once doesn't begin with a gap.
 constexpr std::size_t kFirstFrames = 8192;
+/// Frames of silence that are passed over before the answer: longer silence doesn't hold it up.
+constexpr sound::Frames kMostSkippedFirst{std::int64_t{kSampleRate} * 60};
 constexpr unsigned kMostThreads = 4;
 
 class Player {
@@ -40,13 +46,16 @@ class Player {
     Player(int socket, void* ring, std::uint32_t capacity, bool fast)
         : socket_(socket), ring_(ring, capacity), half_(capacity / 2), fast_(fast) {}
 
-    PlayAnswer Open(FileDescriptor file, const std::string& name) {
+    PlayAnswer Open(FileDescriptor file, const sound::JobRequest& request) {
         const unsigned helpers =
             fast_ ? std::clamp(std::thread::hardware_concurrency(), 2u, kMostThreads) - 1 : 0;
-        decoder_ = Decoder::Open(sound::InputFile::Adopt(std::move(file)), name, helpers);
-        if (!decoder_) return {PlayAnswer::NoSound, 0, -1};
-        Decode(kFirstFrames);
-        const auto length = decoder_->Length();
+        sound_ = SoundReader::Open(sound::InputFile::Adopt(std::move(file)), request.name, request.options,
+                                   helpers);
+        if (!sound_) return {PlayAnswer::NoSound, 0, -1};
+        do {
+            Decode(kFirstFrames);
+        } while (sound_->IsSkipping() && sound_->Skipped() < kMostSkippedFirst);
+        const auto length = sound_->Length();
         return {PlayAnswer::Playing, 0, length ? length->count : -1};
     }
 
@@ -66,9 +75,9 @@ class Player {
         LimitProcessorTime(kStretchTime);
         const auto room = ring_.Writable();
         const auto batch = room.first(std::min(room.size(), most * sound::kChannels));
-        const std::size_t frames = decoder_->Read(batch);
+        const std::size_t frames = sound_->Read(batch);
         if (frames > 0 && ring_.Commit(frames)) Tell();
-        over_ = frames < batch.size() / sound::kChannels;
+        over_ = sound_->IsOver();
         if (over_ && ring_.Finish()) Tell();
     }
 
@@ -101,7 +110,7 @@ class Player {
     sound::RingWriter ring_;
     const std::size_t half_;  ///< of its capacity
     const bool fast_;
-    std::unique_ptr<Decoder> decoder_;
+    std::optional<SoundReader> sound_;
     bool begun_ = false;  ///< the frames are being taken
     bool over_ = false;
     std::size_t lastAbove_ = 0;
@@ -123,7 +132,7 @@ int WorkPlay(Job& job) {
     Player player(job.socket.Get(), memory, capacity, fast);
     PlayAnswer answer{PlayAnswer::TooLarge, 0, -1};
     try {
-        answer = player.Open(std::move(job.file), job.request.name);
+        answer = player.Open(std::move(job.file), job.request);
     } catch (const std::bad_alloc&) {
     } catch (const std::system_error&) {  // no thread
     }
@@ -146,10 +155,49 @@ int WorkTags(Job& job) {
     return 0;
 }
 
+/// Measures a sound, telling the application of each stretch. Empty for a file without sound.
+std::optional<sound::Measurement> Measured(Job& job) {
+    auto sound = SoundReader::Open(sound::InputFile::Adopt(std::move(job.file)), job.request.name,
+                                   job.request.options);
+    if (!sound) return std::nullopt;
+    sound::Measurer measurer(sound::Frames{job.request.limit});
+    std::vector<float> stretch(kStretch * sound::kChannels);
+    while (!sound->IsOver() && !measurer.IsFull()) {
+        LimitProcessorTime(kStretchTime);
+        measurer.Add(std::span(stretch).first(sound->Read(stretch) * sound::kChannels));
+        const char word = 'm';
+        ::send(job.socket.Get(), &word, 1, MSG_DONTWAIT | MSG_NOSIGNAL);
+    }
+    return measurer.Finish(sound->IsOver());
+}
+
+int WorkMeasure(Job& job) {
+    if (job.request.kind == JobKind::MeasureBackground) UseIdleTime();
+    SandboxWorker(job.request.memory, Threads::None);
+    LimitProcessorTime(kOpeningTime);
+    try {
+        const auto measurement = Measured(job);
+        if (!measurement) return 1;
+        const std::string packed = PackMeasurement(*measurement);
+        ::send(job.socket.Get(), packed.data(), packed.size(), MSG_NOSIGNAL);
+    } catch (const std::bad_alloc&) {
+        return 1;
+    }
+    return 0;
+}
+
 }  // namespace
 
 int Work(Job job) {
-    return job.request.kind == JobKind::Tags ? WorkTags(job) : WorkPlay(job);
+    switch (job.request.kind) {
+        case JobKind::Tags:
+            return WorkTags(job);
+        case JobKind::Measure:
+        case JobKind::MeasureBackground:
+            return WorkMeasure(job);
+        default:
+            return WorkPlay(job);
+    }
 }
 
 }  // namespace sorakaze::decoder

@@ -70,9 +70,8 @@ DecoderProcess::Failure OfStatus(int status) {
 
 }  // namespace
 
-DecoderProcess::DecoderProcess(std::filesystem::path program, std::chrono::milliseconds stallTimeout)
+DecoderProcess::DecoderProcess(std::filesystem::path program)
     : program_(std::move(program)),
-      stallTimeout_(stallTimeout),
       wake_(::eventfd(0, EFD_CLOEXEC)),
       cancel_(::eventfd(0, EFD_CLOEXEC)),
       thread_([this] { Watch(); }) {}
@@ -164,16 +163,15 @@ bool DecoderProcess::Send(const JobRequest& request, const int* descriptors, std
     return helper_ && SendPacket(helper_->Channel(), request, descriptors, count);
 }
 
-std::variant<DecoderProcess::Job, DecoderProcess::Failure> DecoderProcess::Begin(JobKind kind, int file,
-                                                                                 const std::string& fileName,
-                                                                                 std::uint64_t memory,
-                                                                                 const Ring& ring) {
+std::variant<DecoderProcess::Job, DecoderProcess::Failure> DecoderProcess::Begin(
+    const Order& order, int file, const std::string& fileName) {
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
         return Failure{Failure::NotStarted, std::strerror(errno)};
-    Job job{{}, FileDescriptor(ends[0])};
+    Job job{{}, order.kind, FileDescriptor(ends[0])};
     const FileDescriptor theirs(ends[1]);
-    JobRequest request{kind, 0, memory, ring.capacity, {}};
+    const Ring& ring = order.ring;
+    JobRequest request{order.kind, 0, order.memory, ring.capacity, order.options, order.limit.count, {}};
     // Formats are told by endings: of a long name the end counts.
     const std::size_t skipped = fileName.size() - std::min(fileName.size(), sizeof request.name - 1);
     fileName.copy(request.name, sizeof request.name - 1, skipped);
@@ -193,23 +191,38 @@ std::variant<DecoderProcess::Job, DecoderProcess::Failure> DecoderProcess::Begin
     return job;
 }
 
-std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const Job& job) {
-    pollfd events[] = {{job.socket.Get(), POLLIN, 0}, {cancel_.Get(), POLLIN, 0}};
-    const auto deadline = Clock::now() + stallTimeout_;
+std::variant<std::string, DecoderProcess::Failure> DecoderProcess::Await(const Job& job,
+                                                                         const Patience& patience) {
+    const bool measures = job.kind == JobKind::Measure || job.kind == JobKind::MeasureBackground;
+    const auto end = Clock::now() + (measures ? patience.measuring : patience.stretch);
+    std::string answer(kLongestAnswer, '\0');
+    for (;;) {
+        if (auto failure = AwaitPacket(job, patience.stop, std::min(Clock::now() + patience.stretch, end))) {
+            Kill(job.name);
+            return *std::move(failure);
+        }
+        const ssize_t got = ::recv(job.socket.Get(), answer.data(), answer.size(), MSG_DONTWAIT);
+        if (got <= 0) return WhyEnded(job.name);
+        if (measures && got == 1 && Clock::now() < end) continue;
+        answer.resize(static_cast<std::size_t>(got));
+        return answer;
+    }
+}
+
+/// Empty when there is a packet, or the socket has hung up.
+std::optional<DecoderProcess::Failure> DecoderProcess::AwaitPacket(const Job& job, int stop,
+                                                                   Clock::time_point deadline) const {
+    pollfd events[] = {{job.socket.Get(), POLLIN, 0}, {cancel_.Get(), POLLIN, 0}, {stop, POLLIN, 0}};
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const int ready = ::poll(events, 2, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+        const int ready = ::poll(events, 3, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
         if (ready < 0 && errno == EINTR) continue;
-        if (ready > 0 && events[0].revents != 0) break;
-        Kill(job.name);
-        if (ready > 0) return Failure{Failure::NotStarted, "the application ends"};
+        // First: a job that sends on and on can still be stopped.
+        if (ready > 0 && events[2].revents != 0) return Failure{Failure::NotStarted, "nobody waits for it"};
+        if (ready > 0 && events[1].revents != 0) return Failure{Failure::NotStarted, "the application ends"};
+        if (ready > 0) return std::nullopt;
         return Failure{Failure::Slow, "it takes too long to open"};
     }
-    std::string answer(kLongestTags, '\0');
-    const ssize_t got = ::recv(job.socket.Get(), answer.data(), answer.size(), MSG_DONTWAIT);
-    if (got <= 0) return WhyEnded(job.name);
-    answer.resize(static_cast<std::size_t>(got));
-    return answer;
 }
 
 DecoderProcess::Failure DecoderProcess::WhyEnded(const JobId& job) {
@@ -231,7 +244,7 @@ void DecoderProcess::Cancel() {
 
 void DecoderProcess::Kill(const JobId& job) {
     const std::lock_guard lock(mutex_);
-    if (generation_ == job.generation) Send({JobKind::Kill, job.number, 0, 0, {}}, nullptr, 0);
+    if (generation_ == job.generation) Send({JobKind::Kill, job.number, 0, 0, {}, 0, {}}, nullptr, 0);
 }
 
 }  // namespace sorakaze::sound

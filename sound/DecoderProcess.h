@@ -21,6 +21,7 @@
 #include "base/FileDescriptor.h"
 #include "process/ConfinedHelper.h"
 #include "sound/DecoderProtocol.h"
+#include "sound/Frames.h"
 
 namespace sorakaze::sound {
 
@@ -35,6 +36,7 @@ class DecoderProcess {
     };
     struct Job {
         JobId name;
+        JobKind kind;
         FileDescriptor socket;  ///< hangs up when the job's process has ended
     };
     /// Why a job was not done.
@@ -49,22 +51,35 @@ class DecoderProcess {
         std::string why;  ///< one line for the user
     };
 
-    DecoderProcess(std::filesystem::path program, std::chrono::milliseconds stallTimeout);
+    explicit DecoderProcess(std::filesystem::path program);
     ~DecoderProcess();
     DecoderProcess(const DecoderProcess&) = delete;
     DecoderProcess& operator=(const DecoderProcess&) = delete;
 
-    // All from any thread; they block for seconds at most.
+    // All from any thread; but for Await with Measure they block for seconds at most.
 
     struct Ring {
         int descriptor = -1;  ///< of its memory
         std::uint32_t capacity = 0;
     };
-    /// `fileName` helps to tell formats apart; `ring` is for Play.
-    std::variant<Job, Failure> Begin(JobKind kind, int file, const std::string& fileName,
-                                     std::uint64_t memory, const Ring& ring);
-    /// The job's answer, any bytes.
-    std::variant<std::string, Failure> Await(const Job& job);
+    struct Order {
+        JobKind kind;
+        std::uint64_t memory = 0;  ///< bytes that the worker may allocate
+        Ring ring{};               ///< for Play
+        DecodeOptions options{};   ///< for Play and Measure
+        Frames limit{};            ///< for Measure
+    };
+    /// `fileName` helps to tell formats apart.
+    std::variant<Job, Failure> Begin(const Order& order, int file, const std::string& fileName);
+
+    /// How long a job is waited for.
+    struct Patience {
+        std::chrono::milliseconds stretch;       ///< for the answer, or with Measure for each stretch
+        std::chrono::milliseconds measuring{0};  ///< for the answer to Measure
+        int stop = -1;                           ///< a descriptor: nobody waits any more when it is readable
+    };
+    /// The job's answer, any bytes. Without one the job is ended.
+    std::variant<std::string, Failure> Await(const Job& job, const Patience& patience);
     /// Of a job whose socket has hung up before it was done.
     Failure WhyEnded(const JobId& job);
     void Kill(const JobId& job);
@@ -78,9 +93,10 @@ class DecoderProcess {
     void Follow(int channel);
     bool TakeStatuses(int channel);
     bool Send(const JobRequest& request, const int* descriptors, std::size_t count);
+    std::optional<Failure> AwaitPacket(const Job& job, int stop,
+                                       std::chrono::steady_clock::time_point deadline) const;
 
     const std::filesystem::path program_;
-    const std::chrono::milliseconds stallTimeout_;
     const FileDescriptor wake_;    ///< readable when the thread is to end
     const FileDescriptor cancel_;  ///< readable when nobody is to wait
     std::atomic<bool> cancelled_{false};

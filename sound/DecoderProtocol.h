@@ -5,11 +5,14 @@
 // The channel leads to the program's first process, which reads no foreign byte itself: for each job it forks
 // a worker. A job comes with descriptors: the file, the worker's end of a socket of the job's own and, for
 // Play, the memory of its ring. On the job's socket the worker answers once; for Play each further packet, in
-// either direction, only means "check the ring". Either side ends the job by closing the socket.
+// either direction, only means "check the ring". For Measure packets of one byte come before the answer, each
+// for a stretch of the sound that has been measured. Either side ends the job by closing the socket.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+
+#include "sound/DecodeOptions.h"
 
 namespace sorakaze::sound {
 
@@ -17,15 +20,19 @@ enum class JobKind : std::uint32_t {
     Play,      ///< for a device: the ring is emptied in true time
     PlayFast,  ///< the ring is emptied as fast as it is filled
     Tags,
-    Kill,  ///< no job: ends the worker of the job of that number at once. Without descriptors
+    Measure,            ///< the answer is a Measurement, packed
+    MeasureBackground,  ///< the same, whenever nobody else needs the processor
+    Kill,               ///< no job: ends the worker of the job of that number at once. Without descriptors
 };
 
 struct JobRequest {
     JobKind kind;
-    std::uint32_t number;  ///< of the job
-    std::uint64_t memory;  ///< bytes that the worker may allocate
-    std::uint32_t ring;    ///< for Play: the ring's capacity in frames
-    char name[256];        ///< the file's, without its folders: endings help to tell formats apart. Ends in 0
+    std::uint32_t number;   ///< of the job
+    std::uint64_t memory;   ///< bytes that the worker may allocate
+    std::uint32_t ring;     ///< for Play: the ring's capacity in frames
+    DecodeOptions options;  ///< for Play and Measure
+    std::int64_t limit;     ///< for Measure: frames
+    char name[256];  ///< the file's, without its folders: endings help to tell formats apart. Ends in 0
 };
 
 /// On the channel, when a worker has ended.
@@ -44,5 +51,7 @@ struct PlayAnswer {
 
 /// The answer to Tags is a text of at most this many bytes.
 inline constexpr std::size_t kLongestTags = 192'100;
+/// No answer of any kind is longer.
+inline constexpr std::size_t kLongestAnswer = kLongestTags;
 
 }  // namespace sorakaze::sound

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sound/Decoders.h"
 
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,6 +24,11 @@ using Failure = DecoderProcess::Failure;
 
 /// A program that is ended from outside costs no file anything, as long as it comes back.
 constexpr int kAttempts = 4;
+
+/// A measuring that isn't done by then comes too late for whoever wanted it.
+constexpr std::chrono::minutes kLongestMeasuring{10};
+/// In the background a stretch may take so many times as long, since others may use the whole processor.
+constexpr int kBackgroundPatience = 6;
 
 /// What a job may allocate. Files of many hours in one kind of container have indexes of a share of their
 /// size.
@@ -56,16 +62,16 @@ std::optional<Frames> ChecksOut(std::int64_t length) {
 
 struct Decoders::Impl {
     Impl(std::filesystem::path program, std::chrono::milliseconds standstill)
-        : stallTimeout(standstill), process(std::move(program), standstill) {}
+        : stallTimeout(standstill), process(std::move(program)) {}
 
     struct Answered {
         DecoderProcess::Job job;
         std::string bytes;
     };
     /// Gives a job until it is answered, or fails for good.
-    std::variant<Answered, Failure> Ask(JobKind kind, const RegularFile& file,
+    std::variant<Answered, Failure> Ask(DecoderProcess::Order order, const RegularFile& file,
                                         const std::filesystem::path& path,
-                                        const DecoderProcess::Ring& ring = {});
+                                        const DecoderProcess::Patience& patience);
     void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure);
     /// It has ended a decoder before, and that was told.
     bool IsBad(const RegularFile& file);
@@ -77,16 +83,16 @@ struct Decoders::Impl {
     std::set<FileIdentity> badFiles;
 };
 
-std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(JobKind kind, const RegularFile& file,
-                                                                    const std::filesystem::path& path,
-                                                                    const DecoderProcess::Ring& ring) {
+std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(
+    DecoderProcess::Order order, const RegularFile& file, const std::filesystem::path& path,
+    const DecoderProcess::Patience& patience) {
     Failure failure{};
+    order.memory = MemoryFor(file);
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         ::lseek(file.descriptor.Get(), 0, SEEK_SET);
-        auto begun =
-            process.Begin(kind, file.descriptor.Get(), path.filename().string(), MemoryFor(file), ring);
+        auto begun = process.Begin(order, file.descriptor.Get(), path.filename().string());
         if (auto* job = std::get_if<DecoderProcess::Job>(&begun)) {
-            auto answer = process.Await(*job);
+            auto answer = process.Await(*job, patience);
             if (auto* bytes = std::get_if<std::string>(&answer))
                 return Answered{std::move(*job), std::move(*bytes)};
             process.Kill(job->name);
@@ -132,13 +138,16 @@ void Decoders::SetSharedProgram(std::filesystem::path program) {
     SharedProgram() = std::move(program);
 }
 
-std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace) {
+std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace,
+                                             const DecodeOptions& options) {
     const auto file = OpenNonEmptyFile(path);
     if (!file || impl_->IsBad(*file)) return nullptr;
     try {
         auto memory = std::make_unique<SharedMemory>(pace == Pace::Fast ? kFastRingCapacity : kRingCapacity);
-        auto asked = impl_->Ask(pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play, *file, path,
-                                {memory->Descriptor(), memory->Capacity()});
+        DecoderProcess::Order order{.kind = pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play};
+        order.ring = {memory->Descriptor(), memory->Capacity()};
+        order.options = options;
+        auto asked = impl_->Ask(order, *file, path, {.stretch = impl_->stallTimeout});
         if (const auto* failure = std::get_if<Failure>(&asked)) {
             impl_->Note(path, IdentityOf(*file), *failure);
             return nullptr;
@@ -166,13 +175,37 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
 std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path) {
     const auto file = OpenNonEmptyFile(path);
     if (!file || impl_->IsBad(*file)) return std::nullopt;
-    auto asked = impl_->Ask(JobKind::Tags, *file, path);
+    auto asked = impl_->Ask({.kind = JobKind::Tags}, *file, path, {.stretch = impl_->stallTimeout});
     if (auto* answered = std::get_if<Impl::Answered>(&asked)) {
         impl_->process.Kill(answered->job.name);
         return std::move(answered->bytes);
     }
     impl_->Note(path, IdentityOf(*file), std::get<Failure>(asked));
     return std::nullopt;
+}
+
+std::optional<Measurement> Decoders::Measure(const std::filesystem::path& path, Frames limit,
+                                             const DecodeOptions& options, Priority priority,
+                                             const std::stop_token& stop) {
+    const auto file = OpenNonEmptyFile(path);
+    if (!file || impl_->IsBad(*file) || limit.count <= 0) return std::nullopt;
+    const FileDescriptor stopped(::eventfd(0, EFD_CLOEXEC));
+    const std::stop_callback tell(stop, [&] {
+        const std::uint64_t one = 1;
+        static_cast<void>(!::write(stopped.Get(), &one, sizeof one));
+    });
+    const bool background = priority == Priority::Background;
+    const DecoderProcess::Order order{.kind = background ? JobKind::MeasureBackground : JobKind::Measure,
+                                      .options = options,
+                                      .limit = limit};
+    const DecoderProcess::Patience patience{impl_->stallTimeout * (background ? kBackgroundPatience : 1),
+                                            kLongestMeasuring, stopped.Get()};
+    auto asked = impl_->Ask(order, *file, path, patience);
+    auto* const answered = std::get_if<Impl::Answered>(&asked);
+    if (!answered) return std::nullopt;
+    impl_->process.Kill(answered->job.name);
+    auto measurement = UnpackMeasurement(answered->bytes);
+    return measurement && measurement->length <= limit ? std::move(measurement) : std::nullopt;
 }
 
 void Decoders::RecordEnd(DecodedSound& sound) {

@@ -11,10 +11,13 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
+#include "sound/DecodeOptions.h"
 #include "sound/DecodedSound.h"
+#include "sound/Measurement.h"
 
 namespace sorakaze::sound {
 
@@ -49,10 +52,23 @@ class Decoders {
     /// Empty when the file can't be read or holds no sound that can be decoded; the first frames are there
     /// when this returns. Blocks for file I/O and for the decoder, some seconds at most. Any thread but the
     /// mixing one; never throws for bad files.
-    std::unique_ptr<DecodedSound> Open(const std::filesystem::path& file, Pace pace);
+    std::unique_ptr<DecodedSound> Open(const std::filesystem::path& file, Pace pace,
+                                       const DecodeOptions& options = {});
 
     /// The answer of the program's tag reader, any bytes; empty where there is none. As for Open.
     std::optional<std::string> ReadTags(const std::filesystem::path& file);
+
+    enum class Priority {
+        Normal,
+        Background,  ///< only while no other process of the system wants the processor
+    };
+    /// The loudness of a file's first `limit` frames, those that Open gives with the same options. Empty
+    /// where it holds no sound, its decoder fails or takes very long, or `stop` is requested: that is no
+    /// failure of the file, which is left to whoever plays it. Blocks meanwhile, minutes at most. Any thread
+    /// but the mixing one.
+    std::optional<Measurement> Measure(const std::filesystem::path& file, Frames limit,
+                                       const DecodeOptions& options, Priority priority,
+                                       const std::stop_token& stop = {});
 
     /// The failures since the last call. A file that caused its failure isn't opened again until
     /// ForgetBadFiles. Any thread.

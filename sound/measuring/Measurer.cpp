@@ -53,6 +53,7 @@ void Measurer::Add(std::span<const float> interleaved) {
         if (stretch_.size() == kStretchSamples) MeasureStretch();
         interleaved = interleaved.subspan(taken.size());
     }
+    cut_ = cut_ || !interleaved.empty();
 }
 
 void Measurer::MeasureStretch() {
@@ -79,7 +80,7 @@ float Measurer::LouderStretches() const {
     return louder > silence ? static_cast<float>(10 * std::log10(louder)) : kSilentLoudness;
 }
 
-Measurement Measurer::Finish(bool isWhole) {
+Measurement Measurer::Finish(bool isOver) {
     const Frames rest{measured_.length.count % kSecond.count};
     if (!stretch_.empty()) MeasureStretch();
     if (rest.count > 0 && measured_.length < kShortest) {
@@ -91,7 +92,7 @@ Measurement Measurer::Finish(bool isWhole) {
     }
     if (measured_.audible.count == 0) measured_.seconds.clear();
     measured_.speechBand = LouderStretches();
-    measured_.isWhole = isWhole;
+    measured_.isWhole = isOver && !cut_;
     return std::move(measured_);
 }
 

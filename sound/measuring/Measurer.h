@@ -22,8 +22,8 @@ class Measurer {
     void Add(std::span<const float> interleaved);
     /// Nothing more is measured.
     bool IsFull() const { return measured_.length >= limit_; }
-    /// After the last frame. `isWhole`: the sound is over.
-    Measurement Finish(bool isWhole);
+    /// After the last frame. `isOver`: the sound has no more frames than were added.
+    Measurement Finish(bool isOver);
 
   private:
     void MeasureStretch();
@@ -31,6 +31,7 @@ class Measurer {
     float LouderStretches() const;
 
     const Frames limit_;
+    bool cut_ = false;  ///< frames beyond the limit were added
     LoudnessMeter meter_;
     SpeechBand speechBand_;
     std::vector<float> stretch_;  ///< frames that aren't measured yet

@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <map>
@@ -58,8 +59,8 @@ class Worker {
             header.sleeping.store(1);
         }
     }
-    [[noreturn]] void Flood() {
-        for (;;) Send("word", 4);
+    [[noreturn]] void Flood(const char* packet = "word") {
+        for (;;) Send(packet, std::strlen(packet));
     }
 
   private:
@@ -85,6 +86,7 @@ const std::map<std::string, std::function<void(Worker&)>> kManners = {
     {"empty", [](Worker& w) { w.Send("", 0), Stay(); }},
     {"ends", [](Worker&) { ::_exit(0); }},
     {"crashes", [](Worker&) { std::abort(); }},
+    {"progress", [](Worker& w) { w.Flood("m"); }},
     {"flood", [](Worker& w) { w.Write(1000), w.Answer(-1), w.Flood(); }},
     {"nonsense", [](Worker& w) { w.Write(1000), w.Answer(-1), w.WriteNonsense(); }},
     {"backwards",

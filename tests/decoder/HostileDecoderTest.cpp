@@ -112,6 +112,30 @@ TEST_P(HostileDecoder, ThatTellsOfEndsOnAndOnHoldsUpNobody) {
     EXPECT_EQ(good->Position(), Frames{48'000});
 }
 
+/// Whoever plays the file will tell.
+TEST(HostileMeasuring, CostsTheMeasurementAloneAndIsNotToldOf) {
+    const ScratchFolder folder;
+    Decoders decoders(HOSTILE_DECODER, kStandstill);
+    const auto measure = [&](const char* manner, const std::stop_token& stop) {
+        return decoders.Measure(folder.Write(manner, "any bytes"), kLongestMeasurement, {},
+                                Decoders::Priority::Normal, stop);
+    };
+    for (const char* manner : {"silent", "garbage", "short", "empty", "ends", "crashes", "flood"})
+        EXPECT_EQ(measure(manner, {}), std::nullopt) << manner;
+    for (const char* manner : {"progress", "silent"}) {
+        std::stop_source stop;
+        const std::jthread stopper([&] {
+            EXPECT_TRUE(test::Await([] { return !Workers().empty(); }));
+            stop.request_stop();
+        });
+        EXPECT_EQ(measure(manner, stop.get_token()), std::nullopt) << manner;
+        EXPECT_TRUE(test::Await([] { return Workers().empty(); })) << manner;
+    }
+    EXPECT_THAT(decoders.TakeFailures(), IsEmpty());
+    const auto good = folder.Write("good", "any bytes");
+    EXPECT_NE(decoders.Open(good, Decoders::Pace::Fast), nullptr);
+}
+
 INSTANTIATE_TEST_SUITE_P(, HostileDecoder, ::testing::Values(MixingMode::RealTime, MixingMode::Offline),
                          [](const auto& each) {
                              return each.param == MixingMode::RealTime ? "OnTheAir" : "InARender";

@@ -19,7 +19,7 @@ Measurement Measured(std::span<const float> sound, std::size_t piece = kSecond, 
     Measurer measurer(limit);
     for (; !sound.empty(); sound = sound.subspan(std::min(piece * kChannels, sound.size())))
         measurer.Add(sound.first(std::min(piece * kChannels, sound.size())));
-    return measurer.Finish(!measurer.IsFull());
+    return measurer.Finish(true);
 }
 
 Samples Joined(std::initializer_list<Samples> parts) {
