@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What a file may cost its decoder, where no sanitizer adds to that.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -95,6 +96,28 @@ TEST(Bounds, NoFileCostsMoreThanItsShareOfTimeAndMemory) {
             EXPECT_TRUE(cost.answered || !good);
         }
     }
+}
+
+TEST(Bounds, BackgroundWorkRunsWhenNobodyElseDoes) {
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
+    FileDescriptor ours(ends[0]), theirs(ends[1]);
+    const pid_t worker = ::fork();
+    if (worker == 0) {
+        ours.Close();
+        decoder::SandboxForkServer();
+        decoder::UseIdleTime();
+        char word = 'i';
+        ::send(theirs.Get(), &word, 1, MSG_NOSIGNAL);
+        ::recv(theirs.Get(), &word, 1, 0);
+        ::_exit(0);
+    }
+    theirs.Close();
+    char word = 0;
+    EXPECT_EQ(::recv(ours.Get(), &word, 1, 0), 1);
+    EXPECT_EQ(::sched_getscheduler(worker), SCHED_IDLE);
+    ours.Close();
+    ::waitpid(worker, nullptr, 0);
 }
 
 }  // namespace
