@@ -10,8 +10,9 @@
 
 namespace sorakaze::sound {
 
-inline std::int16_t ToInt16(float sample) {
-    float scaled = sample == sample ? sample * 32768.0f : 0.0f;
+/// `dither` is added before the rounding, in steps of the integers.
+inline std::int16_t ToInt16(float sample, float dither = 0.0f) {
+    float scaled = sample == sample ? sample * 32768.0f + dither : 0.0f;
     scaled = scaled > -32768.0f ? scaled : -32768.0f;
     scaled = scaled < 32767.0f ? scaled : 32767.0f;
     // Adding 1.5 * 2^23 leaves the rounded integer in the low bits of the sum.

@@ -137,10 +137,10 @@ void MeasureTruePeak(benchmark::State& state) {
     CountSound(state, kSeconds);
 }
 
-void Write(benchmark::State& state, const std::string& ending) {
+void Write(benchmark::State& state, const std::string& ending, Dither dither) {
     const auto file = Library::Instance().File(".written" + ending);
     for (auto _ : state) {
-        const auto writer = SoundFileWriter::Create(file);
+        const auto writer = SoundFileWriter::Create(file, dither);
         writer->Write(Library::Instance().Samples());
         writer->Finish();
     }
@@ -158,9 +158,12 @@ BENCHMARK(MixIdle);
 BENCHMARK_TEMPLATE(Limit, Limiter)->Arg(50)->Arg(100)->Arg(200);
 BENCHMARK_TEMPLATE(Limit, OutputStage)->Arg(50)->Arg(100)->Arg(200);
 BENCHMARK(MeasureTruePeak)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Write, wav, ".wav")->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Write, flac, ".flac")->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Write, mp3, ".mp3")->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Write, wav, ".wav", Dither::None)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Write, wav_dithered, ".wav", Dither::Triangular)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Write, flac, ".flac", Dither::None)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Write, mp3, ".mp3", Dither::None)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace sorakaze::sound

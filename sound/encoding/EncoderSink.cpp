@@ -7,7 +7,7 @@
 
 #include "sound/AvSupport.h"
 #include "sound/Frames.h"
-#include "sound/SampleConversion.h"
+#include "sound/encoding/Int16Converter.h"
 #include "sound/encoding/OutputFile.h"
 #include "sound/encoding/SoundFileWriter.h"
 #include "sound/encoding/SoundSink.h"
@@ -20,8 +20,9 @@ constexpr int kFreeFrameSize = 4096;  // for encoders that take any
 
 class EncoderSink final : public SoundSink {
   public:
-    EncoderSink(const std::filesystem::path& file, const Encoding& encoding)
+    EncoderSink(const std::filesystem::path& file, const Encoding& encoding, Dither dither)
         : file_(file),
+          converter_(dither),
           encoding_(encoding),
           container_(MakeContainer()),
           io_(MakeIo()),
@@ -133,7 +134,8 @@ class EncoderSink final : public SoundSink {
         const auto samples = static_cast<std::size_t>(count) * kChannels;
         const auto at = static_cast<std::size_t>(filled_);
         if (codec_->sample_fmt == AV_SAMPLE_FMT_S16) {
-            ToInt16(from, reinterpret_cast<std::int16_t*>(frame_->data[0]) + at * kChannels, samples);
+            converter_.Convert({from, samples},
+                               reinterpret_cast<std::int16_t*>(frame_->data[0]) + at * kChannels);
         } else if (codec_->sample_fmt == AV_SAMPLE_FMT_FLT) {
             std::memcpy(reinterpret_cast<float*>(frame_->data[0]) + at * kChannels, from,
                         samples * sizeof(float));
@@ -203,6 +205,7 @@ class EncoderSink final : public SoundSink {
     }
 
     OutputFile file_;
+    Int16Converter converter_;
     const Encoding encoding_;
     std::exception_ptr fileError_;
     AvPointer<AVFormatContext> container_;
@@ -218,8 +221,9 @@ class EncoderSink final : public SoundSink {
 
 }  // namespace
 
-std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding) {
-    return std::make_unique<EncoderSink>(file, encoding);
+std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding,
+                                           Dither dither) {
+    return std::make_unique<EncoderSink>(file, encoding, dither);
 }
 
 }  // namespace sorakaze::sound

@@ -34,11 +34,11 @@ std::string EndingOf(const std::filesystem::path& file) {
     return ascii::Lowered(file.extension().string());
 }
 
-std::unique_ptr<SoundSink> MakeSink(const std::filesystem::path& file) {
+std::unique_ptr<SoundSink> MakeSink(const std::filesystem::path& file, Dither dither) {
     const std::string ending = EndingOf(file);
-    if (ending == kWav) return MakeWavSink(file);
+    if (ending == kWav) return MakeWavSink(file, dither);
     for (const auto& encoding : kEncodings)
-        if (encoding.ending == ending) return MakeEncoderSink(file, encoding);
+        if (encoding.ending == ending) return MakeEncoderSink(file, encoding, dither);
     std::string known;
     for (const auto& each : SoundFileWriter::Endings()) known += (known.empty() ? "" : ", ") + each;
     throw SoundFileError("Can't tell the format of the sound file " + file.string() +
@@ -164,8 +164,8 @@ std::vector<std::string> SoundFileWriter::Endings() {
     return endings;
 }
 
-std::unique_ptr<SoundFileWriter> SoundFileWriter::Create(const std::filesystem::path& file) {
-    return std::make_unique<QueuedWriter>(MakeSink(file));
+std::unique_ptr<SoundFileWriter> SoundFileWriter::Create(const std::filesystem::path& file, Dither dither) {
+    return std::make_unique<QueuedWriter>(MakeSink(file, dither));
 }
 
 }  // namespace sorakaze::sound

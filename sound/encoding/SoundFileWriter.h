@@ -22,6 +22,12 @@ class SoundFileError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What 16-bit formats do with what lies below their last bit. The others don't care.
+enum class Dither {
+    None,        ///< Rounded: what was made of 16 bits comes out the same.
+    Triangular,  ///< Noise of one bit hides the rounding, so that what is quiet stays clean. Silence stays.
+};
+
 class SoundFileWriter {
   public:
     /// The endings that Create knows, lower case with the point: ".wav", ".flac", ".opus", ".ogg" (Ogg Opus),
@@ -31,7 +37,8 @@ class SoundFileWriter {
     /// Begins `file`. An existing file stays untouched until Finish: the sound is written to a file beside
     /// it, which then takes its place. Throws SoundFileError for an unknown ending or a place that can't be
     /// written.
-    static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file);
+    static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file,
+                                                   Dither dither = Dither::None);
 
     /// Removes the unfinished files of this process in `folder`, for a process that is about to end without
     /// its destructors.

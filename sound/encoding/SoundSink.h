@@ -8,6 +8,8 @@
 #include <span>
 #include <string_view>
 
+#include "sound/encoding/SoundFileWriter.h"
+
 namespace sorakaze::sound {
 
 class SoundSink {
@@ -20,7 +22,7 @@ class SoundSink {
 };
 
 /// 16-bit WAV; files that outgrow the format's 4 GB become RF64.
-std::unique_ptr<SoundSink> MakeWavSink(const std::filesystem::path& file);
+std::unique_ptr<SoundSink> MakeWavSink(const std::filesystem::path& file, Dither dither);
 
 /// A format of the encoding libraries, with the names that they have for its container and its encoder.
 struct Encoding {
@@ -30,6 +32,7 @@ struct Encoding {
     int bitRate = 0;   ///< bits a second; 0 where lossless or where `quality` is set
     int quality = -1;  ///< the encoder's own scale; used in place of the bit rate where not negative
 };
-std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding);
+std::unique_ptr<SoundSink> MakeEncoderSink(const std::filesystem::path& file, const Encoding& encoding,
+                                           Dither dither);
 
 }  // namespace sorakaze::sound

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "sound/Frames.h"
-#include "sound/SampleConversion.h"
+#include "sound/encoding/Int16Converter.h"
 #include "sound/encoding/OutputFile.h"
 #include "sound/encoding/SoundSink.h"
 #include "sound/encoding/WavHeader.h"
@@ -18,14 +18,15 @@ static_assert(std::endian::native == std::endian::little, "samples are written a
 
 class WavSink final : public SoundSink {
   public:
-    explicit WavSink(const std::filesystem::path& file) : file_(file), block_(kBlockSamples) {
+    WavSink(const std::filesystem::path& file, Dither dither)
+        : file_(file), converter_(dither), block_(kBlockSamples) {
         WriteHeader();
     }
 
     void Write(std::span<const float> interleaved) override {
         while (!interleaved.empty()) {
             const std::size_t count = std::min(interleaved.size(), kBlockSamples);
-            ToInt16(interleaved.data(), block_.data(), count);
+            converter_.Convert(interleaved.first(count), block_.data());
             file_.Write(block_.data(), count * sizeof(std::int16_t));
             dataBytes_ += count * sizeof(std::int16_t);
             interleaved = interleaved.subspan(count);
@@ -44,14 +45,15 @@ class WavSink final : public SoundSink {
     void WriteHeader() { file_.Write(WavHeader(dataBytes_).data(), kWavHeaderBytes); }
 
     OutputFile file_;
+    Int16Converter converter_;
     std::vector<std::int16_t> block_;
     std::uint64_t dataBytes_ = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<SoundSink> MakeWavSink(const std::filesystem::path& file) {
-    return std::make_unique<WavSink>(file);
+std::unique_ptr<SoundSink> MakeWavSink(const std::filesystem::path& file, Dither dither) {
+    return std::make_unique<WavSink>(file, dither);
 }
 
 }  // namespace sorakaze::sound
