@@ -146,7 +146,7 @@ int WorkTags(Job& job) {
     LimitProcessorTime(kOpeningTime);
     std::string record;
     try {
-        record = player::ReadTags(std::move(job.file), job.request.name).Record();
+        record = player::ReadTags(std::move(job.file), job.request.name).Answer();
     } catch (const std::bad_alloc&) {
     }
     record.resize(std::min(record.size(), sound::kLongestTags - 1));

@@ -78,7 +78,7 @@ struct LocalPlayer::Impl {
         const auto stamp = StampOf(path);
         if (!lastTags || !lastTags->IsFor(path, stamp)) {
             lastTags.emplace(path, stamp);
-            lastTags->value = ReadTags(engine, path);
+            lastTags->value = ReadTags(engine, path).text;
         }
         return lastTags->value;
     }

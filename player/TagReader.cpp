@@ -6,6 +6,7 @@
 #include <taglib/id3v1tag.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/infotag.h>
+#include <taglib/mp4file.h>
 #include <taglib/tfilestream.h>
 #include <taglib/tpropertymap.h>
 
@@ -64,6 +65,16 @@ class NamedStream final : public TagLib::FileStream {
     const std::string name_;
 };
 
+/// The value for `key`, of a gain. In MP4 files such tags aren't among the properties.
+std::string GainOf(TagLib::File& file, const TagLib::PropertyMap& properties, const char* key) {
+    const auto* const mp4 = dynamic_cast<const TagLib::MP4::File*>(&file);
+    if (!mp4 || !mp4->tag()) return properties.value(key, {}).toString().to8Bit(true);
+    for (const auto& [name, item] : mp4->tag()->itemMap())
+        if (name.upper() == TagLib::String("----:COM.APPLE.ITUNES:") + key)
+            return item.toStringList().toString().to8Bit(true);
+    return {};
+}
+
 /// All values for `key`, joined as a speaker would read them.
 std::string ValueOf(const TagLib::PropertyMap& properties, const char* key) {
     std::vector<std::string> values;
@@ -81,14 +92,15 @@ std::string ValueOf(const TagLib::PropertyMap& properties, const char* key) {
 
 }  // namespace
 
-TrackText ReadTags(FileDescriptor file, const std::string& name) {
-    TrackText text;
+TrackTags ReadTags(FileDescriptor file, const std::string& name) {
+    TrackTags tags;
     UseOwnDecoding();
     constexpr bool kReadSound = false;
     NamedStream stream(file.Release(), name);
     const TagLib::FileRef reference(&stream, kReadSound);
-    if (reference.isNull() || reference.file() == nullptr) return text;
+    if (reference.isNull() || reference.file() == nullptr) return tags;
     const TagLib::PropertyMap properties = reference.file()->properties();
+    TrackText& text = tags.text;
     text.title = ValueOf(properties, "TITLE");
     text.artist = ValueOf(properties, "ARTIST");
     text.album = ValueOf(properties, "ALBUM");
@@ -99,7 +111,11 @@ TrackText ReadTags(FileDescriptor file, const std::string& name) {
     ofAlbum.artist = ValueOf(properties, "ALBUMARTIST");
     ofAlbum.artistSort = ValueOf(properties, "ALBUMARTISTSORT");
     text.FillFrom(ofAlbum);
-    return text;
+    TagLib::File& sound = *reference.file();
+    tags.loudness = LoudnessFromR128Gain(GainOf(sound, properties, "R128_TRACK_GAIN"));
+    if (!tags.loudness)
+        tags.loudness = LoudnessFromReplayGain(GainOf(sound, properties, "REPLAYGAIN_TRACK_GAIN"));
+    return tags;
 }
 
 }  // namespace sorakaze::player

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/FileDescriptor.h"
-#include "player/TrackText.h"
+#include "player/TrackTags.h"
 
 namespace sorakaze::player {
 
@@ -16,6 +16,6 @@ inline constexpr std::size_t kLongestTag = 32'000;
 
 /// What a sound file's own tags say, whatever their format. All empty for a file without tags. Reads the tags
 /// alone, not the sound. `name` is the file's: endings help to tell formats apart. Throws std::bad_alloc.
-TrackText ReadTags(FileDescriptor file, const std::string& name);
+TrackTags ReadTags(FileDescriptor file, const std::string& name);
 
 }  // namespace sorakaze::player

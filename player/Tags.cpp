@@ -7,20 +7,9 @@
 
 namespace sorakaze::player {
 
-TrackText ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file) {
+TrackTags ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file) {
     const auto answer = engine.ReadTags(file);
-    return answer ? TagsFromAnswer(*answer) : TrackText();
-}
-
-TrackText TagsFromAnswer(std::string_view answer) {
-    TrackText text;
-    for (std::string* field :
-         {&text.title, &text.artist, &text.album, &text.titleSort, &text.artistSort, &text.albumSort}) {
-        const std::size_t end = answer.find('\t');
-        *field = CleanLine(answer.substr(0, end));
-        answer.remove_prefix(end == std::string_view::npos ? answer.size() : end + 1);
-    }
-    return text;
+    return answer ? TagsFromAnswer(*answer) : TrackTags();
 }
 
 std::string TitleFromName(const std::filesystem::path& file) {

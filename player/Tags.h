@@ -4,9 +4,8 @@
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 
-#include "player/TrackText.h"
+#include "player/TrackTags.h"
 
 namespace sorakaze::sound {
 class MixingEngine;
@@ -16,10 +15,7 @@ namespace sorakaze::player {
 
 /// What a sound file's own tags say, whatever their format. All empty for a file without tags, or that is
 /// gone. Read by a decoder's process of `engine`; blocks for that.
-TrackText ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file);
-
-/// The tags out of the tag reader's answer: foreign bytes. Pure.
-TrackText TagsFromAnswer(std::string_view answer);
+TrackTags ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file);
 
 /// A file's name without its ending, as a title.
 std::string TitleFromName(const std::filesystem::path& file);

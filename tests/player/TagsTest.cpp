@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <taglib/fileref.h>
 #include <taglib/id3v2tag.h>
+#include <taglib/mp4file.h>
 #include <taglib/mpegfile.h>
 #include <taglib/textidentificationframe.h>
 #include <taglib/tpropertymap.h>
@@ -16,7 +17,7 @@ namespace sorakaze::player {
 namespace {
 
 /// Through a decoder's process, as the player does.
-TrackText Read(const std::filesystem::path& file) {
+TrackTags Read(const std::filesystem::path& file) {
     static sound::MixingEngine engine(sound::MixingMode::Offline);
     return ReadTags(engine, file);
 }
@@ -58,7 +59,7 @@ TEST(Tags, AreCleanLinesAndTheSameInEveryFormat) {
         TagLib::FileRef reference(file.c_str());
         reference.file()->setProperties(properties);
         ASSERT_TRUE(reference.save()) << file;
-        EXPECT_EQ(Read(file).Record(), c.record) << file;
+        EXPECT_EQ(Read(file).text.Record(), c.record) << file;
     }
 }
 
@@ -70,13 +71,50 @@ TEST(Tags, WithoutAnEncodingAreReadAsWhatTheyAre) {
     std::ofstream(file, std::ios::binary | std::ios::app) << "TAG" + bytes + std::string(24, '\0') +
                                                                  "Artist" + std::string(24, ' ') + "Album" +
                                                                  std::string(60, '\0');
-    EXPECT_EQ(Read(file).Record(), "テスト\tArtist\tAlbum\t\t\t");
+    EXPECT_EQ(Read(file).text.Record(), "テスト\tArtist\tAlbum\t\t\t");
     TagLib::MPEG::File mp3(file.c_str());
     auto* frame = new TagLib::ID3v2::TextIdentificationFrame("TIT2", TagLib::String::Latin1);
     frame->setText(TagLib::String(bytes, TagLib::String::Latin1));
     mp3.ID3v2Tag(true)->addFrame(frame);
     ASSERT_TRUE(mp3.save(TagLib::MPEG::File::ID3v2, TagLib::File::StripOthers));
-    EXPECT_EQ(Read(file).Record(), "テスト\t\t\t\t\t") << "labelled as another";
+    EXPECT_EQ(Read(file).text.Record(), "テスト\t\t\t\t\t") << "labelled as another";
+}
+
+TEST(Tags, GainsTellTheLoudnessInEveryFormat) {
+    const MusicFolder folder;
+    const auto loudness = [&](const std::string& name,
+                              const std::vector<std::pair<const char*, const char*>>& tags) {
+        const auto file = folder.WriteTone(name);
+        TagLib::FileRef reference(file.c_str());
+        TagLib::PropertyMap properties;
+        for (const auto& [key, value] : tags) properties[key].append(value);
+        reference.file()->setProperties(properties);
+        if (auto* const mp4 = dynamic_cast<TagLib::MP4::File*>(reference.file()))
+            for (const auto& [key, value] : tags)
+                mp4->tag()->setItem(TagLib::String("----:com.apple.iTunes:") + key,
+                                    TagLib::StringList(value));
+        EXPECT_TRUE(reference.save()) << file;
+        return Read(file).loudness;
+    };
+    for (const char* ending : {"mp3", "m4a", "flac", "oga", "opus", "aiff", "wav"})
+        EXPECT_EQ(loudness(std::string("a.") + ending, {{"REPLAYGAIN_TRACK_GAIN", "-6.25 dB"}}), -11.75f)
+            << ending;
+    EXPECT_EQ(loudness("a.opus", {{"R128_TRACK_GAIN", "-1792"}, {"REPLAYGAIN_TRACK_GAIN", "3 dB"}}), -16.0f);
+    EXPECT_EQ(loudness("a.flac", {{"R128_TRACK_GAIN", "loud"}, {"REPLAYGAIN_TRACK_GAIN", "+3.5"}}), -21.5f);
+    EXPECT_EQ(loudness("a.flac", {{"TITLE", "A"}}), std::nullopt);
+
+    const std::pair<const char*, std::optional<float>> gains[] = {
+        {"-6.25 dB", -11.75f},       {" +2,5 DB ", -20.5f},    {"0", -18.0f},
+        {"+96 dB", std::nullopt},    {"NaN", std::nullopt},    {"-inf dB", std::nullopt},
+        {"1e9 dB", std::nullopt},    {"", std::nullopt},       {"dB", std::nullopt},
+        {"-6.25 dB!", std::nullopt}, {"+-6 dB", std::nullopt}, {"1e-999", std::nullopt}};
+    for (const auto& [gain, expected] : gains) EXPECT_EQ(LoudnessFromReplayGain(gain), expected) << gain;
+    const std::pair<const char*, std::optional<float>> steps[] = {
+        {"0", -23.0f},         {"+256", -24.0f},  {"-32768", std::nullopt}, {"99999999999", std::nullopt},
+        {"1.5", std::nullopt}, {"", std::nullopt}};
+    for (const auto& [gain, expected] : steps) EXPECT_EQ(LoudnessFromR128Gain(gain), expected) << gain;
+    for (const char* answer : {"a\tb\t\t\t\t\tnan", "a\tb\t\t\t\t\t12", "a\tb", "a\tb\t\t\t\t\t-20\t-10x"})
+        EXPECT_EQ(TagsFromAnswer(answer).loudness.value_or(0), std::string(answer).ends_with('x') ? -20 : 0);
 }
 
 TEST(Tags, WhatHasNoneIsCalledByItsName) {
@@ -86,7 +124,7 @@ TEST(Tags, WhatHasNoneIsCalledByItsName) {
     folder.Write("junk.m4a", std::string(5000, '\xFF'));
     folder.Write("text.flac", "fLaC and no more");
     for (const char* name : {"pipe.mp3", "empty.mp3", "junk.m4a", "text.flac", "missing.ogg", "."}) {
-        EXPECT_EQ(Read(folder / name), TrackText{}) << name;
+        EXPECT_EQ(Read(folder / name), TrackTags{}) << name;
     }
     EXPECT_EQ(TitleFromName("/x/01 A.B\tc.mp3"), "01 A.B c");
     EXPECT_EQ(TitleFromName("/x/Vol. 2"), "Vol. 2");

@@ -37,9 +37,10 @@ TEST(TrackFiles, CarryTagsAndCovers) {
         writer->Write(std::vector<float>(9600, 0.01F));
         writer->Finish();
         WriteTags(file, track, Encode(Paint(16, track.cover), track.coverFormat));
-        EXPECT_EQ(player::ReadTags(std::move(OpenNonEmptyFile(file)->descriptor), file.filename().string()),
-                  (player::TrackText{track.title, track.artist, track.album, track.titleSort,
-                                     track.artistSort, track.albumSort}));
+        EXPECT_EQ(
+            player::ReadTags(std::move(OpenNonEmptyFile(file)->descriptor), file.filename().string()).text,
+            (player::TrackText{track.title, track.artist, track.album, track.titleSort, track.artistSort,
+                               track.albumSort}));
         EXPECT_TRUE(HasCover(file));
     }
 }
