@@ -17,6 +17,13 @@
 
 namespace sorakaze::sound {
 
+FileIdentity IdentityOf(const RegularFile& file) {
+    const auto& status = file.status;
+    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+            static_cast<std::uint64_t>(status.st_mtim.tv_sec),
+            static_cast<std::uint64_t>(status.st_mtim.tv_nsec)};
+}
+
 SharedMemory::SharedMemory(std::uint32_t capacity)
     : descriptor_(::memfd_create("sorakaze-sound", MFD_CLOEXEC | MFD_ALLOW_SEALING)), capacity_(capacity) {
     rlimit largest{};
@@ -62,12 +69,12 @@ bool DecodedSound::HasHungUp() const {
     return ::poll(&socket, 1, 0) > 0 && (socket.revents & (POLLHUP | POLLERR)) != 0;
 }
 
-void DecodedSound::WaitForFrames() {
+void DecodedSound::WaitForFrames(std::size_t frames) {
     AssertMixingThread();
     const auto deadline = std::chrono::steady_clock::now() + stallTimeout_;
-    while (ring_.Filled() == 0 && !ring_.IsFinished()) {
-        ring_.AnnounceWait();
-        if (ring_.Filled() > 0 || ring_.IsFinished()) return;
+    while (ring_.Filled() < frames && !ring_.IsFinished()) {
+        ring_.AnnounceWait(frames);
+        if (ring_.Filled() >= frames || ring_.IsFinished()) return;
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0) {

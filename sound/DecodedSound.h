@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "base/FileDescriptor.h"
+#include "base/RegularFile.h"
 #include "sound/DecoderProcess.h"
 #include "sound/Frames.h"
 #include "sound/SharedRing.h"
@@ -23,6 +24,8 @@ struct FileIdentity {
     std::uint64_t device, node, size, changedSeconds, changedNanoseconds;
     auto operator<=>(const FileIdentity&) const = default;
 };
+
+FileIdentity IdentityOf(const RegularFile& file);
 
 /// A ring's memory, which another process can write but not shrink.
 class SharedMemory {
@@ -68,9 +71,9 @@ class DecodedSound {
     // --- the mixing thread ---
 
     RingReader& Ring() { return ring_; }
-    /// Not for a device's thread: sleeps until there is a frame to read or none will come, because the sound
-    /// is over or its decoder has ended or stalled.
-    void WaitForFrames();
+    /// Not for a device's thread: sleeps until there are `frames` frames to read, at most half of the ring's
+    /// capacity, or no more will come, because the sound is over or its decoder has ended or stalled.
+    void WaitForFrames(std::size_t frames = 1);
     /// After frames were consumed: wakes the decoder if it waits for room. Not for a device's thread.
     void WakeDecoder();
 

@@ -41,13 +41,6 @@ std::uint64_t MemoryFor(const RegularFile& file) {
            (indexed ? std::min(static_cast<std::uint64_t>(file.status.st_size) / 4, kMostForIndexes) : 0);
 }
 
-FileIdentity IdentityOf(const RegularFile& file) {
-    const auto& status = file.status;
-    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-            static_cast<std::uint64_t>(status.st_mtim.tv_sec),
-            static_cast<std::uint64_t>(status.st_mtim.tv_nsec)};
-}
-
 std::filesystem::path& SharedProgram() {
     static std::filesystem::path program;
     return program;

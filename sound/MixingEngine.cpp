@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <mutex>
 #include <utility>
 
@@ -11,6 +12,9 @@
 #include "sound/MixingThread.h"
 #include "sound/VoiceCore.h"
 #include "sound/VoiceMonitor.h"
+#include "sound/desk/Desk.h"
+#include "sound/desk/Levels.h"
+#include "sound/desk/OutputStage.h"
 
 namespace sorakaze::sound {
 namespace {
@@ -45,6 +49,8 @@ struct Shared {
 
     const MixingMode mode;
     const std::shared_ptr<Decoders> decoders;
+    std::unique_ptr<Desk> desk;                 // made before the first voice; empty: there is none
+    std::unique_ptr<Levels> levels;             // with the desk
     std::atomic<VoiceCore*> incoming{nullptr};  // pushed by logic, taken as a whole by the mixing thread
     std::atomic<int> sounding{0};
     std::atomic<std::int64_t> mixed{0};       // written by the mixing thread
@@ -80,6 +86,24 @@ class EngineVoice final : public Voice {
         AssertNotMixingThread();
         core_->SetGain(gain, ramp);
     }
+    void FadeOut(Frames frames) override {
+        AssertNotMixingThread();
+        if (shared_->desk)
+            core_->FadeOut(frames);
+        else
+            core_->SetGain(0.0f, frames);
+    }
+    std::optional<VoiceLevel> Level() const override {
+        return shared_->desk ? std::optional(core_->Level()) : std::nullopt;
+    }
+    void SetLevel(const VoiceLevel& level) override {
+        AssertNotMixingThread();
+        core_->SetLevel(level);
+    }
+    void EndAt(Frames end, Frames fade) override {
+        AssertNotMixingThread();
+        core_->EndAt(end, fade);
+    }
     Frames Position() const override { return core_->Position(); }
     std::optional<Frames> Length() const override { return core_->Length(); }
 
@@ -95,13 +119,18 @@ struct MixingEngine::Impl {
         : shared(std::make_shared<Shared>(mode, std::move(decoders))) {}
 
     void TakeIncoming();
+    bool IsSilent() const;
     void MixBlock(std::span<float> out);
+    void MixStep(std::span<float> out, Frames now);
+    enum class Part { All, Bed, Speech };
+    void MixVoices(Part part, std::span<float> sum);
 
     std::shared_ptr<Shared> shared;
 
     // The mixing thread's own.
     VoiceCore* first = nullptr;  ///< in the order of their starts, so that sums are reproducible
-    Limiter limiter;
+    Limiter limiter;             ///< without a desk
+    OutputStage outputStage;     ///< under a desk
 
     std::atomic_flag mixing;  ///< for MixingScope
 };
@@ -115,18 +144,62 @@ MixingEngine::~MixingEngine() {
     impl_->shared->monitor.Close();
 }
 
-std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file) {
+void MixingEngine::UseDesk(double target) {
     AssertNotMixingThread();
     Shared& shared = *impl_->shared;
+    shared.desk = std::make_unique<Desk>(target, shared.mode);
+    shared.levels = std::make_unique<Levels>(target, shared.decoders, shared.mode);
+}
+
+bool MixingEngine::HasDesk() const {
+    return impl_->shared->desk != nullptr;
+}
+
+std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus bus) {
+    AssertNotMixingThread();
+    Shared& shared = *impl_->shared;
+    const bool hasDesk = HasDesk();
+    // Measured while the decoder begins.
+    std::future<VoiceLevel> level;
+    if (hasDesk && bus != Bus::Music)
+        level = std::async(std::launch::async, [&] { return shared.levels->OfShortSound(file, bus); });
     auto sound = shared.decoders->Open(
-        file, shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device);
+        file, shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device,
+        hasDesk ? OptionsFor(bus) : DecodeOptions());
     if (!sound) {
         shared.Failed();
         return nullptr;
     }
-    auto core = std::make_shared<VoiceCore>(std::move(sound));
+    auto core = std::make_shared<VoiceCore>(std::move(sound), hasDesk ? std::optional(bus) : std::nullopt);
+    if (level.valid()) core->SetLevel(level.get());
     shared.monitor.Add(core);
     return std::make_shared<EngineVoice>(impl_->shared, std::move(core));
+}
+
+void MixingEngine::WantLevel(const std::filesystem::path& file, Frames part) {
+    AssertNotMixingThread();
+    if (HasDesk()) impl_->shared->levels->Want(file, part);
+}
+
+VoiceLevel MixingEngine::LevelOfMusic(const std::filesystem::path& file, Frames part,
+                                      std::optional<double> tagged) {
+    AssertNotMixingThread();
+    return HasDesk() ? impl_->shared->levels->OfMusic(file, part, tagged) : VoiceLevel();
+}
+
+void MixingEngine::ExpectSpeech() {
+    AssertNotMixingThread();
+    if (HasDesk()) impl_->shared->desk->ExpectSpeech(Mixed());
+}
+
+void MixingEngine::SetOutsideSpeech(bool speaks) {
+    AssertNotMixingThread();
+    if (HasDesk()) impl_->shared->desk->SetOutsideSpeech(speaks);
+}
+
+std::vector<DuckChange> MixingEngine::TakeDucks() {
+    AssertNotMixingThread();
+    return HasDesk() ? impl_->shared->desk->TakeDucks() : std::vector<DuckChange>();
 }
 
 std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file) {
@@ -162,17 +235,29 @@ void MixingEngine::Mix(std::span<float> interleaved) {
     auto rest = interleaved.first(interleaved.size() / kChannels * kChannels);
     const auto frames = static_cast<std::int64_t>(rest.size() / kChannels);
     impl_->TakeIncoming();
-    if (!impl_->first && impl_->limiter.IsSilent()) {
+    if (impl_->IsSilent()) {
         std::fill(rest.begin(), rest.end(), 0.0f);
     } else {
-        while (!rest.empty()) {
-            const auto block = rest.first(std::min<std::size_t>(rest.size(), Limiter::kMaxBlock * kChannels));
-            impl_->MixBlock(block);
+        for (std::int64_t done = 0; done < frames;) {
+            const Frames now = Mixed() + Frames{done};
+            const auto most = HasDesk() ? kDeskStep - now.count % kDeskStep : Limiter::kMaxBlock;
+            const auto block =
+                rest.first(static_cast<std::size_t>(std::min(frames - done, most)) * kChannels);
+            if (HasDesk())
+                impl_->MixStep(block, now);
+            else
+                impl_->MixBlock(block);
             rest = rest.subspan(block.size());
+            done += static_cast<std::int64_t>(block.size() / kChannels);
         }
     }
     auto& mixed = impl_->shared->mixed;
     mixed.store(mixed.load(std::memory_order_relaxed) + frames, std::memory_order_release);
+}
+
+bool MixingEngine::Impl::IsSilent() const {
+    if (first) return false;
+    return shared->desk ? outputStage.IsSilent() && shared->desk->IsIdle() : limiter.IsSilent();
 }
 
 /// Appends the voices that were started since the last call to the mixing thread's list, first come first.
@@ -192,9 +277,29 @@ void MixingEngine::Impl::TakeIncoming() {
 }
 
 void MixingEngine::Impl::MixBlock(std::span<float> out) {
-    const auto sum = limiter.Input(out.size() / kChannels);
+    MixVoices(Part::All, limiter.Input(out.size() / kChannels));
+    limiter.Process(out);
+}
+
+/// At most the rest of a step of the desk.
+void MixingEngine::Impl::MixStep(std::span<float> out, Frames now) {
+    Desk& desk = *shared->desk;
+    if (now.count % kDeskStep == 0) desk.Step(first, now);
+    const auto sum = outputStage.Input(out.size() / kChannels);
+    MixVoices(Part::Bed, sum);
+    desk.Lower(sum);
+    MixVoices(Part::Speech, sum);
+    outputStage.Process(out);
+}
+
+void MixingEngine::Impl::MixVoices(Part part, std::span<float> sum) {
     for (VoiceCore** link = &first; *link;) {
         VoiceCore& voice = **link;
+        const bool isSpeech = voice.GetBus() == Bus::Speech;
+        if (part != Part::All && isSpeech != (part == Part::Speech)) {
+            link = &voice.next;
+            continue;
+        }
         const auto result = voice.MixInto(sum, shared->mode);
         if (result.ended) shared->sounding.fetch_sub(1);
         if (result.decoderFailed) shared->failures.store(true);
@@ -208,7 +313,6 @@ void MixingEngine::Impl::MixBlock(std::span<float> out) {
         // A device's thread must not wake anybody: the monitor checks regularly.
         if (shared->mode == MixingMode::Offline) shared->monitor.Wake();
     }
-    limiter.Process(out);
 }
 
 Frames MixingEngine::Mixed() const {
@@ -216,7 +320,7 @@ Frames MixingEngine::Mixed() const {
 }
 
 Frames MixingEngine::Latency() const {
-    return {Limiter::kLatency};
+    return {HasDesk() ? OutputStage::kLatency : Limiter::kLatency};
 }
 
 int MixingEngine::Sounding() const {

@@ -15,8 +15,10 @@
 #include <string>
 #include <vector>
 
+#include "sound/Bus.h"
 #include "sound/Decoders.h"
 #include "sound/Frames.h"
+#include "sound/desk/VoiceLevel.h"
 
 namespace sorakaze::sound {
 
@@ -44,6 +46,16 @@ class Voice {
     /// gain is simply set.
     virtual void SetGain(float gain, Frames ramp = {}) = 0;
 
+    /// To silence: under a desk in a curve that sounds even, otherwise as SetGain does.
+    virtual void FadeOut(Frames frames) = 0;
+
+    /// The level that the desk plays it at; empty without a desk. Effects and speech have theirs from Open;
+    /// music gets it by SetLevel, which has an effect before Start only.
+    virtual std::optional<VoiceLevel> Level() const = 0;
+    virtual void SetLevel(const VoiceLevel& level) = 0;
+    /// Under a desk: the sound is over after `end` frames, the last `fade` of which fade.
+    virtual void EndAt(Frames end, Frames fade) = 0;
+
     /// Frames of the file mixed so far.
     virtual Frames Position() const = 0;
 
@@ -57,6 +69,12 @@ enum class MixingMode {
     Offline,   ///< Waits for the decoder: a rendered show is the same each time, bit for bit.
 };
 
+/// From `at` on, in frames mixed, music and effects go to `depth` dB below their level.
+struct DuckChange {
+    Frames at;
+    double depth = 0;
+};
+
 class MixingEngine {
   public:
     /// Without `decoders` the engine uses Decoders::Shared().
@@ -65,10 +83,34 @@ class MixingEngine {
     MixingEngine(const MixingEngine&) = delete;
     MixingEngine& operator=(const MixingEngine&) = delete;
 
+    /// Puts a desk behind the voices: each is brought to `target` LUFS, music and effects go down under
+    /// speech, and the true peak of the output stays below -1 dBTP. Without it the voices are added as they
+    /// are. Before the first Open and Mix.
+    void UseDesk(double target);
+    bool HasDesk() const;
+
     /// Opens a file of any format that the decoding libraries know. Empty when the file can't be read or
-    /// holds no sound that can be decoded (the first frame is decoded here to be sure). Blocks for file I/O;
-    /// never throws for bad files. Any thread but the mixing one.
-    std::shared_ptr<Voice> Open(const std::filesystem::path& file);
+    /// holds no sound that can be decoded (the first frame is decoded here to be sure). Under a desk effects
+    /// and speech are measured here. Blocks for file I/O; never throws for bad files. Any thread but the
+    /// mixing one.
+    std::shared_ptr<Voice> Open(const std::filesystem::path& file, Bus bus = Bus::Effects);
+
+    // For music under a desk. Any thread but the mixing one.
+
+    /// Begins to measure the first `part` frames of a file, on another thread.
+    void WantLevel(const std::filesystem::path& file, Frames part);
+    /// The level for these frames, by the measurement; in MixingMode::RealTime, where that isn't there yet,
+    /// by `tagged`, the loudness in LUFS that the file's tags give, if any. MixingMode::Offline waits for it.
+    VoiceLevel LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged);
+
+    // For speech under a desk. Any thread but the mixing one.
+
+    /// A sentence is being prepared: where the bed is down, it stays down for it, 1.5 seconds at most.
+    void ExpectSpeech();
+    /// Whether somebody speaks beside what is mixed here.
+    void SetOutsideSpeech(bool speaks);
+    /// The desk's decisions since the last call. One thread at a time.
+    std::vector<DuckChange> TakeDucks();
 
     /// The tags of a sound file, as the tag reader of sorakaze-decoder gives them: foreign bytes. Empty where
     /// there are none. As for Open.

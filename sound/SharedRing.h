@@ -22,8 +22,8 @@ namespace sorakaze::sound {
 /// counts as.
 inline constexpr std::uint32_t kRingCapacity = 1u << 18;
 inline constexpr std::uint32_t kSmallRingCapacity = 1u << 14;
-/// For a render: small enough to stay in the processor's cache.
-inline constexpr std::uint32_t kFastRingCapacity = 1u << 16;
+/// For a render: small enough for the processor's cache, and half of it holds what the desk looks ahead.
+inline constexpr std::uint32_t kFastRingCapacity = 1u << 17;
 
 /// What the memory begins with. All zero at first.
 struct RingHeader {
@@ -92,6 +92,7 @@ class RingReader {
           header_(*static_cast<RingHeader*>(memory)),
           samples_(reinterpret_cast<const float*>(static_cast<const char*>(memory) + kRingSamplesOffset)) {}
 
+    std::size_t Capacity() const { return capacity_; }  ///< frames
     /// Frames that can be read; more may come at any time.
     std::size_t Filled() {
         const std::uint64_t written = header_.written.load();
@@ -107,9 +108,12 @@ class RingReader {
 
     /// A copy of the next frames, `most` at most, without those that are no sane numbers; valid until the
     /// next call. Empty where there are none.
-    std::span<const float> Peek(std::size_t most) {
-        const std::size_t begin = read_ % capacity_;
-        const std::size_t count = std::min({most, Filled(), capacity_ - begin, kMostFrames});
+    std::span<const float> Peek(std::size_t most) { return PeekAt(0, most); }
+    /// The same of the frames after the next `offset` ones.
+    std::span<const float> PeekAt(std::size_t offset, std::size_t most) {
+        const std::size_t begin = (read_ + offset) % capacity_;
+        const std::size_t there = Filled() - std::min(Filled(), offset);
+        const std::size_t count = std::min({most, there, capacity_ - begin, kMostFrames});
         const float* const from = samples_ + begin * kChannels;
         for (std::size_t i = 0; i < count * kChannels; ++i) block_[i] = from[i];
         // The compiler must not read the shared memory a second time.
@@ -127,9 +131,11 @@ class RingReader {
         return Filled() <= capacity_ / 2 && !IsFinished() &&
                header_.sleeping.load(std::memory_order_relaxed) != 0 && header_.sleeping.exchange(0) != 0;
     }
-    /// Before waiting for frames: the decoder wakes the reader when there are enough for both sides to work
-    /// for a while. Check Filled and IsFinished once more afterwards.
-    void AnnounceWait() { header_.waiting.store(static_cast<std::uint32_t>(capacity_ / 4)); }
+    /// Before waiting for `frames` frames, at most half of the capacity: the decoder wakes the reader when
+    /// there are enough for both sides to work for a while. Check Filled and IsFinished once more afterwards.
+    void AnnounceWait(std::size_t frames) {
+        header_.waiting.store(static_cast<std::uint32_t>(std::max<std::size_t>(frames, capacity_ / 4)));
+    }
 
     // --- any thread ---
 

@@ -26,8 +26,35 @@ std::uint32_t RampFrames(Frames ramp) {
 
 }  // namespace
 
-VoiceCore::VoiceCore(std::unique_ptr<DecodedSound> sound)
-    : length_(sound->Length()), sound_(std::move(sound)) {}
+VoiceCore::VoiceCore(std::unique_ptr<DecodedSound> sound, std::optional<Bus> bus)
+    : length_(sound->Length()),
+      bus_(bus.value_or(Bus::Effects)),
+      sound_(std::move(sound)),
+      ahead_(bus ? std::make_unique<Lookahead>() : nullptr),
+      lead_(bus == Bus::Speech ? kUndecided : 0) {}
+
+void VoiceCore::SetLevel(const VoiceLevel& level) {
+    const std::lock_guard lock(control_);
+    if (state_.load() != State::Opened) return;
+    level_ = level;
+    if (level.plan.end) EndAt(*level.plan.end, level.plan.endFade);
+}
+
+VoiceLevel VoiceCore::Level() const {
+    const std::lock_guard lock(control_);
+    return level_;
+}
+
+void VoiceCore::EndAt(Frames end, Frames fade) {
+    const std::int64_t length = std::max<std::int64_t>(fade.count, kShortestRamp);
+    endFade_.store(length);
+    // A sound that is beyond it already still has its fade.
+    end_.store(std::max(end.count, Position().count + length));
+}
+
+void VoiceCore::FadeOut(Frames frames) {
+    fadeOut_.store(RampFrames(frames));
+}
 
 VoiceCore::Change VoiceCore::Start() {
     const std::lock_guard lock(control_);
@@ -61,7 +88,9 @@ void VoiceCore::ApplyCommands() {
         begun_ = true;
         gain_.Jump(initialGain_.load());
         edge_.MoveTo(1.0f, kStartRamp);
+        if (ahead_) envelope_.Begin(level_.plan);
     }
+    if (fadeOut_.load(std::memory_order_relaxed) != 0) envelope_.FadeOut(fadeOut_.exchange(0));
     if (command_.load(std::memory_order_relaxed) != kNoCommand) {
         const std::uint64_t command = command_.exchange(kNoCommand, std::memory_order_acq_rel);
         gain_.MoveTo(std::bit_cast<float>(static_cast<std::uint32_t>(command >> 32)),
@@ -76,6 +105,8 @@ void VoiceCore::ApplyCommands() {
 VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, MixingMode mode) {
     AssertMixingThread();
     ApplyCommands();
+    sum = WithoutLead(sum);
+    if (sum.empty() && !stopping_) return {};
     RingReader& ring = sound_->Ring();
     if (stopping_) sum = sum.first(std::min(sum.size(), edge_.Remaining() * kChannels));
     MixResult result;
@@ -85,19 +116,7 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, MixingMode mode) {
     } else {
         starving_ = false;
         starvingNow_.store(false, std::memory_order_relaxed);
-        while (!sum.empty()) {
-            const auto frames = ring.Peek(sum.size() / kChannels);
-            if (!frames.empty()) {
-                AddFrames(sum.first(frames.size()), frames);
-                sum = sum.subspan(frames.size());
-            } else if (ring.IsFinished()) {
-                if (ring.IsDrained()) return End();
-            } else if (mode == MixingMode::Offline) {
-                sound_->WaitForFrames();
-            } else {
-                break;  // a corrupt ring
-            }
-        }
+        if (!MixFrames(sum, mode)) return End();
     }
     if (stopping_ && !edge_.IsMoving()) {
         result.mixing = Mixing::IsOver;
@@ -109,6 +128,54 @@ VoiceCore::MixResult VoiceCore::MixInto(std::span<float> sum, MixingMode mode) {
         if (ring.Filled() == 0) sound_->WaitForFrames();
     }
     return ring.IsDrained() ? End() : result;
+}
+
+/// What is left of `sum` after the silence that a voice may begin with.
+std::span<float> VoiceCore::WithoutLead(std::span<float> sum) {
+    if (lead_ <= 0 || stopping_) return sum;
+    const auto silent = std::min(lead_, static_cast<std::int64_t>(sum.size() / kChannels));
+    if (lead_ != kUndecided) lead_ -= silent;
+    return sum.subspan(static_cast<std::size_t>(silent) * kChannels);
+}
+
+/// False at the end of the sound.
+bool VoiceCore::MixFrames(std::span<float> sum, MixingMode mode) {
+    RingReader& ring = sound_->Ring();
+    while (!sum.empty()) {
+        const auto frames = ring.Peek(std::min(sum.size() / kChannels, FramesToEnd()));
+        if (!frames.empty()) {
+            AddFrames(sum.first(frames.size()), frames);
+            sum = sum.subspan(frames.size());
+        } else if (FramesToEnd() == 0) {
+            return false;
+        } else if (ring.IsFinished()) {
+            if (ring.IsDrained()) return false;
+        } else if (mode == MixingMode::Offline) {
+            sound_->WaitForFrames();
+        } else {
+            break;  // a corrupt ring
+        }
+    }
+    return true;
+}
+
+/// The frames that may be read before something changes: up to where the fade before an early end begins, or
+/// up to that end.
+std::size_t VoiceCore::FramesToEnd() {
+    const std::int64_t end = end_.load(std::memory_order_acquire);
+    if (end == kNoEnd) return std::numeric_limits<std::size_t>::max();
+    const std::int64_t left = end - position_.load(std::memory_order_relaxed);
+    if (left <= 0) return 0;
+    const std::int64_t untilFade = left - endFade_.load();
+    if (untilFade > 0 && !isFadingToEnd_) return static_cast<std::size_t>(untilFade);
+    if (!isFadingToEnd_) envelope_.FadeToEnd(static_cast<std::uint32_t>(left));
+    isFadingToEnd_ = true;
+    return static_cast<std::size_t>(left);
+}
+
+Lookahead& VoiceCore::Ahead(MixingMode mode) {
+    ahead_->Follow(*sound_, Position(), mode);
+    return *ahead_;
 }
 
 /// Whether a gap begins within these frames or right after them. The frames of a short ramp count too:
@@ -134,6 +201,7 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
     starving_ = true;
     starvingNow_.store(true, std::memory_order_relaxed);
     gain_.Pass(sum.size() / kChannels);
+    envelope_.Pass(sum.size() / kChannels);
     if (stopping_) {
         edge_.Pass(sum.size() / kChannels);
     } else {
@@ -143,7 +211,8 @@ void VoiceCore::MixAroundGap(std::span<float> sum) {
 }
 
 VoiceCore::MixResult VoiceCore::End() {
-    const bool decoderFailed = !sound_->Ring().IsComplete() || sound_->Ring().IsCorrupt();
+    const bool isEarly = FramesToEnd() == 0;
+    const bool decoderFailed = !isEarly && (!sound_->Ring().IsComplete() || sound_->Ring().IsCorrupt());
     if (decoderFailed) decoderFailed_.store(true, std::memory_order_release);
     State expected = State::Playing;
     const bool ended = state_.compare_exchange_strong(expected, State::Ended, std::memory_order_acq_rel);
@@ -159,27 +228,29 @@ void VoiceCore::AddFrames(std::span<float> sum, std::span<const float> frames) {
         std::size_t count = sum.size() / kChannels;
         if (gain_.IsMoving()) count = std::min(count, gain_.Remaining());
         if (edge_.IsMoving()) count = std::min(count, edge_.Remaining());
+        count = std::min(count, envelope_.Remaining());
         float* const to = sum.data();
         const float* const from = frames.data();
         const std::size_t samples = count * kChannels;
-        if (gain_.IsMoving() || edge_.IsMoving()) {
+        if (gain_.IsMoving() || edge_.IsMoving() || envelope_.IsMoving()) {
             const Ramp gain = gain_;
             const Ramp edge = edge_;
             for (std::uint32_t i = 0; i < count; ++i) {
-                const float factor = gain.At(i + 1) * edge.At(i + 1);
+                const float factor = gain.At(i + 1) * edge.At(i + 1) * envelope_.At(i + 1);
                 to[2 * i] += from[2 * i] * factor;
                 to[2 * i + 1] += from[2 * i + 1] * factor;
             }
             gain_.Pass(count);
             edge_.Pass(count);
         } else {
-            const float factor = gain_.Target() * edge_.Target();
+            const float factor = gain_.Target() * edge_.Target() * envelope_.Now();
             if (factor == 1.0f) {
                 for (std::size_t i = 0; i < samples; ++i) to[i] += from[i];
             } else if (factor != 0.0f) {
                 for (std::size_t i = 0; i < samples; ++i) to[i] += from[i] * factor;
             }
         }
+        envelope_.Pass(count);
         sum = sum.subspan(samples);
         frames = frames.subspan(samples);
     }

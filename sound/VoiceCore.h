@@ -7,14 +7,19 @@
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
 
+#include "sound/Bus.h"
 #include "sound/DecodedSound.h"
 #include "sound/Frames.h"
 #include "sound/MixingEngine.h"
 #include "sound/Ramp.h"
+#include "sound/desk/Envelope.h"
+#include "sound/desk/Lookahead.h"
+#include "sound/desk/VoiceLevel.h"
 
 namespace sorakaze::sound {
 
@@ -26,9 +31,17 @@ class VoiceCore {
     };
     enum class Change { None, Started, Stopped };
 
-    explicit VoiceCore(std::unique_ptr<DecodedSound> sound);
+    /// The bus of a voice under a desk; without one, empty.
+    VoiceCore(std::unique_ptr<DecodedSound> sound, std::optional<Bus> bus);
 
     // --- the logic's threads ---
+
+    /// Under a desk. The level has an effect before Start only, an end at any time.
+    void SetLevel(const VoiceLevel& level);
+    VoiceLevel Level() const;
+    void EndAt(Frames end, Frames fade);
+    /// To silence.
+    void FadeOut(Frames frames);
 
     /// Started if this call started the voice: then the caller passes it to the mixing thread.
     Change Start();
@@ -49,6 +62,23 @@ class VoiceCore {
     };
     /// Adds the next frames to `sum`.
     MixResult MixInto(std::span<float> sum, MixingMode mode);
+    /// Takes what the logic has ordered since the last call; MixInto does it too.
+    void ApplyCommands();
+    Bus GetBus() const { return bus_; }
+    /// Its next second or so, brought up to date.
+    Lookahead& Ahead(MixingMode mode);
+    /// The desk's level of it, set before it was started.
+    const VoiceLevel& LevelInMix() const { return level_; }
+    /// The factor of the next frame: volume, level and fades.
+    float FactorNow() const { return gain_.Now() * envelope_.Now(); }
+    /// Whether it is among the voices that sound, or are about to.
+    bool IsHeard() const { return !stopping_; }
+    /// Speech waits for the desk when it comes: IsAwaitingDesk is true until LeadIn gives the frames of
+    /// silence that it begins with.
+    bool IsAwaitingDesk() const { return lead_ == kUndecided; }
+    void LeadIn(Frames silence) { lead_ = silence.count; }
+    Frames Lead() const { return {lead_}; }
+
     /// The mixing thread doesn't use the voice any more.
     void LeaveMixing() { inMixing_.store(false, std::memory_order_release); }
     VoiceCore* next = nullptr;  ///< in the list of new voices, and then in the mixing thread's own
@@ -70,33 +100,46 @@ class VoiceCore {
   private:
     enum class State { Opened, Playing, Stopped, Ended };
 
-    void ApplyCommands();
     bool IsShortOf(std::size_t frames) const;
     void MixAroundGap(std::span<float> sum);
+    std::span<float> WithoutLead(std::span<float> sum);
+    bool MixFrames(std::span<float> sum, MixingMode mode);
+    std::size_t FramesToEnd();
     void AddFrames(std::span<float> sum, std::span<const float> frames);
     MixResult End();
 
-    std::mutex control_;  // Start against Stop and FreeResources, never the mixing thread
+    mutable std::mutex control_;  // Start against Stop and FreeResources, never the mixing thread
     std::atomic<State> state_{State::Opened};  // logic and mixing thread
     std::atomic<bool> inMixing_{false};        // set by Start, cleared by the mixing thread
     std::atomic<float> initialGain_{1.0f};     // written by logic before Start, read when mixing begins
     std::atomic<std::uint64_t> command_{
         kNoCommand};                          // latest SetGain; written by logic, taken by the mixing thread
+    std::atomic<std::uint32_t> fadeOut_{0};   // frames; written by logic, taken by the mixing thread
+    std::atomic<std::int64_t> end_{kNoEnd};   // frames; written by logic
+    std::atomic<std::int64_t> endFade_{0};    // frames; written by logic before end_
     std::atomic<std::int64_t> position_{0};   // written by the mixing thread
     std::atomic<bool> starvingNow_{false};    // written by the mixing thread
     std::atomic<bool> decoderFailed_{false};  // set by the mixing thread
     const std::optional<Frames> length_;
 
-    std::unique_ptr<DecodedSound> sound_;  // its ring is the mixing thread's
+    const Bus bus_;
+    VoiceLevel level_;                        // written by logic before Start, guarded by control_
+    std::unique_ptr<DecodedSound> sound_;     // its ring is the mixing thread's
+    const std::unique_ptr<Lookahead> ahead_;  // the mixing thread's; empty without a desk
 
     // The mixing thread's own.
     Ramp gain_{1.0f};
     Ramp edge_{0.0f};  ///< the ramps at the voice's start, at its stop and around gaps
+    Envelope envelope_;
+    std::int64_t lead_ = 0;  ///< frames of silence before the first one
     bool begun_ = false;
+    bool isFadingToEnd_ = false;
     bool stopping_ = false;
     bool starving_ = false;
 
     static constexpr std::uint64_t kNoCommand = ~std::uint64_t{0};
+    static constexpr std::int64_t kNoEnd = std::numeric_limits<std::int64_t>::max();
+    static constexpr std::int64_t kUndecided = kNoEnd;
 };
 
 }  // namespace sorakaze::sound

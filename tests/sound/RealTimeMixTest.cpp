@@ -9,6 +9,7 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cstdarg>
 #include <cstddef>
@@ -120,20 +121,26 @@ TEST(RealTimeMix, NeitherAllocatesNorLocks) {
     WriteSound(folder / "long.flac", Sine(700, 20 * kSampleRate, 1.0f));
     // Left behind for the mixer's thread.
     auto& engine = *new MixingEngine(MixingMode::RealTime);
+    engine.UseDesk(-16);
     auto& block = *new Samples(800 * kChannels);
     auto& mixer = *new ConfinedMixer(engine, block);
     std::vector<std::shared_ptr<Voice>> voices;
-    // Starts, fades, stops, drops, ends, underruns (twenty seconds at once) and a busy limiter.
+    // Starts, fades, stops, drops, ends, ducks, underruns (twenty seconds at once) and a busy limiter.
+    constexpr std::array kBuses{Bus::Music, Bus::Speech, Bus::Effects};
     for (int i = 0; i < 1200; ++i) {
         if (i % 100 == 0) {
-            voices.push_back(engine.Open(folder / (i % 200 ? "short.wav" : "long.flac")));
+            voices.push_back(engine.Open(folder / (i % 200 ? "short.wav" : "long.flac"),
+                                         kBuses[voices.size() % kBuses.size()]));
             voices.back()->Start();
         }
         if (i % 100 == 20) voices.back()->SetGain(0.3f, Frames{5000});
+        if (i % 500 == 460) voices.back()->FadeOut(Frames{20000});
+        if (i % 600 == 570) voices.back()->EndAt(Frames{40000}, Frames{2000});
         if (i % 300 == 250) voices.front()->Stop();
         if (i % 400 == 350) voices.erase(voices.begin(), voices.end() - 1);
         ASSERT_TRUE(mixer.Mix()) << "a system call while mixing";
     }
+    EXPECT_FALSE(engine.TakeDucks().empty());
     voices.clear();
     for (int i = 0; i < 100; ++i) ASSERT_TRUE(mixer.Mix());
     EXPECT_EQ(offences, 0);

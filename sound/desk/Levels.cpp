@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sound/desk/Levels.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace sorakaze::sound {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// The show plays effects at a volume of 70 percent. They are brought to the target at that volume.
+constexpr double kRaiseOfEffects = 3.1;
+/// Of an effect or of speech so much is measured.
+constexpr Frames kMostOfShortSound{std::int64_t{120} * kSampleRate};
+/// A render waits for a measurement that long. On the air nobody waits for one of music.
+constexpr auto kLongestWait = 10min;
+
+}  // namespace
+
+DecodeOptions OptionsFor(Bus bus) {
+    return {.skipHead = bus == Bus::Music, .fullFold = true};
+}
+
+Levels::Levels(double target, std::shared_ptr<Decoders> decoders, MixingMode mode)
+    : target_(target),
+      mode_(mode),
+      measurements_(std::move(decoders), mode == MixingMode::Offline ? Decoders::Priority::Normal
+                                                                     : Decoders::Priority::Background) {}
+
+VoiceLevel Levels::LevelBy(const Measurement& measurement, Frames part, Bus bus) const {
+    VoiceLevel level;
+    level.plan = PlanLevel(measurement, part, target_, bus);
+    if (measurement.seconds.empty()) return level;
+    if (bus == Bus::Effects) level.plan.gainDb += kRaiseOfEffects;
+    const auto last = std::min(measurement.seconds.size(), static_cast<std::size_t>(part.Seconds()) + 1) - 1;
+    level.source = VoiceLevel::Source::Measured;
+    level.loudness = static_cast<double>(measurement.seconds[last].part);
+    level.speechBand = static_cast<double>(measurement.speechBand);
+    return level;
+}
+
+VoiceLevel Levels::OfShortSound(const std::filesystem::path& file, Bus bus) {
+    const auto measurement = measurements_.MeasureNow(file, OptionsFor(bus), kMostOfShortSound);
+    return measurement ? LevelBy(*measurement, kMostOfShortSound, bus) : VoiceLevel();
+}
+
+void Levels::Want(const std::filesystem::path& file, Frames part) {
+    measurements_.Want(file, part, OptionsFor(Bus::Music));
+}
+
+VoiceLevel Levels::OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged) {
+    if (mode_ == MixingMode::Offline) Want(file, part);
+    const auto measurement = mode_ == MixingMode::Offline ? measurements_.Await(file, part, kLongestWait)
+                                                          : measurements_.Find(file, part);
+    if (measurement) return LevelBy(*measurement, part, Bus::Music);
+    VoiceLevel level;
+    if (tagged) {
+        level.source = VoiceLevel::Source::Tags;
+        level.loudness = *tagged;
+        level.plan.gainDb = GainFromTags(*tagged, target_);
+    }
+    return level;
+}
+
+}  // namespace sorakaze::sound

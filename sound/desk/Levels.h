@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The levels at which the desk plays files, by what was measured of them. Any thread but the mixing one.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "sound/Bus.h"
+#include "sound/Decoders.h"
+#include "sound/Frames.h"
+#include "sound/MixingEngine.h"
+#include "sound/desk/Measurements.h"
+#include "sound/desk/VoiceLevel.h"
+
+namespace sorakaze::sound {
+
+/// How files are decoded under a desk.
+DecodeOptions OptionsFor(Bus bus);
+
+class Levels {
+  public:
+    /// `target` in LUFS.
+    Levels(double target, std::shared_ptr<Decoders> decoders, MixingMode mode);
+
+    /// Of an effect or of speech: measured now, or known from before.
+    VoiceLevel OfShortSound(const std::filesystem::path& file, Bus bus);
+
+    // As MixingEngine's.
+    void Want(const std::filesystem::path& file, Frames part);
+    VoiceLevel OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged);
+
+  private:
+    VoiceLevel LevelBy(const Measurement& measurement, Frames part, Bus bus) const;
+
+    const double target_;
+    const MixingMode mode_;
+    Measurements measurements_;
+};
+
+}  // namespace sorakaze::sound

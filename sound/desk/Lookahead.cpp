@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sound/desk/Lookahead.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace sorakaze::sound {
+
+void Lookahead::Follow(DecodedSound& sound, Frames position, MixingMode mode) {
+    RingReader& ring = sound.Ring();
+    const std::int64_t passed = origin_ < 0 ? -1 : (position.count - origin_) / kDeskStep;
+    // What was not followed for a while is looked at anew.
+    if (passed < begin_ || passed > end_) {
+        origin_ = position.count;
+        begin_ = end_ = 0;
+        band_.Reset();
+    } else {
+        begin_ = static_cast<int>(passed);
+    }
+    // A decoder sleeps while its ring is more than half full.
+    const std::size_t within = static_cast<std::size_t>(position.count - origin_) % kDeskStep;
+    const auto most = static_cast<int>((ring.Capacity() / 2 - within) / kDeskStep);
+    const int wanted = begin_ + std::min(kSteps, most);
+    const auto offset = [&] {
+        return static_cast<std::size_t>(origin_ + std::int64_t{end_} * kDeskStep - position.count);
+    };
+    if (mode == MixingMode::Offline && end_ < wanted)
+        sound.WaitForFrames(
+            static_cast<std::size_t>(origin_ + std::int64_t{wanted} * kDeskStep - position.count));
+    while (end_ < wanted && Analyse(ring, offset())) ++end_;
+}
+
+/// False where the step isn't decoded yet or the sound is over.
+bool Lookahead::Analyse(RingReader& ring, std::size_t offset) {
+    const std::size_t there = ring.Filled() - std::min(ring.Filled(), offset);
+    if (there == 0 || (there < kDeskStep && !ring.IsFinished())) return false;
+    std::size_t filled = 0;  // samples
+    while (filled < step_.size()) {
+        const auto frames = ring.PeekAt(offset + filled / kChannels, (step_.size() - filled) / kChannels);
+        if (frames.empty()) break;
+        std::copy(frames.begin(), frames.end(), step_.begin() + static_cast<std::ptrdiff_t>(filled));
+        filled += frames.size();
+    }
+    if (filled == 0) return false;
+    std::fill(step_.begin() + static_cast<std::ptrdiff_t>(filled), step_.end(), 0.0f);
+    constexpr double kGroups = static_cast<double>(kDeskStep) / SpeechBand::kGroup;
+    powers_[static_cast<std::size_t>(end_) % kCapacity] = static_cast<float>(band_.Energy(step_) / kGroups);
+    return true;
+}
+
+double Lookahead::MeanPower() const {
+    double sum = 0;
+    for (int step = 0; step < Steps(); ++step) sum += static_cast<double>(Power(step));
+    return Steps() > 0 ? sum / Steps() : 0;
+}
+
+}  // namespace sorakaze::sound
