@@ -8,6 +8,7 @@
 #include "gateway/MissingServices.h"
 #include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
+#include "show/LevelEvent.h"
 #include "sound/MixingEngine.h"
 
 namespace sorakaze {
@@ -30,12 +31,16 @@ StationHost::~StationHost() {
 
 sorakaze::mainWindow& StationHost::mainWindow() {
     assert(window_ || runtime_.Threads().OnMainThread());
-    if (!window_) window_ = std::make_unique<sorakaze::mainWindow>();
+    if (!window_) {
+        window_ = std::make_unique<sorakaze::mainWindow>();
+        player_.songSeconds = [window = window_.get()] { return window->songDurationSlider.Value(); };
+    }
     return *window_;
 }
 
 void StationHost::CloseWindow() {
     player_.onTrack = nullptr;
+    player_.songSeconds = nullptr;
     window_.reset();
 }
 
@@ -45,6 +50,7 @@ Deployment StationHost::ReadDeployment() const {
 
 std::string StationHost::StartServices(Deployment deployment) {
     hasOwnVoice_ = deployment.voiceHost.empty();
+    if (deployment.loudness) runtime_.Engine()->UseDesk(*deployment.loudness);
     std::string complaint;
     gateway_ =
         gateway::StartMissingServices({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
@@ -57,18 +63,20 @@ std::string StationHost::StartServices(Deployment deployment) {
 void StationHost::TellShow(const player::TrackEvent& event) const {
     using What = player::TrackEvent::What;
     using Kind = ShowEvent::Kind;
+    const auto tell = [this](Kind kind, ShowEvent::Fields fields) { window_->tell(kind, std::move(fields)); };
     switch (event.what) {
         case What::Started:
-            window_->tell(Kind::Track, {{"playlist", event.playlist},
-                                        {"number", event.number},
-                                        {"title", event.title},
-                                        {"path", event.path.string()}});
+            tell(Kind::Track, {{"playlist", event.playlist},
+                               {"number", event.number},
+                               {"title", event.title},
+                               {"path", event.path.string()}});
+            TellLevel(tell, event.path, event.level);
             break;
         case What::FadeBegun:
-            window_->tell(Kind::Fade, {{"number", event.number}, {"position", event.position}});
+            tell(Kind::Fade, {{"number", event.number}, {"position", event.position}});
             break;
         case What::Ended:
-            window_->tell(Kind::Ended, {{"number", event.number}, {"position", event.position}});
+            tell(Kind::Ended, {{"number", event.number}, {"position", event.position}});
             break;
     }
 }

@@ -40,9 +40,9 @@ class StationHost {
 
     /// The station's deployment.json. Throws DeploymentError.
     Deployment ReadDeployment() const;
-    /// Starts the services that `deployment` names no host for, and gives the window the deployment that
-    /// results: the caller does this before Event_Open. Returns a complaint for the user; empty if all is
-    /// well.
+    /// Gives the engine its desk, starts the services that `deployment` names no host for, and gives the
+    /// window the deployment that results: the caller does this before Event_Open. Returns a complaint for
+    /// the user; empty if all is well.
     std::string StartServices(Deployment deployment);
     /// Whether the voice service is the one that StartServices started.
     bool HasOwnVoice() const { return hasOwnVoice_; }

@@ -38,6 +38,7 @@ struct LocalPlayer::Impl {
         std::shared_ptr<sound::Voice> voice;
         TrackEvent track;                        ///< what Started told
         std::optional<sound::Frames> fadeBegun;  ///< in frames mixed by the engine
+        bool isMeasured = false;
     };
     /// A track whose music folder is missing. It counts as playing until the folder is back or has been
     /// missing for long.
@@ -68,33 +69,52 @@ struct LocalPlayer::Impl {
     bool readsAhead = false;
     std::optional<Playing> playing;
     std::optional<Waiting> waiting;  ///< never beside playing
-    std::optional<Cached<TrackText>> lastTags;
+    std::optional<Cached<TrackTags>> lastTags;
     std::optional<Cached<std::shared_ptr<sound::Voice>>> prepared;
 
     Impl(LocalPlayer& owner, sound::MixingEngine& mixer, std::unique_ptr<MusicLibrary> music)
         : player(owner), engine(mixer), library(std::move(music)) {}
 
-    const TrackText& TagsOf(const std::string& path) {
+    const TrackTags& TagsOf(const std::string& path) {
         const auto stamp = StampOf(path);
         if (!lastTags || !lastTags->IsFor(path, stamp)) {
             lastTags.emplace(path, stamp);
-            lastTags->value = ReadTags(engine, path).text;
+            lastTags->value = ReadTags(engine, path);
         }
         return lastTags->value;
     }
 
     TrackText TextOf(const Track& track) {
-        TrackText text = TagsOf(track.path.string());
+        TrackText text = TagsOf(track.path.string()).text;
         text.FillFrom(track.text);
         if (text.title.empty()) text.title = TitleFromName(track.path);
         return text;
+    }
+
+    /// What will be heard of a track. A tick of the show's timer may pass before the fade.
+    sound::Frames PlayedPart() const {
+        constexpr double kMost = 60 * 60, kMargin = 0.5;
+        const double seconds = player.songSeconds ? player.songSeconds() : kMost;
+        return sound::FramesFromSeconds(seconds + kFadeSeconds + kMargin);
+    }
+
+    void SetLevel(sound::Voice& voice, const std::string& path) {
+        if (engine.HasDesk()) voice.SetLevel(engine.LevelOfMusic(path, PlayedPart(), TagsOf(path).loudness));
+    }
+
+    /// The level of a track stays as it began, but where it ends may become known later.
+    void FindEnd() {
+        if (!playing || playing->isMeasured || !engine.HasDesk()) return;
+        const auto level = engine.LevelOfMusic(playing->track.path, PlayedPart(), std::nullopt);
+        playing->isMeasured = level.source == sound::VoiceLevel::Source::Measured;
+        if (level.plan.end) playing->voice->EndAt(*level.plan.end, level.plan.endFade);
     }
 
     void Prepare(const std::string& path) {
         const auto stamp = StampOf(path);
         if (prepared && prepared->IsFor(path, stamp)) return;
         prepared.emplace(path, stamp);
-        prepared->value = engine.Open(path);
+        prepared->value = engine.Open(path, sound::Bus::Music);
     }
 
     std::shared_ptr<sound::Voice> TakeVoice(const std::string& path) {
@@ -103,7 +123,7 @@ struct LocalPlayer::Impl {
             prepared.reset();
             return voice;
         }
-        return engine.Open(path);
+        return engine.Open(path, sound::Bus::Music);
     }
 
     void Tell(TrackEvent event, TrackEvent::What what, double position) const {
@@ -113,8 +133,11 @@ struct LocalPlayer::Impl {
     }
 
     void Begin(std::shared_ptr<sound::Voice> voice, TrackEvent event) {
+        SetLevel(*voice, event.path.string());
         voice->Start();
-        playing = Playing{std::move(voice), event, std::nullopt};
+        event.level = voice->Level();
+        const bool isMeasured = event.level && event.level->source == sound::VoiceLevel::Source::Measured;
+        playing = Playing{std::move(voice), event, std::nullopt, isMeasured};
         Tell(std::move(event), TrackEvent::What::Started, 0);
     }
 
@@ -192,6 +215,7 @@ std::string LocalPlayer::CountSongs(const std::string& playlist) {
 std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
     const auto track = impl_->library->Find(playlist, number);
     if (!track) return {};
+    impl_->engine.WantLevel(track->path, impl_->PlayedPart());
     if (impl_->readsAhead) impl_->Prepare(track->path.string());
     return impl_->TextOf(*track).Record();
 }
@@ -200,6 +224,7 @@ std::string LocalPlayer::State() {
     impl_->LookForMissingFolder();
     if (impl_->waiting) return "playing";
     if (!impl_->IsPlaying()) return "stopped";
+    impl_->FindEnd();
     return impl_->playing->fadeBegun ? "fading" : "playing";
 }
 
@@ -212,7 +237,7 @@ void LocalPlayer::Play(const std::string& playlist, int number) {
     const auto track = impl_->library->Find(playlist, number);
     if (!track) return;
     auto voice = impl_->TakeVoice(track->path.string());
-    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0};
+    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0, {}};
     if (!voice) return impl_->WaitFor(event);
     if (onTrack) event.title = impl_->TextOf(*track).title;
     impl_->Begin(std::move(voice), std::move(event));
@@ -227,7 +252,7 @@ void LocalPlayer::BeginFade() {
     if (!impl_->IsPlaying() || impl_->playing->fadeBegun) return;
     Impl::Playing& playing = *impl_->playing;
     playing.fadeBegun = impl_->engine.Mixed();
-    playing.voice->SetGain(0, sound::FramesFromSeconds(kFadeSeconds));
+    playing.voice->FadeOut(sound::FramesFromSeconds(kFadeSeconds));
     const TrackEvent track = playing.track;
     impl_->Tell(track, TrackEvent::What::FadeBegun, playing.voice->Position().Seconds());
 }

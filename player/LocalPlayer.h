@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,8 @@ struct TrackEvent {
     int number = 0;  ///< 1-based
     std::string title;
     std::filesystem::path path;
-    double position = 0;  ///< seconds played
+    double position = 0;                     ///< seconds played
+    std::optional<sound::VoiceLevel> level;  ///< with Started, under a desk
 };
 
 class LocalPlayer {
@@ -34,6 +36,10 @@ class LocalPlayer {
 
     /// Called on the caller's thread for each event. May be empty.
     std::function<void(const TrackEvent&)> onTrack;
+
+    /// How long a track is played at most, in seconds, before it is faded: its level is that of this part.
+    /// Empty: to its end.
+    std::function<double()> songSeconds;
 
     /// SongInfo opens its track in advance, one at a time, so that Play starts without delay. For a host that
     /// renders faster than it plays. Off at first.

@@ -32,7 +32,22 @@ constexpr std::array kMembers = {
     Member{"player", &Deployment::player, "-"},
 };
 
+/// Louder or softer is no station's.
+constexpr double kSoftest = -31, kLoudest = -9;
+
+void SetLoudness(Deployment& deployment, const Json& value) {
+    if (value == "off") {
+        deployment.loudness.reset();
+    } else if (value.is_number() && value.get<double>() >= kSoftest && value.get<double>() <= kLoudest) {
+        deployment.loudness = value.get<double>();
+    } else {
+        throw DeploymentError(
+            "\"loudness\" must be a number of LUFS from -31 to -9, such as -16, -18 or -23, or \"off\"");
+    }
+}
+
 void SetMember(Deployment& deployment, const std::string& name, const Json& value) {
+    if (name == "loudness") return SetLoudness(deployment, value);
     for (const Member& member : kMembers) {
         if (member.name != name) continue;
         if (!value.is_string()) throw DeploymentError("\"" + name + "\" must be a text");
@@ -49,8 +64,8 @@ void SetMember(Deployment& deployment, const std::string& name, const Json& valu
         return;
     }
     std::string known;
-    for (const Member& member : kMembers) known += (known.empty() ? "" : ", ") + std::string(member.name);
-    throw DeploymentError("there is no member \"" + name + "\"; there are " + known);
+    for (const Member& member : kMembers) known += std::string(member.name) + ", ";
+    throw DeploymentError("there is no member \"" + name + "\"; there are " + known + "loudness");
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The constants of a deployment: the hosts of its services, the tokens of the voice service's form, and which
-// player is used. Resources/deployment.json holds them; what it leaves out has the defaults given here.
+// The constants of a deployment: the hosts of its services, the tokens of the voice service's form, which
+// player is used, and how loud the station is. Resources/deployment.json holds them; what it leaves out has
+// the defaults given here.
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -25,6 +27,8 @@ struct Deployment {
     std::string eventValidation = DefaultEventValidation();
     /// "files": the user's own music files.
     std::string player = "files";
+    /// The loudness that all that is heard is brought to, in LUFS; empty for the bare mix of the sounds.
+    std::optional<double> loudness = -16;
 
     static std::string DefaultViewState();
     static std::string DefaultEventValidation();

@@ -30,6 +30,8 @@ struct ShowEvent {
         Fade,      ///< number, position
         Ended,     ///< number, position
         Prepared,  ///< number, song, artist, album, wikiContents
+        Level,     ///< path, source, gain, loudness, lift, end: under a desk, after Say, Sound or Track
+        Duck,      ///< depth: from here on music and effects go to so many dB below their level
         Message,   ///< text
         Failed,    ///< what, path, why
         End
@@ -52,9 +54,9 @@ struct ShowEvent {
 
 /// The name of an event in a trace.
 constexpr std::string_view NameOf(ShowEvent::Kind kind) {
-    constexpr std::array<std::string_view, 13> kNames{"show",    "block",  "line", "say",   "sayj",
-                                                      "sound",   "track",  "fade", "ended", "prepared",
-                                                      "message", "failed", "end"};
+    constexpr std::array<std::string_view, 15> kNames{"show",  "block", "line",    "say",    "sayj",
+                                                      "sound", "track", "fade",    "ended",  "prepared",
+                                                      "level", "duck",  "message", "failed", "end"};
     return kNames[static_cast<std::size_t>(kind)];
 }
 

@@ -4,6 +4,7 @@
 #include "app/runtime/Random.h"
 #include "app/runtime/Runtime.h"
 #include "app/runtime/Shell.h"
+#include "app/runtime/Sound.h"
 #include "player/bridge/PlayFile.h"
 #include "show/mainWindow.h"
 #include "speech/SayLine.h"
@@ -66,6 +67,19 @@ void Wait(const String& seconds) {
     WaitWhile([start, limit] { return static_cast<double>(Ticks() - start) < limit; });
 }
 
+/// Whether this line or, after pauses of less than 1.5 seconds, a later one speaks.
+bool IsSpeechNear(const mainWindow& window, std::int32_t index) {
+    constexpr double kLongestPause = 1.5;
+    for (double pause = 0; index <= Block::kLastLine && pause < kLongestPause; ++index) {
+        const String line = (*NotNil(window.command))(index, window.section);
+        const String verb = NthField(line, " ", 1);
+        if (verb == "say" || verb == "sayj") return true;
+        if (!(verb == "wait")) return false;
+        pause += Val(Mid(line, Len(verb) + 1));
+    }
+    return false;
+}
+
 }  // namespace
 
 void mainWindow::commandExecThread_Run() {
@@ -83,6 +97,7 @@ void mainWindow::commandExecThread_Run() {
         if (line.IsEmpty()) break;
         line = Expand(line, *this, track);
         tell(ShowEvent::Kind::Line, {{"text", line}});
+        if (IsSpeechNear(*this, index)) ExpectSpeech();
         const String verb = NthField(line, " ", 1);
         const String argument = Trim(Mid(line, Len(verb) + 1));
         if (verb == "say") {

@@ -89,6 +89,13 @@ void mainWindow::tellFailures() {
              {{"what", "sound"}, {"path", failure.file.string()}, {"why", failure.why}});
 }
 
+void mainWindow::tellDucks() {
+    sound::MixingEngine* const engine = Runtime::Current().Engine();
+    if (!engine) return;
+    for (const sound::DuckChange& change : engine->TakeDucks())
+        tell(ShowEvent::Kind::Duck, {{"depth", change.depth}});
+}
+
 void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) const {
     AssertBaton();
     if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});

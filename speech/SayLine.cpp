@@ -4,6 +4,7 @@
 
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
+#include "show/LevelEvent.h"
 
 namespace sorakaze {
 namespace {
@@ -41,10 +42,11 @@ void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sa
         return;
     }
     if (InStr(shell.Result(), kCut) > 0) TellOfCut(tell);
-    sayData = file->OpenAsSound();
+    sayData = file->OpenAsSound(sound::Bus::Speech);
     if (sayData) {
         sayData->Play();
         tell(ShowEvent::Kind::Say, {{"voice", voice}, {"text", text}, {"seconds", sayData->Seconds()}});
+        TellLevel(tell, file->Path().filename(), sayData->Level());
         PlayToEnd(SoundRef(sayData), tell);
     } else {
         MsgBox("読み上げ結果のファイルをサウンドとして読み込めませんでした");

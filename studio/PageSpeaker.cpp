@@ -51,7 +51,7 @@ Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::Mixin
         if (bytes.empty()) return outcome;
         outcome.file = std::move(file);
         if (!Write(outcome.file, bytes)) throw PageError("its sound can't be kept");
-        outcome.voice = engine.Open(outcome.file);
+        outcome.voice = engine.Open(outcome.file, sound::Bus::Speech);
         if (!outcome.voice) outcome.complaint = "its answer is no sound that can be played";
     } catch (const PageTimeout& error) {
         outcome.complaint = error.what();

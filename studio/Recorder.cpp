@@ -19,8 +19,10 @@ constexpr std::size_t kTicksPerBlock = 16;
 
 }  // namespace
 
-Recorder::Recorder(const std::filesystem::path& file) {
-    if (!file.empty()) writer_ = sound::SoundFileWriter::Create(file);
+void Recorder::Begin(const std::filesystem::path& file) {
+    // The bare mix of 16-bit sounds needs no dither: it comes out as it was.
+    const auto dither = engine_.HasDesk() ? sound::Dither::Triangular : sound::Dither::None;
+    if (!file.empty()) writer_ = sound::SoundFileWriter::Create(file, dither);
     block_.reserve(kTicksPerBlock * kSamplesPerTick);
 }
 
@@ -38,9 +40,10 @@ void Recorder::Finish() {
 
 void Recorder::WriteBlock() {
     std::span<const float> sound(block_);
-    const auto skipped = std::min<std::size_t>(sound.size(), toSkip_);
-    toSkip_ -= skipped;
-    sound = sound.subspan(skipped);
+    const auto frames = static_cast<std::int64_t>(sound.size() / sound::kChannels);
+    const std::int64_t toSkip = std::min(frames, engine_.Latency().count - skipped_);
+    skipped_ += toSkip;
+    sound = sound.subspan(static_cast<std::size_t>(toSkip) * sound::kChannels);
     try {
         if (writer_ && error_.empty() && !sound.empty()) writer_->Write(sound);
     } catch (const std::exception& error) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -17,10 +18,10 @@ namespace sorakaze::studio {
 /// For the baton's holder.
 class Recorder {
   public:
-    /// An empty `file`: the sound is mixed and dropped. Throws std::exception if the file can't be created.
-    explicit Recorder(const std::filesystem::path& file);
-
     sound::MixingEngine& Engine() { return engine_; }
+    /// Before the first tick, when the engine has its desk. Without this, or with an empty `file`, the sound
+    /// is mixed and dropped. Throws std::exception if the file can't be created.
+    void Begin(const std::filesystem::path& file);
     /// Why the file could not be written; empty if all is well. The show's clock can't throw, so whoever runs
     /// the show asks.
     const std::string& Error() const { return error_; }
@@ -37,8 +38,8 @@ class Recorder {
     sound::MixingEngine engine_{sound::MixingMode::Offline};
     std::unique_ptr<sound::SoundFileWriter> writer_;
     std::vector<float> block_;  ///< mixed and not yet written
-    /// Samples. The limiter delays the sound by these: the file begins with the show, not with the delay.
-    std::size_t toSkip_ = static_cast<std::size_t>(engine_.Latency().count) * sound::kChannels;
+    /// Frames. The limiter delays the sound: the file begins with the show, not with the delay.
+    std::int64_t skipped_ = 0;
     std::string error_;
 };
 

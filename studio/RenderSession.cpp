@@ -27,7 +27,6 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
     : options_(options),
       folder_(FindStation(options.station)),
       host_(console_),
-      recorder_(options.output),
       station_({std::make_unique<StudioClock>([this] { recorder_.MixTick(); }), folder_, &recorder_.Engine(),
                 options.seed},
                host_, std::move(interrupted)),
@@ -39,6 +38,7 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
                           "No temporary folder can be made: TMPDIR must name a folder that can be written.");
     }
     StartServices();
+    recorder_.Begin(options_.output);
     station_.Player().SetReadAhead(true);
     window_.Event_Open();
     ChooseShow();
@@ -136,6 +136,7 @@ bool RenderSession::IsOver() {
     if (stopped_ || !IsOnAir(window_) || !recorder_.Error().empty()) return true;
     station_.Player().State();  // so that a track's end is told at its own tick
     window_.tellFailures();
+    window_.tellDucks();
     console_.Progress(progress_.Done(window_, station_.Player(), options_.limitSeconds),
                       Ticks() / static_cast<double>(kTicksPerSecond));
     const bool idle = !options_.limitSeconds && Ticks() - progress_.LastTrackStart() > kIdleTicks;

@@ -52,6 +52,8 @@ std::string Transcript::Describe(const ShowEvent& event) const {
             return "! " + (field("path").empty() ? field("what") : field("path")) + ": " + field("why");
         case Kind::End:
             return "=== end of the show ===";
+        case Kind::Level:
+        case Kind::Duck:
         case Kind::Line:
         case Kind::Prepared:
         case Kind::Message:

@@ -9,6 +9,7 @@
 
 #include "app/runtime/Exceptions.h"
 #include "app/runtime/String.h"
+#include "sound/Bus.h"
 
 namespace sorakaze {
 
@@ -39,7 +40,7 @@ class FolderItem {
     /// Removes the file, or the empty folder. What can't be removed stays.
     void Delete() const;
     /// Empty if the file is no sound that can be read. Lets the other threads run while it reads.
-    SoundRef OpenAsSound() const;
+    SoundRef OpenAsSound(sound::Bus bus = sound::Bus::Effects) const;
     /// Creates the file, replacing a file or a link of that name. Empty where that can't be done.
     std::shared_ptr<TextOutputStream> CreateTextFile() const;
     /// The existing file, which must not be a link, opened for writing from its start; empty where that can't

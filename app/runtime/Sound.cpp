@@ -30,12 +30,17 @@ double Sound::Seconds() const {
     return length ? length->Seconds() : 0;
 }
 
-SoundRef FolderItem::OpenAsSound() const {
+void ExpectSpeech() {
+    AssertBaton();
+    if (sound::MixingEngine* const engine = Runtime::Current().Engine()) engine->ExpectSpeech();
+}
+
+SoundRef FolderItem::OpenAsSound(sound::Bus bus) const {
     auto& runtime = Runtime::Current();
     if (!runtime.Engine()) return nullptr;
     std::shared_ptr<sound::Voice> voice;
     runtime.Threads().Block(Blocking::ClockStopped,
-                            [&](std::stop_token) { voice = runtime.Engine()->Open(path_); });
+                            [&](std::stop_token) { voice = runtime.Engine()->Open(path_, bus); });
     return voice ? std::make_shared<Sound>(path_, std::move(voice)) : nullptr;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "sound/MixingEngine.h"
 
@@ -29,6 +30,9 @@ class Sound {
     /// Seconds of it that have been heard.
     double Played() const { return voice_->Position().Seconds(); }
 
+    /// What the desk plays it at; empty without a desk.
+    std::optional<sound::VoiceLevel> Level() const { return voice_->Level(); }
+
     const std::filesystem::path& Path() const { return path_; }
     /// Length in seconds as the file states it, 0 where it doesn't.
     double Seconds() const;
@@ -38,5 +42,9 @@ class Sound {
     std::shared_ptr<sound::Voice> voice_;
     std::int32_t volume_ = 100;
 };
+
+/// Tells the desk that a sentence is being prepared or follows soon: where music is down for the one before,
+/// it stays down, 1.5 seconds at most. With the baton.
+void ExpectSpeech();
 
 }  // namespace sorakaze

@@ -3,6 +3,7 @@
 #include "player/bridge/PlayFile.h"
 
 #include "app/runtime/Runtime.h"
+#include "show/LevelEvent.h"
 
 namespace sorakaze {
 namespace {
@@ -29,6 +30,7 @@ void PlayFile(const FolderItemRef& appFolder, const String& argument, Random& ra
     soundData->SetVolume(kEffectVolume);
     soundData->Play();
     tell(ShowEvent::Kind::Sound, {{"path", item->Path().string()}});
+    TellLevel(tell, item->Path(), soundData->Level());
 }
 
 }  // namespace sorakaze

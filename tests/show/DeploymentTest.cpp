@@ -9,9 +9,13 @@ namespace {
 
 TEST(DeploymentTest, TheFileReplacesWhatItNamesAndFaultsAreRefused) {
     EXPECT_EQ(ParseDeployment(R"({"voice": "[::1]:80/a", "player": "files"})").voiceHost, "[::1]:80/a");
+    EXPECT_EQ(ParseDeployment(R"({"loudness": -23})").loudness, -23.0);
+    EXPECT_FALSE(ParseDeployment(R"({"loudness": "off"})").loudness);
+    EXPECT_EQ(ReadDeployment("/nowhere/deployment.json").loudness, -16.0);
     EXPECT_TRUE(ReadDeployment("/nowhere/deployment.json").searchHost.empty());
     for (const char* json : {"", "[1]", R"({"voise": "a"})", R"({"voice": 1})", R"({"voice": "a b"})",
-                             R"({"viewState": "a\"b"})", R"({"player": "tape"})"})
+                             R"({"viewState": "a\"b"})", R"({"player": "tape"})", R"({"loudness": "loud"})",
+                             R"({"loudness": 0})", R"({"loudness": -1e9})", R"({"loudness": null})"})
         EXPECT_THROW(ParseDeployment(json), DeploymentError) << json;
     EXPECT_THROW(ReadDeployment(std::filesystem::temp_directory_path()), DeploymentError);
 }

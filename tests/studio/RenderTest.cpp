@@ -112,6 +112,35 @@ TEST_F(Render, TheSoundIsWhatTheProgramSays) {
     EXPECT_LT(sound::testing::LargestStep(sound.samples), 0.048);
 }
 
+TEST_F(Render, TheDeskBringsAllToOneLevelAndTellsOfIt) {
+    station.Deploy("-20");
+    station.WriteTone("Sounds/loud.wav", 1000, 0.9, 2);
+    station.WriteTone("Music/1.wav", 500, 0.8, 60);
+    station.WriteTone("Music/2.wav", 500, 0.05, 60);
+    const SoundFile sound = PlayTwice(
+        "mode: songs 2\nopening: 0, play Sounds/loud.wav\nopening: 0, wait 3\nintro: 0, play [[iTunes]]\n"
+        "intro: 0, wait 2\nintro: 0, say hello there, how do you do\n",
+        "--song-seconds 30");
+    // A sine on both sides is as loud in LUFS as its peak in dBFS, but for the weighting at 1000 Hz.
+    EXPECT_NEAR(sound.Peak(2, 110), 0.1, 0.01);
+    for (const std::size_t track : {0u, 1u}) {
+        const double begin = TickOf("track", track);
+        EXPECT_NEAR(sound.Peak(begin + 6, begin + 118), 0.1, 0.01) << track;
+        const double say = TickOf("say", track);
+        EXPECT_LT(sound.Peak(say, say + 17), 0.11) << "the sentence waits until the music is down";
+        EXPECT_GT(sound.Peak(say + 19, say + 60), 0.2);
+        const double fade = TickOf("fade", track);
+        EXPECT_NEAR(sound.Peak(fade + 58, fade + 62), 0.05, 0.006) << "-6 dB after a quarter of the fade";
+    }
+    EXPECT_EQ(station.Traced("level", "source"), std::vector<std::string>(5, "measured"));
+    const auto gains = station.Traced("level", "gain");
+    EXPECT_NEAR(std::stod(gains[3]) - std::stod(gains[1]), 20 * std::log10(0.8 / 0.05), 0.2);
+    const auto depths = station.Traced("duck", "depth");
+    ASSERT_GE(depths.size(), 4u);
+    EXPECT_GT(std::stod(depths.front()), 3);
+    EXPECT_EQ(std::stod(depths.back()), 0);
+}
+
 TEST_F(Render, SpokenPagesAreHeardFromTheirTickOn) {
     const SoundFile sound = PlayTwice(
         "mode: songs 1\nj_personality: Kyoko\nopening: 0, wait 1\n"

@@ -20,12 +20,16 @@ class StudioStation : public TemporaryFolder {
   public:
     /// A station with the real `say`, no music and a home folder of its own.
     StudioStation() {
-        // The encyclopaedia is left in peace.
-        Write("Sorakaze.app/Contents/Resources/deployment.json",
-              R"({"encyclopaediaEnglish": "", "encyclopaediaJapanese": ""})");
+        Deploy(R"("off")");
         std::filesystem::copy_file(SAY_PROGRAM, Path() / "Sorakaze.app/Contents/Resources/say");
         for (const char* folder : {"Programs", "Sounds", "Music", "home"})
             std::filesystem::create_directories(Path() / folder);
+    }
+
+    /// The encyclopaedia is left in peace. Without a desk sounds come out as they are.
+    void Deploy(const std::string& loudness) const {
+        Write("Sorakaze.app/Contents/Resources/deployment.json",
+              R"({"encyclopaediaEnglish": "", "encyclopaediaJapanese": "", "loudness": )" + loudness + "}");
     }
 
     /// A sine of that amplitude, both channels.
