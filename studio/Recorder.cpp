@@ -22,7 +22,7 @@ constexpr std::size_t kTicksPerBlock = 16;
 void Recorder::Begin(const std::filesystem::path& file) {
     // The bare mix of 16-bit sounds needs no dither: it comes out as it was.
     const auto dither = engine_.HasDesk() ? sound::Dither::Triangular : sound::Dither::None;
-    if (!file.empty()) writer_ = sound::SoundFileWriter::Create(file, dither);
+    if (!file.empty()) writer_ = sound::SoundFileWriter::Create(file, dither, meter_);
     block_.reserve(kTicksPerBlock * kSamplesPerTick);
 }
 

@@ -7,10 +7,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "sound/MixingEngine.h"
+#include "sound/encoding/OutputMeter.h"
 #include "sound/encoding/SoundFileWriter.h"
 
 namespace sorakaze::studio {
@@ -31,11 +33,14 @@ class Recorder {
     void MixTick();
     /// Completes the file. Throws StudioError.
     void Finish();
+    /// Of the sound in the file; empty without a file and before Finish.
+    std::optional<sound::OutputLevels> Levels() const { return meter_->Levels(); }
 
   private:
     void WriteBlock();
 
     sound::MixingEngine engine_{sound::MixingMode::Offline};
+    std::shared_ptr<sound::OutputMeter> meter_ = std::make_shared<sound::OutputMeter>();
     std::unique_ptr<sound::SoundFileWriter> writer_;
     std::vector<float> block_;  ///< mixed and not yet written
     /// Frames. The limiter delays the sound: the file begins with the show, not with the delay.

@@ -3,9 +3,11 @@
 #include "studio/RenderSession.h"
 
 #include <cassert>
+#include <cstdio>
 #include <utility>
 
 #include "show/ShowState.h"
+#include "sound/Measurement.h"
 #include "studio/Station.h"
 #include "studio/StudioError.h"
 
@@ -20,6 +22,15 @@ constexpr TickCount kLastWordsTicks = 120 * kTicksPerSecond;
 constexpr std::int32_t kIdleTicks = 20 * 60 * kTicksPerSecond;
 /// ...or when it has run for so long.
 constexpr double kLongestSeconds = 24 * 60 * 60;
+
+/// "-16.1 LUFS, true peak -1.2 dBTP, range 5.3 LU".
+std::string LevelsText(const sound::OutputLevels& levels) {
+    if (levels.loudness <= sound::kSilentLoudness) return "silence";
+    char text[100];
+    std::snprintf(text, sizeof text, "%.1f LUFS, true peak %.1f dBTP, range %.1f LU", double{levels.loudness},
+                  double{levels.truePeak}, double{levels.range});
+    return text;
+}
 
 }  // namespace
 
@@ -104,6 +115,7 @@ void RenderSession::Run() {
     if (standstill && !progress_.AnythingHeard())
         throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
     recorder_.Finish();
+    if (const auto levels = recorder_.Levels(); levels && !options_.quiet) console_.Line(LevelsText(*levels));
     if (trace_) trace_->Finish();
     if (standstill) {
         throw StudioError(kFailed,

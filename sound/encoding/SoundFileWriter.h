@@ -28,6 +28,8 @@ enum class Dither {
     Triangular,  ///< Noise of one bit hides the rounding, so that what is quiet stays clean. Silence stays.
 };
 
+class SoundSink;
+
 class SoundFileWriter {
   public:
     /// The endings that Create knows, lower case with the point: ".wav", ".flac", ".opus", ".ogg" (Ogg Opus),
@@ -36,9 +38,10 @@ class SoundFileWriter {
 
     /// Begins `file`. An existing file stays untouched until Finish: the sound is written to a file beside
     /// it, which then takes its place. Throws SoundFileError for an unknown ending or a place that can't be
-    /// written.
+    /// written. `listener` is given the same sound, on a thread of its own, and finished with the file.
     static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file,
-                                                   Dither dither = Dither::None);
+                                                   Dither dither = Dither::None,
+                                                   std::shared_ptr<SoundSink> listener = nullptr);
 
     /// Removes the unfinished files of this process in `folder`, for a process that is about to end without
     /// its destructors.

@@ -7,6 +7,7 @@
 
 #include "sound/measuring/LoudnessMeter.h"
 #include "sound/measuring/Measurer.h"
+#include "sound/measuring/ProgrammeLoudness.h"
 #include "tests/sound/SoundTesting.h"
 
 namespace sorakaze::sound::testing {
@@ -49,6 +50,40 @@ TEST(LoudnessMeter, TellsWhatASineIs) {
 
     EXPECT_EQ(LoudnessMeter().Integrated(), kSilentLoudness);
     EXPECT_EQ(LoudnessMeter().Peak(), kSilentLoudness);
+}
+
+TEST(ProgrammeLoudness, ReadsWhatTheLibraryReads) {
+    const Samples silence = Constant(0.0f, 5 * kSecond), low = Sine(30, 7 * kSecond, 0.5f);
+    const std::pair<const char*, Samples> cases[] = {
+        {"low", low},
+        {"middle", Sine(500, 4 * kSecond, 0.2f)},
+        {"high", Sine(9000, 9 * kSecond, 0.1f)},
+        {"a tone that fades in steps, after silence",
+         Joined({silence, Sine(1000, 13 * kSecond, 0.5f), Sine(1000, 11 * kSecond, 0.2f), silence,
+                 Sine(2000, 15 * kSecond, 0.01f), low})},
+        {"one side",
+         [] {
+             Samples left = Sine(1000, 5 * kSecond, 0.5f);
+             for (std::size_t i = 1; i < left.size(); i += kChannels) left[i] = 0;
+             return left;
+         }()},
+        {"silence", silence},
+        {"too short", Sine(1000, kSecond / 5, 0.5f)}};
+    for (const auto& [name, sound] : cases) {
+        SCOPED_TRACE(name);
+        LoudnessMeter library({.range = true});
+        library.Add(sound);
+        ProgrammeLoudness whole, parts;
+        whole.Add(sound);
+        for (auto rest = std::span(sound); !rest.empty();
+             rest = rest.subspan(std::min<std::size_t>(1234, rest.size())))
+            parts.Add(rest.first(std::min<std::size_t>(1234, rest.size())));
+        whole.Finish();
+        parts.Finish();
+        EXPECT_NEAR(whole.Integrated(), library.Integrated(), 0.05);
+        EXPECT_NEAR(whole.Range(), library.Range(), 0.2);
+        EXPECT_EQ(whole.Integrated(), parts.Integrated());
+    }
 }
 
 TEST(Measurer, FollowsTheSoundSecondBySecond) {

@@ -141,6 +141,22 @@ TEST_F(Render, TheDeskBringsAllToOneLevelAndTellsOfIt) {
     EXPECT_EQ(std::stod(depths.back()), 0);
 }
 
+TEST_F(Render, TheLastLineTellsWhatCameOut) {
+    station.WriteTone("Music/track.wav", 1000, 0.25, 40);
+    station.Write("Programs/Show.txt", "mode: songs 1\nintro: 0, play [[iTunes]]\n");
+    const std::string out = station.Render("show.flac", "--song-seconds 600").out;
+    const std::string line = out.substr(out.rfind('\n', out.size() - 2) + 1);
+    float loudness = 0, peak = 0, range = -1;
+    ASSERT_EQ(
+        std::sscanf(line.c_str(), "%f LUFS, true peak %f dBTP, range %f LU\n", &loudness, &peak, &range), 3)
+        << line;
+    EXPECT_NEAR(loudness, -12, 0.15);
+    EXPECT_NEAR(peak, -12, 0.15);
+    EXPECT_NEAR(range, 0, 0.1);
+    EXPECT_EQ(station.Render("show.flac", "--quiet").out, "");
+    EXPECT_EQ(station.Render("none").out.find("LUFS"), std::string::npos) << "nothing came out";
+}
+
 TEST_F(Render, SpokenPagesAreHeardFromTheirTickOn) {
     const SoundFile sound = PlayTwice(
         "mode: songs 1\nj_personality: Kyoko\nopening: 0, wait 1\n"
