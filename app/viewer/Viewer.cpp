@@ -14,6 +14,7 @@
 #include <memory>
 #include <utility>
 
+#include "app/viewer/AudibleLines.h"
 #include "base/FileDescriptor.h"
 
 namespace sorakaze::viewer {
@@ -27,6 +28,9 @@ constexpr int kKillWaitMilliseconds = 1000;
 
 /// The most that is kept of a program's standard error.
 constexpr int kMostSaid = 4096;
+
+/// The most that a program may say on its standard output: a page is heard and silent a few times.
+constexpr qsizetype kMostTold = 64 * 1024;
 
 /// The longest page; real ones are shorter.
 constexpr off_t kMostBytes = 8 << 20;
@@ -96,6 +100,7 @@ void Viewer::Load(const std::filesystem::path& page, Service service) {
         this,
         [this] {
             if (process_) End(*std::exchange(process_, nullptr));
+            SetAudible(false);
             startDelay_.start();
         },
         Qt::QueuedConnection);
@@ -126,6 +131,7 @@ void Viewer::Start(const Page& page) {
     connect(process, &QProcess::finished, this, [this, said, ended] {
         ReportFailure(ended + LastLine(*said));
         process_ = nullptr;
+        SetAudible(false);
     });
     connect(process, &QProcess::errorOccurred, this, [this, process, ended](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
@@ -134,13 +140,30 @@ void Viewer::Start(const Page& page) {
         process_ = nullptr;
     });
     process->setStandardInputFile(QProcess::nullDevice());
-    process->setStandardOutputFile(QProcess::nullDevice());
+    Listen(*process);
     const auto input = std::make_shared<FileDescriptor>(InMemory(Pack(page)));
     process->setChildProcessModifier([input] {
         BecomeOnesOwn();
         ::dup2(input->Get(), STDIN_FILENO);
     });
     process->start(FromPath(program_), {}, QIODevice::ReadOnly);
+}
+
+void Viewer::Listen(QProcess& process) {
+    const auto lines = std::make_shared<AudibleLines>();
+    const auto read = std::make_shared<qsizetype>(0);
+    connect(&process, &QProcess::readyReadStandardOutput, this, [this, &process, lines, read] {
+        const QByteArray bytes = process.readAllStandardOutput();
+        *read += bytes.size();
+        const bool tooMuch = *read > kMostTold;
+        if (tooMuch) process.closeReadChannel(QProcess::StandardOutput);
+        const auto audible = lines->Read({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+        if (audible || tooMuch) SetAudible(!tooMuch && *audible);
+    });
+}
+
+void Viewer::SetAudible(bool audible) {
+    if (std::exchange(audible_, audible) != audible && tellAudible_) tellAudible_(audible);
 }
 
 void Viewer::End(QProcess& process) {

@@ -10,9 +10,11 @@
 #include <QProcess>
 #include <QTimer>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "app/viewer/Page.h"
 
@@ -29,9 +31,15 @@ class Viewer : public QObject {
     /// quick succession only the last may be started. Any thread.
     void Load(const std::filesystem::path& page, Service service = {});
 
+    /// `tell` is called on the main thread when a page begins to be heard, and when it isn't any more: it is
+    /// silent, replaced, or at its end. Set before the first load.
+    void OnAudible(std::function<void(bool)> tell) { tellAudible_ = std::move(tell); }
+
   private:
     void Begin();
     void Start(const Page& page);
+    void Listen(QProcess& process);
+    void SetAudible(bool audible);
     /// Kills the process with all that it has started, without waiting.
     static void End(QProcess& process);
     /// Prints the reason on standard error, the first time only: a show has many pages.
@@ -42,6 +50,8 @@ class Viewer : public QObject {
     const std::filesystem::path program_;
     QTimer startDelay_;            ///< when it is over the page is started
     QProcess* process_ = nullptr;  ///< a child object, as are those that are ending
+    std::function<void(bool)> tellAudible_;
+    bool audible_ = false;
     bool failureReported_ = false;
     bool warningReported_ = false;
 

@@ -10,6 +10,8 @@
 #include <QWebEngineFullScreenRequest>
 #include <QWebEngineQuotaRequest>
 #include <QWebEngineRegisterProtocolHandlerRequest>
+#include <QWebEngineScript>
+#include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 #include <QWebEngineUrlRequestJob>
 #include <QWebEngineUrlScheme>
@@ -79,9 +81,11 @@ void ConfigureProfile(QWebEngineProfile& profile, RequestFilter& filter, PageSch
                      [](QWebEngineDownloadRequest* download) { download->cancel(); });
 }
 
-LoadedPage::LoadedPage(QWebEngineProfile& profile) : QWebEnginePage(&profile) {
+LoadedPage::LoadedPage(QWebEngineProfile& profile, std::function<void(bool)> tellAudible)
+    : QWebEnginePage(&profile), audibility_(std::move(tellAudible)) {
     Configure();
     RefuseWhatIsAsked();
+    Listen();
     load(PageUrl());
     // A hidden page may pause. Set before the load, this would have no effect.
     setVisible(true);
@@ -123,6 +127,18 @@ void LoadedPage::RefuseWhatIsAsked() {
     connect(this, &QWebEnginePage::registerProtocolHandlerRequested, this, refuse);
     connect(this, &QWebEnginePage::fileSystemAccessRequested, this, refuse);
     connect(this, &QWebEnginePage::fullScreenRequested, this, refuse);
+}
+
+void LoadedPage::Listen() {
+    connect(this, &QWebEnginePage::recentlyAudibleChanged, this,
+            [this](bool audible) { audibility_.OnEngine(audible); });
+    connect(this, &QWebEnginePage::renderProcessTerminated, this, [this] { audibility_.OnRendererEnd(); });
+    QWebEngineScript script;
+    script.setSourceCode(audibility_.Script());
+    script.setInjectionPoint(QWebEngineScript::DocumentCreation);
+    script.setWorldId(QWebEngineScript::ApplicationWorld);
+    script.setRunsOnSubFrames(true);
+    scripts().insert(script);
 }
 
 bool LoadedPage::acceptNavigationRequest(const QUrl& url, NavigationType, bool isMainFrame) {

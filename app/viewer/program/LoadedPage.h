@@ -7,8 +7,10 @@
 #include <QWebEngineProfile>
 #include <QWebEngineUrlRequestInterceptor>
 #include <QWebEngineUrlSchemeHandler>
+#include <functional>
 
 #include "app/viewer/Page.h"
+#include "app/viewer/program/Audibility.h"
 #include "app/viewer/program/WebRules.h"
 
 namespace sorakaze::viewer {
@@ -40,8 +42,9 @@ class PageSchemeHandler : public QWebEngineUrlSchemeHandler {
 /// answered with no at once.
 class LoadedPage : public QWebEnginePage {
   public:
-    /// Loads what the profile's PageSchemeHandler serves. The profile outlives the page.
-    explicit LoadedPage(QWebEngineProfile& profile);
+    /// Loads what the profile's PageSchemeHandler serves. The profile outlives the page. `tellAudible` is
+    /// called when the page begins to be heard, and when it isn't any more.
+    LoadedPage(QWebEngineProfile& profile, std::function<void(bool)> tellAudible);
 
   protected:
     bool acceptNavigationRequest(const QUrl& url, NavigationType type, bool isMainFrame) override;
@@ -50,12 +53,17 @@ class LoadedPage : public QWebEnginePage {
     void javaScriptAlert(const QUrl&, const QString&) override {}
     bool javaScriptConfirm(const QUrl&, const QString&) override { return false; }
     bool javaScriptPrompt(const QUrl&, const QString&, const QString&, QString*) override { return false; }
-    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString&, int,
-                                  const QString&) override {}
+    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString& message, int,
+                                  const QString&) override {
+        audibility_.OnConsole(message);
+    }
 
   private:
     void Configure();
     void RefuseWhatIsAsked();
+    void Listen();
+
+    Audibility audibility_;
 };
 
 /// Makes the profile keep nothing on disk.

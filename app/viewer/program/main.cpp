@@ -1,20 +1,31 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// sorakaze-viewer <PAGE: runs the page that it is handed (see app/viewer/Page.h), unseen, until it is killed.
+// sorakaze-viewer <PAGE: runs the page that it is handed (see app/viewer/Page.h), unseen, until it is killed,
+// and says when it is heard (see app/viewer/AudibleLines.h).
+#include <unistd.h>
+
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "app/viewer/AudibleLines.h"
 #include "app/viewer/program/Confinement.h"
 #include "app/viewer/program/EngineOptions.h"
 #include "app/viewer/program/Environment.h"
 #include "app/viewer/program/LoadedPage.h"
 
 namespace {
+
+/// To the application; where that has gone, so will this program soon.
+void Tell(bool audible) {
+    const std::string_view line = audible ? sorakaze::viewer::kAudibleLine : sorakaze::viewer::kSilentLine;
+    [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, line.data(), line.size());
+}
 
 int Run(const sorakaze::viewer::Page& handed) {
     using namespace sorakaze::viewer;
@@ -32,7 +43,7 @@ int Run(const sorakaze::viewer::Page& handed) {
     RequestFilter filter(handed.service);
     QWebEngineProfile profile;
     ConfigureProfile(profile, filter, source);
-    const LoadedPage page(profile);
+    const LoadedPage page(profile, Tell);
     return QGuiApplication::exec();
 }
 

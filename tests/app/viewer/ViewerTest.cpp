@@ -126,6 +126,36 @@ TEST_F(ViewerTest, WhatAProgramLacksIsToldOfOnceAndNotAsItsEnd) {
                   " has ended: bad\n");
 }
 
+TEST_F(ViewerTest, APageIsAudibleUntilItSaysOtherwiseOrEnds) {
+    const struct {
+        const char* name;
+        const char* then;  ///< when it has been heard
+        bool replaced = false;
+    } cases[] = {{"it says it", "echo silent; sleep 60"},
+                 {"it ends", "echo 'no more' >&2"},
+                 {"it is replaced", "sleep 60", true},
+                 {"it floods", "yes audible"}};
+    for (const auto& [name, then, replaced] : cases) {
+        SCOPED_TRACE(name);
+        testing::internal::CaptureStderr();
+        std::string told;
+        Viewer viewer(Program("#!/bin/sh\necho audible\nuntil [ -e \"$0.heard\" ]; do sleep 0.01; done\n" +
+                              std::string(then) + "\n"));
+        viewer.OnAudible([&told](bool audible) { told += audible ? '1' : '0'; });
+        const auto page = folder.Write("page", "page\n");
+        viewer.Load(page);
+        EXPECT_TRUE(RunUntil([&] { return told == "1"; }));
+        folder.Write("program.heard", "");
+        if (replaced) {
+            Program("#!/bin/sh\nsleep 60\n");
+            viewer.Load(page);
+        }
+        EXPECT_TRUE(RunUntil([&] { return told == "10"; })) << told;
+        testing::internal::GetCapturedStderr();
+        std::filesystem::remove(folder / "program.heard");
+    }
+}
+
 TEST_F(ViewerTest, WhatIsNoFileOfItsOwnIsNotShown) {
     const auto page = folder.Write("page", "page\n");
     std::filesystem::create_symlink(page, folder / "link");

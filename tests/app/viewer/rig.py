@@ -226,11 +226,14 @@ class Rig:
         for path in (runtime, runtime / "pulse"):
             os.chown(path, account.pw_uid, account.pw_gid)
         environment = {name: self.environment[name] for name in ("PATH", "LANG")}
-        process = subprocess.Popen([program], stdin=subprocess.PIPE, stderr=subprocess.DEVNULL, cwd="/", start_new_session=True,
+        process = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, cwd="/",
+                                   start_new_session=True,
                                    env={**environment, "XDG_RUNTIME_DIR": str(runtime), "HOME": "/nonexistent"}, **identity(account))
         self.processes.append(process)
         process.stdin.write(page)
         process.stdin.close()
+        process.told = queue.Queue()  # the lines that it says, with their times
+        threading.Thread(target=lambda: [process.told.put((time.time(), line)) for line in process.stdout], daemon=True).start()
         return process
 
     def run(self, *command):
@@ -312,7 +315,12 @@ class Station:
 
     def browsers(self):
         """Those of them that belong to a page, with their command lines."""
-        arguments = {pid: pathlib.Path(f"/proc/{pid}/cmdline").read_bytes() for pid in self.below()}
+        arguments = {}
+        for pid in self.below():
+            try:
+                arguments[pid] = pathlib.Path(f"/proc/{pid}/cmdline").read_bytes()
+            except OSError:
+                pass  # gone meanwhile
         # A renderer has its arguments as one text.
         programs = (b"sorakaze-viewer", b"QtWebEngineProcess")
         return {pid: line for pid, line in arguments.items()
