@@ -2,13 +2,17 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The application on the air beside a plain music player daemon with the same MP3, each with an output that is heard by
 nobody: processor time, context switches, memory; and how long the window takes to come up with 100,000 files."""
+import contextlib
+import json
 import os
 import pathlib
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "show"))
@@ -20,12 +24,13 @@ PROGRAM = FOLDER / "Sorakaze.app/Contents/Linux/Sorakaze"
 HZ = os.sysconf("SC_CLK_TCK")
 
 
-def make():
+def make(deployment):
     station.make()
     shutil.rmtree(FOLDER, ignore_errors=True)
     shutil.copytree(station.ROOT / "build/Sorakaze/Sorakaze.app", FOLDER / "Sorakaze.app")
     # The artist is looked up where nobody answers.
-    (FOLDER / "Sorakaze.app/Contents/Resources/deployment.json").write_text('{"encyclopaediaEnglish": "127.0.0.1:1"}')
+    (FOLDER / "Sorakaze.app/Contents/Resources/deployment.json").write_text(
+        json.dumps({"encyclopaediaEnglish": "127.0.0.1:1"} | deployment))
     (FOLDER / "Programs").mkdir()
     (FOLDER / "Music").mkdir()
     (FOLDER / "Programs/Air.txt").write_text("mode: songs 1\nopening: 0, play [[iTunes]]\n")
@@ -108,7 +113,6 @@ def daemon(work):
         f'music_directory "{work}/music"\nplaylist_directory "{work}"\ndb_file "{work}/db"\nstate_file "{work}/state"\n'
         f'bind_to_address "{work}/socket"\naudio_output {{\ntype "null"\nname "null"\nmixer_type "none"\n}}\n')
     process = subprocess.Popen(["mpd", "--no-daemon", "--stderr", str(work / "mpd.conf")], stderr=subprocess.DEVNULL)
-    import socket
     for _ in range(100):
         try:
             connection = socket.socket(socket.AF_UNIX)
@@ -129,54 +133,73 @@ def daemon(work):
     return process
 
 
-def main():
-    make()
+@contextlib.contextmanager
+def environment():
+    """A home, a display and a sound output that nobody else uses."""
     with tempfile.TemporaryDirectory() as name:
-        work = pathlib.Path(name)
         os.environ.update(HOME=name, XDG_RUNTIME_DIR=name, XDG_CONFIG_HOME=name, SDL_AUDIODRIVER="dummy",
                           DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent")
         server = display()
         try:
-            app = start()
-            window = await_window(app.pid)
-            time.sleep(1)
-            idle = memory(app.pid)
-            xdotool("windowfocus", "--sync", window, "key", "space")
-            peer = daemon(work)
-            time.sleep(3)
-            import threading
-            figures = {}
-            both = [threading.Thread(target=lambda n=n, p=p: figures.update({n: over(p.pid)}))
-                    for n, p in (("Sorakaze", app), ("mpd", peer))]
-            for thread in both:
-                thread.start()
-            for thread in both:
-                thread.join()
-            for label, (percent, switches) in figures.items():
-                print(f"{label:10} {percent:5.2f} % of a core, {switches:6.1f} context switches a second")
-            print(f"memory: {idle[0]:.0f} MB at rest ({idle[1]:.0f} MB its own), "
-                  f"{memory(app.pid)[0]:.0f} MB on the air")
-            app.send_signal(signal.SIGTERM)
-            print(f"exit status {app.wait(10)}")
-            peer.terminate()
-            peer.wait(10)
-
-            for number in range(100_000):
-                folder = FOLDER / f"Music/{number // 1000:03}"
-                folder.mkdir(exist_ok=True)
-                (folder / f"{number:06}.mp3").touch()
-            times = []
-            for _ in range(6):
-                begin = time.monotonic()
-                app = start()
-                await_window(app.pid)
-                times.append(time.monotonic() - begin)
-                app.send_signal(signal.SIGTERM)
-                app.wait(10)
-            print(f"start to visible window with 100,000 files: {sorted(times[1:])[2] * 1000:.0f} ms (median)")
+            yield pathlib.Path(name)
         finally:
             server.terminate()
             server.wait(10)
 
 
-main()
+def beside_daemon(deployment, work=None):
+    """Percent of a core and context switches a second of both, and what the application's memory was."""
+    make(deployment)
+    with contextlib.ExitStack() as stack:
+        work = work or stack.enter_context(environment())
+        app = start()
+        window = await_window(app.pid)
+        time.sleep(1)
+        idle = memory(app.pid)
+        xdotool("windowfocus", "--sync", window, "key", "space")
+        peer = daemon(work)
+        time.sleep(3)
+        figures = {}
+        both = [threading.Thread(target=lambda n=n, p=p: figures.update({n: over(p.pid)}))
+                for n, p in (("Sorakaze", app), ("mpd", peer))]
+        for thread in both:
+            thread.start()
+        for thread in both:
+            thread.join()
+        figures["memory"] = (*idle, memory(app.pid)[0])
+        app.send_signal(signal.SIGTERM)
+        figures["status"] = app.wait(10)
+        peer.terminate()
+        peer.wait(10)
+        return figures
+
+
+def time_to_window():
+    for number in range(100_000):
+        folder = FOLDER / f"Music/{number // 1000:03}"
+        folder.mkdir(exist_ok=True)
+        (folder / f"{number:06}.mp3").touch()
+    times = []
+    for _ in range(6):
+        begin = time.monotonic()
+        app = start()
+        await_window(app.pid)
+        times.append(time.monotonic() - begin)
+        app.send_signal(signal.SIGTERM)
+        app.wait(10)
+    return sorted(times[1:])[2]
+
+
+def main():
+    with environment() as work:
+        figures = beside_daemon({}, work)
+        for label in ("Sorakaze", "mpd"):
+            print(f"{label:10} {figures[label][0]:5.2f} % of a core, {figures[label][1]:6.1f} context switches a second")
+        rest, own, on_air = figures["memory"]
+        print(f"memory: {rest:.0f} MB at rest ({own:.0f} MB its own), {on_air:.0f} MB on the air")
+        print(f"exit status {figures['status']}")
+        print(f"start to visible window with 100,000 files: {time_to_window() * 1000:.0f} ms (median)")
+
+
+if __name__ == "__main__":
+    main()

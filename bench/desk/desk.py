@@ -1,0 +1,162 @@
+# SPDX-FileCopyrightText: The Sorakaze developers
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What the desk does to a show of real music, beside the same show without it: a table with the goals. Everything is
+measured on what sorakaze-studio renders, with ffmpeg and meters of this folder. SORAKAZE_DESK_TRACKS limits the tracks."""
+import concurrent.futures
+import platform
+import statistics
+import sys
+import warnings
+
+import numpy as np
+
+import material
+import meters
+import parts
+import shows
+import talk
+import tails
+
+sys.path.insert(0, str(material.ROOT / "bench/air"))
+import air  # noqa: E402
+
+
+GOALS = {
+    "integrated": "-16 +-0.5 LUFS", "parts played": "<= 0.5 LU", "jingle to speech": "<= 1.5 LU", "speech to speech": "<= 1.5 LU",
+    "steps over 6 LU": "<= 2", "speech over music": ">= 10 dB on 99 %", "music within": "<= 1.2 s", "duck still": "none",
+    "limiter below": "<= 1 %", "true peak, WAV": "<= -1.0 dBTP", "true peak, MP3": "<= -0.5 dBTP", "gaps": "0",
+    "component above 2 kHz": "< -75 dBFS", "tracks whose head": "0; 0", "render time": "<= 1.05", "processor on the air": "<= 0.6",
+}
+
+
+def hours(real, masters):
+    ordinary = shows.Show("Hour", parts.TEXT, real * 3, 60, limit=4200)
+    by_level = sorted(real, key=lambda track: track.loudness)
+    extremes = [track for pair in zip([masters[name] for name in ("loud", "low", "quiet-beginning", "silence", "surround", "vanishing")] +
+                                      by_level[::-1], by_level) for track in pair]
+    return ordinary, shows.Show("Extremes", parts.TEXT, extremes, 100, limit=4200)
+
+
+def worst(values):
+    return max(values, key=abs) if len(values) else np.nan
+
+
+def hour_rows(hour, extremes, station):
+    show, other = (each.render(station)[0] for each in (hour, extremes))
+    coded = shows.Show("Coded", hour.text, hour.tracks, hour.song_seconds, limit=1500)
+    with concurrent.futures.ThreadPoolExecutor(material.PROCESSES) as pool:
+        *meter, (_, mp3), (_, opus) = pool.map(lambda make: meters.ffmpeg_meter(make()), (
+            lambda: show.output, lambda: other.output, lambda: coded.render(station, "mp3")[0].output,
+            lambda: coded.render(station, "opus")[0].output))
+    part = [parts.measure(each) for each in (show, other)]
+    gap = [parts.gaps(each) for each in (show, other)]
+    rows = {"integrated, one hour (of extremes)": f"{meter[0][0]:.1f} ({meter[1][0]:.1f}) LUFS",
+            "parts played, standard deviation (of extremes)": f"{part[0]['parts'].std():.2f} ({part[1]['parts'].std():.2f}) LU"}
+    for name, kinds in (("jingle to speech", {"jingle", "speech"}), ("speech to speech", {"speech"})):
+        found = [step[1] for each in part for step in each["steps"] if step[0] == kinds]
+        rows[name + ": worst, median"] = f"{abs(worst(found)):.1f}, {np.median(np.abs(found)):.1f} LU"
+    for name, which in (("by whole parts", 1), ("by the 6 s next to it", 2)):
+        rows["steps over 6 LU, speech to music and back, " + name] = " (".join(
+            str(sum(abs(step[which]) > 6 for step in each["steps"] if step[0] == {"speech", "music"})) for each in part) + ")"
+    rows["true peak, WAV (of extremes)"] = f"{meter[0][1]:+.1f} ({meter[1][1]:+.1f}) dBTP"
+    rows["true peak, MP3; Opus decoded"] = f"{mp3:+.1f}; {opus:+.1f} dBTP"
+    rows["gaps over 1 s that no program asks for (in extremes)"] = f"{len(gap[0])} ({len(gap[1])})"
+    details = [f"{each.name}: gap of {length:.1f} s at {begin:.0f} s, track {title(rendered, begin)}" for each, rendered, found
+               in zip((hour, extremes), (show, other), gap) for begin, length in found]
+    details += [f"{each.name}: {abs(step[1]):.1f} LU ({abs(step[2]):.1f} near) between {' and '.join(sorted(step[0]))} at {step[3]:.0f} s, "
+                f"track {title(rendered, step[3])}" for each, rendered, found in zip((hour, extremes), (show, other), part)
+                for step in found["steps"] if step[0] == {"speech", "music"} and max(abs(step[1]), abs(step[2])) > 6]
+    for each, found in zip((hour, extremes), part):
+        far = sorted(found["parts"] - np.median(found["parts"]), key=abs)[-5:]
+        details.append(f"{each.name}: parts around {np.median(found['parts']):.1f} LUFS, farthest {np.round(far, 1)}; speech "
+                       f"{np.median(found['speech']):.1f} ({min(found['speech']):.1f} to {max(found['speech']):.1f}), jingles "
+                       f"{np.median(found['jingles']):.1f} ({min(found['jingles']):.1f} to {max(found['jingles']):.1f})")
+    return rows, details
+
+
+def title(show, second):
+    before = [event for event in show.of("track") if event["time"] <= second + 3]
+    return before[-1]["path"].rsplit("/", 1)[1] if before else "none yet"
+
+
+def talk_rows(show, tracks, stations):
+    pair = [show.render(station)[0] for station in stations]
+    found = talk.measure_all(tracks, pair)
+    rows, details = {}, []
+    for which, name in enumerate(("intro", "body")):
+        ratios = sorted((track["sentences"][which]["ratio"], track["name"]) for track in found)
+        values = np.array([ratio for ratio, _ in ratios])
+        rows[f"speech over music in 300-3400 Hz, {name}: 10 dB on"] = \
+            f"{np.mean(values >= 10) * 100:.0f} % (median {np.median(values):.1f}, worst {values[0]:.1f} dB)"
+        details.append(f"{name}: least speech over music: " + ", ".join(f"{track} {ratio:.1f}" for ratio, track in ratios[:8]))
+    sentences = [(track["name"], sentence) for track in found for sentence in track["sentences"]]
+    back = [(s["back"], name) for name, s in sentences if np.isfinite(s["back"])]
+    rows["music within 0.1 dB of its level after the last word"] = \
+        f"{np.median([b for b, _ in back]):.1f} s, worst {max(back)[0]:.1f} s ({len(back)} of {len(sentences)} judged)"
+    undone = [(s["undone"], name) for name, s in sentences if np.isfinite(s["undone"])]
+    rows["duck still to be done at the first word"] = f"worst {max(undone)[0]:.1f} dB, over 0.5 dB {sum(u > 0.5 for u, _ in undone)} of {len(undone)}"
+    level = np.median([np.nanpercentile(s["speech_gain"], 90) for _, s in sentences])
+    def limited(name):
+        gains = np.concatenate([s["speech_gain"] for track, s in sentences if track == name])
+        return np.mean(gains < level - 1) * 100
+    rows["limiter below -1 dB in talk, -6 LUFS (-30 LUFS) master"] = f"{limited('loud.flac'):.1f} ({limited('low.flac'):.1f}) %"
+    rows["gain moves within a body, without talk"] = f"median {np.median([t['body'] for t in found]):.2f}, worst {max(t['body'] for t in found):.1f} dB"
+    details += ["gain moves most: " + ", ".join(f"{t['name']} {t['body']:.1f}" for t in sorted(found, key=lambda t: -t["body"])[:6]),
+                "music is back last: " + ", ".join(f"{name} {b:.1f}" for b, name in sorted(back)[-6:]),
+                "duck most late: " + ", ".join(f"{name} {u:.1f}" for u, name in sorted(undone)[-6:]),
+                "gains: " + ", ".join(f"{t['name']} {t['gain']:+.1f}" for t in found if t["name"] in
+                                      ("loud.flac", "low.flac", "silence.flac", "vanishing.flac", "quiet-beginning.flac", "surround.flac", "tone.flac"))]
+    return rows, details, found
+
+
+def measure(station_name, deployment, hour, extremes, over, tracks):
+    plain = shows.make_station(station_name, deployment)
+    inverted = shows.make_station(station_name + "-inverted", deployment, inverted=True)
+    rows, details = hour_rows(hour, extremes, plain)
+    more, lines, found = talk_rows(over, tracks, (plain, inverted))
+    rows, details = rows | more, details + lines
+    more, lines, clicks = tails.measure(tracks, plain, {track["name"]: track["skipped"] for track in found})
+    clicks += [track["click"] for track in found if "click" in track]
+    rows["component above 2 kHz at the ramps of a tone"] = f"{max(clicks):.0f} dBFS"
+    return rows | more, details + lines
+
+
+def cost_rows(columns, deployments, hour):
+    """What the desk costs, with the shows in turns."""
+    stations = {column: material.WORK / column for column in columns}
+    times = {column: [] for column in columns}
+    for _ in range(5):
+        for column, station in stations.items():
+            times[column].append(hour.render(station, "none")[1])
+    off = statistics.median(times["off"])
+    for column, rows in columns.items():
+        rows["render time against off"] = f"{statistics.median(times[column]) / off:.3f} ({statistics.median(times[column]):.1f} s)"
+        figures = air.beside_daemon(deployments[column])
+        rows["processor on the air against mpd's"] = f"{figures['Sorakaze'][0] / figures['mpd'][0]:.2f} ({figures['Sorakaze'][0]:.2f} % of a core)"
+
+
+def main():
+    warnings.simplefilter("ignore", RuntimeWarning)  # of silence
+    real = material.real_tracks()
+    masters = material.made_masters(real[0])
+    tracks = real + list(masters.values())
+    hour, extremes = hours(real, masters)
+    over = shows.Show("Talk", talk.TEXT, tracks, 42)
+    columns, details = {}, {}
+    deployments = shows.deployments()
+    for column, deployment in deployments.items():
+        columns[column], details[column] = measure(column, deployment, hour, extremes, over, tracks)
+    cost_rows(columns, deployments, hour)
+    for column, lines in details.items():
+        print(f"\n{column}:\n  " + "\n  ".join(lines))
+    print(f"\n{platform.machine()}, {material.PROCESSES} cores; {len(real)} tracks ({sum(t.seconds for t in real) / 3600:.1f} hours) of "
+          f"{' '.join(material.packages())}; {len(masters)} masters made here\n")
+    width = max(map(len, columns["off"]))
+    print(f"{'':{width}}  {'goal':22} {'off':44} on")
+    for row, value in columns["off"].items():
+        goal = next((goal for name, goal in GOALS.items() if row.startswith(name)), "")
+        print(f"{row:{width}}  {goal:22} {value:44} {columns.get('on', {}).get(row, '')}")
+
+
+if __name__ == "__main__":
+    main()
