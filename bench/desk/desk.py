@@ -3,6 +3,7 @@
 """What the desk does to a show of real music, beside the same show without it: a table with the goals. Everything is
 measured on what sorakaze-studio renders, with ffmpeg and meters of this folder. SORAKAZE_DESK_TRACKS limits the tracks."""
 import concurrent.futures
+import hashlib
 import platform
 import statistics
 import sys
@@ -25,7 +26,7 @@ GOALS = {
     "integrated": "-16 +-0.5 LUFS", "parts played": "<= 0.5 LU", "jingle to speech": "<= 1.5 LU", "speech to speech": "<= 1.5 LU",
     "steps over 6 LU": "<= 2", "speech over music": ">= 10 dB on 99 %", "music within": "<= 1.2 s", "duck still": "none",
     "limiter below": "<= 1 %", "true peak, WAV": "<= -1.0 dBTP", "true peak, MP3": "<= -0.5 dBTP", "gaps": "0",
-    "component above 2 kHz": "< -75 dBFS", "tracks whose head": "0; 0", "render time": "<= 1.05", "processor on the air": "<= 0.6",
+    "component above 2 kHz": "< -75 dBFS", "tracks whose head": "0; 0", "render time": "<= 1.05", "renders of": "0", "processor on the air": "<= 0.6",
 }
 
 
@@ -49,23 +50,23 @@ def hour_rows(hour, extremes, station):
             lambda: show.output, lambda: other.output, lambda: coded.render(station, "mp3")[0].output,
             lambda: coded.render(station, "opus")[0].output))
     part = [parts.measure(each) for each in (show, other)]
-    gap = [parts.gaps(each) for each in (show, other)]
+    gap = [parts.gaps(each, each_show.tracks) for each, each_show in ((show, hour), (other, extremes))]
     rows = {"integrated, one hour (of extremes)": f"{meter[0][0]:.1f} ({meter[1][0]:.1f}) LUFS",
             "parts played, standard deviation (of extremes)": f"{part[0]['parts'].std():.2f} ({part[1]['parts'].std():.2f}) LU"}
     for name, kinds in (("jingle to speech", {"jingle", "speech"}), ("speech to speech", {"speech"})):
-        found = [step[1] for each in part for step in each["steps"] if step[0] == kinds]
+        found = [step[1] for each in part for step in each["steps"] if set(step[0]) == kinds]
         rows[name + ": worst, median"] = f"{abs(worst(found)):.1f}, {np.median(np.abs(found)):.1f} LU"
     for name, which in (("by whole parts", 1), ("by the 6 s next to it", 2)):
         rows["steps over 6 LU, speech to music and back, " + name] = " (".join(
-            str(sum(abs(step[which]) > 6 for step in each["steps"] if step[0] == {"speech", "music"})) for each in part) + ")"
+            str(sum(abs(step[which]) > 6 for step in each["steps"] if "music" in step[0] and len(set(step[0])) == 2 and "jingle" not in step[0])) for each in part) + ")"
     rows["true peak, WAV (of extremes)"] = f"{meter[0][1]:+.1f} ({meter[1][1]:+.1f}) dBTP"
     rows["true peak, MP3; Opus decoded"] = f"{mp3:+.1f}; {opus:+.1f} dBTP"
-    rows["gaps over 1 s that no program asks for (in extremes)"] = f"{len(gap[0])} ({len(gap[1])})"
-    details = [f"{each.name}: gap of {length:.1f} s at {begin:.0f} s, track {title(rendered, begin)}" for each, rendered, found
-               in zip((hour, extremes), (show, other), gap) for begin, length in found]
-    details += [f"{each.name}: {abs(step[1]):.1f} LU ({abs(step[2]):.1f} near) between {' and '.join(sorted(step[0]))} at {step[3]:.0f} s, "
-                f"track {title(rendered, step[3])}" for each, rendered, found in zip((hour, extremes), (show, other), part)
-                for step in found["steps"] if step[0] == {"speech", "music"} and max(abs(step[1]), abs(step[2])) > 6]
+    rows["gaps over 1 s that no program asks for (in extremes)"] = f"{len(gap[0][0])} ({len(gap[1][0])}); pauses within tracks {len(gap[0][1])} ({len(gap[1][1])})"
+    details = []
+    for each, rendered, found, (silent, _) in zip((hour, extremes), (show, other), part, gap):
+        details += [f"{each.name}: gap of {length:.1f} s at {begin:.0f} s, track {title(rendered, begin)}" for begin, length in silent[:10]]
+        details += [f"{each.name}: step of {step[1]:+.1f} LU ({step[2]:+.1f} near it) {step[0]} at {step[3]:.0f} s, track {title(rendered, step[3])}"
+                    for step in sorted(found["steps"], key=lambda step: -abs(step[2]))[:10]]
     for each, found in zip((hour, extremes), part):
         far = sorted(found["parts"] - np.median(found["parts"]), key=abs)[-5:]
         details.append(f"{each.name}: parts around {np.median(found['parts']):.1f} LUFS, farthest {np.round(far, 1)}; speech "
@@ -124,13 +125,17 @@ def measure(station_name, deployment, hour, extremes, over, tracks):
 def cost_rows(columns, deployments, hour):
     """What the desk costs, with the shows in turns."""
     stations = {column: material.WORK / column for column in columns}
-    times = {column: [] for column in columns}
+    times, sums = ({column: [] for column in columns} for _ in range(2))
     for _ in range(5):
         for column, station in stations.items():
-            times[column].append(hour.render(station, "none")[1])
+            show, seconds = hour.render(station)
+            times[column].append(seconds)
+            with open(show.output, "rb") as file:
+                sums[column].append(hashlib.file_digest(file, "blake2b").digest())
     off = statistics.median(times["off"])
     for column, rows in columns.items():
         rows["render time against off"] = f"{statistics.median(times[column]) / off:.3f} ({statistics.median(times[column]):.1f} s)"
+        rows["renders of the same hour that differ"] = f"{len(set(sums[column])) - 1} of {len(sums[column])}"
         figures = air.beside_daemon(deployments[column])
         rows["processor on the air against mpd's"] = f"{figures['Sorakaze'][0] / figures['mpd'][0]:.2f} ({figures['Sorakaze'][0]:.2f} % of a core)"
 
