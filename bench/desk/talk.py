@@ -63,9 +63,9 @@ def measure_sentence(speech, music, reference, dry, begin):
         result["undone"] = float(duck[1] - np.nanmedian(duck[4:25]))
     after = meters.gain(music[last:last + 216000], reference[last:], WINDOW * 5)  # 4.5 s in tenths
     settled = np.nanmedian(after[25:])
-    off = np.abs(after - settled) > 0.1
-    if not off[25:].any() and np.isfinite(after[:25]).mean() > 0.8:
-        result["back"] = (np.flatnonzero(off)[-1] + 1) / 10 if off.any() else 0.0
+    if not (np.abs(after[25:] - settled) > 0.1).any() and np.isfinite(after[:25]).mean() > 0.8:
+        # A lift that is being given back is above the level, a duck below it.
+        result["back"] = float(np.argmax(after > settled - 0.1)) / 10
     return result
 
 
@@ -80,7 +80,7 @@ def measure(track, event, says, dry):
     skipped = max(0, meters.delay(music[first:last], reference[:last + 30 * meters.RATE]) - first)
     reference = reference[skipped:]
     body = meters.gain(music[first:last], reference[first:last], meters.RATE)
-    result = {"name": track.path.name, "skipped": skipped, "body": float(np.nanmax(body) - np.nanmin(body)), "gain": float(np.nanmedian(body)),
+    result = {"name": track.path.name, "skipped": skipped, "moves": float(np.nanmax(np.abs(np.diff(body)))), "gain": float(np.nanmedian(body)),
               "sentences": []}
     if np.isfinite(body[-1]):
         start = meters.gain(music[:first], reference[:first], meters.RATE)
