@@ -4,6 +4,7 @@
 measured on what sorakaze-studio renders, with ffmpeg and meters of this folder. SORAKAZE_DESK_TRACKS limits the tracks."""
 import concurrent.futures
 import hashlib
+import os
 import platform
 import statistics
 import sys
@@ -129,13 +130,16 @@ def cost_rows(columns, deployments, hour):
     times, sums = ({column: [] for column in columns} for _ in range(2))
     for _ in range(5):
         for column, station in stations.items():
+            before = os.times()
             show, seconds = hour.render(station)
-            times[column].append(seconds)
+            after = os.times()
+            times[column].append((seconds, after.children_user + after.children_system - before.children_user - before.children_system))
             with open(show.output, "rb") as file:
                 sums[column].append(hashlib.file_digest(file, "blake2b").digest())
-    off = statistics.median(times["off"])
+    middle = {column: [statistics.median(figures) for figures in zip(*rounds)] for column, rounds in times.items()}
     for column, rows in columns.items():
-        rows["render time against off"] = f"{statistics.median(times[column]) / off:.3f} ({statistics.median(times[column]):.1f} s)"
+        (wall, processor), off = middle[column], middle["off"]
+        rows["render time against off; processor time"] = f"{wall / off[0]:.3f} ({wall:.1f} s); {processor / off[1]:.3f}"
         rows["renders of the same hour that differ"] = f"{len(set(sums[column])) - 1} of {len(sums[column])}"
         figures = air.beside_daemon(deployments[column])
         rows["processor on the air against mpd's"] = f"{figures['Sorakaze'][0] / figures['mpd'][0]:.2f} ({figures['Sorakaze'][0]:.2f} % of a core)"
