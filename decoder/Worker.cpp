@@ -52,6 +52,7 @@ class Player {
         sound_ = SoundReader::Open(sound::InputFile::Adopt(std::move(file)), request.name, request.options,
                                    helpers);
         if (!sound_) return {PlayAnswer::NoSound, 0, -1};
+        if (request.limit > 0) measurer_.emplace(sound::Frames{request.limit});
         do {
             Decode(kFirstFrames);
         } while (sound_->IsSkipping() && sound_->Skipped() < kMostSkippedFirst);
@@ -76,9 +77,20 @@ class Player {
         const auto room = ring_.Writable();
         const auto batch = room.first(std::min(room.size(), most * sound::kChannels));
         const std::size_t frames = sound_->Read(batch);
+        Measure(batch.first(frames * sound::kChannels));
         if (frames > 0 && ring_.Commit(frames)) Tell();
         over_ = sound_->IsOver();
         if (over_ && ring_.Finish()) Tell();
+    }
+
+    /// The frames on their way to the ring. The application may be waiting for the result.
+    void Measure(std::span<const float> frames) {
+        if (!measurer_) return;
+        measurer_->Add(frames);
+        if (!measurer_->IsFull() && !sound_->IsOver()) return;
+        ring_.SetMeasurement(PackMeasurement(measurer_->Finish(sound_->IsOver())));
+        measurer_.reset();
+        Tell();
     }
 
     void Tell() {
@@ -111,7 +123,8 @@ class Player {
     const std::size_t half_;  ///< of its capacity
     const bool fast_;
     std::optional<SoundReader> sound_;
-    bool begun_ = false;  ///< the frames are being taken
+    std::optional<sound::Measurer> measurer_;  ///< while there is something to measure
+    bool begun_ = false;                       ///< the frames are being taken
     bool over_ = false;
     std::size_t lastAbove_ = 0;
 };

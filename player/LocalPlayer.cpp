@@ -99,7 +99,8 @@ struct LocalPlayer::Impl {
     }
 
     void SetLevel(sound::Voice& voice, const std::string& path) {
-        if (engine.HasDesk()) voice.SetLevel(engine.LevelOfMusic(path, PlayedPart(), TagsOf(path).loudness));
+        if (!engine.HasDesk()) return;
+        voice.SetLevel(engine.LevelOfMusic(path, PlayedPart(), TagsOf(path).loudness, &voice));
     }
 
     /// The level of a track stays as it began, but where it ends may become known later.
@@ -114,7 +115,7 @@ struct LocalPlayer::Impl {
         const auto stamp = StampOf(path);
         if (prepared && prepared->IsFor(path, stamp)) return;
         prepared.emplace(path, stamp);
-        prepared->value = engine.Open(path, sound::Bus::Music);
+        prepared->value = engine.Open(path, sound::Bus::Music, PlayedPart());
     }
 
     std::shared_ptr<sound::Voice> TakeVoice(const std::string& path) {
@@ -123,7 +124,7 @@ struct LocalPlayer::Impl {
             prepared.reset();
             return voice;
         }
-        return engine.Open(path, sound::Bus::Music);
+        return engine.Open(path, sound::Bus::Music, PlayedPart());
     }
 
     void Tell(TrackEvent event, TrackEvent::What what, double position) const {

@@ -69,6 +69,24 @@ bool DecodedSound::HasHungUp() const {
     return ::poll(&socket, 1, 0) > 0 && (socket.revents & (POLLHUP | POLLERR)) != 0;
 }
 
+std::optional<Measurement> DecodedSound::AwaitMeasurement() {
+    AssertNotMixingThread();
+    if (origin_.measured.count == 0) return std::nullopt;
+    const auto deadline = std::chrono::steady_clock::now() + stallTimeout_;
+    std::string packed;
+    while ((packed = ring_.Measurement()).empty() && !ring_.IsComplete()) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return std::nullopt;
+        pollfd socket{socket_.Get(), POLLIN, 0};
+        ::poll(&socket, 1, static_cast<int>(left.count()));
+        if ((socket.revents & (POLLHUP | POLLERR)) != 0) return UnpackMeasurement(ring_.Measurement());
+        char word[64];
+        ::recv(socket_.Get(), word, sizeof word, MSG_DONTWAIT);
+    }
+    return UnpackMeasurement(ring_.Measurement());
+}
+
 void DecodedSound::WaitForFrames(std::size_t frames) {
     AssertMixingThread();
     const auto deadline = std::chrono::steady_clock::now() + stallTimeout_;

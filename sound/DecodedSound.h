@@ -15,6 +15,7 @@
 #include "base/RegularFile.h"
 #include "sound/DecoderProcess.h"
 #include "sound/Frames.h"
+#include "sound/Measurement.h"
 #include "sound/SharedRing.h"
 
 namespace sorakaze::sound {
@@ -55,6 +56,7 @@ class DecodedSound {
         std::filesystem::path file;
         FileIdentity identity;
         DecoderProcess::JobId job;
+        Frames measured{};  ///< so many first frames are measured
     };
 
     DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, FileDescriptor socket,
@@ -67,6 +69,10 @@ class DecodedSound {
     const Origin& From() const { return origin_; }
     /// How long the decoder may take for the next frames.
     std::chrono::milliseconds StallTimeout() const { return stallTimeout_; }
+
+    /// What was measured of the frames that Open was told to measure; waits for it. Empty where that isn't
+    /// done. Not the mixing thread, and only before that reads the ring.
+    std::optional<Measurement> AwaitMeasurement();
 
     // --- the mixing thread ---
 

@@ -67,7 +67,7 @@ class DecoderProcess {
         std::uint64_t memory = 0;  ///< bytes that the worker may allocate
         Ring ring{};               ///< for Play
         DecodeOptions options{};   ///< for Play and Measure
-        Frames limit{};            ///< for Measure
+        Frames limit{};            ///< for Play and Measure
     };
     /// `fileName` helps to tell formats apart.
     std::variant<Job, Failure> Begin(const Order& order, int file, const std::string& fileName);

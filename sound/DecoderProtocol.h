@@ -31,7 +31,9 @@ struct JobRequest {
     std::uint64_t memory;   ///< bytes that the worker may allocate
     std::uint32_t ring;     ///< for Play: the ring's capacity in frames
     DecodeOptions options;  ///< for Play and Measure
-    std::int64_t limit;     ///< for Measure: frames
+    /// Frames to measure: the answer to Measure; for Play on their way to the ring, which then holds the
+    /// measurement, or 0.
+    std::int64_t limit;
     char name[256];  ///< the file's, without its folders: endings help to tell formats apart. Ends in 0
 };
 

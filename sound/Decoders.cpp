@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <mutex>
 #include <set>
@@ -132,14 +133,17 @@ void Decoders::SetSharedProgram(std::filesystem::path program) {
 }
 
 std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace,
-                                             const DecodeOptions& options) {
+                                             const DecodeOptions& options, Frames measured) {
     const auto file = OpenNonEmptyFile(path);
     if (!file || impl_->IsBad(*file)) return nullptr;
     try {
-        auto memory = std::make_unique<SharedMemory>(pace == Pace::Fast ? kFastRingCapacity : kRingCapacity);
+        const auto inRing = static_cast<std::uint32_t>(std::min(measured, kMostMeasuredInRing).count);
+        const std::uint32_t usual = pace == Pace::Fast ? kFastRingCapacity : kRingCapacity;
+        auto memory = std::make_unique<SharedMemory>(std::max(usual, std::bit_ceil(inRing + (1u << 16))));
         DecoderProcess::Order order{.kind = pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play};
         order.ring = {memory->Descriptor(), memory->Capacity()};
         order.options = options;
+        order.limit = {inRing};
         auto asked = impl_->Ask(order, *file, path, {.stretch = impl_->stallTimeout});
         if (const auto* failure = std::get_if<Failure>(&asked)) {
             impl_->Note(path, IdentityOf(*file), *failure);
@@ -156,9 +160,9 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
             impl_->process.Kill(job.name);
             return nullptr;
         }
-        return std::make_unique<DecodedSound>(DecodedSound::Origin{path, IdentityOf(*file), job.name},
-                                              std::move(memory), std::move(job.socket),
-                                              ChecksOut(answer.length), impl_->stallTimeout);
+        return std::make_unique<DecodedSound>(
+            DecodedSound::Origin{path, IdentityOf(*file), job.name, order.limit}, std::move(memory),
+            std::move(job.socket), ChecksOut(answer.length), impl_->stallTimeout);
     } catch (const std::system_error& error) {
         impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()});
         return nullptr;

@@ -52,8 +52,12 @@ class Decoders {
     /// Empty when the file can't be read or holds no sound that can be decoded; the first frames are there
     /// when this returns. Blocks for file I/O and for the decoder, some seconds at most. Any thread but the
     /// mixing one; never throws for bad files.
+    /// The first `measured` frames, if any and at most kMostMeasuredInRing, are decoded at once and measured:
+    /// see DecodedSound::AwaitMeasurement.
     std::unique_ptr<DecodedSound> Open(const std::filesystem::path& file, Pace pace,
-                                       const DecodeOptions& options = {});
+                                       const DecodeOptions& options = {}, Frames measured = {});
+    /// More than a minute, with which the memory of a ring takes 32 megabytes.
+    static constexpr Frames kMostMeasuredInRing{(1 << 22) - (1 << 16)};
 
     /// The answer of the program's tag reader, any bytes; empty where there is none. As for Open.
     std::optional<std::string> ReadTags(const std::filesystem::path& file);

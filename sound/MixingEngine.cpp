@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <future>
 #include <mutex>
 #include <utility>
 
@@ -100,6 +99,10 @@ class EngineVoice final : public Voice {
         AssertNotMixingThread();
         core_->SetLevel(level);
     }
+    std::optional<Measurement> AwaitMeasurement() override {
+        AssertNotMixingThread();
+        return core_->AwaitMeasurement();
+    }
     void EndAt(Frames end, Frames fade) override {
         AssertNotMixingThread();
         core_->EndAt(end, fade);
@@ -155,23 +158,22 @@ bool MixingEngine::HasDesk() const {
     return impl_->shared->desk != nullptr;
 }
 
-std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus bus) {
+std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus bus, Frames part) {
     AssertNotMixingThread();
     Shared& shared = *impl_->shared;
     const bool hasDesk = HasDesk();
-    // Measured while the decoder begins.
-    std::future<VoiceLevel> level;
-    if (hasDesk && bus != Bus::Music)
-        level = std::async(std::launch::async, [&] { return shared.levels->OfShortSound(file, bus); });
-    auto sound = shared.decoders->Open(
-        file, shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device,
-        hasDesk ? OptionsFor(bus) : DecodeOptions());
+    const auto pace = shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device;
+    auto sound =
+        hasDesk ? shared.decoders->Open(file, pace, OptionsFor(bus), shared.levels->MeasuredInRing(bus, part))
+                : shared.decoders->Open(file, pace);
     if (!sound) {
         shared.Failed();
         return nullptr;
     }
+    const auto level =
+        hasDesk && bus != Bus::Music ? shared.levels->OfShortSound(file, *sound, bus) : VoiceLevel();
     auto core = std::make_shared<VoiceCore>(std::move(sound), hasDesk ? std::optional(bus) : std::nullopt);
-    if (level.valid()) core->SetLevel(level.get());
+    core->SetLevel(level);
     shared.monitor.Add(core);
     return std::make_shared<EngineVoice>(impl_->shared, std::move(core));
 }
@@ -182,9 +184,11 @@ void MixingEngine::WantLevel(const std::filesystem::path& file, Frames part) {
 }
 
 VoiceLevel MixingEngine::LevelOfMusic(const std::filesystem::path& file, Frames part,
-                                      std::optional<double> tagged) {
+                                      std::optional<double> tagged, Voice* opened) {
     AssertNotMixingThread();
-    return HasDesk() ? impl_->shared->levels->OfMusic(file, part, tagged) : VoiceLevel();
+    if (!HasDesk()) return {};
+    const auto measured = opened ? opened->AwaitMeasurement() : std::nullopt;
+    return impl_->shared->levels->OfMusic(file, part, tagged, measured);
 }
 
 void MixingEngine::ExpectSpeech() {

@@ -53,6 +53,8 @@ class Voice {
     /// music gets it by SetLevel, which has an effect before Start only.
     virtual std::optional<VoiceLevel> Level() const = 0;
     virtual void SetLevel(const VoiceLevel& level) = 0;
+    /// What the decoder measures while it fills the ring; waits for it. Before Start. Empty where nothing is.
+    virtual std::optional<Measurement> AwaitMeasurement() = 0;
     /// Under a desk: the sound is over after `end` frames, the last `fade` of which fade.
     virtual void EndAt(Frames end, Frames fade) = 0;
 
@@ -93,15 +95,18 @@ class MixingEngine {
     /// holds no sound that can be decoded (the first frame is decoded here to be sure). Under a desk effects
     /// and speech are measured here. Blocks for file I/O; never throws for bad files. Any thread but the
     /// mixing one.
-    std::shared_ptr<Voice> Open(const std::filesystem::path& file, Bus bus = Bus::Effects);
+    /// `part` is for music: the frames of it that will be played.
+    std::shared_ptr<Voice> Open(const std::filesystem::path& file, Bus bus = Bus::Effects, Frames part = {});
 
     // For music under a desk. Any thread but the mixing one.
 
     /// Begins to measure the first `part` frames of a file, on another thread.
     void WantLevel(const std::filesystem::path& file, Frames part);
     /// The level for these frames, by the measurement; in MixingMode::RealTime, where that isn't there yet,
-    /// by `tagged`, the loudness in LUFS that the file's tags give, if any. MixingMode::Offline waits for it.
-    VoiceLevel LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged);
+    /// by `tagged`, the loudness in LUFS that the file's tags give, if any. MixingMode::Offline waits for it,
+    /// if need be for what is measured of `opened`, the file's voice, which has not been started yet.
+    VoiceLevel LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+                            Voice* opened = nullptr);
 
     // For speech under a desk. Any thread but the mixing one.
 

@@ -10,7 +10,10 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
+#include <string>
+#include <string_view>
 
 #include "sound/Frames.h"
 #include "sound/SaneSample.h"
@@ -30,16 +33,18 @@ struct RingHeader {
     alignas(64) std::atomic<std::uint64_t> written;  // frames; moved by the decoder
     std::atomic<std::uint32_t> finished;             // set by the decoder: nothing more will come
     std::atomic<std::uint32_t> sleeping;  // set by the decoder: it waits to be woken when there is room
+    std::atomic<std::uint32_t> measured;  // set by the decoder: bytes of the measurement, at its offset
     alignas(64) std::atomic<std::uint64_t> read;  // frames; moved by the reader
     std::atomic<std::uint32_t> waiting;           // set by the reader: how many frames it waits for, or 0
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
-inline constexpr std::size_t kRingSamplesOffset = 4096;  ///< bytes
+inline constexpr std::size_t kRingMeasurementOffset = 1024;  ///< bytes
+inline constexpr std::size_t kRingSamplesOffset = 4096;      ///< bytes
 constexpr std::size_t RingBytes(std::uint32_t capacity) {
     return kRingSamplesOffset + std::size_t{capacity} * kChannels * sizeof(float);
 }
-static_assert(sizeof(RingHeader) <= kRingSamplesOffset);
+static_assert(sizeof(RingHeader) <= kRingMeasurementOffset);
 
 /// The decoder's side. `memory` is RingBytes long and outlives it.
 class RingWriter {
@@ -65,6 +70,12 @@ class RingWriter {
         header_.written.store(written_);
         const std::uint32_t wanted = header_.waiting.load();
         return wanted != 0 && capacity_ - Free() >= wanted && header_.waiting.exchange(0) != 0;
+    }
+    /// What was measured of the frames; left out where it is too long. Once.
+    void SetMeasurement(std::string_view packed) {
+        if (packed.empty() || packed.size() > kRingSamplesOffset - kRingMeasurementOffset) return;
+        std::memcpy(reinterpret_cast<char*>(&header_) + kRingMeasurementOffset, packed.data(), packed.size());
+        header_.measured.store(static_cast<std::uint32_t>(packed.size()));
     }
     /// After the last Commit. True when the reader waits.
     bool Finish() {
@@ -139,6 +150,12 @@ class RingReader {
 
     // --- any thread ---
 
+    /// A copy of what SetMeasurement was given, foreign bytes; empty while there is nothing.
+    std::string Measurement() const {
+        constexpr std::uint32_t kMost = kRingSamplesOffset - kRingMeasurementOffset;
+        const std::uint32_t bytes = std::min(header_.measured.load(std::memory_order_acquire), kMost);
+        return {reinterpret_cast<const char*>(&header_) + kRingMeasurementOffset, bytes};
+    }
     /// The decoder wrote impossible indices.
     bool IsCorrupt() const { return corrupt_.load(std::memory_order_relaxed); }
     /// The decoder says that the sound is whole.

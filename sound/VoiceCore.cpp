@@ -45,6 +45,11 @@ VoiceLevel VoiceCore::Level() const {
     return level_;
 }
 
+std::optional<Measurement> VoiceCore::AwaitMeasurement() {
+    const std::lock_guard lock(control_);
+    return sound_ && state_.load() == State::Opened ? sound_->AwaitMeasurement() : std::nullopt;
+}
+
 void VoiceCore::EndAt(Frames end, Frames fade) {
     const std::int64_t length = std::max<std::int64_t>(fade.count, kShortestRamp);
     endFade_.store(length);

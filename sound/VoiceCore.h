@@ -39,6 +39,8 @@ class VoiceCore {
     /// Under a desk. The level has an effect before Start only, an end at any time.
     void SetLevel(const VoiceLevel& level);
     VoiceLevel Level() const;
+    /// Only before Start: until then nobody else reads the ring.
+    std::optional<Measurement> AwaitMeasurement();
     void EndAt(Frames end, Frames fade);
     /// To silence.
     void FadeOut(Frames frames);

@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 constexpr double kRaiseOfEffects = 3.1;
 /// Of an effect or of speech so much is measured.
 constexpr Frames kMostOfShortSound{std::int64_t{120} * kSampleRate};
+/// Hardly a sentence or a jingle is longer.
+constexpr Frames kUsualShortSound{std::int64_t{20} * kSampleRate};
 /// A render waits for a measurement that long. On the air nobody waits for one of music.
 constexpr auto kLongestWait = 10min;
 
@@ -42,17 +44,27 @@ VoiceLevel Levels::LevelBy(const Measurement& measurement, Frames part, Bus bus)
     return level;
 }
 
-VoiceLevel Levels::OfShortSound(const std::filesystem::path& file, Bus bus) {
-    const auto measurement = measurements_.MeasureNow(file, OptionsFor(bus), kMostOfShortSound);
+Frames Levels::MeasuredInRing(Bus bus, Frames part) const {
+    if (bus != Bus::Music) return kUsualShortSound;
+    // On the air nobody waits until so much is decoded.
+    return mode_ == MixingMode::Offline && part <= Decoders::kMostMeasuredInRing ? part : Frames{};
+}
+
+VoiceLevel Levels::OfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus) {
+    auto measurement = sound.AwaitMeasurement();
+    if (!measurement || !measurement->isWhole)
+        measurement = measurements_.MeasureNow(file, OptionsFor(bus), kMostOfShortSound);
     return measurement ? LevelBy(*measurement, kMostOfShortSound, bus) : VoiceLevel();
 }
 
 void Levels::Want(const std::filesystem::path& file, Frames part) {
-    measurements_.Want(file, part, OptionsFor(Bus::Music));
+    if (MeasuredInRing(Bus::Music, part).count == 0) measurements_.Want(file, part, OptionsFor(Bus::Music));
 }
 
-VoiceLevel Levels::OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged) {
-    if (mode_ == MixingMode::Offline) Want(file, part);
+VoiceLevel Levels::OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+                           const std::optional<Measurement>& measured) {
+    if (measured) return LevelBy(*measured, part, Bus::Music);
+    if (mode_ == MixingMode::Offline) measurements_.Want(file, part, OptionsFor(Bus::Music));
     const auto measurement = mode_ == MixingMode::Offline ? measurements_.Await(file, part, kLongestWait)
                                                           : measurements_.Find(file, part);
     if (measurement) return LevelBy(*measurement, part, Bus::Music);

@@ -24,12 +24,16 @@ class Levels {
     /// `target` in LUFS.
     Levels(double target, std::shared_ptr<Decoders> decoders, MixingMode mode);
 
-    /// Of an effect or of speech: measured now, or known from before.
-    VoiceLevel OfShortSound(const std::filesystem::path& file, Bus bus);
+    /// The frames that a decoder measures on their way to the ring of a voice.
+    Frames MeasuredInRing(Bus bus, Frames part) const;
 
-    // As MixingEngine's.
+    /// Of an effect or of speech that was just opened.
+    VoiceLevel OfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus);
+
+    // As MixingEngine's. `measured` is what was measured on the way to the ring.
     void Want(const std::filesystem::path& file, Frames part);
-    VoiceLevel OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged);
+    VoiceLevel OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+                       const std::optional<Measurement>& measured);
 
   private:
     VoiceLevel LevelBy(const Measurement& measurement, Frames part, Bus bus) const;
