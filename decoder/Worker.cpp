@@ -37,8 +37,9 @@ constexpr auto kOpeningTime = 700ms, kStretchTime = 2000ms;
 constexpr std::size_t kStretch = 32768;
 /// Frames that are there with the answer, so that a sound that starts at once doesn't begin with a gap.
 constexpr std::size_t kFirstFrames = 8192;
-/// Frames of silence that are passed over before the answer: longer silence doesn't hold it up.
-constexpr sound::Frames kMostSkippedFirst{std::int64_t{kSampleRate} * 60};
+/// Frames of silence that are passed over before the answer, in a second or so: longer silence doesn't hold
+/// it up.
+constexpr sound::Frames kMostSkippedFirst{std::int64_t{kSampleRate} * 600};
 constexpr unsigned kMostThreads = 4;
 
 class Player {

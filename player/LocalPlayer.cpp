@@ -38,7 +38,8 @@ struct LocalPlayer::Impl {
         std::shared_ptr<sound::Voice> voice;
         TrackEvent track;                        ///< what Started told
         std::optional<sound::Frames> fadeBegun;  ///< in frames mixed by the engine
-        bool isMeasured = false;
+        bool isEndKnown = false;                 ///< it was measured as a whole
+        Clock::time_point nextLook{};            ///< for its measurement
     };
     /// A track whose music folder is missing. It counts as playing until the folder is back or has been
     /// missing for long.
@@ -103,11 +104,16 @@ struct LocalPlayer::Impl {
         voice.SetLevel(engine.LevelOfMusic(path, PlayedPart(), TagsOf(path).loudness, &voice));
     }
 
-    /// The level of a track stays as it began, but where it ends may become known later.
+    /// The level of a track stays as it began, but where it ends may become known later, also because the
+    /// slider was moved.
     void FindEnd() {
-        if (!playing || playing->isMeasured || !engine.HasDesk()) return;
+        const auto now = Clock::now();
+        if (readsAhead || !playing || playing->isEndKnown || !engine.HasDesk() || now < playing->nextLook)
+            return;
+        playing->nextLook = now + kLookInterval;
+        engine.WantLevel(playing->track.path, PlayedPart());
         const auto level = engine.LevelOfMusic(playing->track.path, PlayedPart(), std::nullopt);
-        playing->isMeasured = level.source == sound::VoiceLevel::Source::Measured;
+        playing->isEndKnown = level.isWhole;
         if (level.plan.end) playing->voice->EndAt(*level.plan.end, level.plan.endFade);
     }
 
@@ -137,8 +143,7 @@ struct LocalPlayer::Impl {
         SetLevel(*voice, event.path.string());
         voice->Start();
         event.level = voice->Level();
-        const bool isMeasured = event.level && event.level->source == sound::VoiceLevel::Source::Measured;
-        playing = Playing{std::move(voice), event, std::nullopt, isMeasured};
+        playing = Playing{std::move(voice), event, std::nullopt, event.level && event.level->isWhole, {}};
         Tell(std::move(event), TrackEvent::What::Started, 0);
     }
 

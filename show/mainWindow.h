@@ -74,9 +74,9 @@ class mainWindow : public Window {
     String iTunesPlaylist();
     String iTunesSongInfo(const String& playlist, std::int32_t track);
 
-    /// Tells of the sounds and tracks whose files could not be decoded to their end since the last call.
     /// Tells the observer what the desk has decided since the last call.
     void tellDucks();
+    /// Tells of the sounds and tracks whose files could not be decoded to their end since the last call.
     /// Called by the host, when the engine reports failures or from time to time.
     void tellFailures();
 

@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <system_error>
@@ -69,10 +70,10 @@ bool DecodedSound::HasHungUp() const {
     return ::poll(&socket, 1, 0) > 0 && (socket.revents & (POLLHUP | POLLERR)) != 0;
 }
 
-std::optional<Measurement> DecodedSound::AwaitMeasurement() {
+std::optional<Measurement> DecodedSound::AwaitMeasurement(std::chrono::milliseconds most) {
     AssertNotMixingThread();
     if (origin_.measured.count == 0) return std::nullopt;
-    const auto deadline = std::chrono::steady_clock::now() + stallTimeout_;
+    const auto deadline = std::chrono::steady_clock::now() + std::min(most, stallTimeout_);
     std::string packed;
     while ((packed = ring_.Measurement()).empty() && !ring_.IsComplete()) {
         const auto left =

@@ -70,9 +70,11 @@ class DecodedSound {
     /// How long the decoder may take for the next frames.
     std::chrono::milliseconds StallTimeout() const { return stallTimeout_; }
 
-    /// What was measured of the frames that Open was told to measure; waits for it. Empty where that isn't
-    /// done. Not the mixing thread, and only before that reads the ring.
-    std::optional<Measurement> AwaitMeasurement();
+    /// What was measured of the frames that Open was told to measure; waits for it, at most for `most` and
+    /// for StallTimeout. Empty where that isn't done. Not the mixing thread, and only before that reads the
+    /// ring.
+    std::optional<Measurement> AwaitMeasurement(
+        std::chrono::milliseconds most = std::chrono::milliseconds::max());
 
     // --- the mixing thread ---
 

@@ -171,7 +171,7 @@ std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus
         return nullptr;
     }
     const auto level =
-        hasDesk && bus != Bus::Music ? shared.levels->OfShortSound(file, *sound, bus) : VoiceLevel();
+        hasDesk && bus != Bus::Music ? shared.levels->LevelOfShortSound(file, *sound, bus) : VoiceLevel();
     auto core = std::make_shared<VoiceCore>(std::move(sound), hasDesk ? std::optional(bus) : std::nullopt);
     core->SetLevel(level);
     shared.monitor.Add(core);
@@ -188,7 +188,7 @@ VoiceLevel MixingEngine::LevelOfMusic(const std::filesystem::path& file, Frames 
     AssertNotMixingThread();
     if (!HasDesk()) return {};
     const auto measured = opened ? opened->AwaitMeasurement() : std::nullopt;
-    return impl_->shared->levels->OfMusic(file, part, tagged, measured);
+    return impl_->shared->levels->LevelOfMusic(file, part, tagged, measured);
 }
 
 void MixingEngine::ExpectSpeech() {
@@ -241,6 +241,7 @@ void MixingEngine::Mix(std::span<float> interleaved) {
     impl_->TakeIncoming();
     if (impl_->IsSilent()) {
         std::fill(rest.begin(), rest.end(), 0.0f);
+        impl_->outputStage.Rest();
     } else {
         for (std::int64_t done = 0; done < frames;) {
             const Frames now = Mixed() + Frames{done};

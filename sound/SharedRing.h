@@ -123,7 +123,8 @@ class RingReader {
     /// The same of the frames after the next `offset` ones.
     std::span<const float> PeekAt(std::size_t offset, std::size_t most) {
         const std::size_t begin = (read_ + offset) % capacity_;
-        const std::size_t there = Filled() - std::min(Filled(), offset);
+        const std::size_t filled = Filled();
+        const std::size_t there = filled - std::min(filled, offset);
         const std::size_t count = std::min({most, there, capacity_ - begin, kMostFrames});
         const float* const from = samples_ + begin * kChannels;
         for (std::size_t i = 0; i < count * kChannels; ++i) block_[i] = from[i];

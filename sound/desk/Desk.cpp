@@ -68,6 +68,7 @@ void Desk::Step(VoiceCore* first, Frames now) {
         hadBed_ = hasBed;
     }
     if (speech.arrived) {
+        expectedUntil_.store(-1, std::memory_order_relaxed);
         const int lead = ducker_.LeadIn(view);
         for (VoiceCore* voice = speech.arrived; voice; voice = voice->next) {
             if (voice->GetBus() == Bus::Speech && voice->IsAwaitingDesk())

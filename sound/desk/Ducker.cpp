@@ -8,7 +8,7 @@
 namespace sorakaze::sound {
 namespace {
 
-/// While words are spoken the bed goes down no faster than this, in dB a step.
+/// The bed goes down no faster than this, in dB a step.
 constexpr double kSteepest = 15.0 / Ducker::kAttack;
 /// A smaller difference is neither worth a pause nor worth telling.
 constexpr double kSlight = 0.5;
@@ -43,7 +43,7 @@ void Ducker::Approach(int stepsToWord) {
     } else if (depth_ < target_) {
         const double rest = target_ - depth_;
         const bool isBeforeWord = stepsToWord > 0 && stepsToWord <= kAttack;
-        depth_ += isBeforeWord ? rest / stepsToWord : std::min(rest, kSteepest);
+        depth_ += std::min(isBeforeWord ? rest / stepsToWord : rest, kSteepest);
     }
 }
 

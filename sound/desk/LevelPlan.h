@@ -14,7 +14,7 @@
 namespace sorakaze::sound {
 
 struct LevelPlan {
-    double gainDb = 0;          ///< for the whole sound, never changed within it; -40 to 12
+    double gainDb = 0;          ///< for the whole sound, never changed within it; planned as -40 to 12
     double liftDb = 0;          ///< of its beginning, on top of the gain; 0 to 6
     Frames liftHold;            ///< played before the lift is given back, 1 dB in each second
     std::optional<Frames> end;  ///< played when the sound is over, although its file goes on

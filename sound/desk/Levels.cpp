@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <utility>
 
 namespace sorakaze::sound {
@@ -13,10 +14,10 @@ using namespace std::chrono_literals;
 
 /// The show plays effects at a volume of 70 percent. They are brought to the target at that volume.
 constexpr double kRaiseOfEffects = 3.1;
-/// Of an effect or of speech so much is measured.
-constexpr Frames kMostOfShortSound{std::int64_t{120} * kSampleRate};
-/// Hardly a sentence or a jingle is longer.
-constexpr Frames kUsualShortSound{std::int64_t{20} * kSampleRate};
+/// Hardly a sentence or a jingle is longer: of those that are, the beginning counts.
+constexpr Frames kShortSound{std::int64_t{20} * kSampleRate};
+/// On the air a sentence or a jingle isn't held up for longer.
+constexpr std::chrono::milliseconds kLongestHoldUp{400};
 /// A render waits for a measurement that long. On the air nobody waits for one of music.
 constexpr auto kLongestWait = 10min;
 
@@ -37,36 +38,40 @@ VoiceLevel Levels::LevelBy(const Measurement& measurement, Frames part, Bus bus)
     level.plan = PlanLevel(measurement, part, target_, bus);
     if (measurement.seconds.empty()) return level;
     if (bus == Bus::Effects) level.plan.gainDb += kRaiseOfEffects;
-    const auto last = std::min(measurement.seconds.size(), static_cast<std::size_t>(part.Seconds()) + 1) - 1;
+    const auto seconds = static_cast<std::size_t>(std::max(std::ceil(part.Seconds()), 1.0));
+    const std::size_t last = std::min(measurement.seconds.size(), seconds) - 1;
     level.source = VoiceLevel::Source::Measured;
+    level.isWhole = measurement.isWhole;
     level.loudness = static_cast<double>(measurement.seconds[last].part);
     level.speechBand = static_cast<double>(measurement.speechBand);
     return level;
 }
 
 Frames Levels::MeasuredInRing(Bus bus, Frames part) const {
-    if (bus != Bus::Music) return kUsualShortSound;
+    if (bus != Bus::Music) return kShortSound;
     // On the air nobody waits until so much is decoded.
     return mode_ == MixingMode::Offline && part <= Decoders::kMostMeasuredInRing ? part : Frames{};
 }
 
-VoiceLevel Levels::OfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus) {
-    auto measurement = sound.AwaitMeasurement();
-    if (!measurement || !measurement->isWhole)
-        measurement = measurements_.MeasureNow(file, OptionsFor(bus), kMostOfShortSound);
-    return measurement ? LevelBy(*measurement, kMostOfShortSound, bus) : VoiceLevel();
+VoiceLevel Levels::LevelOfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus) {
+    auto measurement =
+        mode_ == MixingMode::RealTime ? sound.AwaitMeasurement(kLongestHoldUp) : sound.AwaitMeasurement();
+    if (!measurement && mode_ == MixingMode::Offline)
+        measurement = measurements_.MeasureNow(file, OptionsFor(bus), kShortSound);
+    return measurement ? LevelBy(*measurement, kShortSound, bus) : VoiceLevel();
 }
 
 void Levels::Want(const std::filesystem::path& file, Frames part) {
     if (MeasuredInRing(Bus::Music, part).count == 0) measurements_.Want(file, part, OptionsFor(Bus::Music));
 }
 
-VoiceLevel Levels::OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
-                           const std::optional<Measurement>& measured) {
+VoiceLevel Levels::LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+                                const std::optional<Measurement>& measured) {
     if (measured) return LevelBy(*measured, part, Bus::Music);
     if (mode_ == MixingMode::Offline) measurements_.Want(file, part, OptionsFor(Bus::Music));
-    const auto measurement = mode_ == MixingMode::Offline ? measurements_.Await(file, part, kLongestWait)
-                                                          : measurements_.Find(file, part);
+    const auto measurement = mode_ == MixingMode::Offline
+                                 ? measurements_.Await(file, part, OptionsFor(Bus::Music), kLongestWait)
+                                 : measurements_.Find(file, OptionsFor(Bus::Music));
     if (measurement) return LevelBy(*measurement, part, Bus::Music);
     VoiceLevel level;
     if (tagged) {

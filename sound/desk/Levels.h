@@ -28,12 +28,12 @@ class Levels {
     Frames MeasuredInRing(Bus bus, Frames part) const;
 
     /// Of an effect or of speech that was just opened.
-    VoiceLevel OfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus);
+    VoiceLevel LevelOfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus);
 
     // As MixingEngine's. `measured` is what was measured on the way to the ring.
     void Want(const std::filesystem::path& file, Frames part);
-    VoiceLevel OfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
-                       const std::optional<Measurement>& measured);
+    VoiceLevel LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+                            const std::optional<Measurement>& measured);
 
   private:
     VoiceLevel LevelBy(const Measurement& measurement, Frames part, Bus bus) const;

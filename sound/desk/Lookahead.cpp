@@ -33,17 +33,18 @@ void Lookahead::Follow(DecodedSound& sound, Frames position, MixingMode mode) {
 
 /// False where the step isn't decoded yet or the sound is over.
 bool Lookahead::Analyse(RingReader& ring, std::size_t offset) {
-    const std::size_t there = ring.Filled() - std::min(ring.Filled(), offset);
-    if (there == 0 || (there < kDeskStep && !ring.IsFinished())) return false;
-    std::size_t filled = 0;  // samples
-    while (filled < step_.size()) {
-        const auto frames = ring.PeekAt(offset + filled / kChannels, (step_.size() - filled) / kChannels);
+    const bool isFinished = ring.IsFinished();  // before the look at what there is
+    const std::size_t filled = ring.Filled();
+    if (filled <= offset || (filled - offset < kDeskStep && !isFinished)) return false;
+    std::size_t copied = 0;  // samples
+    while (copied < step_.size()) {
+        const auto frames = ring.PeekAt(offset + copied / kChannels, (step_.size() - copied) / kChannels);
         if (frames.empty()) break;
-        std::copy(frames.begin(), frames.end(), step_.begin() + static_cast<std::ptrdiff_t>(filled));
-        filled += frames.size();
+        std::copy(frames.begin(), frames.end(), step_.begin() + static_cast<std::ptrdiff_t>(copied));
+        copied += frames.size();
     }
-    if (filled == 0) return false;
-    std::fill(step_.begin() + static_cast<std::ptrdiff_t>(filled), step_.end(), 0.0f);
+    if (copied == 0) return false;
+    std::fill(step_.begin() + static_cast<std::ptrdiff_t>(copied), step_.end(), 0.0f);
     constexpr double kGroups = static_cast<double>(kDeskStep) / SpeechBand::kGroup;
     powers_[static_cast<std::size_t>(end_) % kCapacity] = static_cast<float>(band_.Energy(step_) / kGroups);
     return true;

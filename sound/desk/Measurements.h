@@ -34,39 +34,46 @@ class Measurements {
 
     /// Has the file's first `part` frames measured, before those that were wanted earlier. Returns at once.
     void Want(const std::filesystem::path& file, Frames part, const DecodeOptions& options);
-    /// The measurement of at least `part` frames, or of the whole sound, as the file is now.
-    std::optional<Measurement> Find(const std::filesystem::path& file, Frames part) const;
-    /// The same, after waiting for it for up to `most` where it is wanted.
+    /// What is known of the file as it is now, be it of less than was wanted.
+    std::optional<Measurement> Find(const std::filesystem::path& file, const DecodeOptions& options) const;
+    /// The measurement of at least `part` frames, or of the whole sound; waits for it for up to `most` where
+    /// it is wanted.
     std::optional<Measurement> Await(const std::filesystem::path& file, Frames part,
-                                     std::chrono::milliseconds most) const;
+                                     const DecodeOptions& options, std::chrono::milliseconds most) const;
     /// Measures up to `most` frames in the caller's thread, unless they are known.
     std::optional<Measurement> MeasureNow(const std::filesystem::path& file, const DecodeOptions& options,
                                           Frames most);
 
   private:
+    /// A file as it is at a time, and how it is decoded.
+    struct Key {
+        FileIdentity identity;
+        DecodeOptions options;
+        auto operator<=>(const Key&) const = default;
+    };
     struct Entry {
         Frames part;                        ///< that was asked for
         std::optional<Measurement> result;  ///< empty: it could not be measured
         std::uint64_t number = 0;           ///< in the order in which they were measured
     };
     struct Request {
-        FileIdentity identity{};
+        Key key{};
         std::filesystem::path file;
         Frames part;
-        DecodeOptions options;
     };
 
     void Work(const std::stop_token& stop);
-    void Keep(const FileIdentity& identity, Frames part, std::optional<Measurement> result);
-    const Entry* Known(const FileIdentity& identity, Frames part) const;
-    bool IsWanted(const FileIdentity& identity, Frames part) const;
+    void Keep(const Key& key, Frames part, std::optional<Measurement> result);
+    const Entry* Known(const Key& key, Frames part) const;
+    bool IsWanted(const Key& key, Frames part) const;
+    static std::optional<Key> KeyOf(const std::filesystem::path& file, const DecodeOptions& options);
 
     const std::shared_ptr<Decoders> decoders_;
     const Decoders::Priority priority_;
 
     mutable std::mutex mutex_;  // guards all below
     mutable std::condition_variable_any changed_;
-    std::map<FileIdentity, Entry> known_;
+    std::map<Key, Entry> known_;
     std::deque<Request> wanted_;  ///< the next one first
     std::optional<Request> underWay_;
     std::uint64_t measured_ = 0;

@@ -40,6 +40,9 @@ class OutputStage {
     /// True when the delayed frames are silent and the gains are 1: a silent block can then be skipped.
     bool IsSilent() const { return silentFrames_ >= kLatency && gain_.IsAtRest() && slow_.IsAtRest(); }
 
+    /// A block was skipped, of whatever length: what comes next is processed as from the start.
+    void Rest() { slow_ = {}; }
+
     /// Any thread.
     Work Meter() const;
 

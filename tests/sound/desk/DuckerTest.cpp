@@ -84,6 +84,13 @@ TEST(DuckerTest, GoesDeeperWhileNeededAndTellsWhatMatters) {
     EXPECT_NEAR(ducker.Depth(), 14, 1e-9);
     steps(300, {});
     EXPECT_EQ(told, (std::vector<double>{6, 14, 0}));
+    // Nor does it plunge where a word comes suddenly.
+    Ducker surprised;
+    for (int step = 0; step < 20; ++step) {
+        const double before = surprised.Depth();
+        EXPECT_LE(surprised.Step({.stepsToWord = step % 2, .need = 15}) - before,
+                  15.0 / Ducker::kAttack + 1e-9);
+    }
     // A bed that begins under speech is down at once.
     EXPECT_NEAR(ducker.Step({.stepsToWord = 0, .need = 9, .isBedNew = true}), 9, 1e-9);
     // A sentence waits only as long as the bed needs.

@@ -22,7 +22,7 @@ class MeasurementsTest : public ::testing::Test {
     }
     std::optional<Measurement> WantAndAwait(const std::filesystem::path& file, Frames part) {
         measurements_.Want(file, part, {});
-        return measurements_.Await(file, part, kLong);
+        return measurements_.Await(file, part, {}, kLong);
     }
 
     const ScratchFolder folder_;
@@ -32,22 +32,23 @@ class MeasurementsTest : public ::testing::Test {
 
 TEST_F(MeasurementsTest, WhatIsWantedBecomesKnownAsFarAsItIsWanted) {
     const auto file = Write("long.wav", 60), brief = Write("brief.wav", 3);
-    EXPECT_EQ(measurements_.Await(file, kPart, kLong), std::nullopt) << "not wanted";
+    EXPECT_EQ(measurements_.Await(file, kPart, {}, kLong), std::nullopt) << "not wanted";
     const auto known = WantAndAwait(file, kPart);
     ASSERT_TRUE(known);
     EXPECT_NEAR(known->seconds.back().part, -20, 0.1);
     EXPECT_FALSE(known->isWhole);
-    EXPECT_EQ(measurements_.Find(file, kPart), known);
-    EXPECT_EQ(measurements_.Find(file, kMore), std::nullopt);
+    EXPECT_EQ(measurements_.Find(file, {}), known) << "on the air less than is wanted will do";
+    EXPECT_EQ(measurements_.Find(file, {.skipHead = true}), std::nullopt) << "measured otherwise";
+    EXPECT_EQ(measurements_.Await(file, kMore, {}, kLong), std::nullopt);
     const auto more = WantAndAwait(file, kMore);
     ASSERT_TRUE(more);
     EXPECT_GE(more->length, kMore);
     EXPECT_EQ(WantAndAwait(file, kPart), more);
 
     ASSERT_TRUE(WantAndAwait(brief, kPart));
-    EXPECT_TRUE(measurements_.Find(brief, kMore)) << "there is no more of it";
+    EXPECT_TRUE(measurements_.Await(brief, kMore, {}, kLong)) << "there is no more of it";
     Write("brief.wav", 4);
-    EXPECT_EQ(measurements_.Find(brief, kPart), std::nullopt) << "another file";
+    EXPECT_EQ(measurements_.Find(brief, {}), std::nullopt) << "another file";
 }
 
 TEST_F(MeasurementsTest, WhatCannotBeMeasuredKeepsNobodyWaiting) {
@@ -84,7 +85,7 @@ TEST_F(MeasurementsTest, ManyThreadsWantManyFiles) {
                     const auto& file = files[(i * (thread + 1)) % files.size()];
                     EXPECT_TRUE(i % 3 != 0 || measurements_.MeasureNow(file, {}, kPart));
                     measurements_.Want(file, kPart, {});
-                    measurements_.Find(file, kPart);
+                    measurements_.Find(file, {});
                 }
             });
     }
