@@ -27,7 +27,7 @@ GOALS = {
     "integrated": "-16 +-0.5 LUFS", "parts played": "<= 0.5 LU", "jingle to speech": "<= 1.5 LU", "speech to speech": "<= 1.5 LU",
     "steps over 6 LU": "<= 2", "speech over music": ">= 10 dB on 99 %", "music within": "<= 1.2 s", "duck still": "none",
     "limiter below": "<= 1 %", "true peak, WAV": "<= -1.0 dBTP", "true peak, MP3": "<= -0.5 dBTP", "gaps": "0",
-    "component above 2 kHz": "< -75 dBFS", "tracks whose head": "0; 0", "render time": "<= 1.05", "renders of": "0", "music's gain": "<= 1 dB; <= 6 dB", "processor on the air": "<= 0.6",
+    "component above 2 kHz": "< -75 dBFS", "tracks whose head": "0; 0", "render time": "<= 1.05", "renders of": "0", "music's gain": "<= 6 dB of lift", "processor on the air": "<= 0.6",
 }
 
 
