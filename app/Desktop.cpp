@@ -101,6 +101,7 @@ void Desktop::StartServices() {
 
 void Desktop::ConnectViewer() {
     viewer_ = std::make_unique<viewer::Viewer>(ProgramOfStation(appFolder_, "sorakaze-viewer"));
+    viewer_->OnAudible([this](bool audible) { engine_.SetOutsideSpeech(audible); });
     station_.mainWindow().voiceHTMLViewer.Load = [this](const FolderItemRef& file) {
         const Deployment& deployment = station_.mainWindow().deployment;
         viewer_->Load(file->Path(), {VoiceAddress(deployment), kVoicePageScript, station_.HasOwnVoice()});
