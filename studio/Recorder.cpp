@@ -19,7 +19,8 @@ constexpr std::size_t kTicksPerBlock = 16;
 
 }  // namespace
 
-void Recorder::Begin(const std::filesystem::path& file) {
+void Recorder::Begin(const std::filesystem::path& file, Metering metering) {
+    if (metering == Metering::On) meter_ = std::make_shared<sound::OutputMeter>();
     // The bare mix of 16-bit sounds needs no dither: it comes out as it was.
     const auto dither = engine_.HasDesk() ? sound::Dither::Triangular : sound::Dither::None;
     if (!file.empty()) writer_ = sound::SoundFileWriter::Create(file, dither, meter_);

@@ -17,13 +17,17 @@
 
 namespace sorakaze::studio {
 
+/// Whether the levels of what is written are measured, which costs about a tenth of a render's processor
+/// time.
+enum class Metering { Off, On };
+
 /// For the baton's holder.
 class Recorder {
   public:
     sound::MixingEngine& Engine() { return engine_; }
     /// Before the first tick, when the engine has its desk. Without this, or with an empty `file`, the sound
     /// is mixed and dropped. Throws std::exception if the file can't be created.
-    void Begin(const std::filesystem::path& file);
+    void Begin(const std::filesystem::path& file, Metering metering);
     /// Why the file could not be written; empty if all is well. The show's clock can't throw, so whoever runs
     /// the show asks.
     const std::string& Error() const { return error_; }
@@ -33,14 +37,14 @@ class Recorder {
     void MixTick();
     /// Completes the file. Throws StudioError.
     void Finish();
-    /// Of the sound in the file; empty without a file and before Finish.
-    std::optional<sound::OutputLevels> Levels() const { return meter_->Levels(); }
+    /// Of the sound in the file; empty before Finish, and where nothing was measured or written.
+    std::optional<sound::OutputLevels> Levels() const { return meter_ ? meter_->Levels() : std::nullopt; }
 
   private:
     void WriteBlock();
 
     sound::MixingEngine engine_{sound::MixingMode::Offline};
-    std::shared_ptr<sound::OutputMeter> meter_ = std::make_shared<sound::OutputMeter>();
+    std::shared_ptr<sound::OutputMeter> meter_;
     std::unique_ptr<sound::SoundFileWriter> writer_;
     std::vector<float> block_;  ///< mixed and not yet written
     /// Frames. The limiter delays the sound: the file begins with the show, not with the delay.

@@ -49,7 +49,7 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
                           "No temporary folder can be made: TMPDIR must name a folder that can be written.");
     }
     StartServices();
-    recorder_.Begin(options_.output);
+    recorder_.Begin(options_.output, options_.quiet ? Metering::Off : Metering::On);
     station_.Player().SetReadAhead(true);
     window_.Event_Open();
     ChooseShow();
@@ -115,7 +115,7 @@ void RenderSession::Run() {
     if (standstill && !progress_.AnythingHeard())
         throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
     recorder_.Finish();
-    if (const auto levels = recorder_.Levels(); levels && !options_.quiet) console_.Line(LevelsText(*levels));
+    if (const auto levels = recorder_.Levels(); levels) console_.Line(LevelsText(*levels));
     if (trace_) trace_->Finish();
     if (standstill) {
         throw StudioError(kFailed,

@@ -135,30 +135,32 @@ float FindTruePeaks(std::span<const float> around, float floor, std::span<float>
 }
 
 void TruePeak::Add(std::span<const float> interleaved) {
-    while (!interleaved.empty()) {
-        const auto part =
-            interleaved.first(std::min(interleaved.size(), (kTruePeakBlock - filled_) * kChannels));
-        std::ranges::copy(part, &samples_[(kAround + filled_) * kChannels]);
-        filled_ += part.size() / kChannels;
-        if (filled_ == kTruePeakBlock) Measure();
-        interleaved = interleaved.subspan(part.size());
+    constexpr std::size_t kAroundSamples = kAround * kChannels;
+    // The frames that need some of those before, then the others where they are.
+    const auto head = interleaved.first(std::min(interleaved.size(), kAroundSamples));
+    std::ranges::copy(head, &joint_[kAroundSamples]);
+    Measure(std::span(joint_).first(kAroundSamples + head.size()));
+    for (auto rest = interleaved; rest.size() > kAroundSamples;) {
+        const auto part = rest.first(std::min(rest.size(), (kAround + kTruePeakBlock) * kChannels));
+        Measure(part);
+        rest = rest.subspan(part.size() - kAroundSamples);
     }
+    if (interleaved.size() < kAroundSamples)
+        std::copy_n(&joint_[head.size()], kAroundSamples, joint_.begin());
+    else
+        std::ranges::copy(interleaved.last(kAroundSamples), joint_.begin());
 }
 
 /// What is already found is the floor: most of a sound is far enough below it.
-void TruePeak::Measure() {
-    const std::size_t samples = (kAround + filled_) * kChannels;
-    peak_ = std::max(
-        peak_, FindTruePeaks(std::span(samples_).first(samples), peak_, std::span(peaks_).first(filled_)));
-    std::copy_n(&samples_[filled_ * kChannels], kAround * kChannels, samples_.begin());
-    filled_ = 0;
+void TruePeak::Measure(std::span<const float> around) {
+    const auto peaks = std::span(peaks_).first(around.size() / kChannels - kAround);
+    peak_ = std::max(peak_, FindTruePeaks(around, peak_, peaks));
 }
 
 /// As if silence followed.
 float TruePeak::Peak() const {
     TruePeak whole = *this;
     whole.Add(std::array<float, kTruePeakAfter * kChannels>{});
-    whole.Measure();
     return whole.peak_;
 }
 

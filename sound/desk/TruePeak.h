@@ -35,12 +35,11 @@ class TruePeak {
   private:
     static constexpr std::size_t kAround = kTruePeakBefore + kTruePeakAfter;
 
-    void Measure();
+    void Measure(std::span<const float> around);
 
-    /// The last frames, then new ones. In the beginning there is silence before the sound.
-    std::array<float, (kAround + kTruePeakBlock) * kChannels> samples_{};
+    /// The last frames, then the first new ones. In the beginning there is silence before the sound.
+    std::array<float, 2 * kAround * kChannels> joint_{};
     std::array<float, kTruePeakBlock> peaks_{};
-    std::size_t filled_ = 0;  ///< new frames
     float peak_ = 0;
 };
 

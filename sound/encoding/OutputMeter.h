@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Measures what is written to a file, on a thread of its own beside the encoder's.
+// Measures what is written to a file.
 #pragma once
 
 #include <mutex>
@@ -25,7 +25,7 @@ class OutputMeter final : public SoundSink {
     void Write(std::span<const float> interleaved) override;
     void Finish() override;
 
-    /// Empty before Finish. Any thread.
+    /// Empty before Finish. Any thread; the others are for the writer's.
     std::optional<OutputLevels> Levels() const;
 
   private:

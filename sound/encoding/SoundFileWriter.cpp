@@ -49,7 +49,7 @@ std::unique_ptr<SoundSink> MakeSink(const std::filesystem::path& file, Dither di
 /// are large, so that the two threads rarely wake each other.
 class QueuedWriter final : public SoundFileWriter {
   public:
-    explicit QueuedWriter(std::shared_ptr<SoundSink> sink)
+    explicit QueuedWriter(std::unique_ptr<SoundSink> sink)
         : sink_(std::move(sink)), thread_([this] { Work(); }) {
         filling_.reserve(kBlockSamples);
     }
@@ -144,7 +144,7 @@ class QueuedWriter final : public SoundFileWriter {
         return ending_ == Ending::Whole;
     }
 
-    std::shared_ptr<SoundSink> sink_;  // the thread's own
+    std::unique_ptr<SoundSink> sink_;  // the thread's own
     Block filling_;                    // the caller's own
     std::mutex mutex_;                 // guards all below but the thread
     std::condition_variable work_;
@@ -156,24 +156,24 @@ class QueuedWriter final : public SoundFileWriter {
     std::thread thread_;
 };
 
-/// Passes on to both; the listener has another thread.
+/// Passes on to both.
 class SinkWithListener final : public SoundSink {
   public:
     SinkWithListener(std::unique_ptr<SoundSink> sink, std::shared_ptr<SoundSink> listener)
         : sink_(std::move(sink)), listener_(std::move(listener)) {}
 
     void Write(std::span<const float> interleaved) override {
-        listener_.Write(interleaved);
+        listener_->Write(interleaved);
         sink_->Write(interleaved);
     }
     void Finish() override {
-        listener_.Finish();
+        listener_->Finish();
         sink_->Finish();
     }
 
   private:
     std::unique_ptr<SoundSink> sink_;
-    QueuedWriter listener_;
+    std::shared_ptr<SoundSink> listener_;
 };
 
 }  // namespace

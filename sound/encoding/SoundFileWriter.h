@@ -38,7 +38,8 @@ class SoundFileWriter {
 
     /// Begins `file`. An existing file stays untouched until Finish: the sound is written to a file beside
     /// it, which then takes its place. Throws SoundFileError for an unknown ending or a place that can't be
-    /// written. `listener` is given the same sound, on a thread of its own, and finished with the file.
+    /// written. `listener` is given the same sound on the
+    /// writer's thread, and finished with the file.
     static std::unique_ptr<SoundFileWriter> Create(const std::filesystem::path& file,
                                                    Dither dither = Dither::None,
                                                    std::shared_ptr<SoundSink> listener = nullptr);
