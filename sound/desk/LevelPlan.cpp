@@ -35,8 +35,9 @@ constexpr double kNothingBelow = 35;
 constexpr double kFadedBelow = 25;
 /// Whoever fades falls by so much in each second. Quiet music doesn't.
 constexpr double kLeastFall = 1;
-constexpr std::size_t kLeastFalling = 2;  // seconds
-constexpr Frames kShortestTail{2 * kSampleRate}, kTailFade{2 * kSampleRate};
+/// A sound that is gone sooner has its own end.
+constexpr std::size_t kLeastFalling = 3;  // seconds
+constexpr Frames kFallingFade{2 * kSampleRate}, kNothingFade{kSampleRate / 2};
 /// Played after the last audible frame, faded.
 constexpr Frames kAfterAudible{kSampleRate / 5};
 
@@ -99,33 +100,50 @@ void PlanLift(LevelPlan& plan, Seconds part) {
     plan.liftHold = ToFrames(static_cast<double>(length) - lift);
 }
 
-/// The first of the seconds at the end in which the sound has faded; their number where it doesn't.
-std::size_t FadedFrom(Seconds seconds, double loudness) {
-    std::size_t nothing = seconds.size();
-    while (nothing > 0 && double{seconds[nothing - 1].loudness} < loudness - kNothingBelow) --nothing;
-    if (nothing == seconds.size()) return nothing;
-    std::size_t faded = nothing;
-    while (faded > 0 && double{seconds[faded - 1].loudness} < loudness - kFadedBelow &&
-           double{seconds[faded - 1].loudness} >= double{seconds[faded].loudness} + kLeastFall)
-        --faded;
-    return nothing - faded >= kLeastFalling ? faded : nothing;
+/// Ends the sound there, if that is sooner than what is planned.
+void EndAt(LevelPlan& plan, Frames length, Frames begin, Frames fade) {
+    if (begin + fade >= plan.end.value_or(length)) return;
+    plan.end = begin + fade;
+    plan.endFade = fade;
 }
 
-void PlanEnd(LevelPlan& plan, const Measurement& measurement, Seconds part) {
+void PlanEnd(LevelPlan& plan, const Measurement& measurement, double partLoudness) {
     const Seconds all = measurement.seconds;
-    const double loudness = std::min(double{part.back().part}, double{all.back().part});
-    const Frames faded = ToFrames(static_cast<double>(FadedFrom(all, loudness)));
-    const Frames silent = measurement.audible + kAfterAudible;
-    Frames end = measurement.length;
-    if (silent < end) {
-        end = silent;
-        plan.endFade = kAfterAudible;
+    const double loudness = std::min(partLoudness, double{all.back().part});
+    const auto level = [&](std::size_t second) { return double{all[second].loudness}; };
+    // The seconds at the end in which there is nothing, and before them those in which the sound falls.
+    std::size_t nothing = all.size();
+    while (nothing > 0 && level(nothing - 1) < loudness - kNothingBelow) --nothing;
+    std::size_t falling = nothing;
+    while (nothing < all.size() && falling > 0 && level(falling - 1) < loudness - kFadedBelow &&
+           level(falling - 1) >= level(falling) + kLeastFall)
+        --falling;
+    const Frames length = measurement.length;
+    EndAt(plan, length, measurement.audible, kAfterAudible);
+    EndAt(plan, length, ToFrames(static_cast<double>(nothing)), kNothingFade);
+    if (nothing - falling >= kLeastFalling)
+        EndAt(plan, length, ToFrames(static_cast<double>(falling)), kFallingFade);
+}
+
+/// How much louder the part is with the lift than without. Seconds far below the rest don't count in either.
+double LoudnessOfLift(const LevelPlan& plan, Seconds part) {
+    constexpr double kGate = 10;
+    struct Mean {
+        double power = 0, count = 0;
+        double Decibels() const { return 10 * std::log10(power / std::max(count, 1.0)); }
+    } without, with;
+    const double least = double{part.back().part} - kGate;
+    const auto add = [&](Mean& mean, double loudness) {
+        if (loudness < least) return;
+        mean.power += std::pow(10, loudness / 10);
+        mean.count += 1;
+    };
+    for (std::size_t i = 0; i < part.size(); ++i) {
+        const double since = static_cast<double>(i) + 0.5 - plan.liftHold.Seconds();
+        add(without, double{part[i].loudness});
+        add(with, double{part[i].loudness} + std::clamp(plan.liftDb - since, 0.0, plan.liftDb));
     }
-    if (measurement.length - faded >= kShortestTail && faded + kTailFade < end) {
-        end = faded + kTailFade;
-        plan.endFade = kTailFade;
-    }
-    if (end < measurement.length) plan.end = end;
+    return without.count > 0 ? with.Decibels() - without.Decibels() : 0;
 }
 
 }  // namespace
@@ -138,7 +156,8 @@ LevelPlan PlanLevel(const Measurement& measurement, Frames part, double target, 
     plan.gainDb = GainFor(seconds, target);
     if (bus != Bus::Music) return plan;
     PlanLift(plan, seconds);
-    if (measurement.isWhole) PlanEnd(plan, measurement, seconds);
+    if (plan.liftDb > 0) plan.gainDb = GainFor(seconds, target - LoudnessOfLift(plan, seconds));
+    if (measurement.isWhole) PlanEnd(plan, measurement, double{seconds.back().part});
     return plan;
 }
 

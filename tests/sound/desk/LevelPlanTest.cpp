@@ -59,15 +59,15 @@ Measurement Sound(const std::vector<float>& levels, float peakAbove = 10, Frames
 }
 
 TEST(LevelPlan, GainIsThatOfThePartWithinItsBounds) {
-    const Measurement steps = Sound(Joined({Level(30, -20), Level(90, -10)}));
+    const Measurement steps = Sound(Joined({Level(30, -12), Level(90, -10)}));
     const struct {
         const char* name;
         Measurement sound;
         Frames part;
         double gain;
-    } cases[] = {{"the part that is played", steps, Seconds(30), 4},
-                 {"no frame of it", steps, {}, 4},
-                 {"more than there is", steps, kWhole, -4.8},
+    } cases[] = {{"the part that is played", steps, Seconds(30), -4},
+                 {"no frame of it", steps, {}, -4},
+                 {"more than there is", steps, kWhole, -5.6},
                  {"as loud as masters get", Sound(Level(60, -6)), kWhole, -10},
                  {"a quiet master", Sound(Level(60, -30)), kWhole, 12},
                  {"quiet with high peaks", Sound(Level(60, -24), 20), kWhole, 5},
@@ -112,6 +112,10 @@ TEST(LevelPlan, AQuietBeginningIsLiftedAndGivenBackBeforeTheBody) {
             EXPECT_EQ(plan.liftHold, Frames{});
         EXPECT_EQ(PlanLevel(each.sound, kWhole, kTarget, Bus::Effects).liftDb, 0);
     }
+    // The part is as loud as it was meant to be with its lift.
+    const Measurement lifted = after(Level(20, -24));
+    EXPECT_LT(PlanLevel(lifted, Seconds(40), kTarget, Bus::Music).gainDb,
+              PlanLevel(lifted, Seconds(40), kTarget, Bus::Effects).gainDb - 0.3);
     // What is played of it is all beginning, and is brought to the target as a whole.
     const LevelPlan plan = PlanLevel(after(Level(100, -24)), Seconds(30), kTarget, Bus::Music);
     EXPECT_NEAR(plan.gainDb, 8, 0.1);
@@ -127,20 +131,22 @@ TEST(LevelPlan, ASoundEndsWhereItHasFadedAndNowhereElse) {
         const char* name;
         Measurement sound;
         double end, fade;  ///< seconds after the body's
-    } cases[] = {{"an end at full level", with({}), kToItsEnd, 0},
-                 {"silence", with(Level(12, kSilentLoudness), 12), 0.2, 0.2},
-                 {"hardly any silence", with({}, 0.1), kToItsEnd, 0},
-                 {"a fade", with(Fall(21, -14, -74 + 4)), 12, 2},
-                 {"a fade and silence", with(Joined({Fall(21, -14, -70), Level(8, -70)}), 10), 12, 2},
-                 {"a slow fade", with(Fall(57, -14, -70)), 28, 2},
-                 {"a fade and the noise of a tape", with(Joined({Fall(8, -14, -56), Level(60, -56)})), 8, 2},
-                 {"applause", with(Level(20, -30)), kToItsEnd, 0},
-                 {"applause that fades", with(Joined({Level(20, -30), Fall(9, -30, -70)})), 24, 2},
-                 {"a quiet coda", with(Level(30, -42)), kToItsEnd, 0},
-                 {"a quiet coda and silence", with(Joined({Level(30, -42), Level(3, -70)}), 2.9), 30.3, 0.2},
-                 {"an uneven coda", with({-38, -42, -39, -44, -40, -45, -41, -43, -40}), kToItsEnd, 0},
-                 {"a pause and another song", with(Joined({Level(60, -70), Level(30, -16)})), kToItsEnd, 0},
-                 {"a short last chord", with({-25, -45}), kToItsEnd, 0}};
+    } cases[] = {
+        {"an end at full level", with({}), kToItsEnd, 0},
+        {"silence", with(Level(12, kSilentLoudness), 12), 0.2, 0.2},
+        {"hardly any silence", with({}, 0.1), kToItsEnd, 0},
+        {"a fade", with(Fall(21, -14, -74 + 4)), 12, 2},
+        {"a fade and silence", with(Joined({Fall(21, -14, -70), Level(8, -70)}), 10), 12, 2},
+        {"a slow fade", with(Fall(57, -14, -70)), 28, 2},
+        {"a fade and the noise of a tape", with(Joined({Fall(8, -14, -56), Level(60, -56)})), 6.5, 0.5},
+        {"applause", with(Level(20, -30)), kToItsEnd, 0},
+        {"applause that fades", with(Joined({Level(20, -30), Fall(9, -30, -70)})), 24.5, 0.5},
+        {"a quiet coda", with(Level(30, -42)), kToItsEnd, 0},
+        {"a quiet coda and silence", with(Joined({Level(30, -42), Level(3, -70)}), 2.9), 30.3, 0.2},
+        {"an uneven coda", with({-38, -42, -39, -44, -40, -45, -41, -43, -40}), kToItsEnd, 0},
+        {"a pause and another song", with(Joined({Level(60, -70), Level(30, -16)})), kToItsEnd, 0},
+        {"a last chord that rings", with({-25, -45, -58, -70, -70, -70}, 2), 2.5, 0.5},
+        {"a short last chord", with({-25, -45}), kToItsEnd, 0}};
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         const LevelPlan plan = PlanLevel(each.sound, Seconds(60), kTarget, Bus::Music);
