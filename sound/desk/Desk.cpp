@@ -3,6 +3,7 @@
 #include "sound/desk/Desk.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "sound/MixingThread.h"
@@ -15,6 +16,8 @@ constexpr double kRatio = 12;
 constexpr double kDeepest = 15;
 /// A bed below this isn't heard, in dBFS.
 constexpr double kSilentBed = -66;
+/// The bed's power is that of so many steps.
+constexpr int kBedWindow = StepsFromSeconds(0.5);
 /// Within speech, what is weaker than the whole by so much is a pause.
 constexpr double kPause = 25;
 /// Of speech that was not measured: its power in the band, against its loudness.
@@ -117,15 +120,28 @@ void Desk::AddSpeech(VoiceCore& voice, Speech& speech) {
     speech.stepsToWord = std::min(speech.stepsToWord, step);
 }
 
-double Desk::PowerOfBed(VoiceCore* first) {
-    double power = 0;
+/// The power of the strongest half second of what lies ahead, in the band of speech.
+double Desk::PowerOfBed(VoiceCore* first) const {
+    std::array<double, Lookahead::kSteps> powers{};
+    int steps = 0;
     for (VoiceCore* voice = first; voice; voice = voice->next) {
         if (voice->GetBus() == Bus::Speech || !voice->IsHeard()) continue;
         voice->ApplyCommands();
         const double gain = static_cast<double>(voice->FactorNow());
-        power += voice->Ahead(mode_).MeanPower() * gain * gain;
+        const Lookahead& ahead = voice->Ahead(mode_);
+        const int known = std::min(ahead.Steps(), Lookahead::kSteps);
+        steps = std::max(steps, known);
+        for (int step = 0; step < known; ++step)
+            powers[static_cast<std::size_t>(step)] += static_cast<double>(ahead.Power(step)) * gain * gain;
     }
-    return power;
+    const int window = std::min(steps, kBedWindow);
+    double sum = 0, most = 0;
+    for (int step = 0; step < steps; ++step) {
+        sum += powers[static_cast<std::size_t>(step)];
+        if (step >= window) sum -= powers[static_cast<std::size_t>(step - window)];
+        if (step >= window - 1) most = std::max(most, sum / window);
+    }
+    return most;
 }
 
 void Desk::Lower(std::span<float> bed) {

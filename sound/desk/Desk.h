@@ -52,7 +52,7 @@ class Desk {
     };
     Speech SpeechOf(VoiceCore* first);
     void AddSpeech(VoiceCore& voice, Speech& speech);
-    double PowerOfBed(VoiceCore* first);
+    double PowerOfBed(VoiceCore* first) const;
     void Note(double depth, Frames now);
 
     const double target_;

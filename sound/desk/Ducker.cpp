@@ -27,7 +27,8 @@ double Ducker::Step(const View& view) {
     const bool isHeld = target_ > 0 && (sinceWord_ <= kHold || isPause || view.isSpeechExpected);
     const double before = target_;
     if (isNear || isHeld) {
-        target_ = std::max(target_, view.need);
+        // Within words a bed that grows a little louder stays where it is.
+        if (target_ == 0 || view.need > target_ + kSlight * 2) target_ = std::max(target_, view.need);
         if (view.isBedNew) depth_ = std::max(depth_, target_);
     } else {
         target_ = 0;

@@ -15,8 +15,8 @@
 
 namespace sorakaze::sound {
 
-/// A fade to silence: -6 dB after a quarter of its time, -15 dB after half, and into silence without a
-/// corner.
+/// A fade to silence, even in decibels: -6 dB in each quarter of its time, and in the last seventh into
+/// silence without a corner. A curve that falls faster would leave a second of nothing at its end.
 class EvenFade {
   public:
     void Begin(std::uint32_t frames) { left_.MoveTo(0.0f, frames); }
@@ -28,8 +28,10 @@ class EvenFade {
 
   private:
     static float Curve(float left) {
-        const float x = std::max(left, 0.0f);
-        return x * x * std::sqrt(x);
+        constexpr float kOctaves = 3.9863f;  // of amplitude: 24 dB
+        constexpr float kClosing = 0.15f;
+        const float close = std::clamp(left / kClosing, 0.0f, 1.0f);
+        return std::exp2(kOctaves * (left - 1.0f)) * close * close * (3.0f - 2.0f * close);
     }
     Ramp left_{1.0f};
 };

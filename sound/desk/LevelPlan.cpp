@@ -37,7 +37,7 @@ constexpr double kFadedBelow = 25;
 constexpr double kLeastFall = 1;
 /// A sound that is gone sooner has its own end.
 constexpr std::size_t kLeastFalling = 3;  // seconds
-constexpr Frames kFallingFade{2 * kSampleRate}, kNothingFade{kSampleRate / 2};
+constexpr Frames kFallingFade{kSampleRate}, kNothingFade{kSampleRate / 2};
 /// Played after the last audible frame, faded.
 constexpr Frames kAfterAudible{kSampleRate / 5};
 

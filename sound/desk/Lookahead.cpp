@@ -3,7 +3,6 @@
 #include "sound/desk/Lookahead.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace sorakaze::sound {
 
@@ -48,12 +47,6 @@ bool Lookahead::Analyse(RingReader& ring, std::size_t offset) {
     constexpr double kGroups = static_cast<double>(kDeskStep) / SpeechBand::kGroup;
     powers_[static_cast<std::size_t>(end_) % kCapacity] = static_cast<float>(band_.Energy(step_) / kGroups);
     return true;
-}
-
-double Lookahead::MeanPower() const {
-    double sum = 0;
-    for (int step = 0; step < Steps(); ++step) sum += static_cast<double>(Power(step));
-    return Steps() > 0 ? sum / Steps() : 0;
 }
 
 }  // namespace sorakaze::sound

@@ -26,7 +26,6 @@ class Lookahead {
     int Steps() const { return end_ - begin_; }
     /// The mean power of a step in the band, from 0, the step to be mixed next, to Steps.
     float Power(int step) const { return powers_[static_cast<std::size_t>(begin_ + step) % kCapacity]; }
-    double MeanPower() const;
 
   private:
     static constexpr std::size_t kCapacity = 256;
