@@ -44,7 +44,10 @@ void Check(bool holds) {
 
 class HostileSound {
   public:
-    explicit HostileSound(Input& input) : input_(input), mode_(MixingMode(input.Take<char>() & 1)) {
+    explicit HostileSound(Input& input) : input_(input) {
+        const auto kind = input.Take<unsigned char>();
+        mode_ = MixingMode(kind & 1);
+        hasDesk_ = (kind & 2) != 0;
         int ends[2];
         Check(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0);
         theirs_ = FileDescriptor(ends[1]);
@@ -52,8 +55,10 @@ class HostileSound {
         memory_ = memory->Address();
         capacity_ = memory->Capacity();
         constexpr std::chrono::milliseconds kStandstill{1};
-        voice_ = std::make_unique<VoiceCore>(std::make_unique<DecodedSound>(
-            DecodedSound::Origin{}, std::move(memory), FileDescriptor(ends[0]), std::nullopt, kStandstill));
+        voice_ = std::make_unique<VoiceCore>(
+            std::make_unique<DecodedSound>(DecodedSound::Origin{}, std::move(memory), FileDescriptor(ends[0]),
+                                           std::nullopt, kStandstill),
+            hasDesk_ ? std::optional(kind & 4 ? Bus::Speech : Bus::Music) : std::nullopt);
         voice_->Start();
     }
 
@@ -86,6 +91,15 @@ class HostileSound {
         std::fill(samples + begin, samples + end, input_.Take<float>());
     }
 
+    /// As the desk does.
+    void LookAhead() {
+        const Lookahead& ahead = voice_->Ahead(mode_);
+        Check(ahead.Steps() >= 0 && ahead.Steps() <= Lookahead::kSteps);
+        for (int step = 0; step < ahead.Steps(); ++step)
+            Check(ahead.Power(step) >= 0 && std::isfinite(ahead.Power(step)));
+        if (voice_->IsAwaitingDesk()) voice_->LeadIn({input_.Take<std::uint16_t>()});
+    }
+
     void SendPackets() {
         const std::array<char, 300> packet{};
         const std::size_t size = input_.Take<unsigned char>();
@@ -100,6 +114,7 @@ class HostileSound {
         if (voice_->Sound().HasHungUp()) voice_->Sound().GiveUp();
         const std::int64_t before = voice_->Position().count;
         const MixingScope scope(mixing_);
+        if (hasDesk_) LookAhead();
         const auto result = voice_->MixInto(std::span(sum).first(frames * kChannels), mode_);
         const std::int64_t moved = voice_->Position().count - before;
         Check(moved >= 0 && moved <= static_cast<std::int64_t>(frames));
@@ -114,7 +129,8 @@ class HostileSound {
     }
 
     Input& input_;
-    const MixingMode mode_;
+    MixingMode mode_ = MixingMode::RealTime;
+    bool hasDesk_ = false;
     FileDescriptor theirs_;
     void* memory_;
     std::uint32_t capacity_;
