@@ -63,6 +63,7 @@ class Player {
 
     /// Keeps the ring filled until the sound is over or nobody wants it any more.
     void Play() {
+        answered_ = true;
         while (!over_) {
             if (ring_.Free() >= half_) {
                 while (!over_ && ring_.Free() > 0) Decode(kStretch);
@@ -91,7 +92,7 @@ class Player {
         if (!measurer_->IsFull() && !sound_->IsOver()) return;
         ring_.SetMeasurement(PackMeasurement(measurer_->Finish(sound_->IsOver())));
         measurer_.reset();
-        Tell();
+        if (answered_) Tell();  // nothing may come before the answer
     }
 
     void Tell() {
@@ -125,7 +126,8 @@ class Player {
     const bool fast_;
     std::optional<SoundReader> sound_;
     std::optional<sound::Measurer> measurer_;  ///< while there is something to measure
-    bool begun_ = false;                       ///< the frames are being taken
+    bool answered_ = false;
+    bool begun_ = false;  ///< the frames are being taken
     bool over_ = false;
     std::size_t lastAbove_ = 0;
 };

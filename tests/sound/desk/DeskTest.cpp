@@ -117,6 +117,17 @@ TEST_F(DeskTest, AShortSentenceThatWasExpectedKeepsTheMusicDownNoLonger) {
     EXPECT_NEAR(Rms(left, end + kSecond * 12 / 10, end + 2 * kSecond), Rms(left, kSecond, 2 * kSecond), 0.1);
 }
 
+TEST_F(DeskTest, TheShortestSoundsHaveTheirLevel) {
+    for (const std::size_t frames : {1u, 3000u, 9000u, 40000u}) {
+        const auto voice = Open(std::to_string(frames) + ".wav", Sine(1000, frames, 0.5f), Bus::Effects);
+        ASSERT_TRUE(voice) << frames;
+        voice->Start();
+        Mix(kSecond);
+        EXPECT_EQ(voice->Position(), Frames{static_cast<std::int64_t>(frames)});
+    }
+    EXPECT_TRUE(engine_.TakeFailures().empty());
+}
+
 TEST_F(DeskTest, SpeechAloneStartsAtOnceAndSpeechThatIsStoppedIsGone) {
     const auto speech = Open("speech.wav", Speech(1.0, 0.4f), Bus::Speech);
     speech->Start();
