@@ -92,8 +92,7 @@ void mainWindow::tellFailures() {
 void mainWindow::tellDucks() {
     sound::MixingEngine* const engine = Runtime::Current().Engine();
     if (!engine) return;
-    for (const sound::DuckChange& change : engine->TakeDucks())
-        tell(ShowEvent::Kind::Duck, {{"depth", change.depth}});
+    for (const double depth : engine->TakeDucks()) tell(ShowEvent::Kind::Duck, {{"depth", depth}});
 }
 
 void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) const {

@@ -201,9 +201,9 @@ void MixingEngine::SetOutsideSpeech(bool speaks) {
     if (HasDesk()) impl_->shared->desk->SetOutsideSpeech(speaks);
 }
 
-std::vector<DuckChange> MixingEngine::TakeDucks() {
+std::vector<double> MixingEngine::TakeDucks() {
     AssertNotMixingThread();
-    return HasDesk() ? impl_->shared->desk->TakeDucks() : std::vector<DuckChange>();
+    return HasDesk() ? impl_->shared->desk->TakeDucks() : std::vector<double>();
 }
 
 std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file) {

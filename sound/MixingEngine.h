@@ -71,12 +71,6 @@ enum class MixingMode {
     Offline,   ///< Waits for the decoder: a rendered show is the same each time, bit for bit.
 };
 
-/// From `at` on, in frames mixed, music and effects go to `depth` dB below their level.
-struct DuckChange {
-    Frames at;
-    double depth = 0;
-};
-
 class MixingEngine {
   public:
     /// Without `decoders` the engine uses Decoders::Shared().
@@ -114,8 +108,9 @@ class MixingEngine {
     void ExpectSpeech();
     /// Whether somebody speaks beside what is mixed here.
     void SetOutsideSpeech(bool speaks);
-    /// The desk's decisions since the last call. One thread at a time.
-    std::vector<DuckChange> TakeDucks();
+    /// The desk's decisions since the last call: by how many dB music and effects went below their level from
+    /// then on. One thread at a time.
+    std::vector<double> TakeDucks();
 
     /// The tags of a sound file, as the tag reader of sorakaze-decoder gives them: foreign bytes. Empty where
     /// there are none. As for Open.

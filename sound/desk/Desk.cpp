@@ -37,26 +37,26 @@ void Desk::ExpectSpeech(Frames now) {
     expectedUntil_.store((now + FramesFromSeconds(kLongestPreparation)).count);
 }
 
-std::vector<DuckChange> Desk::TakeDucks() {
+std::vector<double> Desk::TakeDucks() {
     AssertNotMixingThread();
-    std::vector<DuckChange> taken;
+    std::vector<double> taken;
     std::uint32_t next = taken_.load(std::memory_order_relaxed);
     const std::uint32_t end = written_.load(std::memory_order_acquire);
-    for (; next != end; ++next) taken.push_back(changes_[next % changes_.size()]);
+    for (; next != end; ++next) taken.push_back(depths_[next % depths_.size()]);
     taken_.store(next, std::memory_order_release);
     return taken;
 }
 
-void Desk::Note(double depth, Frames now) {
+void Desk::Note(double depth) {
     const std::uint32_t next = written_.load(std::memory_order_relaxed);
-    if (next - taken_.load(std::memory_order_acquire) == changes_.size()) return;  // nobody takes them
-    changes_[next % changes_.size()] = {now, depth};
+    if (next - taken_.load(std::memory_order_acquire) == depths_.size()) return;  // nobody takes them
+    depths_[next % depths_.size()] = depth;
     written_.store(next + 1, std::memory_order_release);
 }
 
 void Desk::Step(VoiceCore* first, Frames now) {
     AssertMixingThread();
-    Speech speech = SpeechOf(first);
+    const Speech speech = SpeechOf(first);
     if (!speech.isThere && ducker_.IsIdle()) {
         hadBed_ = false;
         return;
@@ -82,7 +82,7 @@ void Desk::Step(VoiceCore* first, Frames now) {
     const auto factor = static_cast<float>(std::sqrt(Power(-ducker_.Step(view))));
     if (view.isBedNew) duck_.Jump(factor);
     duck_.MoveTo(factor, kDeskStep);
-    if (const auto depth = ducker_.TakeChange()) Note(*depth, now);
+    if (const auto depth = ducker_.TakeChange()) Note(*depth);
 }
 
 Desk::Speech Desk::SpeechOf(VoiceCore* first) {

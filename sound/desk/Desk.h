@@ -30,8 +30,8 @@ class Desk {
     void ExpectSpeech(Frames now);
     /// Whether somebody else speaks, beside what is mixed here.
     void SetOutsideSpeech(bool speaks) { isOutsideSpeech_.store(speaks); }
-    /// What was decided since the last call. One thread at a time.
-    std::vector<DuckChange> TakeDucks();
+    /// The depths in dB that were decided on since the last call. One thread at a time.
+    std::vector<double> TakeDucks();
 
     // --- the mixing thread ---
 
@@ -53,7 +53,7 @@ class Desk {
     Speech SpeechOf(VoiceCore* first);
     void AddSpeech(VoiceCore& voice, Speech& speech);
     double PowerOfBed(VoiceCore* first) const;
-    void Note(double depth, Frames now);
+    void Note(double depth);
 
     const double target_;
     const MixingMode mode_;
@@ -64,8 +64,8 @@ class Desk {
     Ramp duck_{1.0f};
     bool hadBed_ = false;
 
-    // A ring of changes, from the mixing thread to the one that takes them.
-    std::array<DuckChange, 64> changes_{};
+    // A ring of depths, from the mixing thread to the one that takes them.
+    std::array<double, 64> depths_{};
     std::atomic<std::uint32_t> written_{0};
     std::atomic<std::uint32_t> taken_{0};
 };

@@ -161,6 +161,10 @@ LevelPlan PlanLevel(const Measurement& measurement, Frames part, double target, 
     return plan;
 }
 
+double LoudnessOfPart(const Measurement& measurement, Frames part) {
+    return double{SecondsOf(measurement, part).back().part};
+}
+
 double GainFromTags(double loudness, double target) {
     if (!(loudness >= kQuietestTagged && loudness <= kLoudestTagged)) return 0;
     return std::clamp(target - loudness, kLeastGain, kMostGainFromTags);

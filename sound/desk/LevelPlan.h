@@ -27,6 +27,9 @@ struct LevelPlan {
 /// was measured: the level stays within its bounds, and a sound of silence keeps its own.
 LevelPlan PlanLevel(const Measurement& measurement, Frames part, double target, Bus bus);
 
+/// The integrated loudness, in LUFS, of the first `part` frames of a sound that isn't silence.
+double LoudnessOfPart(const Measurement& measurement, Frames part);
+
 /// The gain in dB for a sound that wasn't measured and whose tags say that it is so loud (LUFS). Its peak is
 /// not known, so it is raised by little. 0 for a loudness that no music has.
 double GainFromTags(double loudness, double target);

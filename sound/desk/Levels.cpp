@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sound/desk/Levels.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <utility>
 
 namespace sorakaze::sound {
@@ -38,11 +36,9 @@ VoiceLevel Levels::LevelBy(const Measurement& measurement, Frames part, Bus bus)
     level.plan = PlanLevel(measurement, part, target_, bus);
     if (measurement.seconds.empty()) return level;
     if (bus == Bus::Effects) level.plan.gainDb += kRaiseOfEffects;
-    const auto seconds = static_cast<std::size_t>(std::max(std::ceil(part.Seconds()), 1.0));
-    const std::size_t last = std::min(measurement.seconds.size(), seconds) - 1;
     level.source = VoiceLevel::Source::Measured;
     level.isWhole = measurement.isWhole;
-    level.loudness = static_cast<double>(measurement.seconds[last].part);
+    level.loudness = LoudnessOfPart(measurement, part);
     level.speechBand = static_cast<double>(measurement.speechBand);
     return level;
 }

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What was measured of files in this run, in memory only. Music is measured ahead, one file at a time, on a
-// thread of this object's own, which sleeps when nothing is wanted; short sounds are measured when they are
-// opened. Any thread but the mixing one.
+// thread of this object's own, which sleeps when nothing is wanted. Any thread but the mixing one.
 #pragma once
 
 #include <chrono>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Measures loudness as broadcasting does (ITU-R BS.1770, EBU R 128): the one wrapper of the library for that.
-// Used where a file is measured, in the decoder's confined process, and for what a render came out as. One
-// thread at a time; it allocates.
+// Used where a file is measured, in the decoder's confined process. ProgrammeLoudness measures what a render
+// came out as, and is tested against this. One thread at a time; it allocates.
 #pragma once
 
 #include <ebur128.h>

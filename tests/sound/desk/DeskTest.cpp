@@ -86,8 +86,8 @@ TEST_F(DeskTest, MusicGoesDownForTheWordsAndComesBack) {
 
     const auto ducks = engine_.TakeDucks();
     ASSERT_EQ(ducks.size(), 2u);
-    EXPECT_NEAR(ducks[0].depth, before - under, 0.6);
-    EXPECT_EQ(ducks[1].depth, 0);
+    EXPECT_NEAR(ducks[0], before - under, 0.6);
+    EXPECT_EQ(ducks[1], 0);
     EXPECT_TRUE(engine_.TakeDucks().empty());
 
     // No click: besides the tone there is nothing above 2 kHz, in any stretch.
