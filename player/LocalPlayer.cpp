@@ -6,10 +6,13 @@
 #include <charconv>
 #include <chrono>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "player/FileStamp.h"
+#include "player/FolderTree.h"
 #include "player/MusicLibrary.h"
+#include "player/NameText.h"
 #include "player/Tags.h"
 
 namespace sorakaze::player {
@@ -29,6 +32,20 @@ std::string Decimal(double seconds) {
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed, kDecimals);
     return error == std::errc{} ? std::string(text.data(), end) : "0";
+}
+
+/// The names of a folder's files, of a folder of thousands the first ones.
+std::vector<std::string> NamesIn(const std::filesystem::path& folder) {
+    constexpr std::size_t kMost = 2000;
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (names.size() == kMost) break;
+        std::string name = entry->path().filename().string();
+        if (IsSoundName(name)) names.push_back(std::move(name));
+    }
+    return names;
 }
 
 }  // namespace
@@ -88,7 +105,9 @@ struct LocalPlayer::Impl {
     TrackText TextOf(const Track& track) {
         TrackText text = TagsOf(track.path.string()).text;
         text.FillFrom(track.text);
-        if (text.title.empty()) text.title = TitleFromName(track.path);
+        if (text.title.empty())
+            text.FillFrom(TextFromPath(track.path, library->RootOf(track.path),
+                                       [&] { return NamesIn(track.path.parent_path()); }));
         return text;
     }
 

@@ -18,6 +18,11 @@ bool IsLibrary(const std::string& playlist) {
     return playlist == kLibraryName || ascii::Lowered(playlist) == ascii::Lowered(kLibraryName);
 }
 
+bool IsWithin(const std::filesystem::path& file, const std::filesystem::path& folder) {
+    return !folder.empty() &&
+           std::mismatch(folder.begin(), folder.end(), file.begin(), file.end()).first == folder.end();
+}
+
 /// The list of a library XML that `playlist` names. Null when the file no longer holds it.
 const ParsedPlaylist::List* ListOf(const PlaylistFiles::Contents& contents, const Playlist& playlist) {
     int occurrence = playlist.occurrence;
@@ -85,10 +90,16 @@ std::unique_ptr<MusicLibrary> MusicLibrary::OfApplication(const std::filesystem:
     return std::make_unique<MusicLibrary>(std::move(roots), Watching::OnThread, Clock::now, std::move(ended));
 }
 
+std::filesystem::path MusicLibrary::RootOf(const std::filesystem::path& file) const {
+    const auto root =
+        std::find_if(impl_->roots.begin(), impl_->roots.end(),
+                     [&](const std::filesystem::path& folder) { return IsWithin(file, folder); });
+    return root == impl_->roots.end() ? std::filesystem::path() : *root;
+}
+
 bool MusicLibrary::IsFolderMissing(const std::filesystem::path& file) const {
     return std::any_of(impl_->roots.begin(), impl_->roots.end(), [&](const std::filesystem::path& root) {
-        const bool within =
-            std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end();
+        const bool within = IsWithin(file, root);
         std::error_code gone;
         // The mount point of an unmounted disk remains, empty.
         return within && (std::filesystem::is_empty(root, gone) || gone);

@@ -62,6 +62,9 @@ class MusicLibrary {
     /// The track with the 1-based `number`; empty outside the playlist.
     std::optional<Track> Find(const std::string& playlist, int number);
 
+    /// The music folder that the file is in; empty where it is in none.
+    std::filesystem::path RootOf(const std::filesystem::path& file) const;
+
     /// Whether the file would be in a folder of music that is away as a whole at the moment. Looks at the
     /// disk.
     bool IsFolderMissing(const std::filesystem::path& file) const;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 #include "player/TrackTags.h"
 
@@ -16,8 +15,5 @@ namespace sorakaze::player {
 /// What a sound file's own tags say, whatever their format. All empty for a file without tags, or that is
 /// gone. Read by a decoder's process of `engine`; blocks for that.
 TrackTags ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file);
-
-/// A file's name without its ending, as a title.
-std::string TitleFromName(const std::filesystem::path& file);
 
 }  // namespace sorakaze::player
