@@ -45,7 +45,7 @@ class MusicLibraryTest : public ::testing::Test {
 
 TEST_F(MusicLibraryTest, LibraryIsEverySoundFileByPath) {
     for (const char* name : {"b/1.mp3", "a/2.FLAC", "a/10.ogg", "a b/x.m4a", "z.wav", "a/cover.jpg", "a/mp3",
-                             "a/no.mp4", ".hidden/x.mp3", "b/._1.mp3", "日本/曲.aiff", "list.m3u"}) {
+                             "a/no.txt", ".hidden/x.mp3", "b/._1.mp3", "日本/曲.aiff", "list.m3u"}) {
         music_.Write(name);
     }
     fs::create_directory(music_ / "folder.mp3");
