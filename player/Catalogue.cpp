@@ -50,6 +50,13 @@ std::string Catalogue::SoundPath(std::size_t index) const {
     return *sounds_[index].folder + '/' + *sounds_[index].name;
 }
 
+const FileIndex& Catalogue::Index() const {
+    std::call_once(indexed_, [this] {
+        index_ = std::make_unique<FileIndex>(sounds_.size(), [this](std::size_t i) { return SoundPath(i); });
+    });
+    return *index_;
+}
+
 const Playlist* Catalogue::Find(const std::string& name) const {
     if (const auto exact = byName_.find(name); exact != byName_.end()) return &playlists_[exact->second];
     const auto folded = byFoldedName_.find(unicode::FoldedCase(name));

@@ -5,10 +5,12 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "player/FileIndex.h"
 #include "player/FolderTree.h"
 #include "player/PlaylistFiles.h"
 
@@ -34,6 +36,9 @@ class Catalogue {
 
     std::size_t SoundCount() const { return sounds_.size(); }
     std::string SoundPath(std::size_t index) const;
+
+    /// The sound files by name. Built at the first call; any thread.
+    const FileIndex& Index() const;
 
     /// All playlists but `Library`, by name.
     const std::vector<Playlist>& Playlists() const { return playlists_; }
@@ -64,6 +69,8 @@ class Catalogue {
     std::size_t libraryBytes_ = 0;  ///< of memory that they take
     std::unordered_map<std::string, std::size_t> byName_;
     std::unordered_map<std::string, std::size_t> byFoldedName_;
+    mutable std::once_flag indexed_;
+    mutable std::unique_ptr<const FileIndex> index_;
 };
 
 }  // namespace sorakaze::player

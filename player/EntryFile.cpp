@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <optional>
 
 #include "base/PercentCoding.h"
 #include "base/Utf8.h"
@@ -79,15 +78,20 @@ std::vector<std::string> Spellings(const PlaylistEntry& entry) {
     return spellings;
 }
 
-std::filesystem::path FileOf(const PlaylistEntry& entry, const std::filesystem::path& folder) {
+std::optional<std::filesystem::path> FileOf(const PlaylistEntry& entry, const std::filesystem::path& folder) {
     const std::vector<std::string> spellings = Spellings(entry);
     for (const std::string& spelling : spellings) {
         std::filesystem::path candidate = folder / spelling;
         if (IsRegularFile(candidate)) return candidate;
     }
     for (const std::string& spelling : spellings) {
-        if (auto moved = MovedFile(spelling, folder)) return *moved;
+        if (auto moved = MovedFile(spelling, folder)) return moved;
     }
+    return std::nullopt;
+}
+
+std::filesystem::path GuessOf(const PlaylistEntry& entry, const std::filesystem::path& folder) {
+    const std::vector<std::string> spellings = Spellings(entry);
     // For the name that is shown: readable text without the other system's folders.
     const std::string readable = WithSlashes(DecodeUnlabelled(spellings.front()));
     return folder / (entry.location.find('\\') == std::string::npos ? spellings.front() : readable);

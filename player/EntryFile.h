@@ -6,6 +6,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,11 @@ namespace sorakaze::player {
 std::vector<std::string> Spellings(const PlaylistEntry& entry);
 
 /// The file that `entry` of a playlist in `folder` means. An absolute place that doesn't exist here is looked
-/// for below `folder` by its last components, so that a library moved as a whole is found again. Where no
-/// file is found, the best guess, which doesn't exist.
-std::filesystem::path FileOf(const PlaylistEntry& entry, const std::filesystem::path& folder);
+/// for below `folder` by its last components, so that a library moved as a whole is found again.
+std::optional<std::filesystem::path> FileOf(const PlaylistEntry& entry, const std::filesystem::path& folder);
+
+/// The place that the entry most likely means, where there is no file.
+std::filesystem::path GuessOf(const PlaylistEntry& entry, const std::filesystem::path& folder);
 
 /// True for a regular file or a link to one: the only kind that can be opened without waiting for anyone.
 bool IsRegularFile(const std::filesystem::path& file);

@@ -91,7 +91,15 @@ struct LocalPlayer::Impl {
     std::optional<Cached<std::shared_ptr<sound::Voice>>> prepared;
 
     Impl(LocalPlayer& owner, sound::MixingEngine& mixer, std::unique_ptr<MusicLibrary> music)
-        : player(owner), engine(mixer), library(std::move(music)) {}
+        : player(owner), engine(mixer), library(std::move(music)) {
+        library->UseFacts([this](const std::filesystem::path& file) { return FactsOf(file); });
+    }
+
+    FileFacts FactsOf(const std::filesystem::path& file) {
+        const auto voice = engine.Open(file, sound::Bus::Music);
+        const auto length = voice ? voice->Length() : std::nullopt;
+        return {ReadTags(engine, file).text, length ? std::optional(length->Seconds()) : std::nullopt};
+    }
 
     const TrackTags& TagsOf(const std::string& path) {
         const auto stamp = StampOf(path);
@@ -235,6 +243,10 @@ bool LocalPlayer::HasPlaylist(const std::string& playlist) {
 
 std::string LocalPlayer::CountSongs(const std::string& playlist) {
     return std::to_string(impl_->library->Count(playlist));
+}
+
+MusicLibrary::Missing LocalPlayer::FindMissing(const std::string& playlist, std::chrono::milliseconds most) {
+    return impl_->library->FindMissing(playlist, most);
 }
 
 std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {

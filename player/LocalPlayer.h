@@ -4,6 +4,7 @@
 // player scripts call it, with the runtime's baton. It knows nothing of the show.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -11,11 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "player/MusicLibrary.h"
 #include "sound/MixingEngine.h"
 
 namespace sorakaze::player {
-
-class MusicLibrary;
 
 /// An event of a track, for observers.
 struct TrackEvent {
@@ -52,6 +52,8 @@ class LocalPlayer {
     bool HasPlaylist(const std::string& playlist);
     /// The number of tracks in decimal; "0" for an unknown playlist.
     std::string CountSongs(const std::string& playlist);
+    /// The tracks of the playlist that have no file, as many as are found in `most`.
+    MusicLibrary::Missing FindMissing(const std::string& playlist, std::chrono::milliseconds most);
     /// Six fields separated by tabs: title, artist, album and their sort spellings. Empty outside the
     /// playlist.
     std::string SongInfo(const std::string& playlist, int number);

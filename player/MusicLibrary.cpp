@@ -6,7 +6,6 @@
 #include <limits>
 
 #include "base/Ascii.h"
-#include "player/EntryFile.h"
 #include "player/LibraryWatcher.h"
 #include "player/UserMusicFolder.h"
 
@@ -23,40 +22,6 @@ bool IsWithin(const std::filesystem::path& file, const std::filesystem::path& fo
            std::mismatch(folder.begin(), folder.end(), file.begin(), file.end()).first == folder.end();
 }
 
-/// The list of a library XML that `playlist` names. Null when the file no longer holds it.
-const ParsedPlaylist::List* ListOf(const PlaylistFiles::Contents& contents, const Playlist& playlist) {
-    int occurrence = playlist.occurrence;
-    for (const ParsedPlaylist::List& list : contents.lists) {
-        if (list.name == playlist.ownName && occurrence-- == 0) return &list;
-    }
-    return nullptr;
-}
-
-/// A playlist's entries by index, for both kinds of files.
-class Entries {
-  public:
-    Entries(std::shared_ptr<const PlaylistFiles::Contents> contents, const Playlist& playlist)
-        : contents_(std::move(contents)), inLibraryXml_(playlist.inLibraryXml) {
-        if (contents_ && inLibraryXml_) list_ = ListOf(*contents_, playlist);
-    }
-
-    std::size_t Count() const {
-        if (inLibraryXml_) return list_ != nullptr ? list_->tracks.size() : 0;
-        return contents_ ? contents_->tracks.size() : 0;
-    }
-
-    const PlaylistEntry& At(std::size_t index) const {
-        return contents_->tracks[inLibraryXml_ ? list_->tracks[index] : index];
-    }
-
-    const std::filesystem::path& Folder() const { return contents_->folder; }
-
-  private:
-    std::shared_ptr<const PlaylistFiles::Contents> contents_;
-    bool inLibraryXml_;
-    const ParsedPlaylist::List* list_ = nullptr;
-};
-
 }  // namespace
 
 struct MusicLibrary::Impl {
@@ -65,6 +30,7 @@ struct MusicLibrary::Impl {
     const std::vector<std::filesystem::path> roots;
     PlaylistFiles files;
     LibraryWatcher watcher;
+    FactsOf factsOf;
 
     Impl(std::vector<std::filesystem::path> folders, Watching watching,
          std::function<Clock::time_point()> now, std::stop_token ended)
@@ -117,31 +83,48 @@ bool MusicLibrary::Has(const std::string& playlist) {
     return IsLibrary(playlist) || impl_->watcher.Current()->Find(playlist) != nullptr;
 }
 
+TrackList MusicLibrary::Open(const std::string& playlist) {
+    auto catalogue = impl_->watcher.Current();
+    if (IsLibrary(playlist)) return TrackList(std::move(catalogue));
+    const Playlist* const found = catalogue->Find(playlist);
+    if (found == nullptr) return {std::move(catalogue), nullptr, Playlist(), {}};
+    auto contents = impl_->files.Get(found->file);
+    return {std::move(catalogue), std::move(contents), *found, impl_->factsOf};
+}
+
 int MusicLibrary::Count(const std::string& playlist) {
-    const auto catalogue = impl_->watcher.Current();
-    std::size_t count = 0;
-    if (IsLibrary(playlist)) {
-        count = catalogue->SoundCount();
-    } else if (const Playlist* found = catalogue->Find(playlist)) {
-        count = Entries(impl_->files.Get(found->file), *found).Count();
-    }
-    return static_cast<int>(std::min<std::size_t>(count, std::numeric_limits<int>::max()));
+    return static_cast<int>(std::min<std::size_t>(Open(playlist).Count(), std::numeric_limits<int>::max()));
 }
 
 std::optional<Track> MusicLibrary::Find(const std::string& playlist, int number) {
     if (number < 1) return std::nullopt;
     const auto index = static_cast<std::size_t>(number) - 1;
-    const auto catalogue = impl_->watcher.Current();
-    if (IsLibrary(playlist)) {
-        if (index >= catalogue->SoundCount()) return std::nullopt;
-        return Track{catalogue->SoundPath(index), {}};
+    const TrackList tracks = Open(playlist);
+    return index < tracks.Count() ? std::optional(tracks.At(index)) : std::nullopt;
+}
+
+MusicLibrary::Missing MusicLibrary::FindMissing(const std::string& playlist, std::chrono::milliseconds most) {
+    constexpr std::size_t kMostTold = 100;
+    constexpr int kBetweenLooks = 64;
+    const TrackList tracks = Open(playlist);
+    const int count =
+        static_cast<int>(std::min<std::size_t>(tracks.Count(), std::numeric_limits<int>::max()));
+    Missing missing;
+    if (!tracks.MayMissFiles()) return {0, count, {}};
+    const auto end = Clock::now() + most;
+    for (; missing.checked < count; ++missing.checked) {
+        if (missing.checked % kBetweenLooks == 0 && Clock::now() >= end) break;
+        Track track = tracks.At(static_cast<std::size_t>(missing.checked));
+        if (track.missing.empty()) continue;
+        ++missing.count;
+        if (missing.entries.size() < kMostTold)
+            missing.entries.push_back({missing.checked + 1, std::move(track.path), std::move(track.missing)});
     }
-    const Playlist* found = catalogue->Find(playlist);
-    if (found == nullptr) return std::nullopt;
-    const Entries entries(impl_->files.Get(found->file), *found);
-    if (index >= entries.Count()) return std::nullopt;
-    const PlaylistEntry& entry = entries.At(index);
-    return Track{FileOf(entry, entries.Folder()), TrackText::Unpacked(entry.words)};
+    return missing;
+}
+
+void MusicLibrary::UseFacts(FactsOf factsOf) {
+    impl_->factsOf = std::move(factsOf);
 }
 
 }  // namespace sorakaze::player

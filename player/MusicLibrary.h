@@ -19,15 +19,9 @@
 #include <string>
 #include <vector>
 
-#include "player/TrackText.h"
+#include "player/TrackList.h"
 
 namespace sorakaze::player {
-
-/// A track of a playlist. Its file may be gone.
-struct Track {
-    std::filesystem::path path;
-    TrackText text;  ///< what the playlist itself says of it
-};
 
 /// Called from any thread.
 class MusicLibrary {
@@ -61,6 +55,26 @@ class MusicLibrary {
 
     /// The track with the 1-based `number`; empty outside the playlist.
     std::optional<Track> Find(const std::string& playlist, int number);
+
+    /// All tracks of the playlist as they are now; empty for an unknown one.
+    TrackList Open(const std::string& playlist);
+
+    struct MissingEntry {
+        int number = 0;  ///< of the track, 1-based
+        std::filesystem::path path;
+        std::string why;  ///< a clause for the user
+    };
+    struct Missing {
+        int count = 0;
+        int checked = 0;                    ///< tracks that were looked for, from the first on
+        std::vector<MissingEntry> entries;  ///< the first hundred
+    };
+    /// The tracks of the playlist that have no file. Looks at the disk for each entry, as many as there is
+    /// time for.
+    Missing FindMissing(const std::string& playlist, std::chrono::milliseconds most);
+
+    /// How to look into files, for entries that name none. Before other calls.
+    void UseFacts(FactsOf factsOf);
 
     /// The music folder that the file is in; empty where it is in none.
     std::filesystem::path RootOf(const std::filesystem::path& file) const;

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The playlist formats, each a parser that takes a file's bytes piece by piece and gives the entries that can
 // mean tracks of the user's own. Nothing here reads the disk, and nothing fails: what can't be read
-// gives no entries. Network addresses, other playlists and entries without a place are no tracks and don't
-// count. The time is linear in the file's size, and the memory is bounded whatever the file holds: what goes
-// beyond the bounds is left out.
+// gives no entries. Network addresses, other playlists and entries without a place or a title are no
+// tracks and don't count. The time is linear in the file's size, and the memory is bounded whatever the file
+// holds: what goes beyond the bounds is left out.
 #pragma once
 
 #include <cstdint>
@@ -29,12 +29,14 @@ inline constexpr std::size_t kMostLists = 10'000;
 
 struct PlaylistEntry {
     enum class Form {
-        Path,  ///< A path as the playlist spells it: any encoding, any slashes, relative or absolute.
-        Url,   ///< The path of a URL, percent-escapes included.
+        Path,     ///< A path as the playlist spells it: any encoding, any slashes, relative or absolute.
+        Url,      ///< The path of a URL, percent-escapes included.
+        Nowhere,  ///< The playlist names a title and no place.
     };
-    std::string location;  ///< raw bytes, never empty, no NUL
+    std::string location;  ///< raw bytes without NUL, empty for Nowhere only
     Form form = Form::Path;
-    std::string words;  ///< what the playlist says of the track, as TrackText::Packed gives it
+    std::uint32_t milliseconds = 0;  ///< the track's length where the playlist states it
+    std::string words;               ///< what the playlist says of the track, as TrackText::Packed gives it
 
     bool operator==(const PlaylistEntry&) const = default;
 };

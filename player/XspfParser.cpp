@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <algorithm>
+#include <charconv>
 #include <string>
 #include <vector>
 
@@ -54,7 +55,7 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     }
 
   private:
-    enum class Kind { Playlist, List, Track, Title, Creator, Album, Location, Other };
+    enum class Kind { Playlist, List, Track, Title, Creator, Album, Duration, Location, Other };
     struct Element {
         Kind kind;
         std::string base;  ///< what locations in it are relative to
@@ -71,6 +72,7 @@ class Parser final : public PlaylistParser, private XmlVisitor {
                 if (name == "title") return Kind::Title;
                 if (name == "creator") return Kind::Creator;
                 if (name == "album") return Kind::Album;
+                if (name == "duration") return Kind::Duration;
                 return name == "location" ? Kind::Location : Kind::Other;
             default:
                 return Kind::Other;
@@ -98,6 +100,9 @@ class Parser final : public PlaylistParser, private XmlVisitor {
         if (element.kind == Kind::Title && isText) words_.title = CleanLine(value);
         if (element.kind == Kind::Creator && isText) words_.artist = CleanLine(value);
         if (element.kind == Kind::Album && isText) words_.album = CleanLine(value);
+        if (element.kind == Kind::Duration)
+            std::from_chars(value.data(), value.data() + value.size(), milliseconds_);
+        hasPlace_ = hasPlace_ || (element.kind == Kind::Location && !value.empty());
         if (element.kind == Kind::Location && !entry_ && !value.empty() && isText) {
             entry_ = EntryAt(Resolved(element.base, value), PlaylistEntry::Form::Url);
         }
@@ -105,19 +110,25 @@ class Parser final : public PlaylistParser, private XmlVisitor {
         text_.clear();
     }
 
-    /// A track that has no location among the user's files is none.
+    /// A track whose places aren't among the user's files is none. One without a place is known by its title.
     void EndTrack() {
+        if (!hasPlace_ && !words_.title.empty()) entry_.emplace().form = PlaylistEntry::Form::Nowhere;
         if (entry_) {
+            entry_->milliseconds = milliseconds_;
             entry_->words = words_.Packed();
             entries_.Add(std::move(*entry_));
         }
         entry_.reset();
         words_ = {};
+        hasPlace_ = false;
+        milliseconds_ = 0;
     }
 
     std::vector<Element> open_;
     std::string text_;  ///< of the innermost element
     std::optional<PlaylistEntry> entry_;
+    bool hasPlace_ = false;
+    std::uint32_t milliseconds_ = 0;
     TrackText words_;
     EntryCollector entries_;
     XmlStream stream_{*this};

@@ -8,13 +8,8 @@
 #include <string>
 
 #include "app/runtime/Signals.h"
-#include "host/StationHost.h"
-#include "sound/MixingEngine.h"
 #include "sound/encoding/SoundFileWriter.h"
-#include "studio/Console.h"
-#include "studio/ConsoleHost.h"
 #include "studio/RenderSession.h"
-#include "studio/Station.h"
 
 namespace sorakaze::studio {
 namespace {
@@ -59,22 +54,6 @@ void Render(const RenderOptions& options) {
     };
     const std::unique_ptr<void, decltype(forget)> guard(&session, forget);
     session.Run();
-}
-
-void List(const std::filesystem::path& given) {
-    const auto folder = FindStation(given);
-    Console console;
-    ConsoleHost host(console);
-    sound::MixingEngine engine(sound::MixingMode::Offline);
-    StationHost station({std::make_unique<StudioClock>(), folder, &engine, std::nullopt}, host);
-    mainWindow& window = station.mainWindow();
-    window.Event_Open();
-    console.Line("Programs:");
-    for (const String& row : window.programMenu.Rows()) console.Line("  " + row.Bytes());
-    console.Line("Playlists:");
-    for (const String& row : window.playlistMenu.Rows()) {
-        console.Line("  " + row.Bytes() + " (" + station.Player().CountSongs(row.Bytes()) + ")");
-    }
 }
 
 }  // namespace sorakaze::studio

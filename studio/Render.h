@@ -29,7 +29,4 @@ struct RenderOptions {
 /// StudioError when it could not be made; an existing `output` is then unchanged.
 void Render(const RenderOptions& options);
 
-/// Prints the programs and playlists of a station. Throws StudioError.
-void List(const std::filesystem::path& station);
-
 }  // namespace sorakaze::studio

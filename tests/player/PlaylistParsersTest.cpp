@@ -52,7 +52,7 @@ TEST(PlaylistParsers, GiveTheEntriesOfEachFormat) {
          "<playlist><trackList><track><location>http://h/a.mp3</location><location>b.mp3</location>"
          "<location>c.mp3</location></track><track><title>nowhere</title></track>"
          "<track xml:base='http://h/x/'><location>a.mp3</location></track></trackList></playlist>",
-         {"b.mp3||"}},
+         {"b.mp3||", "||nowhere"}},
         {"sloppy writers.xspf",
          "\n<?xml version='1.0' encoding='UTF-8'?><playlist><trackList><track><title>A & B &nbsp;\x01 "
          "C</title>"

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The tracks of a playlist at one moment: it stays as it was, whatever becomes of the playlist. A value; any
+// thread.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "player/Catalogue.h"
+#include "player/EntrySearch.h"
+
+namespace sorakaze::player {
+
+/// A track of a playlist. Its file may be gone.
+struct Track {
+    std::filesystem::path path;
+    TrackText text{};       ///< what the playlist itself says of it
+    std::string missing{};  ///< why a playlist's entry has no file, as a clause for the user
+};
+
+class TrackList {
+  public:
+    /// Every sound file.
+    explicit TrackList(std::shared_ptr<const Catalogue> catalogue);
+    /// The entries of a playlist file, or of a list of a library XML. `contents` may be null.
+    TrackList(std::shared_ptr<const Catalogue> catalogue,
+              std::shared_ptr<const PlaylistFiles::Contents> contents, const Playlist& playlist,
+              FactsOf factsOf);
+
+    std::size_t Count() const;
+    /// The track with an index below Count(). For an entry it looks at the disk.
+    Track At(std::size_t index) const;
+    /// What is known of a track without a look at the disk: its text, and what its path says.
+    Track Sketch(std::size_t index) const;
+    /// False for the files of the music folders, which are there.
+    bool MayMissFiles() const { return contents_ != nullptr; }
+
+  private:
+    const PlaylistEntry& EntryAt(std::size_t index) const;
+
+    std::shared_ptr<const Catalogue> catalogue_;
+    std::shared_ptr<const PlaylistFiles::Contents> contents_;
+    const ParsedPlaylist::List* list_ = nullptr;  ///< of a library XML
+    bool isAllFiles_ = false;
+    bool isInLibraryXml_ = false;
+    FactsOf factsOf_;
+};
+
+}  // namespace sorakaze::player
