@@ -9,6 +9,7 @@
 #include "base/Utf8.h"
 #include "base/unicode/Conversion.h"
 #include "base/unicode/Normalization.h"
+#include "player/TextEncoding.h"
 
 namespace sorakaze::player {
 
@@ -112,7 +113,12 @@ std::string DecodeUnlabelled(std::string_view bytes) {
         return unicode::ToUtf8(bytes.substr(0, bytes.size() - shiftJis.cutOffBytes),
                                unicode::Encoding::ShiftJis);
     }
-    return unicode::ToUtf8(bytes, unicode::Encoding::Windows1252);
+    const unicode::Encoding encoding = LikelyEncoding(bytes);
+    std::string text = unicode::ToUtf8(bytes, encoding);
+    // Half a character at the end.
+    if (encoding != unicode::Encoding::Windows1252 && text.ends_with("\xEF\xBF\xBD"))
+        text.resize(text.size() - 3);
+    return text;
 }
 
 std::string CleanLine(std::string_view bytes) {

@@ -10,7 +10,8 @@
 namespace sorakaze::player {
 
 /// UTF-8 for bytes of unknown encoding: kept where they are UTF-8 already (a character cut off at the end is
-/// dropped), read as Shift_JIS or EUC-JP where the bytes speak clearly for it, as windows-1252 otherwise.
+/// dropped), read as Shift_JIS, EUC-JP, windows-1251, EUC-KR or GBK where the bytes speak clearly for it, as
+/// windows-1252 otherwise.
 std::string DecodeUnlabelled(std::string_view bytes);
 
 /// One clean line: decoded as by DecodeUnlabelled, composed (NFC), each run of control characters and line

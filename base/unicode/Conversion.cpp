@@ -16,6 +16,12 @@ const char* NameOf(Encoding encoding) {
             return "windows-31j";
         case Encoding::EucJp:
             return "EUC-JP";
+        case Encoding::EucKr:
+            return "windows-949";
+        case Encoding::Gbk:
+            return "GBK";
+        case Encoding::Windows1251:
+            return "windows-1251";
         case Encoding::Windows1252:
             return "windows-1252";
         case Encoding::Utf16BigEndian:

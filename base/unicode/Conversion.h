@@ -7,7 +7,16 @@
 
 namespace sorakaze::unicode {
 
-enum class Encoding { ShiftJis, EucJp, Windows1252, Utf16BigEndian, Utf16LittleEndian };
+enum class Encoding {
+    ShiftJis,
+    EucJp,
+    EucKr,
+    Gbk,
+    Windows1251,
+    Windows1252,
+    Utf16BigEndian,
+    Utf16LittleEndian
+};
 
 /// UTF-8 for text in another encoding, without a byte order mark. What `encoding` doesn't have becomes a
 /// replacement character. A pure function.
