@@ -18,6 +18,7 @@ StationHost::StationHost(Runtime::Options options, Host& host, std::stop_token i
       player_(*options.engine,
               player::MusicLibrary::OfApplication(options.appFolder, std::move(interrupted))),
       runtime_(std::move(options), host) {
+    player_.showSeed = [this] { return runtime_.ShowSeed(); };
     RegisterPlayerScripts(runtime_.Scripts(), player_);
     player_.onTrack = [this](const player::TrackEvent& event) {
         if (window_) TellShow(event);

@@ -95,10 +95,10 @@ void Catalogue::NamePlaylists() {
     // By their original names, so that the order of the scan doesn't decide which of equal ones keeps its
     // name.
     SortByName(playlists_);
-    std::vector<std::string> names = {kLibraryName};
+    std::vector<std::string> names = {kLibraryName, kShuffledName};
     for (const Playlist& playlist : playlists_) names.push_back(playlist.name);
     MakeDistinct(names);
-    for (std::size_t i = 0; i < playlists_.size(); ++i) playlists_[i].name = names[i + 1];
+    for (std::size_t i = 0; i < playlists_.size(); ++i) playlists_[i].name = names[i + 2];
     SortByName(playlists_);
     for (std::size_t i = 0; i < playlists_.size(); ++i) {
         byName_.emplace(playlists_[i].name, i);

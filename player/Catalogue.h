@@ -17,6 +17,8 @@
 namespace sorakaze::player {
 
 inline constexpr const char* kLibraryName = "Library";
+/// The same in an order of each show's own.
+inline constexpr const char* kShuffledName = "Library (shuffled)";
 
 /// A playlist of the user's: a file, or one of the lists in a library XML.
 struct Playlist {

@@ -13,6 +13,7 @@
 #include "player/FolderTree.h"
 #include "player/MusicLibrary.h"
 #include "player/NameText.h"
+#include "player/ShuffledOrder.h"
 #include "player/Tags.h"
 
 namespace sorakaze::player {
@@ -87,6 +88,13 @@ struct LocalPlayer::Impl {
     bool readsAhead = false;
     std::optional<Playing> playing;
     std::optional<Waiting> waiting;  ///< never beside playing
+    /// A shuffled playlist in the order of the present show.
+    struct Shuffled {
+        std::string playlist;
+        std::uint64_t seed;
+        ShuffledOrder order;
+    };
+    std::optional<Shuffled> shuffled;
     std::optional<Cached<TrackTags>> lastTags;
     std::optional<Cached<std::shared_ptr<sound::Voice>>> prepared;
 
@@ -117,6 +125,33 @@ struct LocalPlayer::Impl {
             text.FillFrom(TextFromPath(track.path, library->RootOf(track.path),
                                        [&] { return NamesIn(track.path.parent_path()); }));
         return text;
+    }
+
+    /// The present show's order of `playlist`; null for one that isn't shuffled.
+    ShuffledOrder* OrderOf(const std::string& playlist) {
+        const std::uint64_t seed = player.showSeed ? player.showSeed() : 0;
+        if (shuffled && shuffled->playlist == playlist && shuffled->seed == seed &&
+            shuffled->order.Count() > 0)
+            return &shuffled->order;
+        TrackList tracks = library->Open(playlist);
+        if (tracks.GetOrder() != TrackList::Order::Shuffled) return nullptr;
+        ShuffledOrder order(std::move(tracks), seed,
+                            [this](const Track& track) { return TextOf(track).artist; });
+        shuffled.emplace(Shuffled{playlist, seed, std::move(order)});
+        return &shuffled->order;
+    }
+
+    std::optional<Track> Find(const std::string& playlist, int number) {
+        if (ShuffledOrder* const order = OrderOf(playlist)) {
+            const auto place = static_cast<std::size_t>(number) - 1;
+            return number > 0 && place < order->Count() ? std::optional(order->At(place)) : std::nullopt;
+        }
+        return library->Find(playlist, number);
+    }
+
+    std::size_t Count(const std::string& playlist) {
+        if (const ShuffledOrder* const order = OrderOf(playlist)) return order->Count();
+        return static_cast<std::size_t>(library->Count(playlist));
     }
 
     /// What will be heard of a track. A tick of the show's timer may pass before the fade.
@@ -193,7 +228,7 @@ struct LocalPlayer::Impl {
         waiting.reset();
         auto voice = TakeVoice(track.path.string());
         if (!voice) return;
-        const auto known = library->Find(track.playlist, track.number);
+        const auto known = Find(track.playlist, track.number);
         if (player.onTrack && known) track.title = TextOf(*known).title;
         Begin(std::move(voice), std::move(track));
     }
@@ -242,7 +277,7 @@ bool LocalPlayer::HasPlaylist(const std::string& playlist) {
 }
 
 std::string LocalPlayer::CountSongs(const std::string& playlist) {
-    return std::to_string(impl_->library->Count(playlist));
+    return std::to_string(impl_->Count(playlist));
 }
 
 MusicLibrary::Missing LocalPlayer::FindMissing(const std::string& playlist, std::chrono::milliseconds most) {
@@ -250,7 +285,7 @@ MusicLibrary::Missing LocalPlayer::FindMissing(const std::string& playlist, std:
 }
 
 std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
-    const auto track = impl_->library->Find(playlist, number);
+    const auto track = impl_->Find(playlist, number);
     if (!track) return {};
     impl_->engine.WantLevel(track->path, impl_->PlayedPart());
     if (impl_->readsAhead) impl_->Prepare(track->path.string());
@@ -271,7 +306,7 @@ std::string LocalPlayer::Position() {
 
 void LocalPlayer::Play(const std::string& playlist, int number) {
     impl_->End();
-    const auto track = impl_->library->Find(playlist, number);
+    const auto track = impl_->Find(playlist, number);
     if (!track) return;
     auto voice = impl_->TakeVoice(track->path.string());
     TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0, {}};

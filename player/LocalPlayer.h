@@ -41,6 +41,10 @@ class LocalPlayer {
     /// Empty: to its end.
     std::function<double()> songSeconds;
 
+    /// A number that is another one for each show: the order of shuffled playlists is drawn by it, when it
+    /// changes. Empty: always the same.
+    std::function<std::uint64_t()> showSeed;
+
     /// SongInfo opens its track in advance, one at a time, so that Play starts without delay. For a host that
     /// renders faster than it plays. Off at first.
     void SetReadAhead(bool on);

@@ -10,6 +10,7 @@ namespace sorakaze::player {
 namespace {
 
 constexpr std::string_view kTrackInfo = "#EXTINF:";
+constexpr std::string_view kShuffle = "#shuffle";
 
 /// The text after the first comma outside an attribute's quotes: `123 key="a, b",Artist - Title`.
 TrackText TextOfTrackInfo(std::string_view info) {
@@ -30,13 +31,15 @@ class Parser final : public PlaylistParser {
 
     ParsedPlaylist Finish() override {
         lines_.Finish();
-        return {entries_.Take(), false, {}};
+        return {entries_.Take(), false, {}, isShuffled_};
     }
 
   private:
     void TakeLine(std::string_view line) {
         if (ascii::Lowered(line.substr(0, kTrackInfo.size())) == ascii::Lowered(kTrackInfo)) {
             words_ = TextOfTrackInfo(line.substr(kTrackInfo.size())).Packed();
+        } else if (ascii::Lowered(ascii::Trimmed(line, " \t")) == kShuffle) {
+            isShuffled_ = true;
         } else if (!line.empty() && !line.starts_with('#')) {
             if (auto entry = EntryAt(line, PlaylistEntry::Form::Path)) {
                 entry->words = words_;
@@ -47,6 +50,7 @@ class Parser final : public PlaylistParser {
     }
 
     EntryCollector entries_;
+    bool isShuffled_ = false;
     std::string words_;  ///< for the next entry
     Lines lines_{kLongestText, [this](std::string_view line) { TakeLine(line); }};
 };

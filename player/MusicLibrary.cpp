@@ -13,8 +13,8 @@ namespace sorakaze::player {
 
 namespace {
 
-bool IsLibrary(const std::string& playlist) {
-    return playlist == kLibraryName || ascii::Lowered(playlist) == ascii::Lowered(kLibraryName);
+bool IsNamed(const std::string& playlist, const char* name) {
+    return playlist == name || ascii::Lowered(playlist) == ascii::Lowered(name);
 }
 
 bool IsWithin(const std::filesystem::path& file, const std::filesystem::path& folder) {
@@ -74,18 +74,21 @@ bool MusicLibrary::IsFolderMissing(const std::filesystem::path& file) const {
 
 std::vector<std::string> MusicLibrary::Names() {
     const auto catalogue = impl_->watcher.Current();
-    std::vector<std::string> names = {kLibraryName};
+    std::vector<std::string> names = {kLibraryName, kShuffledName};
     for (const Playlist& playlist : catalogue->Playlists()) names.push_back(playlist.name);
     return names;
 }
 
 bool MusicLibrary::Has(const std::string& playlist) {
-    return IsLibrary(playlist) || impl_->watcher.Current()->Find(playlist) != nullptr;
+    return IsNamed(playlist, kLibraryName) || IsNamed(playlist, kShuffledName) ||
+           impl_->watcher.Current()->Find(playlist) != nullptr;
 }
 
 TrackList MusicLibrary::Open(const std::string& playlist) {
     auto catalogue = impl_->watcher.Current();
-    if (IsLibrary(playlist)) return TrackList(std::move(catalogue));
+    using Order = TrackList::Order;
+    if (IsNamed(playlist, kLibraryName)) return {std::move(catalogue), Order::Listed};
+    if (IsNamed(playlist, kShuffledName)) return {std::move(catalogue), Order::Shuffled};
     const Playlist* const found = catalogue->Find(playlist);
     if (found == nullptr) return {std::move(catalogue), nullptr, Playlist(), {}};
     auto contents = impl_->files.Get(found->file);

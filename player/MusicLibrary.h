@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The user's music as playlists of numbered tracks: `Library`, which is every sound file below the music
-// roots, then every playlist found there. It tells what there is and where a track's file lies; it reads no
-// tags and plays nothing.
+// roots, the same to be shuffled, then every playlist found there. It tells what there is and where a track's
+// file lies; it reads no tags and plays nothing.
 //
 // A playlist that is edited is read again on the next call of any method. New, moved and removed files are
 // noticed within about a second of the calls that are made meanwhile; without calls the disk isn't read. A
@@ -45,7 +45,8 @@ class MusicLibrary {
                           std::function<Clock::time_point()> now = Clock::now, std::stop_token ended = {});
     ~MusicLibrary();
 
-    /// `Library`, then the others by name. Distinct; no name holds ", ", a tab or a line break.
+    /// `Library`, `Library (shuffled)`, then the others by name. Distinct; no name holds ", ", a tab or a
+    /// line break.
     std::vector<std::string> Names();
 
     bool Has(const std::string& playlist);
@@ -53,7 +54,7 @@ class MusicLibrary {
     /// 0 for an unknown playlist. Tracks whose files are missing count.
     int Count(const std::string& playlist);
 
-    /// The track with the 1-based `number`; empty outside the playlist.
+    /// The track with the 1-based `number` as listed; empty outside the playlist.
     std::optional<Track> Find(const std::string& playlist, int number);
 
     /// All tracks of the playlist as they are now; empty for an unknown one.

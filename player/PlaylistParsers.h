@@ -52,6 +52,8 @@ struct ParsedPlaylist {
     /// Without the sections that every library has (all its music, podcasts and the like), hidden lists and
     /// folders.
     std::vector<List> lists;
+    /// The list asks to be played in an order of each show's own.
+    bool isShuffled = false;
 };
 
 class PlaylistParser {

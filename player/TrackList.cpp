@@ -4,8 +4,6 @@
 
 #include <utility>
 
-#include "player/EntryFile.h"
-
 namespace sorakaze::player {
 
 namespace {
@@ -21,8 +19,8 @@ const ParsedPlaylist::List* ListOf(const PlaylistFiles::Contents& contents, cons
 
 }  // namespace
 
-TrackList::TrackList(std::shared_ptr<const Catalogue> catalogue)
-    : catalogue_(std::move(catalogue)), isAllFiles_(true) {}
+TrackList::TrackList(std::shared_ptr<const Catalogue> catalogue, Order order)
+    : catalogue_(std::move(catalogue)), isAllFiles_(true), order_(order) {}
 
 TrackList::TrackList(std::shared_ptr<const Catalogue> catalogue,
                      std::shared_ptr<const PlaylistFiles::Contents> contents, const Playlist& playlist,
@@ -31,6 +29,7 @@ TrackList::TrackList(std::shared_ptr<const Catalogue> catalogue,
       contents_(std::move(contents)),
       isInLibraryXml_(playlist.inLibraryXml),
       factsOf_(std::move(factsOf)) {
+    if (contents_ && contents_->isShuffled) order_ = Order::Shuffled;
     if (contents_ && isInLibraryXml_) list_ = ListOf(*contents_, playlist);
 }
 
@@ -51,12 +50,6 @@ Track TrackList::At(std::size_t index) const {
                               [this](std::size_t file) { return catalogue_->SoundPath(file); }, factsOf_};
     FoundFile found = SearchEntry(entry, contents_->folder, files);
     return {std::move(found.path), TrackText::Unpacked(entry.words), std::move(found.missing)};
-}
-
-Track TrackList::Sketch(std::size_t index) const {
-    if (isAllFiles_) return At(index);
-    const PlaylistEntry& entry = EntryAt(index);
-    return {GuessOf(entry, contents_->folder), TrackText::Unpacked(entry.words)};
 }
 
 }  // namespace sorakaze::player

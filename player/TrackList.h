@@ -23,8 +23,13 @@ struct Track {
 
 class TrackList {
   public:
+    enum class Order {
+        Listed,
+        Shuffled,  ///< to be played in an order of each show's own; here they are as listed
+    };
+
     /// Every sound file.
-    explicit TrackList(std::shared_ptr<const Catalogue> catalogue);
+    TrackList(std::shared_ptr<const Catalogue> catalogue, Order order);
     /// The entries of a playlist file, or of a list of a library XML. `contents` may be null.
     TrackList(std::shared_ptr<const Catalogue> catalogue,
               std::shared_ptr<const PlaylistFiles::Contents> contents, const Playlist& playlist,
@@ -33,10 +38,9 @@ class TrackList {
     std::size_t Count() const;
     /// The track with an index below Count(). For an entry it looks at the disk.
     Track At(std::size_t index) const;
-    /// What is known of a track without a look at the disk: its text, and what its path says.
-    Track Sketch(std::size_t index) const;
     /// False for the files of the music folders, which are there.
     bool MayMissFiles() const { return contents_ != nullptr; }
+    Order GetOrder() const { return order_; }
 
   private:
     const PlaylistEntry& EntryAt(std::size_t index) const;
@@ -45,6 +49,7 @@ class TrackList {
     std::shared_ptr<const PlaylistFiles::Contents> contents_;
     const ParsedPlaylist::List* list_ = nullptr;  ///< of a library XML
     bool isAllFiles_ = false;
+    Order order_ = Order::Listed;
     bool isInLibraryXml_ = false;
     FactsOf factsOf_;
 };

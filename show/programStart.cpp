@@ -26,6 +26,7 @@ void mainWindow::beginShow(Random& random) {
     programStart.SetCaption(kStopCaption);
     trackNo = 0;
     startTicks = Ticks();
+    Runtime::Current().BeginShow();
     // A file that ended its decoder is tried again in each show.
     if (auto* engine = Runtime::Current().Engine()) engine->ForgetBadFiles();
     tell(ShowEvent::Kind::Show, {{"program", programMenu.Text()}, {"playlist", playlistMenu.Text()}});

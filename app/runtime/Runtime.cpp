@@ -19,7 +19,8 @@ Runtime::Runtime(Options options, Host& host)
       clock_(std::move(options.clock)),
       appFolder_(std::filesystem::absolute(options.appFolder).lexically_normal()),
       engine_(options.engine),
-      seeds_(static_cast<std::uint32_t>(options.seed ? *options.seed : std::random_device()())) {
+      seed_(static_cast<std::uint32_t>(options.seed ? *options.seed : std::random_device()())),
+      seeds_(seed_) {
     assert(!current);
     if (!appFolder_.has_filename()) appFolder_ = appFolder_.parent_path();
     const auto tell = [this](std::exception_ptr exception) { ReportUncaught(std::move(exception)); };

@@ -93,6 +93,12 @@ class Runtime {
         return seeds_();
     }
 
+    /// A show begins. Changes ShowSeed and none of the numbers that others draw.
+    void BeginShow() { ++shows_; }
+    /// A number of the present show's own, for what is drawn beside its script: the same in each run with the
+    /// same seed.
+    std::uint64_t ShowSeed() const { return std::uint64_t{seed_} << 32 | shows_; }
+
     /// Shows the user an exception that left a thread or an event handler, with its class and message.
     void ReportUncaught(std::exception_ptr exception);
     void ShowMessage(const String& text);
@@ -105,7 +111,9 @@ class Runtime {
     std::filesystem::path appFolder_;
     sound::MixingEngine* engine_;
     std::unique_ptr<RunFolder> runFolder_;
+    const std::uint32_t seed_;
     std::mt19937 seeds_;
+    std::uint32_t shows_ = 0;
     ScriptTable scripts_;
     std::unique_ptr<Scheduler> scheduler_;
     std::unique_ptr<EventLoop> events_;

@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 #include "player/LocalPlayer.h"
 #include "player/MusicLibrary.h"
+#include "player/ShuffledOrder.h"
 #include "tests/player/MusicFolder.h"
 
 namespace sorakaze::player {
@@ -154,13 +156,75 @@ TEST_F(LocalPlayerTest, TellsOfTracks) {
     music_.Write("told.m3u",
                  "#EXTINF:1,Me - Mine\ntagged.flac\n#EXTINF:1,Me - Mine\nbare.flac\nbare.flac\ngone.mp3\n");
     LocalPlayer player(engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()}));
-    EXPECT_EQ(player.Playlists(), "Library, list, told");
+    EXPECT_EQ(player.Playlists(), "Library, Library (shuffled), list, told");
     EXPECT_EQ(player.CountSongs("told") + player.CountSongs("nowhere"), "40");
     EXPECT_EQ(player.SongInfo("told", 1), "Tagged\tMe\t\t\t\t");
     EXPECT_EQ(player.SongInfo("told", 2), "Mine\tMe\t\t\t\t");
     EXPECT_EQ(player.SongInfo("told", 3), "bare\t\t\t\t\t");
     EXPECT_EQ(player.SongInfo("told", 4), "gone\t\t\t\t\t");
     EXPECT_EQ(player.SongInfo("told", 5) + player.SongInfo("nowhere", 1), "");
+}
+
+TEST_F(LocalPlayerTest, AShuffledListIsDrawnForEachShowAndKeepsArtistsApart) {
+    constexpr int kTracks = 24;
+    std::string list = "#EXTM3U\n#SHUFFLE\n";
+    const auto tone = music_.WriteTone("tone.flac", 0.05);
+    for (int i = 0; i < kTracks; ++i) {
+        const std::string name = std::to_string(i) + ".flac";
+        fs::copy_file(tone, music_ / name);
+        TagLib::FileRef tags((music_ / name).c_str());
+        // Half of the tracks are by one artist.
+        tags.tag()->setArtist(i % 2 == 0 ? "Most" : i % 3 == 0 ? "Some" : "Artist " + std::to_string(i));
+        ASSERT_TRUE(tags.save());
+        list += name + '\n';
+    }
+    music_.Write("mixed.m3u", list);
+    LocalPlayer player(engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()}));
+    std::uint64_t seed = 0;
+    player.showSeed = [&] { return seed; };
+    std::set<std::vector<std::string>> orders;
+    for (seed = 1; seed <= 3; ++seed) {
+        std::vector<std::string> order;
+        std::string last;
+        for (int n = 1; n <= kTracks; ++n) {
+            order.push_back(player.SongInfo("mixed", n));
+            const std::string artist = TrackText::Unpacked(order.back()).artist;
+            EXPECT_NE(artist, last) << seed << ' ' << n;
+            last = artist;
+        }
+        EXPECT_EQ(player.SongInfo("mixed", kTracks + 1) + player.SongInfo("mixed", 0), "");
+        EXPECT_EQ(std::set(order.begin(), order.end()).size(), static_cast<std::size_t>(kTracks));
+        LocalPlayer again(engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()}));
+        again.showSeed = player.showSeed;
+        EXPECT_EQ(again.SongInfo("mixed", 5), order[4]);
+        orders.insert(order);
+    }
+    EXPECT_EQ(orders.size(), 3u);
+    EXPECT_EQ(player.CountSongs("Library (shuffled)"), player.CountSongs("Library"));
+    music_.Write("late.flac");
+    EXPECT_EQ(player.CountSongs("mixed"), std::to_string(kTracks));
+}
+
+TEST(ShuffledOrder, LeavesAnArtistTwiceRunningOnlyWhereItMust) {
+    const struct {
+        std::string artists;  ///< a letter each, a blank for an unknown one
+        char last;
+        int together;  ///< neighbours by one artist that can't be avoided
+    } cases[] = {{"aaaabbbb", 'a', 0}, {"aaaabbb", 'b', 0}, {"aaaabbb", 'a', 1}, {"aaaaab", 'x', 3},
+                 {"aabbcc", 'c', 0},   {"   ", 'x', 0},     {"aaa  ", 'x', 0},   {"abcabcaaa", 'b', 0}};
+    for (const auto& c : cases) {
+        std::vector<std::string> artists;
+        for (const char letter : c.artists) artists.emplace_back(letter == ' ' ? 0 : 1, letter);
+        int together = 0;
+        std::string last(1, c.last);
+        for (const std::size_t place : SpreadArtists(artists, last, false)) {
+            together += !artists[place].empty() && artists[place] == last ? 1 : 0;
+            last = artists[place];
+        }
+        EXPECT_EQ(together, c.together) << c.artists << " after " << c.last;
+        EXPECT_EQ(SpreadArtists(artists, std::string(1, c.last), false).size(), artists.size());
+        EXPECT_LE(SpreadArtists(artists, std::string(1, c.last), true).size(), artists.size());
+    }
 }
 
 TEST_F(LocalPlayerTest, ReadingAheadPlaysTheFileAsItIsThen) {

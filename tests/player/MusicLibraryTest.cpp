@@ -84,8 +84,9 @@ TEST_F(MusicLibraryTest, PlaylistsAreNamedSortedAndDistinct) {
         music_.Write(name);
     }
     const auto library = Open();
-    EXPECT_THAT(library->Names(), ElementsAre("Library", "A,B,C", "Abba", "café", "library 2", "Rock",
-                                              "Rock 2", "rock 3", "tab name", "zoo", "Über"));
+    EXPECT_THAT(library->Names(),
+                ElementsAre("Library", "Library (shuffled)", "A,B,C", "Abba", "café", "library 2", "Rock",
+                            "Rock 2", "rock 3", "tab name", "zoo", "Über"));
     EXPECT_TRUE(library->Has("ROCK 3"));
 }
 
@@ -216,7 +217,7 @@ TEST_F(MusicLibraryTest, AnExportedLibraryGivesTheUsersOwnLists) {
                             List("Smart", "<key>Smart Info</key><data>AAA=</data>", {7, 7}) +
                             List("Mine", "", {9, 8, 7, 99})));
     const auto library = Open();
-    EXPECT_THAT(library->Names(), ElementsAre("Library", "Mine", "Smart"));
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "Library (shuffled)", "Mine", "Smart"));
     EXPECT_EQ(library->Count("Smart"), 2);
     EXPECT_EQ(library->Count("Mine"), 1);
     EXPECT_EQ(library->Find("Mine", 1)->text.Record(), "A & B\t東京\t\t\tTokyo\t");
@@ -240,7 +241,7 @@ TEST_F(MusicLibraryTest, EditsCountFromTheNextCall) {
     EXPECT_EQ(library->Count("Twice"), 3);
     EXPECT_EQ(library->Count("Twice 2"), 0);
     now_ += 1s;
-    EXPECT_THAT(library->Names(), ElementsAre("Library", "list", "New", "Twice"));
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "Library (shuffled)", "list", "New", "Twice"));
 }
 
 TEST_F(MusicLibraryTest, NewAndRemovedFilesAreNoticedWithinASecond) {
@@ -257,7 +258,7 @@ TEST_F(MusicLibraryTest, NewAndRemovedFilesAreNoticedWithinASecond) {
     EXPECT_EQ(library->Count("list"), 1) << "taken away for a moment, perhaps to be saved";
     now_ += 1ms;
     EXPECT_EQ(library->Count("Library"), 2);
-    EXPECT_THAT(library->Names(), ElementsAre("Library", "new"));
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "Library (shuffled)", "new"));
     EXPECT_EQ(library->Count("list"), 0);
 }
 
@@ -322,7 +323,7 @@ TEST_F(MusicLibraryTest, NobodyWaitsOnceTheApplicationEnds) {
         EXPECT_EQ(early.Count("list"), 1) << "what is known by then";
         MusicLibrary late(
             {music_.Path()}, watching, [this] { return now_; }, end.get_token());
-        EXPECT_THAT(late.Names(), ElementsAre("Library"));
+        EXPECT_THAT(late.Names(), ElementsAre("Library", "Library (shuffled)"));
         EXPECT_EQ(late.Count("Library"), 0);
         music_.Write("list.m3u", "a.mp3\n");
     }
@@ -344,7 +345,7 @@ TEST_F(MusicLibraryTest, JunkIsNoPlaylist) {
     music_.Write("self.m3u", "self.m3u\n../self.m3u\na.m3u8\n");
     fs::create_directory(music_ / "folder.m3u");
     const auto library = Open();
-    EXPECT_THAT(library->Names(), ElementsAre("Library", "a", "b", "c", "self"));
+    EXPECT_THAT(library->Names(), ElementsAre("Library", "Library (shuffled)", "a", "b", "c", "self"));
     EXPECT_EQ(library->Count("self"), 0);
     for (const std::string& name : library->Names()) Tracks(*library, name);
 }

@@ -135,11 +135,11 @@ TEST_F(Errors, ListNamesProgramsAndPlaylists) {
     station.Write("Music/Evening, late.m3u8", "C:\\x\\a.wav\na.wav\ngone\xFF.wav\n");
     station.Write("Programs/夜.txt", "");
     EXPECT_EQ(station.Run("list --station .").out,
-              "Programs:\n  夜\nPlaylists:\n  Library (1)\n  Evening,late (3, 1 missing)\n");
+              "Programs:\n  夜\nPlaylists:\n  Library (1)\n  Library (shuffled) (1)\n  Evening,late (3, 1 missing)\n");
     const auto list = nlohmann::json::parse(station.Run("list --station . --json").out);
     EXPECT_EQ(list["programs"], nlohmann::json::array({"夜"}));
-    EXPECT_EQ(list["playlists"][1]["tracks"], 3);
-    EXPECT_EQ(list["playlists"][1]["missingTracks"][0]["number"], 3);
+    EXPECT_EQ(list["playlists"][2]["tracks"], 3);
+    EXPECT_EQ(list["playlists"][2]["missingTracks"][0]["number"], 3);
 }
 
 }  // namespace
