@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -32,6 +33,7 @@ constexpr int kCannotStart = 127;
 constexpr int kEndedBySignal = 128;
 /// How often a running command's use of memory and disk is measured.
 constexpr auto kCheckInterval = 100ms;
+constexpr std::uint64_t kMostErrors = 4096;
 
 void WarnOfMissingMechanisms() {
     static std::once_flag told;
@@ -115,7 +117,15 @@ void ConfinedProcess::Impl::WaitForEnd(Launched& launched, CommandResult& result
         const std::lock_guard lock(mutex);
         EndAll(launched);
     };
-    pollfd events[] = {{launched.process.Get(), POLLIN, 0}, {launched.output.Get(), POLLIN, 0}};
+    pollfd events[] = {{launched.process.Get(), POLLIN, 0},
+                       {launched.output.Get(), POLLIN, 0},
+                       {launched.errors.Get(), POLLIN, 0}};
+    const auto read = [](pollfd& event, std::uint64_t most, std::string& text) {
+        if (event.revents & POLLIN) Drain(event.fd, most, text);
+        // Everything may have closed its end and still run.
+        else if (event.revents != 0)
+            event.fd = -1;
+    };
     while (!(events[0].revents & POLLIN)) {
         const Clock::time_point now = Clock::now();
         if (!result.exceeded && now >= deadline) end(ExceededLimit::WallTime);
@@ -124,14 +134,15 @@ void ConfinedProcess::Impl::WaitForEnd(Launched& launched, CommandResult& result
             nextCheck = Clock::now() + kCheckInterval;
         }
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(std::min(nextCheck, deadline) - now);
-        ::poll(events, 2, result.exceeded ? -1 : static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
-        if (events[1].revents & POLLIN) Drain(launched.output.Get(), confinement.outputSize, result.output);
-        // Everything may have closed its end and still run.
-        else if (events[1].revents != 0)
-            events[1].fd = -1;
+        ::poll(events, std::size(events),
+               result.exceeded ? -1 : static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
+        read(events[1], confinement.outputSize, result.output);
+        read(events[2], kMostErrors, result.errors);
     }
     // Nobody is left to write.
     while (Drain(launched.output.Get(), confinement.outputSize, result.output)) {
+    }
+    while (Drain(launched.errors.Get(), kMostErrors, result.errors)) {
     }
 }
 

@@ -47,8 +47,10 @@ enum class ExceededLimit { WallTime, ProcessorTime, FileSize, FolderSize, Proces
 struct CommandResult {
     /// The exit status; 128 + signal for a command that a signal ended; 127 where nothing could be started.
     int status = 0;
-    /// What the command wrote to standard output. Standard error is dropped.
+    /// What the command wrote to standard output.
     std::string output;
+    /// The beginning of what it wrote to standard error, 4096 bytes at most.
+    std::string errors;
     bool killed = false;  ///< Kill was called
     /// Empty for a command that ended by itself or was killed.
     std::optional<ExceededLimit> exceeded;

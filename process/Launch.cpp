@@ -74,14 +74,18 @@ unsigned long NamespaceFlags(const Mechanisms& mechanisms) {
 
 Launched Launch(LaunchPlan& plan) {
     Pipe output = MakePipe();
+    Pipe errors = MakePipe();
     Pipe reports = MakePipe();
     Pipe lifeline = MakePipe();
     const FileDescriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
     const FileDescriptor raisedNull = Raised(null.Get(), "/dev/null");
     if (plan.ruleset) plan.ruleset = Raised(plan.ruleset.Get(), "ruleset");
     if (plan.channel) plan.channel = Raised(plan.channel.Get(), "channel");
-    const ChildDescriptors child{raisedNull.Get(), output.write.Get(), reports.write.Get(),
-                                 lifeline.read.Get(), plan.channel ? plan.channel.Get() : -1};
+    // Nobody reads what a helper says.
+    const int saidTo = plan.channel ? raisedNull.Get() : errors.write.Get();
+    const ChildDescriptors child{
+        raisedNull.Get(),    output.write.Get(),  saidTo,
+        reports.write.Get(), lifeline.read.Get(), plan.channel ? plan.channel.Get() : -1};
 
     Launched launched;
     launched.ownNamespace = plan.mechanisms.namespaces;
@@ -105,9 +109,11 @@ Launched Launch(LaunchPlan& plan) {
         launched.process = FileDescriptor(process);
     }
     launched.output = std::move(output.read);
+    launched.errors = std::move(errors.read);
     launched.reports = std::move(reports.read);
     launched.lifeline = std::move(lifeline.write);
     NeverBlock(launched.output);
+    NeverBlock(launched.errors);
     NeverBlock(launched.reports);
     try {
         if (plan.mechanisms.userNamespace) WriteMaps(launched.supervisor, plan);

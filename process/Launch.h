@@ -31,6 +31,7 @@ struct Launched {
     FileDescriptor process;     ///< readable when the supervisor has ended
     FileDescriptor lifeline;    ///< closed: the supervisor ends everything
     FileDescriptor output;      ///< what the command writes; never blocks
+    FileDescriptor errors;      ///< its standard error, unless it has a channel; never blocks
     FileDescriptor reports;     ///< never blocks
 };
 

@@ -65,7 +65,7 @@ void Must(bool succeeded, const char* where) {
 void KeepDescriptors(const LaunchPlan& plan, const ChildDescriptors& own) {
     const int input = own.channel >= 0 ? own.channel : own.null;
     const int copies[][2] = {
-        {input, 0}, {own.output, 1}, {own.null, 2}, {own.reports, kReports}, {own.lifeline, kLifeline}};
+        {input, 0}, {own.output, 1}, {own.errors, 2}, {own.reports, kReports}, {own.lifeline, kLifeline}};
     for (const auto& [from, to] : copies)
         if (to != 2 || !plan.keepErrors)
             Must(Call(SYS_dup3, from, to, to > 2 ? O_CLOEXEC : 0) == to, "descriptors");

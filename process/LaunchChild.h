@@ -13,6 +13,7 @@ namespace sorakaze::process {
 struct ChildDescriptors {
     int null;
     int output;
+    int errors;
     int reports;
     int lifeline;
     int channel;  ///< negative: there is none

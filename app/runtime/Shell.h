@@ -20,11 +20,14 @@ class Shell {
 
     /// What the last command printed on its standard output.
     const String& Result() const { return result_; }
+    /// For onlookers: what it complained of, as one line without paths of this run; empty if of nothing.
+    const String& Complaint() const { return complaint_; }
     /// Its exit status; 0 for success.
     std::int32_t ErrorCode() const { return errorCode_; }
 
   private:
     String result_;
+    String complaint_;
     std::int32_t errorCode_ = 0;
 };
 

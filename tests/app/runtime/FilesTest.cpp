@@ -196,5 +196,23 @@ TEST(Shell, GivesWhatTheCommandPrinted) {
     EXPECT_NE(shell.ErrorCode(), 0);
 }
 
+TEST(Shell, GivesWhatTheCommandComplainedOf) {
+    TestRuntime test;
+    const std::pair<const char*, std::string> cases[] = {
+        {"echo fine", ""},
+        {"echo; echo >&2; echo first >&2; echo second >&2; echo >&2", "second"},
+        {"echo say: why >&2; echo noise >&2; exit 1", "say: why"},
+        {"exit 3", "the command ended with status 3"},
+        {"x `y", "sh: 1: Syntax error: EOF in backquote substitution"},
+        {"cat \"$PWD/gone\"", "cat: gone: No such file or directory"},
+        {"head -c 30000000 /dev/zero | tr '\\0' x >&2", std::string(200, 'x')},
+    };
+    for (const auto& [line, complaint] : cases) {
+        Shell shell;
+        shell.Execute(line);
+        EXPECT_EQ(shell.Complaint().Bytes(), complaint) << line;
+    }
+}
+
 }  // namespace
 }  // namespace sorakaze
