@@ -5,6 +5,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
+
 namespace sorakaze {
 
 FileHandle OpenRegularFile(const std::filesystem::path& path, int flags, const char* mode) {
@@ -37,6 +40,18 @@ std::optional<RegularFile> OpenNonEmptyFile(const std::filesystem::path& file) {
     if (!opened.descriptor || ::fstat(opened.descriptor.Get(), &opened.status) != 0 || !isRegular())
         return std::nullopt;
     return opened;
+}
+
+std::string WhyNotOpened(const std::filesystem::path& file) {
+    struct stat status {};
+    if (::stat(file.c_str(), &status) != 0) {
+        return errno == ENOENT || errno == ENOTDIR ? "there is no such file"
+                                                   : std::string("it can't be read: ") + std::strerror(errno);
+    }
+    if (S_ISDIR(status.st_mode)) return "it is a folder";
+    if (!S_ISREG(status.st_mode)) return "it is no ordinary file";
+    if (status.st_size == 0) return "it is empty";
+    return std::string("it can't be read: ") + std::strerror(::access(file.c_str(), R_OK) == 0 ? EIO : errno);
 }
 
 }  // namespace sorakaze

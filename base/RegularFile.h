@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "base/FileDescriptor.h"
 
@@ -35,5 +36,8 @@ struct RegularFile {
 
 /// Opens a regular file that isn't empty, for reading. Anything else is refused before it is opened.
 std::optional<RegularFile> OpenNonEmptyFile(const std::filesystem::path& file);
+
+/// After OpenNonEmptyFile was empty: why, as "it is empty", for people.
+std::string WhyNotOpened(const std::filesystem::path& file);
 
 }  // namespace sorakaze

@@ -24,9 +24,11 @@ StationHost::StationHost(Runtime::Options options, Host& host, std::stop_token i
         if (window_) TellShow(event);
         if (onTrack) onTrack(event);
     };
+    player_.OnChecked([this] { runtime_.Events().Post([this] { player_.TellChecked(); }); });
 }
 
 StationHost::~StationHost() {
+    player_.OnChecked(nullptr);
     CloseWindow();
 }
 
@@ -78,6 +80,14 @@ void StationHost::TellShow(const player::TrackEvent& event) const {
             break;
         case What::Ended:
             tell(Kind::Ended, {{"number", event.number}, {"position", event.position}});
+            break;
+        case What::Failed:
+            tell(Kind::Failed, {{"what", "track"}, {"path", event.path.string()}, {"why", event.why}});
+            break;
+        case What::Untagged:
+            tell(Kind::Failed, {{"what", "tags"}, {"path", event.path.string()}, {"why", event.why}});
+            break;
+        case What::Skipped:
             break;
     }
 }

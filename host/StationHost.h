@@ -35,7 +35,7 @@ class StationHost {
     sorakaze::mainWindow& mainWindow();
     bool HasWindow() const { return window_ != nullptr; }
 
-    /// Called with the baton after the show was told of a track's start, fade or end. May be unset.
+    /// Called with the baton for each event of a track, after the show was told of it. May be unset.
     std::function<void(const player::TrackEvent&)> onTrack;
 
     /// The station's deployment.json. Throws DeploymentError.

@@ -2,10 +2,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "player/LocalPlayer.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <deque>
 #include <optional>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -15,6 +18,7 @@
 #include "player/NameText.h"
 #include "player/ShuffledOrder.h"
 #include "player/Tags.h"
+#include "player/TrackCheck.h"
 
 namespace sorakaze::player {
 
@@ -73,6 +77,7 @@ struct LocalPlayer::Impl {
         std::optional<FileStamp> stamp;
         bool settled = false;
         Value value{};
+        std::string why{};  ///< where there is none
 
         Cached(std::string file, const std::optional<FileStamp>& fileStamp)
             : path(std::move(file)), stamp(fileStamp), settled(stamp && IsSettled(*stamp)) {}
@@ -97,6 +102,9 @@ struct LocalPlayer::Impl {
     std::optional<Shuffled> shuffled;
     std::optional<Cached<TrackTags>> lastTags;
     std::optional<Cached<std::shared_ptr<sound::Voice>>> prepared;
+    std::set<std::pair<std::string, int>> told;  ///< tracks whose failure was told in this show
+    std::deque<TrackEvent> inCheck;              ///< the newest first
+    TrackCheck check{engine};
 
     Impl(LocalPlayer& owner, sound::MixingEngine& mixer, std::unique_ptr<MusicLibrary> music)
         : player(owner), engine(mixer), library(std::move(music)) {
@@ -104,16 +112,17 @@ struct LocalPlayer::Impl {
     }
 
     FileFacts FactsOf(const std::filesystem::path& file) {
-        const auto voice = engine.Open(file, sound::Bus::Music);
+        std::string why;  // of no interest: it isn't a track yet
+        const auto voice = engine.Open(file, sound::Bus::Music, {}, &why);
         const auto length = voice ? voice->Length() : std::nullopt;
-        return {ReadTags(engine, file).text, length ? std::optional(length->Seconds()) : std::nullopt};
+        return {ReadTags(engine, file, &why).text, length ? std::optional(length->Seconds()) : std::nullopt};
     }
 
     const TrackTags& TagsOf(const std::string& path) {
         const auto stamp = StampOf(path);
         if (!lastTags || !lastTags->IsFor(path, stamp)) {
             lastTags.emplace(path, stamp);
-            lastTags->value = ReadTags(engine, path);
+            lastTags->value = ReadTags(engine, path, &lastTags->why);
         }
         return lastTags->value;
     }
@@ -183,16 +192,45 @@ struct LocalPlayer::Impl {
         const auto stamp = StampOf(path);
         if (prepared && prepared->IsFor(path, stamp)) return;
         prepared.emplace(path, stamp);
-        prepared->value = engine.Open(path, sound::Bus::Music, PlayedPart());
+        prepared->value = engine.Open(path, sound::Bus::Music, PlayedPart(), &prepared->why);
     }
 
-    std::shared_ptr<sound::Voice> TakeVoice(const std::string& path) {
+    std::shared_ptr<sound::Voice> TakeVoice(const std::string& path, std::string& why) {
         if (prepared && prepared->IsFor(path, StampOf(path))) {
             auto voice = std::move(prepared->value);
+            why = std::move(prepared->why);
             prepared.reset();
             return voice;
         }
-        return engine.Open(path, sound::Bus::Music, PlayedPart());
+        return engine.Open(path, sound::Bus::Music, PlayedPart(), &why);
+    }
+
+    /// Before its turn. On the air the answer comes by TellChecked.
+    void Check(TrackEvent event) {
+        if (readsAhead) {
+            Prepare(event.path.string());
+            if (!prepared->value) TellFailed(std::move(event), prepared->why);
+            return;
+        }
+        constexpr std::size_t kMost = 8;
+        const bool isOnAir =
+            playing && playing->track.number == event.number && playing->track.playlist == event.playlist;
+        if (isOnAir) return;
+        check.Want(event.path);
+        inCheck.push_front(std::move(event));
+        if (inCheck.size() > kMost) inCheck.pop_back();
+    }
+
+    void TellFailed(TrackEvent event, const std::string& why) {
+        if (!told.emplace(event.playlist, event.number).second) return;
+        event.why = why;
+        Tell(std::move(event), TrackEvent::What::Failed, 0);
+    }
+
+    void Skip(TrackEvent event, const std::string& why) {
+        TellFailed(event, why);
+        event.why = why;
+        Tell(std::move(event), TrackEvent::What::Skipped, 0);
     }
 
     void Tell(TrackEvent event, TrackEvent::What what, double position) const {
@@ -206,14 +244,19 @@ struct LocalPlayer::Impl {
         voice->Start();
         event.level = voice->Level();
         playing = Playing{std::move(voice), event, std::nullopt, event.level && event.level->isWhole, {}};
-        Tell(std::move(event), TrackEvent::What::Started, 0);
+        Tell(event, TrackEvent::What::Started, 0);
+        if (!lastTags || lastTags->path != event.path.string() || lastTags->why.empty()) return;
+        event.why = lastTags->why;
+        Tell(std::move(event), TrackEvent::What::Untagged, 0);
     }
 
     /// On the wall clock only: a rendered show would run on meanwhile.
+    bool MayComeBack(const TrackEvent& track) const {
+        return !readsAhead && library->IsFolderMissing(track.path);
+    }
     void WaitFor(const TrackEvent& track) {
         const auto now = Clock::now();
-        if (!readsAhead && library->IsFolderMissing(track.path))
-            waiting = Waiting{track, now, now + kLookInterval};
+        waiting = Waiting{track, now, now + kLookInterval};
     }
 
     void LookForMissingFolder() {
@@ -222,12 +265,14 @@ struct LocalPlayer::Impl {
         waiting->nextLook = now + kLookInterval;
         TrackEvent track = waiting->track;
         if (library->IsFolderMissing(track.path)) {
-            if (now - waiting->since > kGracePeriod) waiting.reset();
-            return;
+            if (now - waiting->since <= kGracePeriod) return;
+            waiting.reset();
+            return Skip(std::move(track), "its music folder is missing");
         }
         waiting.reset();
-        auto voice = TakeVoice(track.path.string());
-        if (!voice) return;
+        std::string why;
+        auto voice = TakeVoice(track.path.string(), why);
+        if (!voice) return Skip(std::move(track), why);
         const auto known = Find(track.playlist, track.number);
         if (player.onTrack && known) track.title = TextOf(*known).title;
         Begin(std::move(voice), std::move(track));
@@ -262,6 +307,21 @@ void LocalPlayer::SetReadAhead(bool on) {
     if (!on) impl_->prepared.reset();
 }
 
+void LocalPlayer::OnChecked(std::function<void()> tell) {
+    impl_->check.OnFound(std::move(tell));
+}
+
+void LocalPlayer::TellChecked() {
+    for (const auto& [file, why] : impl_->check.Take()) {
+        const auto isFile = [&file = file](const TrackEvent& event) { return event.path == file; };
+        const auto found = std::find_if(impl_->inCheck.begin(), impl_->inCheck.end(), isFile);
+        if (found == impl_->inCheck.end()) continue;
+        TrackEvent event = std::move(*found);
+        impl_->inCheck.erase(found);
+        if (!impl_->MayComeBack(event)) impl_->TellFailed(std::move(event), why);
+    }
+}
+
 std::string LocalPlayer::Playlists() {
     std::string joined;
     for (const std::string& name : PlaylistNames()) joined += (joined.empty() ? "" : ", ") + name;
@@ -288,7 +348,7 @@ std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
     const auto track = impl_->Find(playlist, number);
     if (!track) return {};
     impl_->engine.WantLevel(track->path, impl_->PlayedPart());
-    if (impl_->readsAhead) impl_->Prepare(track->path.string());
+    impl_->Check({TrackEvent::What::Failed, playlist, number, {}, track->path, 0, {}, {}});
     return impl_->TextOf(*track).Record();
 }
 
@@ -308,9 +368,10 @@ void LocalPlayer::Play(const std::string& playlist, int number) {
     impl_->End();
     const auto track = impl_->Find(playlist, number);
     if (!track) return;
-    auto voice = impl_->TakeVoice(track->path.string());
-    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0, {}};
-    if (!voice) return impl_->WaitFor(event);
+    std::string why;
+    auto voice = impl_->TakeVoice(track->path.string(), why);
+    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0, {}, {}};
+    if (!voice) return impl_->MayComeBack(event) ? impl_->WaitFor(event) : impl_->Skip(event, why);
     if (onTrack) event.title = impl_->TextOf(*track).title;
     impl_->Begin(std::move(voice), std::move(event));
 }
@@ -318,6 +379,8 @@ void LocalPlayer::Play(const std::string& playlist, int number) {
 void LocalPlayer::Stop() {
     impl_->prepared.reset();
     impl_->End();
+    impl_->told.clear();
+    impl_->inCheck.clear();
 }
 
 void LocalPlayer::BeginFade() {

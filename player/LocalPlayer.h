@@ -19,7 +19,14 @@ namespace sorakaze::player {
 
 /// An event of a track, for observers.
 struct TrackEvent {
-    enum class What { Started, FadeBegun, Ended };
+    enum class What {
+        Started,
+        FadeBegun,
+        Ended,
+        Failed,    ///< it can't be played; once, also if that is known long before its turn
+        Skipped,   ///< the turn came of a track that can't be played
+        Untagged,  ///< it can be played, but its tags can't be read
+    };
     What what = What::Started;
     std::string playlist;
     int number = 0;  ///< 1-based
@@ -27,6 +34,7 @@ struct TrackEvent {
     std::filesystem::path path;
     double position = 0;                     ///< seconds played
     std::optional<sound::VoiceLevel> level;  ///< with Started, under a desk
+    std::string why;                         ///< of a failure, for people
 };
 
 class LocalPlayer {
@@ -36,6 +44,12 @@ class LocalPlayer {
 
     /// Called on the caller's thread for each event. May be empty.
     std::function<void(const TrackEvent&)> onTrack;
+
+    /// Called on any thread when TellChecked has something to tell; it must not call the player. May be
+    /// empty. After this returns, the former `tell` isn't called any more.
+    void OnChecked(std::function<void()> tell);
+    /// Tells of the tracks that were found not to be playable since their records were asked for.
+    void TellChecked();
 
     /// How long a track is played at most, in seconds, before it is faded: its level is that of this part.
     /// Empty: to its end.
@@ -59,7 +73,7 @@ class LocalPlayer {
     /// The tracks of the playlist that have no file, as many as are found in `most`.
     MusicLibrary::Missing FindMissing(const std::string& playlist, std::chrono::milliseconds most);
     /// Six fields separated by tabs: title, artist, album and their sort spellings. Empty outside the
-    /// playlist.
+    /// playlist. Begins to look whether the track can be played.
     std::string SongInfo(const std::string& playlist, int number);
 
     /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as

@@ -6,8 +6,8 @@
 
 namespace sorakaze::player {
 
-TrackTags ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file) {
-    const auto answer = engine.ReadTags(file);
+TrackTags ReadTags(sound::MixingEngine& engine, const std::filesystem::path& file, std::string* why) {
+    const auto answer = engine.ReadTags(file, why);
     return answer ? TagsFromAnswer(*answer) : TrackTags();
 }
 

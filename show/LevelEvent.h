@@ -10,7 +10,8 @@
 
 namespace sorakaze {
 
-/// The event of the level that a sound is played at. Nothing is told where there is no desk.
+/// The event of the level that a sound is played at, and of a measurement that failed. Nothing is told where
+/// there is no desk.
 inline void TellLevel(TellShow tell, const std::filesystem::path& path,
                       const std::optional<sound::VoiceLevel>& level) {
     if (!level) return;
@@ -24,6 +25,11 @@ inline void TellLevel(TellShow tell, const std::filesystem::path& path,
     if (level->plan.liftDb > 0) fields.emplace_back("lift", level->plan.liftDb);
     if (level->plan.end) fields.emplace_back("end", level->plan.end->Seconds());
     tell(ShowEvent::Kind::Level, std::move(fields));
+    if (!level->isLost) return;
+    const char* const why = level->source == Source::Tags
+                                ? "its loudness could not be measured: it is played by its gain tags"
+                                : "its loudness could not be measured: it is played as it is";
+    tell(ShowEvent::Kind::Failed, {{"what", "level"}, {"path", path.string()}, {"why", why}});
 }
 
 }  // namespace sorakaze

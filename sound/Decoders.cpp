@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <map>
 #include <mutex>
-#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -66,15 +66,19 @@ struct Decoders::Impl {
     std::variant<Answered, Failure> Ask(DecoderProcess::Order order, const RegularFile& file,
                                         const std::filesystem::path& path,
                                         const DecoderProcess::Patience& patience);
-    void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure);
-    /// It has ended a decoder before, and that was told.
-    bool IsBad(const RegularFile& file);
+    /// The failure is told by `why`, if there is one, or else by TakeFailures.
+    void Note(const std::filesystem::path& file, const FileIdentity& identity, const Failure& failure,
+              std::string* why = nullptr);
+    /// The file, unless it can't be read or has ended a decoder before.
+    std::optional<RegularFile> Admit(const std::filesystem::path& path, std::string* why);
+    bool IsBad(const RegularFile& file) { return WhyBad(file).has_value(); }
+    std::optional<std::string> WhyBad(const RegularFile& file);
 
     const std::chrono::milliseconds stallTimeout;
     DecoderProcess process;
     std::mutex mutex;  // guards all below
     std::vector<DecoderFailure> failures;
-    std::set<FileIdentity> badFiles;
+    std::map<FileIdentity, std::string> badFiles;  ///< and why
 };
 
 std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(
@@ -100,16 +104,29 @@ std::variant<Decoders::Impl::Answered, Failure> Decoders::Impl::Ask(
 }
 
 void Decoders::Impl::Note(const std::filesystem::path& file, const FileIdentity& identity,
-                          const Failure& failure) {
+                          const Failure& failure, std::string* why) {
     constexpr std::size_t kMost = 1000;
     const std::lock_guard lock(mutex);
-    if (failure.kind == Failure::Died || failure.kind == Failure::Slow) badFiles.insert(identity);
-    if (failures.size() < kMost) failures.push_back({file, failure.why});
+    if (failure.kind == Failure::Died || failure.kind == Failure::Slow)
+        badFiles.emplace(identity, failure.why);
+    if (why)
+        *why = failure.why;
+    else if (failures.size() < kMost)
+        failures.push_back({file, failure.why});
 }
 
-bool Decoders::Impl::IsBad(const RegularFile& file) {
+std::optional<RegularFile> Decoders::Impl::Admit(const std::filesystem::path& path, std::string* why) {
+    auto file = OpenNonEmptyFile(path);
+    auto reason = file ? WhyBad(*file) : WhyNotOpened(path);
+    if (!reason) return file;
+    if (why) *why = *std::move(reason);
+    return std::nullopt;
+}
+
+std::optional<std::string> Decoders::Impl::WhyBad(const RegularFile& file) {
     const std::lock_guard lock(mutex);
-    return badFiles.contains(IdentityOf(file));
+    const auto found = badFiles.find(IdentityOf(file));
+    return found == badFiles.end() ? std::nullopt : std::optional(found->second);
 }
 
 Decoders::Decoders(std::filesystem::path program, std::chrono::milliseconds stallTimeout)
@@ -133,9 +150,10 @@ void Decoders::SetSharedProgram(std::filesystem::path program) {
 }
 
 std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, Pace pace,
-                                             const DecodeOptions& options, Frames measured) {
-    const auto file = OpenNonEmptyFile(path);
-    if (!file || impl_->IsBad(*file)) return nullptr;
+                                             const DecodeOptions& options, Frames measured,
+                                             std::string* why) {
+    const auto file = impl_->Admit(path, why);
+    if (!file) return nullptr;
     try {
         const auto inRing = static_cast<std::uint32_t>(std::min(measured, kMostMeasuredInRing).count);
         const std::uint32_t usual = pace == Pace::Fast ? kFastRingCapacity : kRingCapacity;
@@ -146,16 +164,17 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
         order.limit = {inRing};
         auto asked = impl_->Ask(order, *file, path, {.stretch = impl_->stallTimeout});
         if (const auto* failure = std::get_if<Failure>(&asked)) {
-            impl_->Note(path, IdentityOf(*file), *failure);
+            impl_->Note(path, IdentityOf(*file), *failure, why);
             return nullptr;
         }
         auto& [job, bytes] = std::get<Impl::Answered>(asked);
         PlayAnswer answer{};
         if (bytes.size() == sizeof answer) std::memcpy(&answer, bytes.data(), sizeof answer);
         if (answer.result == PlayAnswer::TooLarge)
-            impl_->Note(path, IdentityOf(*file), {Failure::Died, "it takes too much memory to decode"});
+            impl_->Note(path, IdentityOf(*file), {Failure::Died, "it takes too much memory to decode"}, why);
         if (answer.result == 0 || answer.result > PlayAnswer::TooLarge)
-            impl_->Note(path, IdentityOf(*file), {Failure::Died, "its decoder answered nonsense"});
+            impl_->Note(path, IdentityOf(*file), {Failure::Died, "its decoder answered nonsense"}, why);
+        if (answer.result == PlayAnswer::NoSound && why) *why = "it holds no sound that can be played";
         if (answer.result != PlayAnswer::Playing) {
             impl_->process.Kill(job.name);
             return nullptr;
@@ -164,20 +183,20 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
             DecodedSound::Origin{path, IdentityOf(*file), job.name, order.limit}, std::move(memory),
             std::move(job.socket), ChecksOut(answer.length), impl_->stallTimeout);
     } catch (const std::system_error& error) {
-        impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()});
+        impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()}, why);
         return nullptr;
     }
 }
 
-std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path) {
-    const auto file = OpenNonEmptyFile(path);
-    if (!file || impl_->IsBad(*file)) return std::nullopt;
+std::optional<std::string> Decoders::ReadTags(const std::filesystem::path& path, std::string* why) {
+    const auto file = impl_->Admit(path, why);
+    if (!file) return std::nullopt;
     auto asked = impl_->Ask({.kind = JobKind::Tags}, *file, path, {.stretch = impl_->stallTimeout});
     if (auto* answered = std::get_if<Impl::Answered>(&asked)) {
         impl_->process.Kill(answered->job.name);
         return std::move(answered->bytes);
     }
-    impl_->Note(path, IdentityOf(*file), std::get<Failure>(asked));
+    impl_->Note(path, IdentityOf(*file), std::get<Failure>(asked), why);
     return std::nullopt;
 }
 

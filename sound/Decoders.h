@@ -54,13 +54,15 @@ class Decoders {
     /// mixing one; never throws for bad files.
     /// The first `measured` frames, if any and at most kMostMeasuredInRing, are decoded at once and measured:
     /// see DecodedSound::AwaitMeasurement.
+    /// With `why`, that is given the reason where the result is empty, and TakeFailures isn't told.
     std::unique_ptr<DecodedSound> Open(const std::filesystem::path& file, Pace pace,
-                                       const DecodeOptions& options = {}, Frames measured = {});
+                                       const DecodeOptions& options = {}, Frames measured = {},
+                                       std::string* why = nullptr);
     /// More than a minute, with which the memory of a ring takes 32 megabytes.
     static constexpr Frames kMostMeasuredInRing{(1 << 22) - (1 << 16)};
 
     /// The answer of the program's tag reader, any bytes; empty where there is none. As for Open.
-    std::optional<std::string> ReadTags(const std::filesystem::path& file);
+    std::optional<std::string> ReadTags(const std::filesystem::path& file, std::string* why = nullptr);
 
     enum class Priority {
         Normal,

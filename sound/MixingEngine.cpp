@@ -158,16 +158,16 @@ bool MixingEngine::HasDesk() const {
     return impl_->shared->desk != nullptr;
 }
 
-std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus bus, Frames part) {
+std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus bus, Frames part,
+                                          std::string* why) {
     AssertNotMixingThread();
     Shared& shared = *impl_->shared;
     const bool hasDesk = HasDesk();
     const auto pace = shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device;
-    auto sound =
-        hasDesk ? shared.decoders->Open(file, pace, OptionsFor(bus), shared.levels->MeasuredInRing(bus, part))
-                : shared.decoders->Open(file, pace);
+    auto sound = shared.decoders->Open(file, pace, hasDesk ? OptionsFor(bus) : DecodeOptions(),
+                                       hasDesk ? shared.levels->MeasuredInRing(bus, part) : Frames(), why);
     if (!sound) {
-        shared.Failed();
+        if (!why) shared.Failed();
         return nullptr;
     }
     const auto level =
@@ -206,10 +206,10 @@ std::vector<double> MixingEngine::TakeDucks() {
     return HasDesk() ? impl_->shared->desk->TakeDucks() : std::vector<double>();
 }
 
-std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file) {
+std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file, std::string* why) {
     AssertNotMixingThread();
-    auto tags = impl_->shared->decoders->ReadTags(file);
-    if (!tags) impl_->shared->Failed();
+    auto tags = impl_->shared->decoders->ReadTags(file, why);
+    if (!tags && !why) impl_->shared->Failed();
     return tags;
 }
 

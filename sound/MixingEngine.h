@@ -89,8 +89,10 @@ class MixingEngine {
     /// holds no sound that can be decoded (the first frame is decoded here to be sure). Under a desk effects
     /// and speech are measured here. Blocks for file I/O; never throws for bad files. Any thread but the
     /// mixing one.
-    /// `part` is for music: the frames of it that will be played.
-    std::shared_ptr<Voice> Open(const std::filesystem::path& file, Bus bus = Bus::Effects, Frames part = {});
+    /// `part` is for music: the frames of it that will be played. With `why`, that is given the reason where
+    /// the result is empty, and TakeFailures isn't told.
+    std::shared_ptr<Voice> Open(const std::filesystem::path& file, Bus bus = Bus::Effects, Frames part = {},
+                                std::string* why = nullptr);
 
     // For music under a desk. Any thread but the mixing one.
 
@@ -114,7 +116,7 @@ class MixingEngine {
 
     /// The tags of a sound file, as the tag reader of sorakaze-decoder gives them: foreign bytes. Empty where
     /// there are none. As for Open.
-    std::optional<std::string> ReadTags(const std::filesystem::path& file);
+    std::optional<std::string> ReadTags(const std::filesystem::path& file, std::string* why = nullptr);
 
     /// The files whose decoders failed since the last call. Such a file isn't opened again until
     /// ForgetBadFiles. Any thread but the mixing one.

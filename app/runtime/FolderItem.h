@@ -39,8 +39,9 @@ class FolderItem {
     String ShellPath() const;
     /// Removes the file, or the empty folder. What can't be removed stays.
     void Delete() const;
-    /// Empty if the file is no sound that can be read. Lets the other threads run while it reads.
-    SoundRef OpenAsSound(sound::Bus bus = sound::Bus::Effects) const;
+    /// Empty if the file is no sound that can be read; `why` is then given the reason, for onlookers. Lets
+    /// the other threads run while it reads.
+    SoundRef OpenAsSound(sound::Bus bus = sound::Bus::Effects, std::string* why = nullptr) const;
     /// Creates the file, replacing a file or a link of that name. Empty where that can't be done.
     std::shared_ptr<TextOutputStream> CreateTextFile() const;
     /// The existing file, which must not be a link, opened for writing from its start; empty where that can't

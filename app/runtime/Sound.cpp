@@ -35,12 +35,12 @@ void ExpectSpeech() {
     if (sound::MixingEngine* const engine = Runtime::Current().Engine()) engine->ExpectSpeech();
 }
 
-SoundRef FolderItem::OpenAsSound(sound::Bus bus) const {
+SoundRef FolderItem::OpenAsSound(sound::Bus bus, std::string* why) const {
     auto& runtime = Runtime::Current();
     if (!runtime.Engine()) return nullptr;
     std::shared_ptr<sound::Voice> voice;
     runtime.Threads().Block(Blocking::ClockStopped,
-                            [&](std::stop_token) { voice = runtime.Engine()->Open(path_, bus); });
+                            [&](std::stop_token) { voice = runtime.Engine()->Open(path_, bus, {}, why); });
     return voice ? std::make_shared<Sound>(path_, std::move(voice)) : nullptr;
 }
 

@@ -54,7 +54,10 @@ VoiceLevel Levels::LevelOfShortSound(const std::filesystem::path& file, DecodedS
         mode_ == MixingMode::RealTime ? sound.AwaitMeasurement(kLongestHoldUp) : sound.AwaitMeasurement();
     if (!measurement && mode_ == MixingMode::Offline)
         measurement = measurements_.MeasureNow(file, OptionsFor(bus), kShortSound);
-    return measurement ? LevelBy(*measurement, kShortSound, bus) : VoiceLevel();
+    if (measurement) return LevelBy(*measurement, kShortSound, bus);
+    VoiceLevel level;
+    level.isLost = true;
+    return level;
 }
 
 void Levels::Want(const std::filesystem::path& file, Frames part) {
@@ -70,6 +73,7 @@ VoiceLevel Levels::LevelOfMusic(const std::filesystem::path& file, Frames part, 
                                  : measurements_.Find(file, OptionsFor(Bus::Music));
     if (measurement) return LevelBy(*measurement, part, Bus::Music);
     VoiceLevel level;
+    level.isLost = mode_ == MixingMode::Offline || measurements_.IsLost(file, OptionsFor(Bus::Music));
     if (tagged) {
         level.source = VoiceLevel::Source::Tags;
         level.loudness = *tagged;

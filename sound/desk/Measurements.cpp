@@ -48,6 +48,14 @@ std::optional<Measurement> Measurements::Find(const std::filesystem::path& file,
     return entry ? entry->result : std::nullopt;
 }
 
+bool Measurements::IsLost(const std::filesystem::path& file, const DecodeOptions& options) const {
+    const auto key = KeyOf(file, options);
+    if (!key) return false;
+    const std::lock_guard lock(mutex_);
+    const Entry* const entry = Known(*key, {});
+    return entry && !entry->result;
+}
+
 std::optional<Measurement> Measurements::Await(const std::filesystem::path& file, Frames part,
                                                const DecodeOptions& options,
                                                std::chrono::milliseconds most) const {

@@ -35,6 +35,8 @@ class Measurements {
     void Want(const std::filesystem::path& file, Frames part, const DecodeOptions& options);
     /// What is known of the file as it is now, be it of less than was wanted.
     std::optional<Measurement> Find(const std::filesystem::path& file, const DecodeOptions& options) const;
+    /// Whether it was tried, and nothing could be measured.
+    bool IsLost(const std::filesystem::path& file, const DecodeOptions& options) const;
     /// The measurement of at least `part` frames, or of the whole sound; waits for it for up to `most` where
     /// it is wanted.
     std::optional<Measurement> Await(const std::filesystem::path& file, Frames part,

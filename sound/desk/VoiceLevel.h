@@ -18,6 +18,7 @@ struct VoiceLevel {
     LevelPlan plan;
     Source source = Source::None;
     std::optional<double> loudness;    ///< of the part that is played, before the gain, in LUFS
+    bool isLost = false;               ///< it should have been measured, and that failed
     bool isWhole = false;              ///< measured to the sound's end: the plan has the end that it has
     std::optional<double> speechBand;  ///< its power in the band of speech, before the gain, in dBFS
 };

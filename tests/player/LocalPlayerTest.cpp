@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 #include <set>
 
 #include "player/LocalPlayer.h"
@@ -35,7 +36,11 @@ class LocalPlayerTest : public ::testing::Test {
   protected:
     LocalPlayerTest() {
         player_.onTrack = [this](const TrackEvent& event) {
-            constexpr const char* kWords[] = {"started", "fades", "ended"};
+            constexpr const char* kWords[] = {"started", "fades", "ended", "failed", "skipped", "untagged"};
+            if (!event.why.empty()) {
+                told_.push_back(kWords[static_cast<int>(event.what)] + (' ' + event.why));
+                return;
+            }
             told_.push_back(std::string(kWords[static_cast<int>(event.what)]) + ' ' + event.playlist + ' ' +
                             std::to_string(event.number) + ' ' + event.title + " at " +
                             std::to_string(std::lround(event.position * 10)));
@@ -78,16 +83,47 @@ TEST_F(LocalPlayerTest, PlaysATrackToItsEndOrToTheNext) {
 TEST_F(LocalPlayerTest, WhatCannotBePlayedLeavesThePlayerStopped) {
     ::mkfifo((music_ / "pipe.wav").c_str(), 0600);
     music_.Write("list.m3u", "2.wav\ngone.wav\n3.wav\npipe.wav\n");
-    const std::pair<const char*, int> tracks[] = {{"Library", 4}, {"Library", -3}, {"nowhere", 1},
-                                                  {"list", 2},    {"list", 3},     {"list", 4}};
-    for (const auto& [playlist, number] : tracks) {
+    const struct {
+        const char* playlist;
+        int number;
+        const char* why;
+    } tracks[] = {{"Library", 4, ""},
+                  {"Library", -3, ""},
+                  {"nowhere", 1, ""},
+                  {"list", 2, "there is no such file"},
+                  {"list", 3, "it holds no sound that can be played"},
+                  {"list", 4, "it is no ordinary file"}};
+    for (const auto& [playlist, number, why] : tracks) {
         player_.Play("Library", 1);
         TakeTold();
         player_.Play(playlist, number);
         EXPECT_EQ(player_.State(), "stopped") << playlist << number;
-        EXPECT_THAT(TakeTold(), ElementsAre("ended Library 1 1 at 0")) << playlist << number;
+        std::vector<std::string> expected{"ended Library 1 1 at 0"};
+        if (*why)
+            expected.insert(expected.end(), {std::string("failed ") + why, std::string("skipped ") + why});
+        EXPECT_EQ(TakeTold(), expected) << playlist << number;
     }
     EXPECT_LT(Hear(0.5), 0.001);
+}
+
+TEST_F(LocalPlayerTest, ATrackThatCannotBePlayedIsKnownBeforeItsTurnAndToldOnce) {
+    const std::string why = "it holds no sound that can be played";
+    // In a render at once, on the air by a thread.
+    for (const bool readsAhead : {true, false}) {
+        player_.SetReadAhead(readsAhead);
+        std::promise<void> found;
+        player_.OnChecked([&found] { found.set_value(); });
+        EXPECT_EQ(player_.SongInfo("list", 3), "3\t\t\t\t\t") << "it is announced all the same";
+        if (!readsAhead) {
+            EXPECT_THAT(TakeTold(), IsEmpty());
+            found.get_future().wait();
+            player_.TellChecked();
+        }
+        EXPECT_THAT(TakeTold(), ElementsAre("failed " + why));
+        player_.Play("list", 3);
+        EXPECT_THAT(TakeTold(), ElementsAre("skipped " + why));
+        player_.Stop();  // the next show tells it again
+    }
 }
 
 TEST_F(LocalPlayerTest, ATrackWhoseFolderIsAwayIsWaitedFor) {
