@@ -64,7 +64,7 @@ class Desktop {
     const std::filesystem::path appFolder_;
     sound::MixingEngine engine_{sound::MixingMode::RealTime};
     window::QtHost host_;
-    FailureLog failureLog_;
+    FailureLog failureLog_{appFolder_};
     StationHost station_;
     window::QtLoop loop_{station_.GetRuntime()};
     std::unique_ptr<window::WindowView> view_;

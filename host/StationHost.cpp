@@ -53,6 +53,7 @@ Deployment StationHost::ReadDeployment() const {
 
 std::string StationHost::StartServices(Deployment deployment) {
     hasOwnVoice_ = deployment.voiceHost.empty();
+    runtime_.AnswerMessagesAfter(deployment.answerMessagesAfter);
     if (deployment.loudness) runtime_.Engine()->UseDesk(*deployment.loudness);
     std::string complaint;
     gateway_ =

@@ -4,6 +4,7 @@
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
 #include "program/ProgramLine.h"
+#include "show/ProgramPlace.h"
 #include "show/mainWindow.h"
 
 namespace sorakaze {
@@ -19,6 +20,7 @@ void Store(Block& block, std::int32_t& counter, const ProgramLine::Command& comm
         String& cell = block(i, command.variant);
         if (cell.IsEmpty()) {
             cell = command.text;
+            block.Origin(i, command.variant) = CurrentPlace();
             counter = command.variant;
             return;
         }
@@ -78,11 +80,14 @@ void mainWindow::readProgram(const String& name) {
         return;  // kept behaviour 11
     }
     const auto stream = NotNil(TextInputStream::Open(file));
+    CurrentPlace() = {name, 0};
     do {
+        ++CurrentPlace().line;
         Apply(*this, ParseProgramLine(stream->ReadLine()));
         Yield();
     } while (!stream->EndOfFile());
     stream->Close();
+    CurrentPlace() = {};
 }
 
 }  // namespace sorakaze

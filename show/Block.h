@@ -9,6 +9,7 @@
 
 #include "app/runtime/Exceptions.h"
 #include "app/runtime/String.h"
+#include "show/ProgramPlace.h"
 
 namespace sorakaze {
 
@@ -25,11 +26,21 @@ class Block {
             throw OutOfBoundsException("There is no line " + std::to_string(line) + " of variant " +
                                        std::to_string(variant) + ": both go from 0 to 10.");
         }
+        return CellAt(line, variant).text;
+    }
+    /// Where the cell's text was loaded from. Within the bounds.
+    ProgramPlace& Origin(std::int32_t line, std::int32_t variant) { return CellAt(line, variant).origin; }
+
+  private:
+    struct Cell {
+        String text;
+        ProgramPlace origin;
+    };
+    Cell& CellAt(std::int32_t line, std::int32_t variant) {
         return cells_[static_cast<std::size_t>(line)][static_cast<std::size_t>(variant)];
     }
 
-  private:
-    std::array<std::array<String, kUpperBound + 1>, kUpperBound + 1> cells_;
+    std::array<std::array<Cell, kUpperBound + 1>, kUpperBound + 1> cells_;
 };
 
 /// Shared, because `command` refers to one of the blocks.

@@ -46,8 +46,16 @@ void SetLoudness(Deployment& deployment, const Json& value) {
     }
 }
 
+void SetAnswer(Deployment& deployment, const Json& value) {
+    constexpr double kShortest = 1, kLongest = 3600;
+    if (!value.is_number() || value.get<double>() < kShortest || value.get<double>() > kLongest)
+        throw DeploymentError("\"answerMessagesAfter\" must be a number of seconds from 1 to 3600");
+    deployment.answerMessagesAfter = value.get<double>();
+}
+
 void SetMember(Deployment& deployment, const std::string& name, const Json& value) {
     if (name == "loudness") return SetLoudness(deployment, value);
+    if (name == "answerMessagesAfter") return SetAnswer(deployment, value);
     for (const Member& member : kMembers) {
         if (member.name != name) continue;
         if (!value.is_string()) throw DeploymentError("\"" + name + "\" must be a text");
@@ -65,7 +73,8 @@ void SetMember(Deployment& deployment, const std::string& name, const Json& valu
     }
     std::string known;
     for (const Member& member : kMembers) known += std::string(member.name) + ", ";
-    throw DeploymentError("there is no member \"" + name + "\"; there are " + known + "loudness");
+    throw DeploymentError("there is no member \"" + name + "\"; there are " + known +
+                          "loudness, answerMessagesAfter");
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The constants of a deployment: the hosts of its services, the tokens of the voice service's form, which
-// player is used, and how loud the station is. Resources/deployment.json holds them; what it leaves out has
-// the defaults given here.
+// player is used, how loud the station is, and how long it waits for an answer. Resources/deployment.json
+// holds them; what it leaves out has the defaults given here.
 #pragma once
 
 #include <filesystem>
@@ -29,6 +29,8 @@ struct Deployment {
     std::string player = "files";
     /// The loudness that all that is heard is brought to, in LUFS; empty for the bare mix of the sounds.
     std::optional<double> loudness = -16;
+    /// Seconds after which the show goes on although nobody has answered a message; empty: it waits.
+    std::optional<double> answerMessagesAfter;
 
     static std::string DefaultViewState();
     static std::string DefaultEventValidation();

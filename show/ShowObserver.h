@@ -33,7 +33,7 @@ struct ShowEvent {
         Level,     ///< path, source, gain, loudness, lift, end: under a desk, after Say, Sound or Track
         Duck,      ///< depth: from here on music and effects go to so many dB below their level
         Message,   ///< text
-        Failed,    ///< what, path, why
+        Failed,    ///< what, path, why; program and line where one failed; message where a box follows
         End
     };
     using Value = std::variant<String, std::int32_t, double>;

@@ -95,6 +95,7 @@ void mainWindow::commandExecThread_Run() {
     for (std::int32_t index = 0; index <= Block::kLastLine; ++index) {
         String line = (*NotNil(command))(index, section);
         if (line.IsEmpty()) break;
+        CurrentPlace() = NotNil(command)->Origin(index, section);
         line = Expand(line, *this, track);
         tell(ShowEvent::Kind::Line, {{"text", line}});
         if (IsSpeechNear(*this, index)) ExpectSpeech();
@@ -117,6 +118,7 @@ void mainWindow::commandExecThread_Run() {
         Yield();
     }
 
+    CurrentPlace() = {};
     fadeOut(soundData, 3.0);
     mainTimer.SetMode(timerMode);
 }

@@ -14,9 +14,7 @@ mainWindow::mainWindow() {
     __Init();
     Layout();
     CreateControls();
-    Runtime::Current().onMessage = [this](const String& text) {
-        tell(ShowEvent::Kind::Message, {{"text", text}});
-    };
+    Runtime::Current().onMessage = [this](Message& message) { tellMessage(message); };
 }
 
 mainWindow::~mainWindow() {
@@ -95,8 +93,9 @@ void mainWindow::tellDucks() {
     for (const double depth : engine->TakeDucks()) tell(ShowEvent::Kind::Duck, {{"depth", depth}});
 }
 
-void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) const {
+void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) {
     AssertBaton();
+    if (kind == ShowEvent::Kind::Failed) completeFailure(fields);
     if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});
 }
 

@@ -20,6 +20,7 @@
 
 namespace sorakaze {
 
+struct Message;
 class OLEObject;
 class Random;
 
@@ -81,7 +82,7 @@ class mainWindow : public Window {
     void tellFailures();
 
     /// Tells the observer, if there is one. With the baton.
-    void tell(ShowEvent::Kind kind, ShowEvent::Fields fields = {}) const;
+    void tell(ShowEvent::Kind kind, ShowEvent::Fields fields = {});
 
     // The controls.
     TextArea resultField;
@@ -147,6 +148,13 @@ class mainWindow : public Window {
 
     void beginShow(Random& random);
     void endShow();
+    /// Adds the line of the program, and notes what the message that follows is to say.
+    void completeFailure(ShowEvent::Fields& fields);
+    /// Tells of a message that is about to be shown, and adds what is known to its details.
+    void tellMessage(Message& message);
+
+    String boxTold;  ///< the text of the message that follows the failure that was told last
+    String boxDetails;
 };
 
 /// The caption while no show is on the air. Kept behaviour 15.

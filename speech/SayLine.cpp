@@ -4,6 +4,7 @@
 
 #include "app/runtime/Runtime.h"
 #include "app/runtime/TextStreams.h"
+#include "show/FailedBox.h"
 #include "show/LevelEvent.h"
 
 namespace sorakaze {
@@ -14,8 +15,19 @@ constexpr const char* kCut = "the text is too long, its speech was cut";
 /// `say` makes nothing longer, but shell commands in the text may have made the file.
 constexpr double kLongestSpeech = 125;  // seconds
 
-void TellOfCut(TellShow tell) {
-    tell(ShowEvent::Kind::Failed, {{"what", "say"}, {"path", ""}, {"why", String(kCut)}});
+void TellFailed(TellShow tell, const String& why) {
+    tell(ShowEvent::Kind::Failed, {{"what", "say"}, {"path", ""}, {"why", why}});
+}
+
+/// Without the name of the program, which the event has.
+String WithoutName(const String& complaint) {
+    constexpr const char* kName = "say: ";
+    return Left(complaint, Len(kName)) == kName ? Mid(complaint, Len(kName) + 1) : complaint;
+}
+
+/// Whether something was said by `say`, or by the shell of its text, and not by what the text started there.
+bool IsOfTheLine(const String& complaint) {
+    return Left(complaint, 5) == "say: " || Left(complaint, 4) == "sh: ";
 }
 
 void PlayToEnd(const SoundRef& speech, TellShow tell) {
@@ -26,7 +38,7 @@ void PlayToEnd(const SoundRef& speech, TellShow tell) {
     });
     if (!cut) return;
     speech->Stop();
-    TellOfCut(tell);
+    TellFailed(tell, kCut);
 }
 
 }  // namespace
@@ -38,18 +50,21 @@ void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sa
     shell.Execute(String("say -v ") + voice + " " + Chr(34) + text + Chr(34) + " -o " + file->ShellPath(),
                   file);
     if (!file->Exists()) {
-        MsgBox("読み上げ結果のサウンドファイルが存在しません");
+        const String why = shell.Complaint().IsEmpty() ? "it made no sound" : WithoutName(shell.Complaint());
+        TellFailedBox(tell, "読み上げ結果のサウンドファイルが存在しません", "say", "", why);
         return;
     }
-    if (InStr(shell.Result(), kCut) > 0) TellOfCut(tell);
-    sayData = file->OpenAsSound(sound::Bus::Speech);
+    if (InStr(shell.Result(), kCut) > 0) TellFailed(tell, kCut);
+    if (IsOfTheLine(shell.Complaint())) TellFailed(tell, WithoutName(shell.Complaint()));
+    std::string why;
+    sayData = file->OpenAsSound(sound::Bus::Speech, &why);
     if (sayData) {
         sayData->Play();
         tell(ShowEvent::Kind::Say, {{"voice", voice}, {"text", text}, {"seconds", sayData->Seconds()}});
         TellLevel(tell, file->Path().filename(), sayData->Level());
         PlayToEnd(SoundRef(sayData), tell);
     } else {
-        MsgBox("読み上げ結果のファイルをサウンドとして読み込めませんでした");
+        TellFailedBox(tell, "読み上げ結果のファイルをサウンドとして読み込めませんでした", "say", "", why);
     }
     file->Delete();  // kept behaviour 44: not after a kill
 }

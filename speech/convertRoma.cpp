@@ -48,6 +48,8 @@ String mainWindow::convertRoma(const String& text) {
 String mainWindow::kanji2roma(const String& run) {
     Shell shell;
     shell.Execute(NotNil(kanji2kanaCmd)->ShellPath() + " -o " + Chr(34) + run + Chr(34));
+    if (!shell.Complaint().IsEmpty())
+        tell(ShowEvent::Kind::Failed, {{"what", "reading"}, {"path", ""}, {"why", shell.Complaint()}});
     String reading = ReplaceAll(shell.Result(), Chr(10), "");
     reading = ReplaceAll(reading, ",,", " ");
     reading = ReplaceAll(reading, ",", " ");

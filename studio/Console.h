@@ -21,6 +21,8 @@ class Console {
     void Line(const std::string& text);
     /// The same on standard error.
     void Message(const std::string& text);
+    /// Whether lines and messages are seen side by side.
+    bool IsOneTerminal() const { return outIsTerminal_ && errorIsTerminal_; }
     /// `done` is 0 to 1 where the length is known; `showSeconds` is how much of the show there is.
     void Progress(std::optional<double> done, double showSeconds);
     /// Takes the bar away.

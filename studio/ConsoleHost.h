@@ -3,18 +3,16 @@
 #pragma once
 
 #include "app/runtime/Runtime.h"
-#include "studio/Console.h"
 
 namespace sorakaze::studio {
 
-/// Prints each message as a line, which counts as answered at once.
+/// Nobody sits here: a message counts as answered at once, or not at all. The show's events tell of it.
 class ConsoleHost : public Host {
   public:
-    explicit ConsoleHost(Console& console) : console_(console) {}
-    void ShowMessage(const String& text, std::stop_token) override { console_.Message(text.Bytes()); }
-
-  private:
-    Console& console_;
+    void ShowMessage(const Message&, std::stop_token) override {}
+    std::function<bool()> LeaveMessage(const Message&) override {
+        return [] { return false; };
+    }
 };
 
 }  // namespace sorakaze::studio

@@ -66,7 +66,7 @@ void PrintJson(Console& console, mainWindow& window, player::LocalPlayer& player
 void List(const std::filesystem::path& given, ListFormat format) {
     const auto folder = FindStation(given);
     Console console;
-    ConsoleHost host(console);
+    ConsoleHost host;
     sound::MixingEngine engine(sound::MixingMode::Offline);
     StationHost station({std::make_unique<StudioClock>(), folder, &engine, std::nullopt}, host);
     mainWindow& window = station.mainWindow();

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <stop_token>
 #include <utility>
@@ -43,16 +44,26 @@ bool Write(const std::filesystem::path& path, const std::string& bytes) {
            std::fclose(file.release()) == 0;
 }
 
+bool HasText(const PageForm& form) {
+    return std::ranges::any_of(form.fields, [](const auto& field) {
+        return field.first == "WriteText" && field.second.find_first_not_of(" \t\r\n") != std::string::npos;
+    });
+}
+
 Outcome MakeVoice(const PageForm& form, std::filesystem::path file, sound::MixingEngine& engine,
                   const std::stop_token& cancelled) {
     Outcome outcome;
     try {
         const std::string bytes = FetchSound(form, cancelled);
-        if (bytes.empty()) return outcome;
+        if (bytes.empty()) {
+            if (HasText(form)) outcome.complaint = "its answer has no sound";
+            return outcome;
+        }
         outcome.file = std::move(file);
         if (!Write(outcome.file, bytes)) throw PageError("its sound can't be kept");
-        outcome.voice = engine.Open(outcome.file, sound::Bus::Speech);
-        if (!outcome.voice) outcome.complaint = "its answer is no sound that can be played";
+        std::string why;
+        outcome.voice = engine.Open(outcome.file, sound::Bus::Speech, {}, &why);
+        if (!outcome.voice) outcome.complaint = "the sound of its answer can't be played: " + why;
     } catch (const PageTimeout& error) {
         outcome.complaint = error.what();
         outcome.timedOut = true;
@@ -105,10 +116,11 @@ void PageSpeaker::Load(const FolderItemRef& file) {
     auto form = FindForm(ReadPage(file->Path()));
     if (!form) return;
     form->action = Resolve("", form->action);
-    // Waiting half a minute for each line would take long.
-    if (!form->action.empty() && form->action == timedOutService_) return;
     if (form->action.empty()) {
-        complain_("The voice service is silent: its address is none of plain HTTP.");
+        complain_("the voice service is silent: its address is none of plain HTTP");
+    } else if (form->action == timedOutService_) {
+        // Waiting half a minute for each line would take long.
+        complain_("the voice service is silent: it did not answer before, and isn't asked again");
     } else if (IsLoopback(form->action)) {
         // The application's own service: the speech starts at this tick in every rendering.
         Speak(*form, Blocking::ClockStopped);
@@ -131,7 +143,7 @@ void PageSpeaker::Speak(const PageForm& form, Blocking kind) {
     });
     if (outcome.timedOut) timedOutService_ = form.action;
     if (page != pageCount_) return;
-    if (!outcome.complaint.empty()) complain_("The voice service is silent: " + outcome.complaint + ".");
+    if (!outcome.complaint.empty()) complain_("the voice service is silent: " + outcome.complaint);
     if (!outcome.voice) return;
     voice_ = std::move(outcome.voice);
     file_ = std::exchange(outcome.file, {});

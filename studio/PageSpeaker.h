@@ -21,7 +21,7 @@ namespace sorakaze::studio {
 /// For the baton's holder. Outlived by the viewer and by the runtime.
 class PageSpeaker {
   public:
-    /// `complain` is given a line for people when a page stays silent though it shouldn't.
+    /// `complain` is told why, for people, when a page stays silent though it shouldn't.
     PageSpeaker(HTMLViewer& viewer, std::function<void(const std::string&)> complain);
     ~PageSpeaker();
     PageSpeaker(const PageSpeaker&) = delete;

@@ -37,13 +37,13 @@ std::string LevelsText(const sound::OutputLevels& levels) {
 RenderSession::RenderSession(const RenderOptions& options, std::stop_token interrupted)
     : options_(options),
       folder_(FindStation(options.station)),
-      host_(console_),
       station_({std::make_unique<StudioClock>([this] { recorder_.MixTick(); }), folder_, &recorder_.Engine(),
                 options.seed},
                host_, std::move(interrupted)),
       window_(station_.mainWindow()),
-      speaker_(window_.voiceHTMLViewer, [this](const std::string& line) { console_.Message(line); }),
-      transcript_(console_, folder_) {
+      speaker_(window_.voiceHTMLViewer, [this](const std::string& why) { TellSilentPage(why); }),
+      transcript_(console_, folder_),
+      failureLines_(console_, folder_) {
     if (station_.GetRuntime().TemporaryFolder().empty()) {
         throw StudioError(kFailed,
                           "No temporary folder can be made: TMPDIR must name a folder that can be written.");
@@ -53,12 +53,7 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
     station_.Player().SetReadAhead(true);
     window_.Event_Open();
     ChooseShow();
-    if (!options.quiet) progress_.observers.push_back(&transcript_);
-    if (!options.trace.empty()) {
-        trace_ = std::make_unique<TraceWriter>(options.trace);
-        progress_.observers.push_back(trace_.get());
-    }
-    window_.observer = &progress_;
+    ObserveShow();
     limit_.RunEvent = [this] {
         const double limit = options_.limitSeconds.value_or(kLongestSeconds) * kTicksPerSecond;
         WaitWhile([limit] { return Ticks() < limit; });
@@ -66,7 +61,28 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
     };
 }
 
+void RenderSession::ObserveShow() {
+    if (!options_.quiet) progress_.observers.push_back(&transcript_);
+    if (!options_.trace.empty()) {
+        trace_ = std::make_unique<TraceWriter>(options_.trace);
+        progress_.observers.push_back(trace_.get());
+    }
+    failureLines_.SetTranscript(!options_.quiet);
+    progress_.observers.push_back(&failureLines_);
+    progress_.observers.push_back(&summary_);
+    window_.observer = &progress_;
+    station_.onTrack = [this](const player::TrackEvent& event) { summary_.OnTrack(event); };
+}
+
+void RenderSession::TellSilentPage(const std::string& why) {
+    if (window_.observer)
+        window_.tell(ShowEvent::Kind::Failed, {{"what", "sayj"}, {"path", ""}, {"why", why}});
+    else  // after the show
+        console_.Message("sayj: " + why);
+}
+
 RenderSession::~RenderSession() {
+    station_.onTrack = nullptr;
     window_.observer = nullptr;
 }
 
@@ -115,13 +131,22 @@ void RenderSession::Run() {
     if (standstill && !progress_.AnythingHeard())
         throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
     recorder_.Finish();
-    if (const auto levels = recorder_.Levels(); levels) console_.Line(LevelsText(*levels));
-    if (trace_) trace_->Finish();
+    Report();
     if (standstill) {
         throw StudioError(kFailed,
                           "The show came to a standstill: the program plays no track any more. The sound up "
                           "to there is in the file.");
     }
+    if (const auto verdict = summary_.Verdict(); !verdict.empty()) throw StudioError(kTracksFailed, verdict);
+}
+
+void RenderSession::Report() {
+    if (!options_.quiet)
+        console_.Line(summary_.Text());
+    else if (summary_.HasFailures())
+        console_.Message(summary_.Text());
+    if (const auto levels = recorder_.Levels(); levels) console_.Line(LevelsText(*levels));
+    if (trace_) trace_->Finish();
 }
 
 void RenderSession::MixRest(bool pageMayFinish) {

@@ -11,10 +11,12 @@
 #include "host/StationHost.h"
 #include "studio/Console.h"
 #include "studio/ConsoleHost.h"
+#include "studio/FailureLines.h"
 #include "studio/PageSpeaker.h"
 #include "studio/Recorder.h"
 #include "studio/Render.h"
 #include "studio/ShowProgress.h"
+#include "studio/ShowSummary.h"
 #include "studio/TraceWriter.h"
 #include "studio/Transcript.h"
 
@@ -40,6 +42,11 @@ class RenderSession {
     void Begin();
     bool IsOver();
     void Stop();
+    void ObserveShow();
+    /// Of a page that stays silent.
+    void TellSilentPage(const std::string& why);
+    /// The last lines.
+    void Report();
     /// After the show: the rest of a sentence of a page, and the ramps of the last sounds.
     void MixRest(bool pageMayFinish);
 
@@ -54,6 +61,8 @@ class RenderSession {
     Transcript transcript_;
     std::unique_ptr<TraceWriter> trace_;
     ShowProgress progress_;
+    ShowSummary summary_;
+    FailureLines failureLines_;
     Thread limit_;  ///< stops the show when its time is over
     bool begun_ = false;
     bool stopped_ = false;

@@ -11,6 +11,7 @@ namespace sorakaze::studio {
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongCall = 2;
+inline constexpr int kTracksFailed = 4;  ///< the show ran, but more than half of its tracks did not play
 
 /// Ends the program with one line that says what went wrong and what to do.
 class StudioError : public std::runtime_error {

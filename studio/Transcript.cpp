@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "host/FailureText.h"
+
 namespace sorakaze::studio {
 namespace {
 
@@ -49,7 +51,7 @@ std::string Transcript::Describe(const ShowEvent& event) const {
         case Kind::Ended:
             return "< track " + field("number") + " ended at " + field("position");
         case Kind::Failed:
-            return "! " + (field("path").empty() ? field("what") : field("path")) + ": " + field("why");
+            return "! " + FailureText(event, station_);
         case Kind::End:
             return "=== end of the show ===";
         case Kind::Level:

@@ -12,6 +12,8 @@ namespace {
 
 Runtime* current = nullptr;
 
+constexpr const char* kUnexpected = "The system refused something, and what was under way could not go on.";
+
 }  // namespace
 
 Runtime::Runtime(Options options, Host& host)
@@ -70,19 +72,26 @@ void Runtime::ReportUncaught(std::exception_ptr exception) {
     try {
         std::rethrow_exception(std::move(exception));
     } catch (const RuntimeException& error) {
-        ShowMessage(String(error.ClassName()) + ": " + error.Message());
+        ShowMessage(String(error.ClassName()) + ": " + error.Message(), error.Meaning());
     } catch (const std::exception& error) {
-        ShowMessage(String("Exception: ") + error.what());
+        ShowMessage(String("Exception: ") + error.what(), kUnexpected);
     } catch (...) {
-        ShowMessage("Exception");
+        ShowMessage("Exception", kUnexpected);
     }
 }
 
-void Runtime::ShowMessage(const String& text) {
+void Runtime::ShowMessage(const String& text, const String& details) {
     AssertBaton();
-    if (onMessage) onMessage(text);
+    Message message{text, details};
+    if (onMessage) onMessage(message);
+    if (answerAfter_) {
+        const auto isAnswered = host_.LeaveMessage(message);
+        const auto end = clock_->Tick() + static_cast<TickCount>(*answerAfter_ * kTicksPerSecond);
+        scheduler_->WaitWhile([&] { return !isAnswered() && clock_->Tick() < end; });
+        return;
+    }
     scheduler_->Block(Blocking::ClockStopped,
-                      [&](std::stop_token cancelled) { host_.ShowMessage(text, std::move(cancelled)); });
+                      [&](std::stop_token cancelled) { host_.ShowMessage(message, std::move(cancelled)); });
 }
 
 void AssertBaton() {

@@ -32,6 +32,12 @@ namespace sound {
 class MixingEngine;
 }
 
+struct Message {
+    String text;
+    /// For whoever wants to know more: why, and where. Lines; may be empty.
+    String details;
+};
+
 /// What a host supplies.
 class Host {
   public:
@@ -39,7 +45,10 @@ class Host {
 
     /// Shows a message with one button. Returns when the user has answered, or when `cancelled` is requested
     /// because the calling thread was killed. Called without the baton.
-    virtual void ShowMessage(const String& text, std::stop_token cancelled) = 0;
+    virtual void ShowMessage(const Message& message, std::stop_token cancelled) = 0;
+    /// Shows a message that may stay unanswered, and returns at once. The result tells, from then on, whether
+    /// the user has answered; it is called with the baton. Called with the baton.
+    virtual std::function<bool()> LeaveMessage(const Message& message) = 0;
 };
 
 class Runtime {
@@ -99,11 +108,15 @@ class Runtime {
     /// same seed.
     std::uint64_t ShowSeed() const { return std::uint64_t{seed_} << 32 | shows_; }
 
-    /// Shows the user an exception that left a thread or an event handler, with its class and message.
+    /// Shows the user an exception that left a thread or an event handler, with its class and message, and
+    /// what it means.
     void ReportUncaught(std::exception_ptr exception);
-    void ShowMessage(const String& text);
-    /// Called with the baton before a message is shown. May be empty.
-    std::function<void(const String&)> onMessage;
+    void ShowMessage(const String& text, const String& details = {});
+    /// Called with the baton before a message is shown; may add to its details. May be empty.
+    std::function<void(Message&)> onMessage;
+    /// From now on a message that nobody answers stays on the screen, and whoever waits for it goes on after
+    /// that time. Empty: whoever waits goes on waiting.
+    void AnswerMessagesAfter(std::optional<double> seconds) { answerAfter_ = seconds; }
 
   private:
     Host& host_;
@@ -114,6 +127,7 @@ class Runtime {
     const std::uint32_t seed_;
     std::mt19937 seeds_;
     std::uint32_t shows_ = 0;
+    std::optional<double> answerAfter_;  ///< for the baton's holder
     ScriptTable scripts_;
     std::unique_ptr<Scheduler> scheduler_;
     std::unique_ptr<EventLoop> events_;

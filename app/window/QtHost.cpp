@@ -28,33 +28,29 @@ struct Question {
         }
         changed.notify_all();
     }
+    bool IsAnswered() {
+        const std::lock_guard lock(mutex);
+        return answered;
+    }
 };
-
-QMessageBox* MakeBox(const QString& text, QWidget* parent) {
-    auto* box = new QMessageBox(QMessageBox::Information, "Sorakaze", text, QMessageBox::Ok, parent);
-    box->setTextFormat(Qt::PlainText);
-    box->setObjectName("message");
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    return box;
-}
 
 }  // namespace
 
-void QtHost::ShowMessage(const String& text, std::stop_token cancelled) {
+void QtHost::ShowMessage(const Message& message, std::stop_token cancelled) {
     if (closing_.stop_requested()) return;
     if (QThread::currentThread() == thread()) {
-        ShowModal(ToQt(text));
+        ShowModal(message);
         return;
     }
     const auto question = std::make_shared<Question>();
     QMetaObject::invokeMethod(
         this,
-        [this, question, message = ToQt(text), cancelled] {
+        [this, question, message, cancelled] {
             if (cancelled.stop_requested()) {
                 question->Answer();
                 return;
             }
-            QMessageBox* box = MakeBox(message, parent_);
+            QMessageBox* box = MakeMessageBox(message, parent_);
             box->setModal(false);
             connect(box, &QObject::destroyed, this, [question] { question->Answer(); });
             // The thread may be killed before anybody answers.
@@ -75,19 +71,34 @@ void QtHost::ShowMessage(const String& text, std::stop_token cancelled) {
     question->changed.wait(lock, [&question] { return question->answered; });
 }
 
-void QtHost::ShowModal(const QString& text) {
-    QMessageBox box(QMessageBox::Information, "Sorakaze", text, QMessageBox::Ok, parent_);
-    box.setTextFormat(Qt::PlainText);
-    box.setObjectName("message");
-    QDialog* const outer = std::exchange(modal_, &box);
-    box.exec();
+std::function<bool()> QtHost::LeaveMessage(const Message& message) {
+    const auto question = std::make_shared<Question>();
+    QMetaObject::invokeMethod(
+        this,
+        [this, question, message] {
+            if (!closing_.stop_requested()) left_.Show(message, [question] { question->Answer(); });
+        },
+        Qt::QueuedConnection);
+    return [question] { return question->IsAnswered(); };
+}
+
+void QtHost::ShowModal(const Message& message) {
+    const QPointer<QMessageBox> box(MakeMessageBox(message, parent_));
+    QDialog* const outer = std::exchange(modal_, box);
+    box->exec();
     modal_ = outer;
+}
+
+void QtHost::SetParent(QWidget* parent) {
+    parent_ = parent;
+    left_.SetWindow(parent);
 }
 
 void QtHost::Close() {
     Q_ASSERT(QThread::currentThread() == thread());
     closing_.request_stop();
     if (modal_) modal_->reject();
+    left_.Close();
 }
 
 }  // namespace sorakaze::window

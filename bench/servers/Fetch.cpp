@@ -20,7 +20,10 @@ namespace {
 constexpr int kFailed = 1, kWrongCall = 2, kTimedOut = 3;
 
 struct Console : Host {
-    void ShowMessage(const String& text, std::stop_token) override { std::cerr << text << '\n'; }
+    void ShowMessage(const Message& message, std::stop_token) override { std::cerr << message.text << '\n'; }
+    std::function<bool()> LeaveMessage(const Message&) override {
+        return [] { return true; };
+    }
 };
 
 struct Task {

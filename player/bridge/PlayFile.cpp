@@ -3,6 +3,7 @@
 #include "player/bridge/PlayFile.h"
 
 #include "app/runtime/Runtime.h"
+#include "show/FailedBox.h"
 #include "show/LevelEvent.h"
 
 namespace sorakaze {
@@ -17,14 +18,20 @@ void PlayFile(const FolderItemRef& appFolder, const String& argument, Random& ra
               TellShow tell) {
     FolderItemRef item = GetFolderItem(NotNil(appFolder)->ShellPath() + "/" + argument, kShellPath);
     if (!item || !item->Exists()) {
-        MsgBox(String("指定したサウンドファイル") + argument + "が存在しません");
+        TellFailedBox(tell, String("指定したサウンドファイル") + argument + "が存在しません", "sound",
+                      item ? item->Path().string() : "", "there is no such file");
         return;
     }
     // Kept behaviours 38 and 39.
-    if (item->Directory()) item = NotNil(item->Item(random.InRange(1, item->Count())));
-    soundData = item->OpenAsSound();  // kept behaviour 40
+    if (item->Directory()) {
+        item = item->Item(random.InRange(1, item->Count()));
+        if (!item) throw NilObjectException("The folder " + argument.Bytes() + " is empty.");
+    }
+    std::string why;
+    soundData = item->OpenAsSound(sound::Bus::Effects, &why);  // kept behaviour 40
     if (!soundData) {
-        MsgBox(String("指定したファイル") + argument + "をサウンドとして読み込めませんでした");
+        TellFailedBox(tell, String("指定したファイル") + argument + "をサウンドとして読み込めませんでした",
+                      "sound", item->Path().string(), why);
         return;
     }
     soundData->SetVolume(kEffectVolume);

@@ -88,7 +88,11 @@ TEST(Interpreter, SoundsThatAreMissingOrNone) {
     const std::string gone = "指定したサウンドファイルSounds/gone.wavが存在しません";
     EXPECT_THAT(show.host.Messages(),
                 ElementsAre(gone, "指定したファイルSoundsをサウンドとして読み込めませんでした", gone,
-                            "NilObjectException: An empty reference was used."));
+                            "NilObjectException: The folder Sounds is empty."));
+    EXPECT_EQ(show.host.Details().front(),
+              (show.folder / "Sounds/gone.wav").string() + ": there is no such file\nShow.txt, line 1");
+    EXPECT_THAT(show.host.Details().back(), testing::EndsWith("\nShow.txt, line 2"));
+    EXPECT_EQ(show.trace.All("failed ").size(), 4u) << "each box is told of once";
 }
 
 TEST(Interpreter, SpeechThatFailsSaysSo) {
@@ -100,7 +104,7 @@ TEST(Interpreter, SpeechThatFailsSaysSo) {
     std::filesystem::permissions(say, std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
     const auto file = show.runtime.TemporaryFolder() / "temp0.aiff";
     std::vector<std::string> files;
-    show.runtime.onMessage = [&](const String&) { files.push_back(test::ReadBytes(file)); };
+    show.runtime.onMessage = [&](const Message&) { files.push_back(test::ReadBytes(file)); };
     RunOpening(show);
     EXPECT_THAT(show.host.Messages(),
                 ElementsAre("読み上げ結果のファイルをサウンドとして読み込めませんでした",

@@ -70,7 +70,7 @@ TEST(KeptBehaviour, OneWordIsNoVoiceAndAKilledLineLeavesItsFile) {
     std::filesystem::permissions(say, std::filesystem::perms::owner_all | std::filesystem::perms::others_all);
     const auto file = show.runtime.TemporaryFolder() / "temp0.aiff";
     show.host.hold = true;
-    show.runtime.onMessage = [&](const String&) {
+    show.runtime.onMessage = [&](const Message&) {
         show.runtime.Events().Post([&] { show.window.programStart.Push(); });
     };
     show.window.programStart.Push();

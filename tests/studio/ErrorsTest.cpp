@@ -77,6 +77,77 @@ TEST_F(Errors, BadProgramFiles) {
     }
 }
 
+/// The lines of a text that hold `part`.
+std::size_t LinesWith(const std::string& text, const std::string& part) {
+    std::istringstream in(text);
+    std::size_t count = 0;
+    for (std::string line; std::getline(in, line);) count += line.find(part) != std::string::npos ? 1 : 0;
+    return count;
+}
+
+TEST_F(Errors, EveryTrackThatCannotBePlayedIsToldOnceAndCounted) {
+    const std::string sound = ReadBytes(station.WriteTone("Music/good.mp3", 440, 0.4, 1));
+    const struct {
+        const char* name;
+        std::string bytes;
+        const char* why;
+    } files[] = {
+        {"text.mp3", "this is no sound", "it holds no sound that can be played"},
+        {"empty.flac", "", "it is empty"},
+        {"cut.mp3", sound.substr(0, 30), "it holds no sound that can be played"},
+        {"gone.ogg", "", "there is no such file"},
+        {"folder.wav", "", "it is a folder"},
+    };
+    std::string playlist = "a.wav\ngood.mp3\n";
+    for (const auto& [name, bytes, why] : files) {
+        const auto file = station.Write(std::string("Music/") + name, bytes);
+        if (name == std::string("folder.wav") || name == std::string("gone.ogg"))
+            std::filesystem::remove(file);
+        if (name == std::string("folder.wav")) std::filesystem::create_directory(file);
+        playlist += std::string(name) + "\n";
+    }
+    station.Write("Music/List.m3u", playlist);
+    station.Write("Programs/Show.txt", "mode: all\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n");
+    const auto outcome = station.Render("none", "--playlist List");
+    EXPECT_EQ(outcome.status, 4) << outcome.error;
+    for (const auto& [name, bytes, why] : files) {
+        const std::string line = std::string("Music/") + name + ": " + why;
+        EXPECT_EQ(LinesWith(outcome.error, line), 1u) << line << "\n" << outcome.error;
+        EXPECT_EQ(LinesWith(outcome.out, "! " + line), 1u) << line << "\n" << outcome.out;
+    }
+    EXPECT_EQ(station.Traced("failed", "which"), std::vector<std::string>(5, "track"));
+    EXPECT_LT(std::stod(station.Traced("failed", "ticks")[1]),
+              std::stod(station.Traced("track", "ticks")[1]) + 90)
+        << "known before its turn";
+    EXPECT_EQ(LinesWith(outcome.out, "7 tracks, 5 could not be played: text.mp3 (it holds no sound"), 1u)
+        << outcome.out;
+    EXPECT_NE(outcome.error.find("More than half of the tracks could not be played: 5 of 7.\n"),
+              std::string::npos);
+
+    station.Write("Music/List.m3u", "gone.ogg\n");
+    EXPECT_EQ(station.Render("none", "--playlist List --quiet").status, 4);
+}
+
+TEST_F(Errors, AMessageNamesItsLineAndIsAnsweredAfterItsTime) {
+    station.Write("Programs/Show.txt",
+                  "mode: songs 0\n# a comment\npersonality: Nobody X\nopening: 0, say hi\n"
+                  "opening: 0, say Rock `n Roll\n");
+    const auto check = [&](double leastTicks, double mostTicks) {
+        const auto outcome = station.Render("none");
+        EXPECT_EQ(LinesWith(outcome.error, "say: no voice is called \"Nobody\""), 1u) << outcome.error;
+        EXPECT_EQ(LinesWith(outcome.error, "(Show.txt, line 4)"), 1u) << outcome.error;
+        EXPECT_EQ(LinesWith(outcome.error, "backquote substitution (Show.txt, line 5)"), 1u) << outcome.error;
+        EXPECT_EQ(LinesWith(outcome.out, "; 2 other failures"), 1u) << outcome.out;
+        EXPECT_EQ(station.Traced("failed", "line"), (std::vector<std::string>{"4", "5"}));
+        const double end = std::stod(station.Traced("end", "ticks").at(0));
+        EXPECT_TRUE(end >= leastTicks && end < mostTicks) << end;
+    };
+    check(0, 100);
+    station.Write("Sorakaze.app/Contents/Resources/deployment.json",
+                  R"({"encyclopaediaEnglish": "", "loudness": "off", "answerMessagesAfter": 20})");
+    check(2 * 20 * 60, 2 * 20 * 60 + 100);
+}
+
 TEST_F(Errors, AFullDiskIsSaidAndLosesNothing) {
     station.WriteTone("Music/a.wav", 440, 0.4, 200);
     station.Write("Programs/Show.txt", "mode: songs 1\nopening: 0, wait 1\nintro: 0, play [[iTunes]]\n");

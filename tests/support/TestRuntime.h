@@ -51,9 +51,10 @@ inline std::string ReadBytes(const std::filesystem::path& file) {
 /// Answers messages at once, or with `hold` set only when they are cancelled.
 class TestHost : public Host {
   public:
-    void ShowMessage(const String& text, std::stop_token cancelled) override {
+    void ShowMessage(const Message& message, std::stop_token cancelled) override {
         const std::lock_guard lock(mutex_);
-        messages_.push_back(text.Bytes());
+        messages_.push_back(message.text.Bytes());
+        details_.push_back(message.details.Bytes());
         if (hold) {
             std::mutex gate;
             std::condition_variable_any answered;
@@ -61,9 +62,20 @@ class TestHost : public Host {
             answered.wait(held, cancelled, [] { return false; });
         }
     }
+    /// With `hold` set nobody answers.
+    std::function<bool()> LeaveMessage(const Message& message) override {
+        const std::lock_guard lock(mutex_);
+        messages_.push_back(message.text.Bytes());
+        details_.push_back(message.details.Bytes());
+        return [this] { return !hold; };
+    }
     std::vector<std::string> Messages() {
         const std::lock_guard lock(mutex_);
         return messages_;
+    }
+    std::vector<std::string> Details() {
+        const std::lock_guard lock(mutex_);
+        return details_;
     }
 
     std::atomic<bool> hold{false};
@@ -71,6 +83,7 @@ class TestHost : public Host {
   private:
     std::mutex mutex_;
     std::vector<std::string> messages_;
+    std::vector<std::string> details_;
 };
 
 struct TestRuntime {

@@ -8,6 +8,7 @@
 #include <QDialog>
 #include <QFontDatabase>
 #include <QHelpEvent>
+#include <QMessageBox>
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
@@ -132,6 +133,34 @@ TEST(Window, AMessageOfAShowThreadStopsThatThreadAlone) {
     // The window goes on working: a stop ends the show, and the question goes with its thread.
     desktop.Then([&] { desktop.Press(); });
     desktop.Await([&] { return desktop.button.text() == "再生" && !(box() && box()->isVisible()); });
+    desktop.Run();
+}
+
+TEST(Window, AMessageThatNobodyAnswersStaysReadableWhileTheShowGoesOn) {
+    TestDesktop desktop(
+        "mode: songs 1\nopening: 0, play Sounds/<b>1\nopening: 0, play Sounds/2\nopening: 0, wait 60\n");
+    desktop.runtime.AnswerMessagesAfter(0.1);
+    const auto box = [&] { return desktop.view.findChild<QMessageBox*>("message"); };
+    const auto list = [&] { return desktop.view.findChild<QDialog*>("leftMessages"); };
+    desktop.Then([&] { desktop.Press(); });
+    desktop.Await([&] { return box() && box()->text().contains("Sounds/2"); });
+    desktop.Then([&] {
+        EXPECT_TRUE(box()->isVisible());
+        EXPECT_TRUE(box()->informativeText().contains("Show.txt, line 3<"))
+            << box()->informativeText().toStdString();
+        EXPECT_TRUE(desktop.view.toolTip().contains("there is no such file"));
+        EXPECT_FALSE(desktop.view.toolTip().contains("<b>"));
+        desktop.view.actions().front()->trigger();
+    });
+    desktop.Await([&] { return list() && !box(); });
+    desktop.Then([&] {
+        const QString text = list()->findChild<QPlainTextEdit*>()->toPlainText();
+        EXPECT_TRUE(text.contains("Sounds/<b>1") && text.contains("Sounds/2")) << text.toStdString();
+        EXPECT_EQ(desktop.view.toolTip(), "");
+        EXPECT_FALSE(desktop.view.actions().front()->isEnabled());
+        desktop.Press();
+    });
+    desktop.Await([&] { return desktop.button.text() == "再生"; });
     desktop.Run();
 }
 
