@@ -45,7 +45,7 @@ constexpr unsigned kMostThreads = 4;
 class Player {
   public:
     Player(int socket, void* ring, std::uint32_t capacity, bool fast)
-        : socket_(socket), ring_(ring, capacity), half_(capacity / 2), fast_(fast) {}
+        : socket_(socket), ring_(ring, capacity), ahead_(sound::FramesAhead(capacity, fast)), fast_(fast) {}
 
     PlayAnswer Open(FileDescriptor file, const sound::JobRequest& request) {
         const unsigned helpers =
@@ -65,8 +65,8 @@ class Player {
     void Play() {
         answered_ = true;
         while (!over_) {
-            if (ring_.Free() >= half_) {
-                while (!over_ && ring_.Free() > 0) Decode(kStretch);
+            if (NeedsFrames()) {
+                while (!over_ && Room() > 0) Decode(std::min(Room(), kStretch));
             } else if (!AwaitRoom()) {
                 return;
             }
@@ -74,6 +74,10 @@ class Player {
     }
 
   private:
+    /// What is measured is decoded at once, whatever the mix needs. In frames.
+    std::size_t Room() const { return measurer_ ? ring_.Free() : ahead_ - std::min(ahead_, ring_.Filled()); }
+    bool NeedsFrames() const { return ring_.Filled() <= ahead_ / 2 || (measurer_ && ring_.Free() > 0); }
+
     void Decode(std::size_t most) {
         LimitProcessorTime(kStretchTime);
         const auto room = ring_.Writable();
@@ -100,10 +104,10 @@ class Player {
         ::send(socket_, &word, 1, MSG_DONTWAIT | MSG_NOSIGNAL);
     }
 
-    /// Sleeps until the ring may be half empty. False when the application has closed the socket.
+    /// Sleeps until half of the frames ahead may be read. False when the application has closed the socket.
     bool AwaitRoom() {
         ring_.AnnounceSleep();
-        if (ring_.Free() >= half_) return true;
+        if (NeedsFrames()) return true;
         pollfd socket{socket_, POLLIN, 0};
         ::poll(&socket, 1, begun_ && !fast_ ? MillisecondsToHalf() : -1);
         char word = 0;
@@ -115,14 +119,14 @@ class Player {
     /// polled.
     int MillisecondsToHalf() {
         constexpr std::size_t kLeast = 5, kWhenStill = 500;
-        const std::size_t above = half_ - ring_.Free();
+        const std::size_t above = ring_.Filled() - std::min(ring_.Filled(), ahead_ / 2);
         const std::size_t more = above == std::exchange(lastAbove_, above) ? kWhenStill : 0;
         return static_cast<int>(std::max(above * 1000 / kSampleRate, kLeast) + more);
     }
 
     const int socket_;
     sound::RingWriter ring_;
-    const std::size_t half_;  ///< of its capacity
+    const std::size_t ahead_;  ///< frames
     const bool fast_;
     std::optional<SoundReader> sound_;
     std::optional<sound::Measurer> measurer_;  ///< while there is something to measure

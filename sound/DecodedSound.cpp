@@ -51,7 +51,7 @@ DecodedSound::DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, 
       socket_(std::move(socket)),
       length_(length),
       stallTimeout_(stallTimeout),
-      ring_(memory_->Address(), memory_->Capacity()) {
+      ring_(memory_->Address(), memory_->Capacity(), FramesAhead(memory_->Capacity(), origin_.isFast)) {
     memory_->CloseDescriptor();
 }
 

@@ -57,6 +57,7 @@ class DecodedSound {
         FileIdentity identity;
         DecoderProcess::JobId job;
         Frames measured{};  ///< so many first frames are measured
+        bool isFast = false;
     };
 
     DecodedSound(Origin origin, std::unique_ptr<SharedMemory> memory, FileDescriptor socket,
@@ -79,8 +80,9 @@ class DecodedSound {
     // --- the mixing thread ---
 
     RingReader& Ring() { return ring_; }
-    /// Not for a device's thread: sleeps until there are `frames` frames to read, at most half of the ring's
-    /// capacity, or no more will come, because the sound is over or its decoder has ended or stalled.
+    /// Not for a device's thread: sleeps until there are `frames` frames to read, at most half of the
+    /// ring's frames ahead, or no more will come, because the sound is over or its decoder has ended or
+    /// stalled.
     void WaitForFrames(std::size_t frames = 1);
     /// After frames were consumed: wakes the decoder if it waits for room. Not for a device's thread.
     void WakeDecoder();

@@ -156,9 +156,10 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
     if (!file) return nullptr;
     try {
         const auto inRing = static_cast<std::uint32_t>(std::min(measured, kMostMeasuredInRing).count);
-        const std::uint32_t usual = pace == Pace::Fast ? kFastRingCapacity : kRingCapacity;
+        const bool isFast = pace == Pace::Fast;
+        const std::uint32_t usual = isFast ? kFastRingCapacity : kRingCapacity;
         auto memory = std::make_unique<SharedMemory>(std::max(usual, std::bit_ceil(inRing + (1u << 16))));
-        DecoderProcess::Order order{.kind = pace == Pace::Fast ? JobKind::PlayFast : JobKind::Play};
+        DecoderProcess::Order order{.kind = isFast ? JobKind::PlayFast : JobKind::Play};
         order.ring = {memory->Descriptor(), memory->Capacity()};
         order.options = options;
         order.limit = {inRing};
@@ -180,7 +181,7 @@ std::unique_ptr<DecodedSound> Decoders::Open(const std::filesystem::path& path, 
             return nullptr;
         }
         return std::make_unique<DecodedSound>(
-            DecodedSound::Origin{path, IdentityOf(*file), job.name, order.limit}, std::move(memory),
+            DecodedSound::Origin{path, IdentityOf(*file), job.name, order.limit, isFast}, std::move(memory),
             std::move(job.socket), ChecksOut(answer.length), impl_->stallTimeout);
     } catch (const std::system_error& error) {
         impl_->Note(path, IdentityOf(*file), {Failure::NotStarted, error.what()}, why);

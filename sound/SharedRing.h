@@ -28,6 +28,12 @@ inline constexpr std::uint32_t kSmallRingCapacity = 1u << 14;
 /// For a render: small enough for the processor's cache, and half of it holds what the desk looks ahead.
 inline constexpr std::uint32_t kFastRingCapacity = 1u << 17;
 
+/// How far ahead a decoder works once it has measured what it was asked to: a ring may have to hold that much
+/// more than the mix needs.
+constexpr std::uint32_t FramesAhead(std::uint32_t capacity, bool fast) {
+    return std::min(capacity, fast ? kFastRingCapacity : kRingCapacity);
+}
+
 /// What the memory begins with. All zero at first.
 struct RingHeader {
     alignas(64) std::atomic<std::uint64_t> written;  // frames; moved by the decoder
@@ -54,10 +60,10 @@ class RingWriter {
           header_(*static_cast<RingHeader*>(memory)),
           samples_(reinterpret_cast<float*>(static_cast<char*>(memory) + kRingSamplesOffset)) {}
 
-    std::size_t Free() const {
-        const std::uint64_t filled = written_ - header_.read.load();
-        return capacity_ - static_cast<std::size_t>(std::min<std::uint64_t>(filled, capacity_));
+    std::size_t Filled() const {
+        return static_cast<std::size_t>(std::min<std::uint64_t>(written_ - header_.read.load(), capacity_));
     }
+    std::size_t Free() const { return static_cast<std::size_t>(capacity_) - Filled(); }
     /// The room for frames that is free and lies in one piece.
     std::span<float> Writable() {
         const std::size_t begin = written_ % capacity_;
@@ -69,7 +75,7 @@ class RingWriter {
         written_ += frames;
         header_.written.store(written_);
         const std::uint32_t wanted = header_.waiting.load();
-        return wanted != 0 && capacity_ - Free() >= wanted && header_.waiting.exchange(0) != 0;
+        return wanted != 0 && Filled() >= wanted && header_.waiting.exchange(0) != 0;
     }
     /// What was measured of the frames; left out where it is too long. Once.
     void SetMeasurement(std::string_view packed) {
@@ -82,7 +88,7 @@ class RingWriter {
         header_.finished.store(1);
         return header_.waiting.exchange(0) != 0;
     }
-    /// Before waiting for room: from here on the reader wakes the decoder. Check Free once more afterwards.
+    /// Before waiting for room: from here on the reader wakes the decoder. Check Filled once more afterwards.
     void AnnounceSleep() { header_.sleeping.store(1); }
 
   private:
@@ -98,12 +104,14 @@ class RingReader {
     /// The most frames that Peek gives at once.
     static constexpr std::size_t kMostFrames = 512;
 
-    RingReader(void* memory, std::uint32_t capacity)
+    /// `ahead`: how many frames the decoder works ahead, see FramesAhead.
+    RingReader(void* memory, std::uint32_t capacity, std::uint32_t ahead)
         : capacity_(capacity),
+          ahead_(ahead),
           header_(*static_cast<RingHeader*>(memory)),
           samples_(reinterpret_cast<const float*>(static_cast<const char*>(memory) + kRingSamplesOffset)) {}
 
-    std::size_t Capacity() const { return capacity_; }  ///< frames
+    std::size_t Ahead() const { return ahead_; }  ///< frames
     /// Frames that can be read; more may come at any time.
     std::size_t Filled() {
         const std::uint64_t written = header_.written.load();
@@ -138,15 +146,15 @@ class RingReader {
         header_.read.store(read_, std::memory_order_release);
     }
 
-    /// True, once, when half of the ring is free and the decoder waits to be woken.
+    /// True, once, when half of the frames ahead are read and the decoder waits to be woken.
     bool TakeWakeRequest() {
-        return Filled() <= capacity_ / 2 && !IsFinished() &&
+        return Filled() <= ahead_ / 2 && !IsFinished() &&
                header_.sleeping.load(std::memory_order_relaxed) != 0 && header_.sleeping.exchange(0) != 0;
     }
-    /// Before waiting for `frames` frames, at most half of the capacity: the decoder wakes the reader when
+    /// Before waiting for `frames` frames, at most half of those ahead: the decoder wakes the reader when
     /// there are enough for both sides to work for a while. Check Filled and IsFinished once more afterwards.
     void AnnounceWait(std::size_t frames) {
-        header_.waiting.store(static_cast<std::uint32_t>(std::max<std::size_t>(frames, capacity_ / 4)));
+        header_.waiting.store(static_cast<std::uint32_t>(std::max<std::size_t>(frames, ahead_ / 4)));
     }
 
     // --- any thread ---
@@ -166,6 +174,7 @@ class RingReader {
 
   private:
     const std::uint64_t capacity_;
+    const std::size_t ahead_;
     RingHeader& header_;
     const float* const samples_;
     std::uint64_t read_ = 0;

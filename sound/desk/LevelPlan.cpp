@@ -14,8 +14,9 @@ using Seconds = std::span<const Measurement::Second>;
 // All in dB, dBFS, LU or LUFS.
 
 constexpr double kMostGain = 12, kLeastGain = -40;
-/// Peaks may be raised to so much above the ceiling of -1, which the limiter takes.
-constexpr double kRaisedPeak = -1 + 2;
+/// Peaks may be raised to so much above the ceiling of -1, which the output takes back: 2 dB its limiter, the
+/// rest its slow gain. With less room, music of high peaks stays several dB behind the rest of the show.
+constexpr double kRaisedPeak = -1 + 2 + 3;
 constexpr double kMostGainFromTags = 6;
 constexpr double kQuietestTagged = -60, kLoudestTagged = 0;
 

@@ -17,9 +17,9 @@ void Lookahead::Follow(DecodedSound& sound, Frames position, MixingMode mode) {
     } else {
         begin_ = static_cast<int>(passed);
     }
-    // A decoder sleeps while its ring is more than half full.
+    // A decoder sleeps while more than half of its frames ahead are there.
     const std::size_t within = static_cast<std::size_t>(position.count - origin_) % kDeskStep;
-    const auto most = static_cast<int>((ring.Capacity() / 2 - within) / kDeskStep);
+    const auto most = static_cast<int>((ring.Ahead() / 2 - within) / kDeskStep);
     const int wanted = begin_ + std::min(kSteps, most);
     const auto offset = [&] {
         return static_cast<std::size_t>(origin_ + std::int64_t{end_} * kDeskStep - position.count);

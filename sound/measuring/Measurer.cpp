@@ -3,8 +3,9 @@
 #include "sound/measuring/Measurer.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <iterator>
+#include <cstdint>
 
 #include "sound/SaneSample.h"
 
@@ -16,6 +17,9 @@ constexpr Frames kSecond{kSampleRate};
 constexpr Frames kStretch{kSampleRate / 10};
 constexpr std::size_t kStretchSamples = kStretch.count * kChannels;
 static_assert(kStretch.count % SpeechBand::kGroup == 0 && kSecond.count % kStretch.count == 0);
+constexpr std::size_t kStepsPerSecond = kSecond.count / LoudnessSteps::kStep.count;
+constexpr std::size_t kNoBound = static_cast<std::size_t>(-1);
+constexpr float kLoudest = 40;  // LUFS; the most that sane samples can be is less
 /// The shortest sound that has a loudness; a shorter one is followed by silence.
 constexpr Frames kShortest{kSampleRate * 4 / 10};
 /// Stretches so much below the mean are pauses, in decibels.
@@ -37,40 +41,71 @@ double MeanAbove(std::span<const float> powers, double least) {
     return count > 0 ? sum / static_cast<double>(count) : 0;
 }
 
+float InDecibels(float amplitude) {
+    return std::max(kSilentLoudness, 20 * std::log10(amplitude));
+}
+
+/// Compared as integers, which order as the floats do and which compilers make vectors of.
+float LargestOf(std::span<const float> samples) {
+    std::int32_t largest = 0;
+    for (const float sample : samples)
+        largest = std::max(largest, std::bit_cast<std::int32_t>(std::fabs(sample)));
+    return std::bit_cast<float>(largest);
+}
+
 }  // namespace
 
-Measurer::Measurer(Frames limit) : limit_(std::min(limit, kLongestMeasurement)) {
-    stretch_.reserve(kStretchSamples);
-}
+Measurer::Measurer(Frames limit) : limit_(std::min(limit, kLongestMeasurement)), stretch_(kStretchSamples) {}
 
 void Measurer::Add(std::span<const float> interleaved) {
     while (!interleaved.empty() && !IsFull()) {
         const auto most = static_cast<std::size_t>((limit_ - measured_.length).count) * kChannels;
-        const auto taken =
-            interleaved.first(std::min({interleaved.size(), kStretchSamples - stretch_.size(), most}));
-        std::transform(taken.begin(), taken.end(), std::back_inserter(stretch_), SaneSample);
+        const auto taken = interleaved.first(std::min({interleaved.size(), kStretchSamples - filled_, most}));
+        float* const to = &stretch_[filled_];
+        for (std::size_t i = 0; i < taken.size(); ++i) to[i] = SaneSample(taken[i]);
+        filled_ += taken.size();
         measured_.length.count += static_cast<std::int64_t>(taken.size() / kChannels);
-        if (stretch_.size() == kStretchSamples) MeasureStretch();
+        if (filled_ == kStretchSamples) MeasureStretch();
         interleaved = interleaved.subspan(taken.size());
     }
     cut_ = cut_ || !interleaved.empty();
 }
 
 void Measurer::MeasureStretch() {
-    meter_.Add(stretch_);
+    const auto stretch = std::span<const float>(stretch_).first(filled_);
+    weighed_.Add(stretch);
+    peak_ = std::max(peak_, LargestOf(stretch));
     const auto isLoud = [](float sample) { return std::fabs(sample) > kSilentSample; };
-    const auto silent = std::find_if(stretch_.rbegin(), stretch_.rend(), isLoud) - stretch_.rbegin();
-    if (silent < std::ssize(stretch_)) measured_.audible = measured_.length - Frames{silent / kChannels};
+    const auto silent = std::find_if(stretch.rbegin(), stretch.rend(), isLoud) - stretch.rbegin();
+    if (silent < std::ssize(stretch)) measured_.audible = measured_.length - Frames{silent / kChannels};
     constexpr std::size_t kGroupSamples = SpeechBand::kGroup * kChannels;
-    const std::size_t groups = stretch_.size() / kGroupSamples;
-    const double energy = speechBand_.Energy(std::span(stretch_).first(groups * kGroupSamples));
+    const std::size_t groups = stretch.size() / kGroupSamples;
+    const double energy = speechBand_.Energy(stretch.first(groups * kGroupSamples));
     if (groups > 0) powers_.push_back(static_cast<float>(energy / static_cast<double>(groups)));
-    stretch_.clear();
-    if (measured_.length.count % kSecond.count == 0) EndSecond(kSecond);
+    filled_ = 0;
+    if (measured_.length.count % kSecond.count == 0) peaks_.push_back(InDecibels(peak_));
+    TakeSteps(kNoBound);
 }
 
-void Measurer::EndSecond(Frames length) {
-    measured_.seconds.push_back({meter_.Last(length), meter_.Integrated(), meter_.Peak()});
+/// Up to `most` steps in all count as part of the sound.
+void Measurer::TakeSteps(std::size_t most) {
+    for (const float step : weighed_.Take()) {
+        second_ += double{step};
+        if (++steps_ <= most) part_.Add(step);
+        if (steps_ % kStepsPerSecond == 0) EndSecond();
+    }
+}
+
+/// The last one may be shorter.
+void Measurer::EndSecond() {
+    const Frames begun{std::ssize(measured_.seconds) * kSampleRate};
+    const Frames length = std::min(kSecond, std::max(measured_.length, kShortest) - begun);
+    const double power =
+        second_ * static_cast<double>(LoudnessSteps::kStep.count) / static_cast<double>(length.count);
+    const auto loudness = static_cast<float>(LoudnessSteps::LoudnessOf(power));
+    const float peak = peaks_[measured_.seconds.size()];
+    measured_.seconds.push_back({std::clamp(loudness, kSilentLoudness, kLoudest), part_.Integrated(), peak});
+    second_ = 0;
 }
 
 float Measurer::LouderStretches() const {
@@ -81,15 +116,15 @@ float Measurer::LouderStretches() const {
 }
 
 Measurement Measurer::Finish(bool isOver) {
-    const Frames rest{measured_.length.count % kSecond.count};
-    if (!stretch_.empty()) MeasureStretch();
-    if (rest.count > 0 && measured_.length < kShortest) {
-        stretch_.assign(static_cast<std::size_t>((kShortest - measured_.length).count) * kChannels, 0.0f);
-        meter_.Add(stretch_);
-        EndSecond(kShortest);
-    } else if (rest.count > 0) {
-        EndSecond(rest);
+    if (filled_ > 0) MeasureStretch();
+    if (measured_.length.count % kSecond.count > 0) peaks_.push_back(InDecibels(peak_));
+    if (measured_.length < kShortest) {
+        const Frames more = kShortest - measured_.length;
+        weighed_.Add(std::vector<float>(static_cast<std::size_t>(more.count) * kChannels));
     }
+    weighed_.Finish();
+    TakeSteps(static_cast<std::size_t>(weighed_.Length().count / LoudnessSteps::kStep.count));
+    if (measured_.seconds.size() < peaks_.size()) EndSecond();
     if (measured_.audible.count == 0) measured_.seconds.clear();
     measured_.speechBand = LouderStretches();
     measured_.isWhole = isOver && !cut_;

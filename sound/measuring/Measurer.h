@@ -9,7 +9,8 @@
 
 #include "sound/Measurement.h"
 #include "sound/SpeechBand.h"
-#include "sound/measuring/LoudnessMeter.h"
+#include "sound/measuring/GatedLoudness.h"
+#include "sound/measuring/LoudnessSteps.h"
 
 namespace sorakaze::sound {
 
@@ -27,16 +28,23 @@ class Measurer {
 
   private:
     void MeasureStretch();
-    void EndSecond(Frames length);
+    void TakeSteps(std::size_t most);
+    void EndSecond();
     float LouderStretches() const;
 
     const Frames limit_;
     bool cut_ = false;  ///< frames beyond the limit were added
-    LoudnessMeter meter_;
+    LoudnessSteps weighed_;
+    GatedLoudness part_;  ///< from the beginning to the last step
+    std::size_t steps_ = 0;
+    double second_ = 0;  ///< sum of the powers of the last second's steps
     SpeechBand speechBand_;
-    std::vector<float> stretch_;  ///< frames that aren't measured yet
+    std::vector<float> stretch_;  ///< its first samples aren't measured yet
+    std::size_t filled_ = 0;      ///< so many
     std::vector<float> powers_;   ///< of the stretches so far, in the band of speech
-    Measurement measured_;        ///< its length counts the frames in stretch_
+    float peak_ = 0;
+    std::vector<float> peaks_;  ///< up to the end of each second
+    Measurement measured_;      ///< its length counts the samples in stretch_
 };
 
 }  // namespace sorakaze::sound

@@ -70,8 +70,8 @@ TEST(LevelPlan, GainIsThatOfThePartWithinItsBounds) {
                  {"more than there is", steps, kWhole, -5.6},
                  {"as loud as masters get", Sound(Level(60, -6)), kWhole, -10},
                  {"a quiet master", Sound(Level(60, -30)), kWhole, 12},
-                 {"quiet with high peaks", Sound(Level(60, -24), 20), kWhole, 5},
-                 {"with peaks that are too high already", Sound(Level(60, -20), 22), kWhole, 0},
+                 {"quiet with high peaks", Sound(Level(60, -24), 23), kWhole, 5},
+                 {"with peaks that are too high already", Sound(Level(60, -20), 25), kWhole, 0},
                  {"loud with high peaks", Sound(Level(60, -10), 14), kWhole, -6},
                  {"louder than any", Sound(Level(60, 30)), kWhole, -40},
                  {"a short effect", Sound(Level(1, -26)), kWhole, 10},
@@ -99,7 +99,7 @@ TEST(LevelPlan, AQuietBeginningIsLiftedAndGivenBackBeforeTheBody) {
                  {"with one beat", after(Joined({Level(6, -30), {-16}, Level(13, -30)})), 1.4, 19},
                  {"with a beat at its end", after(Joined({Level(18, -30), {-16}, Level(1, -30)})), 6, 17},
                  {"with peaks", after(Level(20, -30), 12), 6, 19},
-                 {"without room for more", after(Joined({Level(20, -20)}), 17), 2, 19},
+                 {"without room for more", after(Joined({Level(20, -20)}), 17), 1.6, 19},
                  {"very long", after(Level(100, -30)), 6, 60},
                  {"all of it", Sound(Fall(20, -16, -16.1f)), 0, 0}};
     for (const auto& each : cases) {

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "sound/desk/OutputStage.h"
-#include "sound/measuring/LoudnessMeter.h"
+#include "tests/sound/LibraryMeter.h"
 #include "tests/sound/SoundTesting.h"
 
 namespace sorakaze::sound::testing {
@@ -21,9 +21,7 @@ double Decibels(double level) {
 }
 
 double LibraryTruePeak(const Samples& sound) {
-    LoudnessMeter meter({.truePeak = true});
-    meter.Add(sound);
-    return meter.TruePeak();
+    return 20 * std::log10(LibraryMeter(sound).TruePeak());
 }
 
 Samples Stereo(const Sound& sound, std::size_t frames) {
