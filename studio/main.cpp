@@ -42,6 +42,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     AddRenderCommand(app, status);
     AddListCommand(app, status);
+    AddCheckCommand(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {

@@ -41,6 +41,14 @@ bool IsKanaVoicingMark(char32_t code) {
     return code < utf8::kStray && u_getCombiningClass(Code(code)) == 8;
 }
 
+int ColumnsOf(char32_t code) {
+    if (code < 0x300 || code >= utf8::kStray) return 1;
+    const auto type = u_charType(Code(code));
+    if (type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK || type == U_FORMAT_CHAR) return 0;
+    const int width = u_getIntPropertyValue(Code(code), UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+}
+
 std::string_view TrimmedAtStart(std::string_view utf8) {
     std::size_t begin = 0;
     while (begin < utf8.size()) {

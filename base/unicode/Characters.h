@@ -35,6 +35,9 @@ bool IsAlphanumeric(char32_t code);
 /// True for the voicing marks of kana (combining class 8), which make another sound and not another accent.
 bool IsKanaVoicingMark(char32_t code);
 
+/// The columns that a terminal gives a character: 2 for the wide ones of East Asia, 0 for marks and joiners.
+int ColumnsOf(char32_t code);
+
 /// A part of `utf8`: without white space at its start.
 std::string_view TrimmedAtStart(std::string_view utf8);
 /// The same, at both ends.

@@ -24,9 +24,8 @@ constexpr Speaker kSpeakers[] = {
     {"Ichiro", " ichiro いちろう イチロウ イチロー 一郎 7 m3 "},
 };
 
-}  // namespace
-
-std::string SpeakerVoice(std::string_view name) {
+/// Null for an unknown one.
+const Speaker* FindSpeaker(std::string_view name) {
     name.remove_prefix(std::min(name.find_first_not_of(' '), name.size()));
     name = name.substr(0, name.find(' '));
     std::string wanted = " ";
@@ -35,10 +34,20 @@ std::string SpeakerVoice(std::string_view name) {
     }
     wanted += ' ';
     for (const Speaker& speaker : kSpeakers) {
-        if (wanted.size() > 2 && speaker.names.find(wanted) != std::string_view::npos)
-            return std::string(speaker.voice);
+        if (wanted.size() > 2 && speaker.names.find(wanted) != std::string_view::npos) return &speaker;
     }
-    return std::string(kSpeakers[0].voice);
+    return nullptr;
+}
+
+}  // namespace
+
+bool IsSpeaker(std::string_view name) {
+    return FindSpeaker(name) != nullptr;
+}
+
+std::string SpeakerVoice(std::string_view name) {
+    const Speaker* const speaker = FindSpeaker(name);
+    return std::string((speaker ? *speaker : kSpeakers[0]).voice);
 }
 
 }  // namespace sorakaze::gateway

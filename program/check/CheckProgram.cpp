@@ -22,6 +22,8 @@ std::vector<Finding> CheckProgram(std::string_view text, Surroundings& surroundi
     CheckKeys(draft);
     CheckCommands(draft);
     CheckHeaders(draft);
+    // Nothing can be said of the blocks of half a program.
+    if (draft.findings.IsFull()) return draft.findings.Take();
     // Of a file of something else only that is told.
     if (!draft.commands.empty() ||
         std::ranges::any_of(draft.headers, [](const auto& line) { return line.has_value(); }))

@@ -16,6 +16,7 @@ using Kind = Command::Kind;
 
 /// Minutes of nothing are hardly meant.
 constexpr double kLongWait = 300;
+constexpr const char* kSkipped = ", so the line is skipped";
 
 Kind KindOf(std::string_view verb) {
     if (verb == "say") return Kind::Say;
@@ -46,9 +47,14 @@ std::optional<GluedVerb> FindGluedVerb(std::string_view line, Span word) {
     const std::string_view text = Part(line, word);
     std::size_t letters = 0;
     while (letters < text.size() && ascii::IsLetter(text[letters])) ++letters;
-    const auto verb = FindVerb(std::string(text.substr(0, letters)));
-    if (!verb || letters == text.size()) return {};
+    if (letters == text.size()) return {};
     const std::string rest = Narrowed(text.substr(letters));
+    auto verb = FindVerb(std::string(text.substr(0, letters)));
+    if (!verb && rest.front() == ' ') {
+        const auto meant = FindMeant(text.substr(0, letters), words::kVerbs, {});
+        if (meant && meant->certain) verb = meant->word;
+    }
+    if (!verb) return {};
     // The blank, or a sign that nobody would speak, is replaced.
     std::size_t end = word.begin + letters;
     const bool blank = rest.front() == ' ';
@@ -61,7 +67,7 @@ std::optional<GluedVerb> FindGluedVerb(std::string_view line, Span word) {
 
 void TellOfNoVerb(Draft& draft, const Command& command, Span word) {
     const std::string written = Stored(draft.Line(command.line), word);
-    std::string message = Quoted(written) + " is no verb, so the line is skipped";
+    std::string message = Quoted(written) + " is no verb" + kSkipped;
     const bool sentence = written.starts_with("[[") || word.end != command.text.end;
     draft.findings.Error(command.line, word, "unknown-verb",
                          message + (sentence ? DidYouMean("say " + written + " ...")
@@ -87,12 +93,13 @@ std::optional<std::string_view> MeantVerb(Draft& draft, Command& command, Span w
         return {};
     }
     command.argument.begin = place.end;
-    const bool missingBlank = !text.empty();
-    auto& finding = draft.findings.Error(
-        command.line, place, "unknown-verb",
-        missingBlank
-            ? "a blank must follow " + Quoted(meant->word) + ", or the line is skipped"
-            : Quoted(Stored(line, word)) + " is no verb, so the line is skipped" + DidYouMean(meant->word));
+    std::string message = Quoted(Stored(line, word)) + " is no verb" + kSkipped + DidYouMean(meant->word);
+    if (!text.empty() && meant->certain) {
+        message = "the blank after " + Quoted(meant->word) + " isn't the ASCII one" + kSkipped;
+    } else if (!text.empty()) {
+        message = "a blank must follow " + Quoted(meant->word) + kSkipped;
+    }
+    auto& finding = draft.findings.Error(command.line, place, "unknown-verb", message);
     finding.fix = Fix{place, std::string(meant->word) + text, meant->certain};
     return meant->word;
 }
@@ -208,7 +215,9 @@ void CheckCommand(Draft& draft, Command& command) {
 }  // namespace
 
 void CheckCommands(Draft& draft) {
-    for (Command& command : draft.commands) CheckCommand(draft, command);
+    for (Command& command : draft.commands) {
+        if (!draft.findings.IsFull()) CheckCommand(draft, command);
+    }
 }
 
 }  // namespace sorakaze::check

@@ -11,7 +11,7 @@ namespace sorakaze::check {
 Finding& Findings::Add(Severity severity, std::size_t line, Span span, std::string code,
                        std::string message) {
     Finding finding{line, span, severity, std::move(code), std::move(message), {}};
-    if (all_.size() >= kMostFindings) return dropped_ = std::move(finding);
+    if (IsFull()) return dropped_ = std::move(finding);
     return all_.emplace_back(std::move(finding));
 }
 
@@ -19,6 +19,11 @@ std::vector<Finding> Findings::Take() {
     std::stable_sort(all_.begin(), all_.end(), [](const Finding& a, const Finding& b) {
         return std::tuple(a.line, a.span.begin) < std::tuple(b.line, b.span.begin);
     });
+    if (IsFull()) {
+        const std::size_t line = all_.back().line;
+        all_.push_back(
+            {line, {}, Severity::Error, "too-many", "these are too many; what else there is isn't told", {}});
+    }
     return std::exchange(all_, {});
 }
 

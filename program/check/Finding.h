@@ -48,7 +48,9 @@ class Findings {
     Finding& Warn(std::size_t line, Span span, std::string code, std::string message) {
         return Add(Severity::Warning, line, span, std::move(code), std::move(message));
     }
-    /// In the order of the lines.
+    /// What is added from now on is dropped.
+    bool IsFull() const { return all_.size() >= kMostFindings; }
+    /// In the order of the lines. If there are too many, the last one says so.
     std::vector<Finding> Take();
 
   private:

@@ -192,7 +192,8 @@ void CheckLine(Draft& draft, std::size_t number) {
 }  // namespace
 
 void CheckKeys(Draft& draft) {
-    for (std::size_t number = 1; number <= draft.lines.size(); ++number) CheckLine(draft, number);
+    for (std::size_t number = 1; number <= draft.lines.size() && !draft.findings.IsFull(); ++number)
+        CheckLine(draft, number);
 }
 
 }  // namespace sorakaze::check

@@ -282,4 +282,10 @@ std::optional<VoiceLook> FindFirstName(std::string_view folded) {
                      person->rate};
 }
 
+std::vector<std::string_view> FirstNames() {
+    std::vector<std::string_view> names;
+    for (const Person& person : kPeople) names.push_back(person.name);
+    return names;
+}
+
 }  // namespace sorakaze::speech

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sorakaze::speech {
 
@@ -25,5 +26,8 @@ std::string FoldName(std::string_view name);
 
 /// The person of that first name (folded); nothing if the table has none.
 std::optional<VoiceLook> FindFirstName(std::string_view folded);
+
+/// All of them, folded.
+std::vector<std::string_view> FirstNames();
 
 }  // namespace sorakaze::speech

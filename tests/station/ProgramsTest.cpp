@@ -7,6 +7,7 @@
 
 #include <set>
 
+#include "program/check/CheckProgram.h"
 #include "station/synth/StationSounds.h"
 #include "tests/support/TestShow.h"
 
@@ -77,6 +78,9 @@ TEST(Programs, KeepTheRules) {
     for (const auto& file : fs::directory_iterator(fs::path(STATION_SOURCE) / "Programs")) {
         SCOPED_TRACE(file.path());
         const std::string text = test::ReadBytes(file);
+        check::Surroundings anywhere;
+        for (const auto& finding : check::CheckProgram(text, anywhere))
+            ADD_FAILURE() << finding.line << ": " << finding.message;
         test::TestShow show(text);
         auto& w = show.window;
         w.readProgram("Show");
