@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -31,6 +32,9 @@ struct NamedEncoding {
 };
 constexpr NamedEncoding kEncodings[] = {{Encoding::ShiftJis, "Shift-JIS"},
                                         {Encoding::EucJp, "EUC-JP"},
+                                        {Encoding::EucKr, "EUC-KR"},
+                                        {Encoding::Gbk, "GBK"},
+                                        {Encoding::Windows1251, "Windows-1251 (Cyrillic)"},
                                         {Encoding::Windows1252, "Windows-1252 (Western European)"}};
 
 Finding OfFile(Severity severity, const char* code, std::string message) {
@@ -84,7 +88,7 @@ void DecodeForeign(TextFile& file) {
         if (!name && unicode::ToUtf8(file.bytes, each.encoding) == file.text) name = each.name;
     }
     const bool damaged = !name || file.text.find(kReplacement) != std::string::npos ||
-                         (name == kEncodings[2].name && HoldsUtf8(file.bytes));
+                         (name == std::end(kEncodings)[-1].name && HoldsUtf8(file.bytes));
     if (damaged) {
         file.text = file.bytes;
         file.findings.push_back(
