@@ -9,10 +9,12 @@
 #include <cstdlib>
 #include <mutex>
 #include <stop_token>
+#include <string>
 
 #include "app/Desktop.h"
 #include "app/Display.h"
 #include "app/runtime/Signals.h"
+#include "base/PrintableText.h"
 #include "host/StationPaths.h"
 
 namespace {
@@ -21,6 +23,7 @@ using namespace sorakaze;
 
 /// The exit status where no window can be opened.
 constexpr int kNoDisplay = 3;
+constexpr int kWrongCall = 2;
 
 QIcon ApplicationIcon(const std::filesystem::path& appFolder) {
     QIcon icon;
@@ -92,9 +95,35 @@ void RunDesktop(const std::filesystem::path& appFolder) {
     running = nullptr;
 }
 
+/// The application takes nothing else of its own; the toolkit takes a few more.
+bool AnswersOption(int argc, char** argv) {
+    const std::string option = argc == 2 ? argv[1] : "";
+    if (option == "--version") {
+        std::puts("Sorakaze " SORAKAZE_VERSION);
+    } else if (option == "--help" || option == "-h") {
+        std::puts(
+            "Sorakaze: opens the window of the station that this program is in.\n"
+            "Usage: Sorakaze [--help | --version]\n"
+            "sorakaze-studio beside it renders shows without a window.");
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// 2 for a word that nobody takes.
+int CheckArguments() {
+    const QStringList words = QCoreApplication::arguments();
+    if (words.size() < 2) return 0;
+    std::fprintf(stderr, "Sorakaze: \"%s\" is not understood: there are --help and --version.\n",
+                 Printable(words[1].toStdString()).c_str());
+    return kWrongCall;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (AnswersOption(argc, argv)) return 0;
     if (const std::string why = WhyNoDisplay(); !why.empty()) {
         std::fprintf(stderr, "Sorakaze: %s. sorakaze-studio renders shows without one.\n", why.c_str());
         return kNoDisplay;
@@ -103,6 +132,7 @@ int main(int argc, char** argv) {
     // Made before all other threads, so that they leave the signals to it.
     const Signals interrupts([] { Running().Interrupt(); }, [] { Running().CleanUp(); });
     QApplication application(argc, argv);
+    if (const int status = CheckArguments(); status != 0) return status;
     QApplication::setApplicationName("Sorakaze");
     QApplication::setApplicationVersion(SORAKAZE_VERSION);
     QApplication::setDesktopFileName("sorakaze");

@@ -4,14 +4,18 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/PrintableText.h"
 #include "studio/StudioError.h"
 #include "studio/commands/Commands.h"
+#include "studio/commands/WrongWords.h"
 
 namespace {
 
@@ -29,6 +33,15 @@ void OpenStandardStreams() {
     if (descriptor > STDERR_FILENO) close(descriptor);
 }
 
+/// Those after the program's name. "help SUBCOMMAND" is "SUBCOMMAND --help".
+std::vector<std::string> Words(int argc, char** argv) {
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (words.empty() || words.front() != "help") return words;
+    words.erase(words.begin());
+    words.emplace_back("--help");
+    return words;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -39,16 +52,21 @@ int main(int argc, char** argv) {
     int status = kDone;
     CLI::App app("Renders a Sorakaze show to a sound file, many times faster than it plays.",
                  "sorakaze-studio");
+    app.set_version_flag("--version", "sorakaze-studio " SORAKAZE_VERSION);
+    app.footer("sorakaze-studio SUBCOMMAND --help tells of a sub-command and its options.");
     app.require_subcommand(1);
     AddRenderCommand(app, status);
     AddListCommand(app, status);
     AddCheckCommand(app, status);
     try {
-        app.parse(argc, argv);
+        auto words = Words(argc, argv);
+        if (const auto wrong = DescribeWrongWord(app, words); !wrong.empty()) return Fail(kWrongCall, wrong);
+        std::reverse(words.begin(), words.end());  // as the parser takes them
+        app.parse(std::move(words));
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        return Fail(kWrongCall, std::string(error.what()) + " Try: sorakaze-studio --help");
+        return Fail(kWrongCall, DescribeParseError(app, error));
     } catch (const StudioError& error) {
         return Fail(error.Status(), error.what());
     } catch (const std::exception& error) {

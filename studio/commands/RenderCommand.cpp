@@ -53,6 +53,9 @@ void AddRenderCommand(CLI::App& app, int& /*status*/) {
     render->add_flag("--offline", options.offline,
                      "Ask nothing beyond this machine: with a seed, the same show comes out bit for bit");
     render->add_flag("--quiet", options.quiet, "No transcript");
+    render->footer(
+        "Example:\n  sorakaze-studio render --program \"Night Owls\" --playlist Library --output night.mp3\n"
+        "Status: 0 done, 1 not rendered, 2 wrong call, 4 more than half of the tracks could not be played.");
     render->callback([shared] {
         CheckPaths(*shared);
         if (shared->output == "none") shared->output.clear();

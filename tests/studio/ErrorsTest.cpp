@@ -21,9 +21,16 @@ TEST_F(Errors, EachEndsWithOneLineAndItsStatus) {
         int status;
         const char* names;
     } cases[] = {
-        {"", 2, "--help"},
+        {"", 2, "render, "},
+        {"rendr", 2, "Did you mean render?"},
+        {"frobnicate --x", 2, "There are: "},
+        {"render --playlst x", 2, "Did you mean --playlist?"},
+        {"render --station . --prog=Show", 2, "Did you mean --program?"},
+        {"list --outptu", 2, "list --help"},
+        {"render --program A B --output none", 2, "quotation marks"},
+        {"render --program A --output none --seed x", 2, "--seed"},
         {"render --station . --program Endless --output kept.wav", 2, "--limit SECONDS"},
-        {"render --station . --program Shaw --output kept.wav", 1, "Shaw"},
+        {"render --station . --program Shaw --output kept.wav", 1, "There are: Show, "},
         {show + "a.wav --limit nan", 2, "--limit"},
         {show + "kept.wav --playlist None", 1, "Library"},
         {"render --station home --program Show --output kept.wav", 1, "--station"},
@@ -206,7 +213,8 @@ TEST_F(Errors, ListNamesProgramsAndPlaylists) {
     station.Write("Music/Evening, late.m3u8", "C:\\x\\a.wav\na.wav\ngone\xFF.wav\n");
     station.Write("Programs/夜.txt", "");
     EXPECT_EQ(station.Run("list --station .").out,
-              "Programs:\n  夜\nPlaylists:\n  Library (1)\n  Library (shuffled) (1)\n  Evening,late (3, 1 missing)\n");
+              "Programs:\n  夜\nPlaylists:\n  Library (1)\n  Library (shuffled) (1)\n  Evening,late (3, 1 "
+              "missing)\n");
     const auto list = nlohmann::json::parse(station.Run("list --station . --json").out);
     EXPECT_EQ(list["programs"], nlohmann::json::array({"夜"}));
     EXPECT_EQ(list["playlists"][2]["tracks"], 3);
