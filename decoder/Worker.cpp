@@ -33,6 +33,8 @@ using sound::SoundReader;
 
 /// Processor time: of opening a file up to its first frames, and of each stretch of it.
 constexpr auto kOpeningTime = 700ms, kStretchTime = 2000ms;
+/// Of finding the place of an excerpt: some formats are read up to there.
+constexpr auto kSeekingTime = 5000ms;
 /// Frames that are decoded before they are handed over.
 constexpr std::size_t kStretch = 32768;
 /// Frames that are there with the answer, so that a sound that starts at once doesn't begin with a gap.
@@ -136,6 +138,10 @@ class Player {
     std::size_t lastAbove_ = 0;
 };
 
+std::chrono::milliseconds OpeningTime(const Job& job) {
+    return job.request.options.excerpt.start.count > 0 ? kSeekingTime : kOpeningTime;
+}
+
 template <typename Answer>
 void Send(int socket, const Answer& answer) {
     ::send(socket, &answer, sizeof answer, MSG_NOSIGNAL);
@@ -148,7 +154,7 @@ int WorkPlay(Job& job) {
     if (memory == MAP_FAILED) return 1;
     const bool fast = job.request.kind == JobKind::PlayFast;
     SandboxWorker(job.request.memory, fast ? Threads::Some : Threads::None);
-    LimitProcessorTime(kOpeningTime);
+    LimitProcessorTime(OpeningTime(job));
     Player player(job.socket.Get(), memory, capacity, fast);
     PlayAnswer answer{PlayAnswer::TooLarge, 0, -1};
     try {
@@ -194,7 +200,7 @@ std::optional<sound::Measurement> Measured(Job& job) {
 int WorkMeasure(Job& job) {
     if (job.request.kind == JobKind::MeasureBackground) UseIdleTime();
     SandboxWorker(job.request.memory, Threads::None);
-    LimitProcessorTime(kOpeningTime);
+    LimitProcessorTime(OpeningTime(job));
     try {
         const auto measurement = Measured(job);
         if (!measurement) return 1;

@@ -69,13 +69,16 @@ void StationHost::TellShow(const player::TrackEvent& event) const {
     using Kind = ShowEvent::Kind;
     const auto tell = [this](Kind kind, ShowEvent::Fields fields) { window_->tell(kind, std::move(fields)); };
     switch (event.what) {
-        case What::Started:
-            tell(Kind::Track, {{"playlist", event.playlist},
-                               {"number", event.number},
-                               {"title", event.title},
-                               {"path", event.path.string()}});
+        case What::Started: {
+            ShowEvent::Fields fields = {{"playlist", event.playlist},
+                                        {"number", event.number},
+                                        {"title", event.title},
+                                        {"path", event.path.string()}};
+            if (!event.part.IsWholeFile()) fields.emplace_back("start", event.part.begin / 75.0);
+            tell(Kind::Track, std::move(fields));
             TellLevel(tell, event.path, event.level);
             break;
+        }
         case What::FadeBegun:
             tell(Kind::Fade, {{"number", event.number}, {"position", event.position}});
             break;

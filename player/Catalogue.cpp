@@ -7,6 +7,7 @@
 
 #include "base/Ascii.h"
 #include "base/unicode/Characters.h"
+#include "player/ForeignText.h"
 #include "player/PlaylistNames.h"
 
 namespace sorakaze::player {
@@ -15,6 +16,33 @@ namespace {
 
 /// The most memory for library XML files, which all stay in memory. Nobody has more than a few.
 constexpr std::size_t kMostLibraryBytes = std::size_t{192} << 20;
+
+constexpr std::size_t kMostCueBytes = std::size_t{64} << 20;
+
+std::string FoldedStem(std::string_view name) {
+    return unicode::FoldedCase(CleanLine(name.substr(0, name.rfind('.'))));
+}
+
+/// The sound that a track of a cue sheet is in, by its name. Sheets are made of WAV files that are compressed
+/// later, so another ending will do; so does the sheet's own name. Null for none or several.
+const std::string* SoundOf(const PlaylistEntry& entry, const std::string& sheet,
+                           const FolderTree::Listing& listing) {
+    const std::string_view location = entry.location;
+    const std::string_view name = location.substr(location.find_last_of("/\\") + 1);
+    const auto exact = std::lower_bound(listing.sounds.begin(), listing.sounds.end(), name);
+    if (exact != listing.sounds.end() && *exact == name) return &*exact;
+    for (const std::string& stem : {FoldedStem(name), FoldedStem(sheet)}) {
+        const std::string* found = nullptr;
+        std::size_t count = 0;
+        for (const std::string& sound : listing.sounds) {
+            if (FoldedStem(sound) != stem) continue;
+            found = &sound;
+            ++count;
+        }
+        if (count == 1) return found;
+    }
+    return nullptr;
+}
 
 void SortByName(std::vector<Playlist>& playlists) {
     std::vector<std::pair<std::string, Playlist>> byKey;
@@ -36,18 +64,59 @@ Catalogue::Catalogue(std::shared_ptr<const FolderTree> tree, PlaylistFiles& file
         sounds_.push_back({&folder.path, &name});
     });
     std::unordered_set<std::string> paths;
+    CueTracks cueTracks;
     for (const FolderTree::Folder& folder : tree_->Folders()) {
+        for (const std::string& name : folder.listing->cueSheets) {
+            ReadCueSheet(folder, name, files, cueTracks);
+            paths.insert(folder.path + '/' + name);
+        }
         for (const std::string& name : folder.listing->playlists) {
             AddPlaylistFile(folder.path, name, files);
             paths.insert(folder.path + '/' + name);
         }
     }
     files.KeepOnly(paths);
+    if (!cueTracks.empty()) PlaceTracks(cueTracks);
     NamePlaylists();
 }
 
 std::string Catalogue::SoundPath(std::size_t index) const {
     return *sounds_[index].folder + '/' + *sounds_[index].name;
+}
+
+Catalogue::LibraryTrack Catalogue::TrackAt(std::size_t index) const {
+    if (tracks_.empty()) return {SoundPath(index), nullptr};
+    return {SoundPath(tracks_[index].sound), tracks_[index].ofCueSheet};
+}
+
+/// A file in one part is a track already.
+void Catalogue::ReadCueSheet(const FolderTree::Folder& folder, const std::string& name, PlaylistFiles& files,
+                             CueTracks& tracks) {
+    if (cueBytes_ >= kMostCueBytes) return;
+    const std::string path = folder.path + '/' + name;
+    auto contents = files.GetHere(path);
+    libraries_.push_back({path, contents, true});
+    if (!contents) return;
+    cueBytes_ += contents->bytes;
+    CueTracks found;
+    for (const PlaylistEntry& entry : contents->tracks) {
+        const std::string* const sound = SoundOf(entry, name, *folder.listing);
+        if (sound) found[folder.path + '/' + *sound].push_back(&entry);
+    }
+    for (auto& [file, parts] : found)
+        if (parts.size() > 1) tracks.try_emplace(file, std::move(parts));
+    cueSheets_.push_back(std::move(contents));
+}
+
+void Catalogue::PlaceTracks(const CueTracks& tracks) {
+    for (std::uint32_t sound = 0; sound < sounds_.size(); ++sound) {
+        const auto parts = tracks.find(SoundPath(sound));
+        if (parts == tracks.end()) {
+            tracks_.push_back({sound, nullptr});
+            continue;
+        }
+        for (const PlaylistEntry* part : parts->second) tracks_.push_back({sound, part});
+    }
 }
 
 const FileIndex& Catalogue::Index() const {

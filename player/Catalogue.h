@@ -31,13 +31,21 @@ struct Playlist {
 
 class Catalogue {
   public:
-    /// Reads the library XML files among the tree's playlists for their names, and no other file.
+    /// Reads the library XML files among the tree's playlists for their names, and the cue sheets, and no
+    /// other file.
     Catalogue(std::shared_ptr<const FolderTree> tree, PlaylistFiles& files);
 
     const FolderTree& Tree() const { return *tree_; }
 
-    std::size_t SoundCount() const { return sounds_.size(); }
     std::string SoundPath(std::size_t index) const;
+
+    /// A track of `Library`: a sound file, or a part of one by the cue sheet beside it.
+    struct LibraryTrack {
+        std::string path;
+        const PlaylistEntry* ofCueSheet = nullptr;
+    };
+    std::size_t TrackCount() const { return tracks_.empty() ? sounds_.size() : tracks_.size(); }
+    LibraryTrack TrackAt(std::size_t index) const;
 
     /// The sound files by name. Built at the first call; any thread.
     const FileIndex& Index() const;
@@ -61,13 +69,25 @@ class Catalogue {
         bool isRead;  ///< false for one too many
     };
 
+    struct TrackPlace {
+        std::uint32_t sound;  ///< index in sounds_
+        const PlaylistEntry* ofCueSheet;
+    };
+    using CueTracks = std::unordered_map<std::string, std::vector<const PlaylistEntry*>>;  ///< by path
+
+    void ReadCueSheet(const FolderTree::Folder& folder, const std::string& name, PlaylistFiles& files,
+                      CueTracks& tracks);
+    void PlaceTracks(const CueTracks& tracks);
     void AddPlaylistFile(const std::string& folder, const std::string& name, PlaylistFiles& files);
     void NamePlaylists();
 
     std::shared_ptr<const FolderTree> tree_;
     std::vector<Sound> sounds_;
+    std::vector<TrackPlace> tracks_;  ///< empty where each sound is one
     std::vector<Playlist> playlists_;
     std::vector<LibraryFile> libraries_;
+    std::vector<std::shared_ptr<const PlaylistFiles::Contents>> cueSheets_;
+    std::size_t cueBytes_ = 0;      ///< likewise
     std::size_t libraryBytes_ = 0;  ///< of memory that they take
     std::unordered_map<std::string, std::size_t> byName_;
     std::unordered_map<std::string, std::size_t> byFoldedName_;

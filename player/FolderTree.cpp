@@ -139,14 +139,15 @@ constexpr std::uint64_t kSoundEndings[] = {
     Packed("xm"),
 };
 
-enum class Kind { Sound, Playlist, Folder, LinkedFolder, Other };
+enum class Kind { Sound, Playlist, CueSheet, Folder, LinkedFolder, Other };
 
 bool IsOfInterest(const char* name) {
-    return IsSoundName(name) || IsPlaylistName(name);
+    return IsSoundName(name) || IsPlaylistName(name) || HasEnding(name, ".cue");
 }
 
 Kind KindOfFile(const char* name) {
     if (IsSoundName(name)) return Kind::Sound;
+    if (HasEnding(name, ".cue")) return Kind::CueSheet;
     return IsPlaylistName(name) ? Kind::Playlist : Kind::Other;
 }
 
@@ -166,7 +167,8 @@ Kind KindOf(int folder, const dirent& entry) {
 }
 
 void Sort(FolderTree::Listing& listing) {
-    for (auto* names : {&listing.sounds, &listing.playlists, &listing.folders, &listing.linkedFolders}) {
+    for (auto* names : {&listing.sounds, &listing.playlists, &listing.cueSheets, &listing.folders,
+                        &listing.linkedFolders}) {
         std::sort(names->begin(), names->end());
     }
 }
@@ -193,6 +195,9 @@ std::shared_ptr<const FolderTree::Listing> ReadFolder(const std::string& path, c
                 break;
             case Kind::Playlist:
                 listing->playlists.emplace_back(entry->d_name);
+                break;
+            case Kind::CueSheet:
+                listing->cueSheets.emplace_back(entry->d_name);
                 break;
             case Kind::Folder:
                 listing->folders.emplace_back(entry->d_name);

@@ -27,6 +27,7 @@ class FolderTree {
         bool settled = false;
         std::vector<std::string> sounds;
         std::vector<std::string> playlists;
+        std::vector<std::string> cueSheets;
         std::vector<std::string> folders;
         std::vector<std::string> linkedFolders;
     };

@@ -39,6 +39,14 @@ std::string Decimal(double seconds) {
     return error == std::errc{} ? std::string(text.data(), end) : "0";
 }
 
+/// Of a Track or a TrackEvent.
+template <typename Track>
+sound::SoundSource SourceOf(const Track& track) {
+    constexpr std::int64_t kFrames = sound::kSampleRate / 75;
+    const auto [begin, end] = track.part;
+    return {track.path, {{begin * kFrames}, {end > 0 ? (end - begin) * kFrames : 0}}};
+}
+
 /// The names of a folder's files, of a folder of thousands the first ones.
 std::vector<std::string> NamesIn(const std::filesystem::path& folder) {
     constexpr std::size_t kMost = 2000;
@@ -73,17 +81,17 @@ struct LocalPlayer::Impl {
     /// A file's texts or decoder, valid while the stamp is the file's.
     template <typename Value>
     struct Cached {
-        std::string path;
+        sound::SoundSource source;
         std::optional<FileStamp> stamp;
         bool settled = false;
         Value value{};
         std::string why{};  ///< where there is none
 
-        Cached(std::string file, const std::optional<FileStamp>& fileStamp)
-            : path(std::move(file)), stamp(fileStamp), settled(stamp && IsSettled(*stamp)) {}
+        Cached(sound::SoundSource file, const std::optional<FileStamp>& fileStamp)
+            : source(std::move(file)), stamp(fileStamp), settled(stamp && IsSettled(*stamp)) {}
 
-        bool IsFor(const std::string& otherPath, const std::optional<FileStamp>& otherStamp) const {
-            return settled && path == otherPath && stamp == otherStamp;
+        bool IsFor(const sound::SoundSource& other, const std::optional<FileStamp>& otherStamp) const {
+            return settled && source == other && stamp == otherStamp;
         }
     };
 
@@ -129,7 +137,16 @@ struct LocalPlayer::Impl {
 
     TrackText TextOf(const Track& track) {
         TrackText text = TagsOf(track.path.string()).text;
-        text.FillFrom(track.text);
+        if (track.part.IsWholeFile()) {
+            text.FillFrom(track.text);
+        } else {
+            // The file's own title is that of all its tracks.
+            text.title.clear();
+            text.titleSort.clear();
+            TrackText ofSheet = track.text;
+            ofSheet.FillFrom(text);
+            text = std::move(ofSheet);
+        }
         if (text.title.empty())
             text.FillFrom(TextFromPath(track.path, library->RootOf(track.path),
                                        [&] { return NamesIn(track.path.parent_path()); }));
@@ -170,9 +187,10 @@ struct LocalPlayer::Impl {
         return sound::FramesFromSeconds(seconds + kFadeSeconds + kMargin);
     }
 
-    void SetLevel(sound::Voice& voice, const std::string& path) {
+    void SetLevel(sound::Voice& voice, const sound::SoundSource& source) {
         if (!engine.HasDesk()) return;
-        voice.SetLevel(engine.LevelOfMusic(path, PlayedPart(), TagsOf(path).loudness, &voice));
+        voice.SetLevel(
+            engine.LevelOfMusic(source, PlayedPart(), TagsOf(source.file.string()).loudness, &voice));
     }
 
     /// The level of a track stays as it began, but where it ends may become known later, also because the
@@ -182,33 +200,33 @@ struct LocalPlayer::Impl {
         if (readsAhead || !playing || playing->isEndKnown || !engine.HasDesk() || now < playing->nextLook)
             return;
         playing->nextLook = now + kLookInterval;
-        engine.WantLevel(playing->track.path, PlayedPart());
-        const auto level = engine.LevelOfMusic(playing->track.path, PlayedPart(), std::nullopt);
+        engine.WantLevel(SourceOf(playing->track), PlayedPart());
+        const auto level = engine.LevelOfMusic(SourceOf(playing->track), PlayedPart(), std::nullopt);
         playing->isEndKnown = level.isWhole;
         if (level.plan.end) playing->voice->EndAt(*level.plan.end, level.plan.endFade);
     }
 
-    void Prepare(const std::string& path) {
-        const auto stamp = StampOf(path);
-        if (prepared && prepared->IsFor(path, stamp)) return;
-        prepared.emplace(path, stamp);
-        prepared->value = engine.Open(path, sound::Bus::Music, PlayedPart(), &prepared->why);
+    void Prepare(const sound::SoundSource& source) {
+        const auto stamp = StampOf(source.file.string());
+        if (prepared && prepared->IsFor(source, stamp)) return;
+        prepared.emplace(source, stamp);
+        prepared->value = engine.Open(source, sound::Bus::Music, PlayedPart(), &prepared->why);
     }
 
-    std::shared_ptr<sound::Voice> TakeVoice(const std::string& path, std::string& why) {
-        if (prepared && prepared->IsFor(path, StampOf(path))) {
+    std::shared_ptr<sound::Voice> TakeVoice(const sound::SoundSource& source, std::string& why) {
+        if (prepared && prepared->IsFor(source, StampOf(source.file.string()))) {
             auto voice = std::move(prepared->value);
             why = std::move(prepared->why);
             prepared.reset();
             return voice;
         }
-        return engine.Open(path, sound::Bus::Music, PlayedPart(), &why);
+        return engine.Open(source, sound::Bus::Music, PlayedPart(), &why);
     }
 
     /// Before its turn. On the air the answer comes by TellChecked.
     void Check(TrackEvent event) {
         if (readsAhead) {
-            Prepare(event.path.string());
+            Prepare(SourceOf(event));
             if (!prepared->value) TellFailed(std::move(event), prepared->why);
             return;
         }
@@ -240,12 +258,12 @@ struct LocalPlayer::Impl {
     }
 
     void Begin(std::shared_ptr<sound::Voice> voice, TrackEvent event) {
-        SetLevel(*voice, event.path.string());
+        SetLevel(*voice, SourceOf(event));
         voice->Start();
         event.level = voice->Level();
         playing = Playing{std::move(voice), event, std::nullopt, event.level && event.level->isWhole, {}};
         Tell(event, TrackEvent::What::Started, 0);
-        if (!lastTags || lastTags->path != event.path.string() || lastTags->why.empty()) return;
+        if (!lastTags || lastTags->source.file != event.path || lastTags->why.empty()) return;
         event.why = lastTags->why;
         Tell(std::move(event), TrackEvent::What::Untagged, 0);
     }
@@ -271,7 +289,7 @@ struct LocalPlayer::Impl {
         }
         waiting.reset();
         std::string why;
-        auto voice = TakeVoice(track.path.string(), why);
+        auto voice = TakeVoice(SourceOf(track), why);
         if (!voice) return Skip(std::move(track), why);
         const auto known = Find(track.playlist, track.number);
         if (player.onTrack && known) track.title = TextOf(*known).title;
@@ -347,8 +365,8 @@ MusicLibrary::Missing LocalPlayer::FindMissing(const std::string& playlist, std:
 std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
     const auto track = impl_->Find(playlist, number);
     if (!track) return {};
-    impl_->engine.WantLevel(track->path, impl_->PlayedPart());
-    impl_->Check({TrackEvent::What::Failed, playlist, number, {}, track->path, 0, {}, {}});
+    impl_->engine.WantLevel(SourceOf(*track), impl_->PlayedPart());
+    impl_->Check({TrackEvent::What::Failed, playlist, number, {}, track->path, track->part, 0, {}, {}});
     return impl_->TextOf(*track).Record();
 }
 
@@ -369,8 +387,8 @@ void LocalPlayer::Play(const std::string& playlist, int number) {
     const auto track = impl_->Find(playlist, number);
     if (!track) return;
     std::string why;
-    auto voice = impl_->TakeVoice(track->path.string(), why);
-    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, 0, {}, {}};
+    auto voice = impl_->TakeVoice(SourceOf(*track), why);
+    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, track->part, 0, {}, {}};
     if (!voice) return impl_->MayComeBack(event) ? impl_->WaitFor(event) : impl_->Skip(event, why);
     if (onTrack) event.title = impl_->TextOf(*track).title;
     impl_->Begin(std::move(voice), std::move(event));

@@ -32,6 +32,7 @@ struct TrackEvent {
     int number = 0;  ///< 1-based
     std::string title;
     std::filesystem::path path;
+    FilePart part{};                         ///< of the file, where the track isn't all of it
     double position = 0;                     ///< seconds played
     std::optional<sound::VoiceLevel> level;  ///< with Started, under a desk
     std::string why;                         ///< of a failure, for people

@@ -21,6 +21,7 @@ namespace {
 
 /// Larger files aren't real playlists. A list of tracks is read up to its limit, a larger library not at all.
 constexpr std::int64_t kLargestList = std::int64_t{64} << 20;
+constexpr std::int64_t kLargestCueSheet = std::int64_t{1} << 20;
 constexpr std::int64_t kLargestLibrary = std::int64_t{256} << 20;
 /// A property list says so within its first lines. Other XML files aren't read any further.
 constexpr std::size_t kHead = 4096;
@@ -64,7 +65,8 @@ std::optional<ParsedPlaylist> Parse(const PlaylistFile& file, const std::string&
     const bool isXml = HasEnding(path, ".xml");
     if (isXml && size > kLargestLibrary) return ParsedPlaylist{};
     std::vector<char> buffer(kPiece);
-    for (std::int64_t all = 0; isXml || all < kLargestList;) {
+    const std::int64_t most = HasEnding(path, ".cue") ? kLargestCueSheet : kLargestList;
+    for (std::int64_t all = 0; isXml || all < most;) {
         if (ended.stop_requested()) return std::nullopt;
         const auto got = file.Read(buffer);
         if (!got) return std::nullopt;
@@ -168,9 +170,11 @@ void PlaylistFiles::Store(const std::string& path, std::shared_ptr<const Content
     cache_[path] = std::move(contents);
 }
 
-/// Libraries stay, since every scan asks for their names.
+/// Libraries and cue sheets stay, since every scan asks for what they hold.
 void PlaylistFiles::MakeRoom(std::size_t bytes) {
-    const auto isPlain = [](const auto& item) { return !HasEnding(item.first, ".xml"); };
+    const auto isPlain = [](const auto& item) {
+        return !HasEnding(item.first, ".xml") && !HasEnding(item.first, ".cue");
+    };
     std::size_t count = 0;
     for (const auto& item : cache_) {
         if (!isPlain(item)) continue;

@@ -60,6 +60,7 @@ std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::F
 std::unique_ptr<PlaylistParser> ParserFor(std::string_view name) {
     if (HasEnding(name, ".xml")) return LibraryXmlParser();
     if (HasEnding(name, ".xspf")) return XspfParser();
+    if (HasEnding(name, ".cue")) return CueParser();
     return HasEnding(name, ".pls") ? PlsParser() : M3uParser();
 }
 

@@ -27,6 +27,15 @@ inline constexpr std::size_t kLongestText = 3 * kLongestPath;
 /// Lists of one library.
 inline constexpr std::size_t kMostLists = 10'000;
 
+/// A part of a long file, in the frames of a CD: 75 a second.
+struct FilePart {
+    std::int32_t begin = 0;
+    std::int32_t end = 0;  ///< 0: the file's end
+
+    bool IsWholeFile() const { return begin == 0 && end == 0; }
+    bool operator==(const FilePart&) const = default;
+};
+
 struct PlaylistEntry {
     enum class Form {
         Path,     ///< A path as the playlist spells it: any encoding, any slashes, relative or absolute.
@@ -35,6 +44,7 @@ struct PlaylistEntry {
     };
     std::string location;  ///< raw bytes without NUL, empty for Nowhere only
     Form form = Form::Path;
+    FilePart part{};                 ///< of a cue sheet's track
     std::uint32_t milliseconds = 0;  ///< the track's length where the playlist states it
     std::string words;               ///< what the playlist says of the track, as TrackText::Packed gives it
 
@@ -75,6 +85,9 @@ std::unique_ptr<PlaylistParser> M3uParser();
 std::unique_ptr<PlaylistParser> PlsParser();
 std::unique_ptr<PlaylistParser> XspfParser();
 std::unique_ptr<PlaylistParser> LibraryXmlParser();
+/// The tracks of a cue sheet, each a part of the file that it is in. What lies between an INDEX 00 and its
+/// INDEX 01, the pause before a track, belongs to none.
+std::unique_ptr<PlaylistParser> CueParser();
 
 /// By the ending of `name`.
 std::unique_ptr<PlaylistParser> ParserFor(std::string_view name);

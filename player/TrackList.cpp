@@ -34,7 +34,7 @@ TrackList::TrackList(std::shared_ptr<const Catalogue> catalogue,
 }
 
 std::size_t TrackList::Count() const {
-    if (isAllFiles_) return catalogue_->SoundCount();
+    if (isAllFiles_) return catalogue_->TrackCount();
     if (isInLibraryXml_) return list_ != nullptr ? list_->tracks.size() : 0;
     return contents_ ? contents_->tracks.size() : 0;
 }
@@ -44,12 +44,16 @@ const PlaylistEntry& TrackList::EntryAt(std::size_t index) const {
 }
 
 Track TrackList::At(std::size_t index) const {
-    if (isAllFiles_) return {catalogue_->SoundPath(index)};
+    if (isAllFiles_) {
+        auto [path, ofCueSheet] = catalogue_->TrackAt(index);
+        if (!ofCueSheet) return {std::move(path)};
+        return {std::move(path), TrackText::Unpacked(ofCueSheet->words), ofCueSheet->part};
+    }
     const PlaylistEntry& entry = EntryAt(index);
     const SearchedFiles files{[this]() -> const FileIndex& { return catalogue_->Index(); },
                               [this](std::size_t file) { return catalogue_->SoundPath(file); }, factsOf_};
     FoundFile found = SearchEntry(entry, contents_->folder, files);
-    return {std::move(found.path), TrackText::Unpacked(entry.words), std::move(found.missing)};
+    return {std::move(found.path), TrackText::Unpacked(entry.words), {}, std::move(found.missing)};
 }
 
 }  // namespace sorakaze::player

@@ -18,6 +18,7 @@ namespace sorakaze::player {
 struct Track {
     std::filesystem::path path;
     TrackText text{};       ///< what the playlist itself says of it
+    FilePart part{};        ///< of the file, where it is a cue sheet's track
     std::string missing{};  ///< why a playlist's entry has no file, as a clause for the user
 };
 

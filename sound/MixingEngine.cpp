@@ -158,37 +158,39 @@ bool MixingEngine::HasDesk() const {
     return impl_->shared->desk != nullptr;
 }
 
-std::shared_ptr<Voice> MixingEngine::Open(const std::filesystem::path& file, Bus bus, Frames part,
-                                          std::string* why) {
+std::shared_ptr<Voice> MixingEngine::Open(const SoundSource& source, Bus bus, Frames part, std::string* why) {
     AssertNotMixingThread();
     Shared& shared = *impl_->shared;
     const bool hasDesk = HasDesk();
     const auto pace = shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device;
-    auto sound = shared.decoders->Open(file, pace, hasDesk ? OptionsFor(bus) : DecodeOptions(),
+    DecodeOptions options = hasDesk ? OptionsFor(bus) : DecodeOptions();
+    options.excerpt = source.excerpt;
+    auto sound = shared.decoders->Open(source.file, pace, options,
                                        hasDesk ? shared.levels->MeasuredInRing(bus, part) : Frames(), why);
     if (!sound) {
         if (!why) shared.Failed();
         return nullptr;
     }
-    const auto level =
-        hasDesk && bus != Bus::Music ? shared.levels->LevelOfShortSound(file, *sound, bus) : VoiceLevel();
+    const auto level = hasDesk && bus != Bus::Music
+                           ? shared.levels->LevelOfShortSound(source.file, *sound, bus)
+                           : VoiceLevel();
     auto core = std::make_shared<VoiceCore>(std::move(sound), hasDesk ? std::optional(bus) : std::nullopt);
     core->SetLevel(level);
     shared.monitor.Add(core);
     return std::make_shared<EngineVoice>(impl_->shared, std::move(core));
 }
 
-void MixingEngine::WantLevel(const std::filesystem::path& file, Frames part) {
+void MixingEngine::WantLevel(const SoundSource& source, Frames part) {
     AssertNotMixingThread();
-    if (HasDesk()) impl_->shared->levels->Want(file, part);
+    if (HasDesk()) impl_->shared->levels->Want(source, part);
 }
 
-VoiceLevel MixingEngine::LevelOfMusic(const std::filesystem::path& file, Frames part,
-                                      std::optional<double> tagged, Voice* opened) {
+VoiceLevel MixingEngine::LevelOfMusic(const SoundSource& source, Frames part, std::optional<double> tagged,
+                                      Voice* opened) {
     AssertNotMixingThread();
     if (!HasDesk()) return {};
     const auto measured = opened ? opened->AwaitMeasurement() : std::nullopt;
-    return impl_->shared->levels->LevelOfMusic(file, part, tagged, measured);
+    return impl_->shared->levels->LevelOfMusic(source, part, tagged, measured);
 }
 
 void MixingEngine::ExpectSpeech() {

@@ -18,6 +18,7 @@
 #include "sound/Bus.h"
 #include "sound/Decoders.h"
 #include "sound/Frames.h"
+#include "sound/SoundSource.h"
 #include "sound/desk/VoiceLevel.h"
 
 namespace sorakaze::sound {
@@ -91,17 +92,17 @@ class MixingEngine {
     /// mixing one.
     /// `part` is for music: the frames of it that will be played. With `why`, that is given the reason where
     /// the result is empty, and TakeFailures isn't told.
-    std::shared_ptr<Voice> Open(const std::filesystem::path& file, Bus bus = Bus::Effects, Frames part = {},
+    std::shared_ptr<Voice> Open(const SoundSource& source, Bus bus = Bus::Effects, Frames part = {},
                                 std::string* why = nullptr);
 
     // For music under a desk. Any thread but the mixing one.
 
     /// Begins to measure the first `part` frames of a file, on another thread.
-    void WantLevel(const std::filesystem::path& file, Frames part);
+    void WantLevel(const SoundSource& source, Frames part);
     /// The level for these frames, by the measurement; in MixingMode::RealTime, where that isn't there yet,
     /// by `tagged`, the loudness in LUFS that the file's tags give, if any. MixingMode::Offline waits for it,
     /// if need be for what is measured of `opened`, the file's voice, which has not been started yet.
-    VoiceLevel LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+    VoiceLevel LevelOfMusic(const SoundSource& source, Frames part, std::optional<double> tagged,
                             Voice* opened = nullptr);
 
     // For speech under a desk. Any thread but the mixing one.

@@ -8,16 +8,22 @@
 namespace sorakaze::sound {
 
 std::unique_ptr<Decoder> Decoder::Open(std::unique_ptr<InputFile> file, const std::string& name,
-                                       unsigned helpers, Converter::Fold fold) {
+                                       unsigned helpers, Converter::Fold fold, Frames start) {
     if (!file) throw std::bad_alloc();
     auto reader = PacketReader::Open(std::move(file), name);
     if (!reader) return nullptr;
-    auto source = helpers > 0 ? MakePartedFrames(reader, helpers) : nullptr;
+    auto source = helpers > 0 && start.count == 0 ? MakePartedFrames(reader, helpers) : nullptr;
     if (!source) source = MakeSequentialFrames(std::move(reader));
     if (!source) return nullptr;
 
     // The first sound goes into the spare room, from where the first Read takes it.
     std::unique_ptr<Decoder> decoder(new Decoder(std::move(source), fold));
+    if (start.count > 0) {
+        const auto place = decoder->source_->GoTo(start);
+        if (!place.frame) return nullptr;
+        decoder->pending_ = place.frame;
+        decoder->converted_ = place.sample;
+    }
     while (decoder->spareEnd_ == 0 && !decoder->ended_) decoder->Advance({});
     return decoder->spareEnd_ > 0 ? std::move(decoder) : nullptr;
 }

@@ -21,10 +21,11 @@ class Decoder {
   public:
     /// Empty when the file's first sound can't be decoded. `name` only helps to tell formats apart by their
     /// endings. `helpers` more threads make it faster, for formats that allow it; they take some megabytes
-    /// more and give the same samples. Throws std::bad_alloc and std::system_error.
+    /// more and give the same samples. The sound begins with the file's frame `start`. Throws std::bad_alloc
+    /// and std::system_error.
     static std::unique_ptr<Decoder> Open(std::unique_ptr<InputFile> file, const std::string& name,
-                                         unsigned helpers = 0,
-                                         Converter::Fold fold = Converter::Fold::Scaled);
+                                         unsigned helpers = 0, Converter::Fold fold = Converter::Fold::Scaled,
+                                         Frames start = {});
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 

@@ -18,6 +18,14 @@ class FrameSource {
     /// a time.
     virtual AVFrame* Next() = 0;
 
+    struct Place {
+        AVFrame* frame = nullptr;  ///< as from Next; null past the sound's end
+        int sample = 0;            ///< in the frame
+    };
+    /// The place of the sound's frame `start`, from where Next goes on. Before the first Next. Here all
+    /// before it is decoded.
+    virtual Place GoTo(Frames start);
+
     /// What the container states.
     virtual std::optional<Frames> Length() const = 0;
 };

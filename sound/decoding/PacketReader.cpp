@@ -56,6 +56,10 @@ bool PacketReader::Read(AVPacket& packet) {
     return false;
 }
 
+bool PacketReader::Seek(std::int64_t time) {
+    return av_seek_frame(input_.get(), stream_->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
 AvPointer<AVCodecContext> PacketReader::MakeCodec() const {
     const AVCodec* codec = avcodec_find_decoder(stream_->codecpar->codec_id);
     AvPointer<AVCodecContext> context(codec ? avcodec_alloc_context3(codec) : nullptr);

@@ -25,6 +25,10 @@ class PacketReader {
     /// The next packet. False at the end, and where nothing but damage follows.
     bool Read(AVPacket& packet);
 
+    /// Goes to a packet at `time`, in the stream's time base, or not far before it. False where that can't be
+    /// done.
+    bool Seek(std::int64_t time);
+
     /// A decoder for the packets, or empty. Any thread.
     AvPointer<AVCodecContext> MakeCodec() const;
 

@@ -26,6 +26,13 @@ std::optional<std::int64_t> StatedSamples(const PacketReader& reader) {
     return stated;
 }
 
+/// Decoded before the place that is wanted, in seconds, so that decoders with a memory have it again.
+constexpr double kWarmUp = 1;
+
+std::int64_t SampleOf(Frames place, const AVFrame& frame) {
+    return av_rescale(place.count, frame.sample_rate, kSampleRate);
+}
+
 class SequentialFrames final : public FrameSource {
   public:
     explicit SequentialFrames(std::unique_ptr<PacketReader> reader)
@@ -56,9 +63,47 @@ class SequentialFrames final : public FrameSource {
         return nullptr;
     }
 
+    Place GoTo(Frames start) override {
+        // The first frame tells at which time the sound begins.
+        AVFrame* const first = Next();
+        if (!first) return {};
+        const std::int64_t begin = first->best_effort_timestamp;
+        const std::int64_t wanted = SampleOf(start, *first);
+        const AVRational samples{1, first->sample_rate};
+        const auto warmUp = static_cast<std::int64_t>(kWarmUp * first->sample_rate);
+        if (begin == AV_NOPTS_VALUE || wanted < 2 * warmUp) return PlaceOf(wanted, 0, first);
+        for (const std::int64_t earlier : {warmUp, 10 * warmUp, wanted}) {
+            const std::int64_t to = std::max<std::int64_t>(wanted - earlier, 0);
+            if (!Restart(begin + av_rescale_q(to, samples, reader_->Stream().time_base))) continue;
+            AVFrame* const frame = Next();
+            if (!frame || frame->best_effort_timestamp == AV_NOPTS_VALUE) continue;
+            const std::int64_t at =
+                av_rescale_q(frame->best_effort_timestamp - begin, reader_->Stream().time_base, samples);
+            if (at <= wanted) return PlaceOf(wanted, at, frame);
+        }
+        return {};
+    }
+
     std::optional<Frames> Length() const override { return reader_->Length(); }
 
   private:
+    /// Goes on from the packet at `time`.
+    bool Restart(std::int64_t time) {
+        if (!reader_->Seek(time)) return false;
+        avcodec_flush_buffers(codec_.get());
+        av_packet_unref(nextPacket_.get());
+        inputEnded_ = !reader_->Read(*nextPacket_);
+        drained_ = ended_ = false;
+        return true;
+    }
+
+    /// The place of the sample `wanted`; `frame` begins with the sample `at`.
+    Place PlaceOf(std::int64_t wanted, std::int64_t at, AVFrame* frame) {
+        decodedSamples_ = at + frame->nb_samples;
+        for (; frame && at + frame->nb_samples <= wanted; frame = Next()) at += frame->nb_samples;
+        return frame ? Place{frame, static_cast<int>(wanted - at)} : Place{};
+    }
+
     /// Gives the codec the next packet, or the sign that there is none. False when it can't be given anything
     /// more.
     bool FeedPacket() {
@@ -100,6 +145,17 @@ class SequentialFrames final : public FrameSource {
 };
 
 }  // namespace
+
+FrameSource::Place FrameSource::GoTo(Frames start) {
+    std::int64_t at = 0;
+    for (AVFrame* frame = Next(); frame; frame = Next()) {
+        const std::int64_t wanted = SampleOf(start, *frame);
+        if (at + frame->nb_samples > wanted)
+            return {frame, static_cast<int>(std::max<std::int64_t>(wanted - at, 0))};
+        at += frame->nb_samples;
+    }
+    return {};
+}
 
 std::unique_ptr<FrameSource> MakeSequentialFrames(std::unique_ptr<PacketReader> reader) {
     auto frames = std::make_unique<SequentialFrames>(std::move(reader));

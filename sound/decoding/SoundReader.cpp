@@ -21,9 +21,10 @@ constexpr std::size_t kSkipSamples = 32768 * kChannels;
 std::optional<SoundReader> SoundReader::Open(std::unique_ptr<InputFile> file, const std::string& name,
                                              const DecodeOptions& options, unsigned helpers) {
     auto decoder = Decoder::Open(std::move(file), name, helpers,
-                                 options.fullFold ? Converter::Fold::Full : Converter::Fold::Scaled);
+                                 options.fullFold ? Converter::Fold::Full : Converter::Fold::Scaled,
+                                 options.excerpt.start);
     if (!decoder) return std::nullopt;
-    return SoundReader(std::move(decoder), options.skipHead);
+    return SoundReader(std::move(decoder), options);
 }
 
 std::size_t SoundReader::Read(std::span<float> interleaved) {
@@ -36,16 +37,27 @@ std::size_t SoundReader::Read(std::span<float> interleaved) {
     kept_ = {};
     keptBegin_ = 0;
     const auto rest = interleaved.subspan(kept);
-    const std::size_t frames = ended_ ? 0 : decoder_->Read(rest);
+    const std::size_t frames = ended_ ? 0 : Decode(rest);
     over_ = frames < rest.size() / kChannels;
     return kept / kChannels + frames;
+}
+
+/// The decoder's next frames, up to the excerpt's end.
+std::size_t SoundReader::Decode(std::span<float> interleaved) {
+    if (excerpt_.length.count > 0) {
+        const auto left = static_cast<std::size_t>((excerpt_.length - decoded_).count) * kChannels;
+        interleaved = interleaved.first(std::min(interleaved.size(), left));
+    }
+    const std::size_t frames = decoder_->Read(interleaved);
+    decoded_.count += static_cast<std::int64_t>(frames);
+    return frames;
 }
 
 /// Reads a stretch after the silence that is kept.
 void SoundReader::Skip() {
     const std::size_t before = kept_.size();
     kept_.resize(before + kSkipSamples);
-    const std::size_t got = decoder_->Read(std::span(kept_).subspan(before)) * kChannels;
+    const std::size_t got = Decode(std::span(kept_).subspan(before)) * kChannels;
     ended_ = got < kSkipSamples;
     kept_.resize(before + got);
     const auto sound =
@@ -62,7 +74,9 @@ void SoundReader::Skip() {
 }
 
 std::optional<Frames> SoundReader::Length() const {
-    const auto length = decoder_->Length();
+    auto length = decoder_->Length();
+    if (length) *length = *length - excerpt_.start;
+    if (excerpt_.length.count > 0) length = length ? std::min(*length, excerpt_.length) : excerpt_.length;
     if (!length) return std::nullopt;
     return Frames{std::max<std::int64_t>(length->count - skipped_.count, 1)};
 }

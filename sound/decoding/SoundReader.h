@@ -35,11 +35,14 @@ class SoundReader {
     std::optional<Frames> Length() const;
 
   private:
-    SoundReader(std::unique_ptr<Decoder> decoder, bool skipHead)
-        : decoder_(std::move(decoder)), skipping_(skipHead) {}
+    SoundReader(std::unique_ptr<Decoder> decoder, const DecodeOptions& options)
+        : decoder_(std::move(decoder)), excerpt_(options.excerpt), skipping_(options.skipHead) {}
     void Skip();
+    std::size_t Decode(std::span<float> interleaved);
 
     std::unique_ptr<Decoder> decoder_;
+    Excerpt excerpt_;
+    Frames decoded_;  ///< of the excerpt
     bool skipping_;
     bool ended_ = false;  ///< the decoder has no more
     bool over_ = false;

@@ -22,8 +22,18 @@ constexpr auto kLongestWait = 10min;
 }  // namespace
 
 DecodeOptions OptionsFor(Bus bus) {
-    return {.skipHead = bus == Bus::Music, .fullFold = true};
+    return {.skipHead = bus == Bus::Music, .fullFold = true, .excerpt = {}};
 }
+
+namespace {
+
+DecodeOptions OptionsOf(const SoundSource& music) {
+    DecodeOptions options = OptionsFor(Bus::Music);
+    options.excerpt = music.excerpt;
+    return options;
+}
+
+}  // namespace
 
 Levels::Levels(double target, std::shared_ptr<Decoders> decoders, MixingMode mode)
     : target_(target),
@@ -60,20 +70,20 @@ VoiceLevel Levels::LevelOfShortSound(const std::filesystem::path& file, DecodedS
     return level;
 }
 
-void Levels::Want(const std::filesystem::path& file, Frames part) {
-    if (MeasuredInRing(Bus::Music, part).count == 0) measurements_.Want(file, part, OptionsFor(Bus::Music));
+void Levels::Want(const SoundSource& source, Frames part) {
+    if (MeasuredInRing(Bus::Music, part).count == 0) measurements_.Want(source.file, part, OptionsOf(source));
 }
 
-VoiceLevel Levels::LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+VoiceLevel Levels::LevelOfMusic(const SoundSource& source, Frames part, std::optional<double> tagged,
                                 const std::optional<Measurement>& measured) {
     if (measured) return LevelBy(*measured, part, Bus::Music);
-    if (mode_ == MixingMode::Offline) measurements_.Want(file, part, OptionsFor(Bus::Music));
+    if (mode_ == MixingMode::Offline) measurements_.Want(source.file, part, OptionsOf(source));
     const auto measurement = mode_ == MixingMode::Offline
-                                 ? measurements_.Await(file, part, OptionsFor(Bus::Music), kLongestWait)
-                                 : measurements_.Find(file, OptionsFor(Bus::Music));
+                                 ? measurements_.Await(source.file, part, OptionsOf(source), kLongestWait)
+                                 : measurements_.Find(source.file, OptionsOf(source));
     if (measurement) return LevelBy(*measurement, part, Bus::Music);
     VoiceLevel level;
-    level.isLost = mode_ == MixingMode::Offline || measurements_.IsLost(file, OptionsFor(Bus::Music));
+    level.isLost = mode_ == MixingMode::Offline || measurements_.IsLost(source.file, OptionsOf(source));
     if (tagged) {
         level.source = VoiceLevel::Source::Tags;
         level.loudness = *tagged;

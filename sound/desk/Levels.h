@@ -31,8 +31,8 @@ class Levels {
     VoiceLevel LevelOfShortSound(const std::filesystem::path& file, DecodedSound& sound, Bus bus);
 
     // As MixingEngine's. `measured` is what was measured on the way to the ring.
-    void Want(const std::filesystem::path& file, Frames part);
-    VoiceLevel LevelOfMusic(const std::filesystem::path& file, Frames part, std::optional<double> tagged,
+    void Want(const SoundSource& source, Frames part);
+    VoiceLevel LevelOfMusic(const SoundSource& source, Frames part, std::optional<double> tagged,
                             const std::optional<Measurement>& measured);
 
   private:

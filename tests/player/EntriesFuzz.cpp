@@ -23,6 +23,8 @@ void CheckTracks(const std::vector<PlaylistEntry>& entries) {
         for (const char c : record) {
             if (static_cast<unsigned char>(c) < 0x20 && c != '\t') std::abort();
         }
+        const FilePart& part = entries[i].part;
+        if (part.begin < 0 || (part.end != 0 && part.end <= part.begin)) std::abort();
         if (i >= kEnough) continue;
         if (entries[i].location.empty()) continue;
         for (const std::string& spelling : Spellings(entries[i])) {

@@ -201,6 +201,28 @@ TEST_F(LocalPlayerTest, TellsOfTracks) {
     EXPECT_EQ(player.SongInfo("told", 5) + player.SongInfo("nowhere", 1), "");
 }
 
+TEST_F(LocalPlayerTest, PlaysTheTracksOfACueSheetAsTracks) {
+    music_.Write("2.cue",
+                 "PERFORMER Band\nFILE 2.wav WAVE\nTRACK 01 AUDIO\nTITLE First\nINDEX 01 00:00:00\n"
+                 "TRACK 02 AUDIO\nTITLE Second\nINDEX 01 00:08:00\n");
+    LocalPlayer player(engine_, std::make_unique<MusicLibrary>(std::vector{music_.Path()}));
+    for (const bool ahead : {false, true}) {
+        player.SetReadAhead(ahead);
+        EXPECT_EQ(player.SongInfo("Library", 2), "First\tBand\t\t\t\t");
+        EXPECT_EQ(player.SongInfo("Library", 3), "Second\tBand\t\t\t\t");
+        player.Play("Library", 3);
+        Hear(1.5);
+        EXPECT_EQ(player.Position(), "1.500");
+        Hear(0.7);
+        EXPECT_EQ(player.State(), "stopped");
+        player.Play("Library", 2);
+        Hear(7.9);
+        EXPECT_EQ(player.State(), "playing");
+        Hear(0.2);
+        EXPECT_EQ(player.State(), "stopped");
+    }
+}
+
 TEST_F(LocalPlayerTest, AShuffledListIsDrawnForEachShowAndKeepsArtistsApart) {
     constexpr int kTracks = 24;
     std::string list = "#EXTM3U\n#SHUFFLE\n";

@@ -158,6 +158,40 @@ TEST_F(MusicLibraryTest, EntriesFromElsewhereFindTheirFilesButNeverByAGuess) {
     EXPECT_EQ(library->FindMissing("Library", 1min).count, 0);
 }
 
+TEST_F(MusicLibraryTest, ACueSheetMakesTheTracksOfTheFileBesideIt) {
+    for (const char* name : {"a/disc.flac", "b/live.mp3", "c/x.ogg", "d/1.wav", "d/2.wav", "z.mp3"})
+        music_.Write(name);
+    const std::string two = "TRACK 01 AUDIO\nINDEX 01 00:00:00\nTRACK 02 AUDIO\nINDEX 01 00:01:00\n";
+    music_.Write(
+        "a/disc.cue",
+        "\xEF\xBB\xBFREM x\r\nPERFORMER \"Band\"\r\nTITLE \"Album\"\r\nFILE \"C:\\rip\\disc.wav\" WAVE\r\n"
+        "  TRACK 01 AUDIO\r\n    TITLE \"One\"\r\n    INDEX 01 00:00:00\r\n"
+        "  TRACK 02 MODE1/2352\r\n INDEX 01 00:30:00\r\n"
+        "  TRACK 03 AUDIO\r\n    PERFORMER \"\xC3\xF0\xF3\xEF\xEF\xE0\"\r\n    INDEX 00 01:00:00\r\n"
+        "    INDEX 01 01:02:03\r\n  TRACK 04 AUDIO\r\n TITLE back\r\n INDEX 01 00:59:00\r\n");
+    music_.Write("b/anything.cue", "FILE live.mp3 MP3\n" + two);
+    music_.Write("c/none.cue",
+                 "FILE \"other.wav\" WAVE\n" + two + "INDEX 01 9:99:99\nTITLE\nFILE\nTRACK\n\"\n");
+    music_.Write("d/two.cue",
+                 "FILE \"1.wav\" WAVE\nTRACK 01 AUDIO\nINDEX 01 00:00:00\nTRACK 02 AUDIO\n"
+                 "INDEX 00 00:10:00\nFILE \"2.wav\" WAVE\nINDEX 01 00:00:00\n");
+    const auto library = Open();
+    std::vector<std::string> told;
+    for (int n = 1; n <= library->Count("Library"); ++n) {
+        const Track track = library->Find("Library", n).value();
+        told.push_back(track.path.lexically_relative(music_.Path()).string() + ' ' +
+                       std::to_string(track.part.begin) + '-' + std::to_string(track.part.end) + ' ' +
+                       track.text.Packed());
+    }
+    EXPECT_THAT(told,
+                ElementsAre("a/disc.flac 0-4500 One\tBand\tAlbum", "a/disc.flac 4425-0 back\tBand\tAlbum",
+                            "b/live.mp3 0-75 Track 1", "b/live.mp3 75-0 Track 2", "c/x.ogg 0-0 ",
+                            "d/1.wav 0-0 ", "d/2.wav 0-0 ", "z.mp3 0-0 "));
+    music_.Write("b/anything.cue", "");
+    now_ += 1s;
+    EXPECT_EQ(library->Count("Library"), 7);
+}
+
 TEST_F(MusicLibraryTest, EntriesWithoutAPlaceAreFoundByNameAndLengthOrTags) {
     for (const char* name :
          {"Nena - 99 Luftballons.mp3", "a/Same.mp3", "b/Same.mp3", "c/Same.mp3", "03 - Alone.mp3"})

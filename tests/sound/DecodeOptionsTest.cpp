@@ -68,6 +68,58 @@ TEST_F(DecodeOptionsTest, SilenceAtTheHeadIsLeftOutAndNothingElse) {
     }
 }
 
+TEST_F(DecodeOptionsTest, ExcerptsAreTheFramesOfTheWholeFile) {
+    constexpr std::int64_t kCdFrame = kSampleRate / 75;
+    constexpr std::size_t kLength = 20 * kSampleRate;
+    Samples music(kLength * kChannels);
+    std::mt19937 random(7);
+    float low = 0;
+    for (float& sample : music)
+        sample = low = 0.95f * low + 0.05f * (static_cast<float>(random() % 2000) / 1000 - 1);
+    const struct {
+        const char* name;
+        int rate;
+        const char* options;
+        float tolerance;  ///< of decoders with a memory
+    } formats[] = {
+        {"a.wav", 48000, "", 0},
+        {"a.flac", 48000, "", 0},
+        {"b.flac", 44100, "", 1e-4f},
+        {"a.wv", 48000, "", 0},
+        {"cbr.mp3", 48000, "-b:a 128k", 1e-4f},
+        {"vbr.mp3", 48000, "-q:a 4", 1e-4f},
+        {"a.ogg", 48000, "", 1e-4f},
+        {"a.opus", 48000, "", 0.02f},
+        {"a.m4a", 48000, "-c:a aac -aac_pns 0", 1e-4f},
+        {"alac.m4a", 48000, "-c:a alac", 0},
+        {"a.aac", 48000, "-aac_pns 0", 1e-4f},
+    };
+    for (const auto& format : formats) {
+        Encode(folder_ / format.name, music, format.rate, kChannels, format.options);
+        const Samples whole = Played(folder_ / format.name, kPlain);
+        for (const std::int64_t start : {2 * kCdFrame, 232 * kCdFrame, 1125 * kCdFrame}) {
+            SCOPED_TRACE(std::string(format.name) + " from " + std::to_string(start));
+            const Frames length{start == 2 * kCdFrame ? 2 * kSampleRate : 0};
+            const Samples part = Played(folder_ / format.name,
+                                        {.skipHead = false, .fullFold = false, .excerpt = {{start}, length}});
+            const auto begin = static_cast<std::size_t>(start) * kChannels;
+            const std::size_t most =
+                length.count > 0 ? static_cast<std::size_t>(length.count) * kChannels : whole.size() - begin;
+            ASSERT_NEAR(static_cast<double>(part.size()), static_cast<double>(most),
+                        format.rate == 44100 ? 4 : 0);
+            float worst = 0;
+            for (std::size_t i = 100; i + 100 < std::min(part.size(), most); ++i)
+                worst = std::max(worst, std::fabs(part[i] - whole[begin + i]));
+            EXPECT_LE(worst, format.tolerance);
+        }
+        EXPECT_EQ(
+            decoders_->Open(folder_ / format.name, Decoders::Pace::Fast,
+                            {.skipHead = false, .fullFold = false, .excerpt = {{60 * kSampleRate}, {}}}),
+            nullptr)
+            << format.name;
+    }
+}
+
 TEST_F(DecodeOptionsTest, MeasuringHasTheFramesThatArePlayed) {
     std::mt19937 random(5);
     Samples noise(5 * kSampleRate * kChannels), poison = Constant(0.25f, 3 * kSampleRate);
