@@ -46,6 +46,11 @@ constexpr std::string_view kChinese =
     "岛桥街晚早晨阳影照镜窗酒茶香味糖果千百六七八九零半双快慢轻冷暖热疯狂静默沉醉睡醒哭泣痛苦幸福祝愿望简恒许"
     "巧";
 constexpr std::string_view kJapanese =
+    "あぃいぅうぇえぉおかがきぎくぐけげこごさざしじすずせぜそぞただちぢっつづてでとどなにぬねのはばぱひびぴふ"
+    "ぶぷへべぺほぼぽ"
+    "まみむめもゃやゅゆょよらりるれろゎわゐゑをんァアィイゥウェエォオカガキギクグケゲコゴサザシジスズセゼソゾ"
+    "タダチヂッツヅテ"
+    "デトドナニヌネノハバパヒビピフブプヘベペホボポマミムメモャヤュユョヨラリルレロヮワヰヱヲンヴー"
     "日一人年大十二本中長出三時行見月分後前生五間上東四今金九入学高円子外八六下来気小七山話女北午百書先名川千"
     "水半男西電"
     "校語土木聞食車何南万毎白天母火右読友左休父雨愛恋心夢夜空花風海星歌曲音楽涙春夏秋冬雪桜光影明朝夕暗赤青黒"
@@ -117,7 +122,8 @@ double WeightOf(std::string_view bytes, const TwoByte& script) {
 }
 
 bool IsCyrillic(char32_t code) {
-    return IsIn(code, 0x410, 0x44F) || code == 0x401 || code == 0x451;
+    static const Characters kFurther = SetOf("ЁёІіЇїЄєҐґЎў");
+    return IsIn(code, 0x410, 0x44F) || kFurther.contains(code);
 }
 
 /// The words of a text, and what is between them.
@@ -153,7 +159,7 @@ bool HasUsualCase(std::u32string_view word) {
 }
 
 double WeightOfCyrillicWord(std::u32string_view word) {
-    static const Characters kVowels = SetOf("аеёиоуыэюяАЕЁИОУЫЭЮЯ"), kRare = SetOf("ёъщэфцюъЁЪЩЭФЦЮҐ");
+    static const Characters kVowels = SetOf("аеёиоуъыэюяіїєАЕЁИОУЪЫЭЮЯІЇЄ"), kRare = SetOf("щэфцюЩЭФЦЮ");
     static const Characters kUsual = SetOf("оеаинтсрвлк");
     const auto count = [&](auto test) {
         return static_cast<double>(std::count_if(word.begin(), word.end(), test));
@@ -172,7 +178,7 @@ double WeightOfCyrillicWord(std::u32string_view word) {
 }
 
 double WeightOfCyrillic(std::string_view bytes) {
-    static const Characters kMarks = SetOf("«»—–…№“”„’‘©®°");
+    static const Characters kMarks = SetOf("«»—–…№“”„’‘");
     double weight = 0;
     std::size_t longest = 0, letters = 0;
     ForEachWord(CodesOf(unicode::ToUtf8(bytes, Encoding::Windows1251)),
@@ -182,7 +188,7 @@ double WeightOfCyrillic(std::string_view bytes) {
                     if (!isForeign) return;
                     if (!isWord) {
                         for (const char32_t code : word)
-                            weight += code < 0x80 || kMarks.contains(code) ? 0 : -1.5;
+                            weight += code < 0x80 || kMarks.contains(code) ? 0 : -3;
                         return;
                     }
                     weight += WeightOfCyrillicWord(word);
@@ -219,7 +225,7 @@ double WeightOfLatin(std::string_view bytes) {
 
 unicode::Encoding LikelyEncoding(std::string_view bytes) {
     static const Characters korean = SetOf(kKorean), chinese = SetOf(kChinese), japanese = SetOf(kJapanese);
-    static const TwoByte kScripts[] = {{Encoding::EucKr, korean, 0xAC00, 0xD7A3, 1.2},
+    static const TwoByte kScripts[] = {{Encoding::EucKr, korean, 0xAC00, 0xD7A3, 0.9},
                                        {Encoding::Gbk, chinese, 0x4E00, 0x9FFF, 0.6},
                                        {Encoding::EucJp, japanese, 0x3041, 0x9FFF, 0.4}};
     // One character that isn't a common one says little.
