@@ -153,6 +153,10 @@ class mainWindow : public Window {
     /// Tells of a message that is about to be shown, and adds what is known to its details.
     void tellMessage(Message& message);
 
+    /// Tells of a lookup without an answer, once a show and reason; an empty `why` is no failure.
+    void tellLookupFailure(const String& why);
+
+    std::vector<String> lookupFailures;  ///< told in this show
     String boxTold;  ///< the text of the message that follows the failure that was told last
     String boxDetails;
 };

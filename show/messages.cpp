@@ -30,9 +30,9 @@ String PlaceText() {
 }  // namespace
 
 void mainWindow::completeFailure(ShowEvent::Fields& fields) {
-    // A track isn't the fault of the line that starts it.
+    // Neither a track nor a lookup is the fault of the line that is carried out meanwhile.
     const String what = *FindText(fields, "what");
-    const bool isOfLine = !(what == "track" || what == "tags" || what == "level");
+    const bool isOfLine = !(what == "track" || what == "tags" || what == "level" || what == "lookup");
     const ProgramPlace& place = CurrentPlace();
     if (isOfLine && place.line > 0) {
         fields.emplace_back("program", place.program);

@@ -26,6 +26,7 @@ void mainWindow::beginShow(Random& random) {
     programStart.SetCaption(kStopCaption);
     trackNo = 0;
     startTicks = Ticks();
+    lookupFailures.clear();
     Runtime::Current().BeginShow();
     // A file that ended its decoder is tried again in each show.
     if (auto* engine = Runtime::Current().Engine()) engine->ForgetBadFiles();

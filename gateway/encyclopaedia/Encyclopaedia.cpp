@@ -98,10 +98,13 @@ class Encyclopaedia::SearchRun {
 
     /// False if a query had no answer.
     bool WasAnswered() const { return wasAnswered_; }
+    /// Of the first of these.
+    const std::string& Failure() const { return failure_; }
 
   private:
     std::optional<std::string> Ask(const std::string& query, std::size_t mostBytes) {
         auto answer = session_.Get(site_, query, mostBytes);
+        if (!answer && wasAnswered_) failure_ = session_.Failure();
         wasAnswered_ = wasAnswered_ && answer.has_value();
         return answer;
     }
@@ -168,6 +171,7 @@ class Encyclopaedia::SearchRun {
     const std::string& site_;
     const Search& search_;
     bool wasAnswered_ = true;
+    std::string failure_;
 };
 
 Encyclopaedia::Encyclopaedia(std::string englishSite, std::string japaneseSite, SiteLimits limits,
@@ -177,22 +181,22 @@ Encyclopaedia::Encyclopaedia(std::string englishSite, std::string japaneseSite, 
       clock_(clock),
       client_(std::move(limits), clock) {}
 
-std::optional<ArticleAddress> Encyclopaedia::Find(const Search& search) {
+Encyclopaedia::Finding Encyclopaedia::Find(const Search& search) {
     const std::string& site = search.edition == Edition::Japanese ? japaneseSite_ : englishSite_;
     if (site.empty()) return {};
-    const auto address = [&](const std::optional<Found>& found) {
-        return found ? std::optional(ArticleAddress{search.edition, found->title}) : std::nullopt;
+    const auto finding = [&](const std::optional<Found>& found) {
+        return found ? Finding{ArticleAddress{search.edition, found->title}, {}} : Finding();
     };
     {
         const std::lock_guard lock(mutex_);
-        if (const CacheEntry* entry = FindCached(search)) return address(entry->found);
+        if (const CacheEntry* entry = FindCached(search)) return finding(entry->found);
     }
     SearchRun run(client_, site, search);
     auto found = run.Run();
     // A query without an answer may have one for the next song.
-    if (!found && !run.WasAnswered()) return {};
+    if (!found && !run.WasAnswered()) return {std::nullopt, run.Failure()};
     const std::chrono::minutes keep = found ? kCacheFound : kCacheNotFound;
-    const auto result = address(found);
+    auto result = finding(found);
     const std::lock_guard lock(mutex_);
     Store({search, std::move(found), clock_() + keep});
     return result;
@@ -201,10 +205,12 @@ std::optional<ArticleAddress> Encyclopaedia::Find(const Search& search) {
 ServiceAnswer Encyclopaedia::Answer(const ServiceRequest& request) {
     ServiceAnswer answer;
     if (const auto search = ParseSearch(request.target)) {
-        if (const auto found = Find(*search)) {
+        const Finding found = Find(*search);
+        if (found.article) {
             answer.status = 302;
-            answer.location = ArticleTarget(*found);
+            answer.location = ArticleTarget(*found.article);
         }
+        answer.failure = found.failure;
     } else if (const auto article = ParseArticleAddress(request.target)) {
         if (auto page = Page(*article)) {
             answer = {200, "text/html; charset=utf-8", std::move(*page), {}};

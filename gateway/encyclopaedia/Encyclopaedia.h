@@ -30,8 +30,13 @@ class Encyclopaedia {
     /// anything else, and what isn't found, with a 404.
     ServiceAnswer Answer(const ServiceRequest& request);
 
+    struct Finding {
+        std::optional<ArticleAddress> article;
+        /// Why the site gave no answer; empty if it did, and if there is no site to ask.
+        std::string failure;
+    };
     /// The address of the article about `search.name`. Blocks while the sites are asked, within the limits.
-    std::optional<ArticleAddress> Find(const Search& search);
+    Finding Find(const Search& search);
     /// The page of an article that Find has found: the article's beginning as one paragraph, with the
     /// subject's name in bold, and the link by which the client recognises a musician.
     std::optional<std::string> Page(const ArticleAddress& address);

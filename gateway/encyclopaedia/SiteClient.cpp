@@ -50,18 +50,23 @@ struct SiteClient::Shared {
     const Clock clock;
     RequestLimit requests;
     std::stop_source stop;
-    std::mutex mutex;                                                          ///< guards what follows
-    std::map<std::string, std::chrono::steady_clock::time_point> unreachable;  ///< sites, until then
+    struct Unreachable {
+        std::chrono::steady_clock::time_point until;
+        std::string failure;
+    };
+    std::mutex mutex;                                ///< guards what follows
+    std::map<std::string, Unreachable> unreachable;  ///< sites
 
-    bool IsReachable(const std::string& site) {
+    /// Why the site is not to be asked yet; empty if it is.
+    std::string FailureOf(const std::string& site) {
         const std::lock_guard lock(mutex);
         const auto found = unreachable.find(site);
-        return found == unreachable.end() || clock() >= found->second;
+        return found == unreachable.end() || clock() >= found->second.until ? "" : found->second.failure;
     }
 
-    void NoteUnreachable(const std::string& site) {
+    void NoteUnreachable(const std::string& site, const std::string& failure) {
         const std::lock_guard lock(mutex);
-        unreachable[site] = clock() + kUnreachable;
+        unreachable[site] = {clock() + kUnreachable, failure};
     }
 
     void PauseIfAsked(const web::Answer& answer) {
@@ -81,9 +86,26 @@ struct SiteClient::Session::Impl {
                                                                      std::chrono::steady_clock::now());
     }
 
+    /// Nullopt, because of `why`: "en.example.org could not be reached".
+    std::nullopt_t Fail(const std::string& site, const std::string& why) {
+        failure = web::ParseAddress(site).host + " " + why;
+        return std::nullopt;
+    }
+
+    std::nullopt_t FailUnanswered(const std::string& site, const web::Answer& answer) {
+        using End = web::Answer::End;
+        if (answer.end == End::Cancelled) return std::nullopt;
+        Fail(site, answer.end == End::TimedOut ? "did not answer in time"
+                   : answer.status == 0        ? "could not be reached"
+                                               : "sent an answer that could not be read");
+        if (answer.status == 0 || answer.end == End::TimedOut) shared.NoteUnreachable(site, failure);
+        return std::nullopt;
+    }
+
     Shared& shared;
     const std::chrono::steady_clock::time_point deadline;
     web::Client web;
+    std::string failure;
 };
 
 SiteClient::SiteClient(SiteLimits limits, Clock clock)
@@ -99,24 +121,30 @@ SiteClient::Session::Session(SiteClient& client) : impl_(std::make_unique<Impl>(
 
 SiteClient::Session::~Session() = default;
 
+const std::string& SiteClient::Session::Failure() const {
+    return impl_->failure;
+}
+
 std::optional<std::string> SiteClient::Session::Get(const std::string& site, const std::string& path,
                                                     std::size_t mostBytes) {
     Shared& shared = impl_->shared;
-    if (!shared.IsReachable(site)) return {};
+    impl_->failure = shared.FailureOf(site);
+    if (!impl_->failure.empty()) return {};
     std::string address = site + path;
     for (int redirect = 0; redirect <= kMostRedirects; ++redirect) {
         const auto left = impl_->Left();
-        if (left.count() <= 0 || shared.stop.stop_requested() || !shared.requests.Take()) return {};
+        if (shared.stop.stop_requested()) return {};
+        if (left.count() <= 0) return impl_->Fail(site, "did not answer in time");
+        if (!shared.requests.Take()) return impl_->Fail(site, "is not asked more often for now");
         web::Answer answer = impl_->web.Get(address, {std::min(mostBytes, shared.limits.answerSize), left});
-        if (answer.end == web::Answer::End::Cancelled) return {};
-        if (answer.status == 0 || answer.end == web::Answer::End::TimedOut) shared.NoteUnreachable(site);
-        if (answer.end != web::Answer::End::Whole) return {};
+        if (answer.end != web::Answer::End::Whole) return impl_->FailUnanswered(site, answer);
         if (answer.status == 200) return std::move(answer.body);
         shared.PauseIfAsked(answer);
-        if (answer.redirect.empty() || !IsSameSite(answer.redirect, site)) return {};
+        if (answer.redirect.empty() || !IsSameSite(answer.redirect, site))
+            return impl_->Fail(site, "answered with the status " + std::to_string(answer.status));
         address = answer.redirect;
     }
-    return {};
+    return impl_->Fail(site, "redirects without end");
 }
 
 }  // namespace sorakaze::gateway

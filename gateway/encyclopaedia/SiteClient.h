@@ -46,6 +46,8 @@ class SiteClient {
         /// answer, or doesn't end it in time, is not asked again for a minute.
         std::optional<std::string> Get(const std::string& site, const std::string& path,
                                        std::size_t mostBytes);
+        /// Why the last Get returned nothing, without a full stop. Empty if it was stopped.
+        const std::string& Failure() const;
 
       private:
         struct Impl;

@@ -56,13 +56,18 @@ TEST_F(LookupTest, AsksTheSearchEngineAndFollowsItsRedirect) {
     EXPECT_THAT(requests[0], StartsWith("HEAD /search?hl=ja&q=椎名+林檎+ja.wikipedia.org&btnI=I'm+"));
     EXPECT_EQ(window.artist.Bytes(), "椎名 林檎");
     EXPECT_EQ(window.wikiHistory.size(), 2u) << "what fails is remembered as told";
+    EXPECT_THAT(show.trace.lines, IsEmpty()) << "an unknown artist is no failure";
     window.isJapaneseOn = false;
+    LookUp("a", "", "503 Busy");
     window.deployment.searchHost = "127.0.0.1:1";  // nobody
-    window.getContents("a");
+    for (const char* name : {"a", "c"}) window.getContents(name);
+    EXPECT_THAT(show.trace.lines, ElementsAre("failed lookup  the search engine answered with the status 503",
+                                              "failed lookup  the search engine could not be reached"));
     window.deployment.searchHost = "";
     const std::int32_t before = Ticks();
     window.getContents("b");
     EXPECT_LE(Ticks() - before, 1) << "without a service there is nothing to wait for";
+    EXPECT_EQ(show.trace.lines.size(), 2u) << "and nothing to tell";
     EXPECT_EQ(window.wikiHistory.size(), 2u);
 }
 
@@ -147,6 +152,7 @@ TEST(SlowLookupTest, TheNextButOneTracksLookupIsAllThatAShowWaitsFor) {
     const auto second = [&](const char* event) { return show.trace.TickOf(event) / 60; };
     EXPECT_LE(second("line play [[iTunes]]"), 4) << "the track itself waits for nothing";
     EXPECT_NEAR(second("prepared 1 "), 30, 3);
+    EXPECT_THAT(show.trace.All("failed lookup  "), ElementsAre("the search engine did not answer in time"));
     EXPECT_NEAR(second("prepared 2 "), 60, 5);
     EXPECT_NEAR(second("end") - second("prepared 2 "), 1, 4) << "the third track's is not waited for";
     EXPECT_THAT(show.host.Messages(), IsEmpty());

@@ -15,6 +15,7 @@ namespace sorakaze::gateway {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::ElementsAre;
 using testing::StartsWith;
 
 struct EncyclopaediaTest : testing::Test {
@@ -24,7 +25,7 @@ struct EncyclopaediaTest : testing::Test {
     void Ask(const std::string& site) {
         encyclopaedia.emplace(site, "", limits, [this] { return now; });
     }
-    bool Finds(const char* name) { return encyclopaedia->Find({Edition::English, name}).has_value(); }
+    bool Finds(const char* name) { return encyclopaedia->Find({Edition::English, name}).article.has_value(); }
 
     const test::Authority authority;
     const test::Certificate good = authority.Issue("localhost");
@@ -68,22 +69,25 @@ TEST_F(EncyclopaediaTest, NothingIsFoundOnAnUntrustedOrUnreadableSite) {
         const char* what;
         const test::Certificate& certificate;
         test::TlsSite::Answer answer;
+        const char* failure;  ///< after the site's name
     } cases[] = {
-        {"another authority", another, {}},
-        {"expired", expired, {}},
-        {"another host", elsewhere, {}},
-        {"a fault", good, {500, ""}},
-        {"elsewhere", good, {302, "", "https://127.0.0.1:9/w"}},
-        {"without TLS", good, {302, "", "http://localhost/w"}},
-        {"round and round", good, {302, "", "/w"}},
-        {"without end", good, {200, "", "", true}},
-        {"no JSON", good, {200, "<html>"}},
-        {"other JSON", good, {200, R"({"query":{"pages":[7,{"ns":0,"title":8}],"redirects":"x"}})"}},
+        {"another authority", another, {}, " could not be reached"},
+        {"expired", expired, {}, " could not be reached"},
+        {"another host", elsewhere, {}, " could not be reached"},
+        {"a fault", good, {500, ""}, " answered with the status 500"},
+        {"elsewhere", good, {302, "", "https://127.0.0.1:9/w"}, " answered with the status 302"},
+        {"without TLS", good, {302, "", "http://localhost/w"}, " answered with the status 302"},
+        {"round and round", good, {302, "", "/w"}, " redirects without end"},
+        {"without end", good, {200, "", "", true}, " sent an answer that could not be read"},
+        {"no JSON", good, {200, "<html>"}, ""},
+        {"other JSON", good, {200, R"({"query":{"pages":[7,{"ns":0,"title":8}],"redirects":"x"}})"}, ""},
     };
-    for (const auto& [what, certificate, answer] : cases) {
+    for (const auto& [what, certificate, answer, failure] : cases) {
         const test::TlsSite site(certificate, [answer = answer](const std::string&) { return answer; });
         Ask(site.Address());
-        EXPECT_FALSE(Finds("ac/dc")) << what;
+        const auto found = encyclopaedia->Find({Edition::English, "ac/dc"});
+        EXPECT_FALSE(found.article) << what;
+        EXPECT_EQ(found.failure, *failure ? "localhost" + std::string(failure) : "") << what;
         EXPECT_EQ(site.requests > 0, &certificate == &good) << what;
     }
     const test::TlsSite site(good, [&](const std::string& target) {
@@ -103,7 +107,7 @@ TEST_F(EncyclopaediaTest, AsksOnceAndWithinTheLimit) {
     });
     limits.requestsPerMinute = 5;
     Ask(site.Address());
-    EXPECT_TRUE(encyclopaedia->Page(encyclopaedia->Find({Edition::English, "therapy?"}).value()));
+    EXPECT_TRUE(encyclopaedia->Page(encyclopaedia->Find({Edition::English, "therapy?"}).article.value()));
     EXPECT_TRUE(Finds("therapy?"));
     EXPECT_FALSE(Finds("nobody at all"));
     EXPECT_FALSE(Finds("nobody at all"));
@@ -136,6 +140,7 @@ TEST_F(EncyclopaediaTest, AnUnreachableSiteIsNotAskedForAMinute) {
         for (const char* name : {"ac/dc", "therapy?"}) show.window.getContents(name);
         EXPECT_EQ(show.window.wikiContents, "");
         EXPECT_EQ(attempts.exchange(0), 1);
+        EXPECT_THAT(show.trace.All("failed lookup  "), ElementsAre("127.0.0.1 could not be reached"));
     }
     Ask(site);
     for (const auto& [pause, expected] : {std::pair{0s, 1}, {59s, 1}, {1s, 2}}) {
