@@ -72,7 +72,8 @@ void Desk::Step(VoiceCore* first, Frames now) {
     }
     if (speech.arrived) {
         expectedUntil_.store(-1, std::memory_order_relaxed);
-        const int lead = ducker_.LeadIn(view);
+        view.isBedThere = HasBed(first);
+        const int lead = Ducker::LeadIn(view);
         for (VoiceCore* voice = speech.arrived; voice; voice = voice->next) {
             if (voice->GetBus() == Bus::Speech && voice->IsAwaitingDesk())
                 voice->LeadIn({std::int64_t{lead} * kDeskStep});
@@ -83,6 +84,12 @@ void Desk::Step(VoiceCore* first, Frames now) {
     if (view.isBedNew) duck_.Jump(factor);
     duck_.MoveTo(factor, kDeskStep);
     if (const auto depth = ducker_.TakeChange()) Note(*depth);
+}
+
+bool Desk::HasBed(const VoiceCore* first) {
+    for (const VoiceCore* voice = first; voice; voice = voice->next)
+        if (voice->GetBus() != Bus::Speech && voice->IsHeard()) return true;
+    return false;
 }
 
 Desk::Speech Desk::SpeechOf(VoiceCore* first) {

@@ -50,6 +50,7 @@ class Desk {
         VoiceCore* arrived = nullptr;  ///< the first that waits to begin
         bool isThere = false;
     };
+    static bool HasBed(const VoiceCore* first);
     Speech SpeechOf(VoiceCore* first);
     void AddSpeech(VoiceCore& voice, Speech& speech);
     double PowerOfBed(VoiceCore* first) const;

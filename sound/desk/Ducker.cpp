@@ -10,14 +10,13 @@ namespace {
 
 /// The bed goes down no faster than this, in dB a step.
 constexpr double kSteepest = 15.0 / Ducker::kAttack;
-/// A smaller difference is neither worth a pause nor worth telling.
+/// A smaller difference isn't worth telling.
 constexpr double kSlight = 0.5;
 
 }  // namespace
 
-int Ducker::LeadIn(const View& view) const {
-    if (view.need <= depth_ + kSlight) return 0;
-    return std::max(kAttack - view.stepsToWord, 0);
+int Ducker::LeadIn(const View& view) {
+    return view.isBedThere ? std::max(kAttack - view.stepsToWord, 0) : 0;
 }
 
 double Ducker::Step(const View& view) {

@@ -34,12 +34,14 @@ class Ducker {
         int stepsToWord = kNever;       ///< 0: there is speech now. kNever: none as far as one can see
         double need = 0;                ///< dB by which the bed has to go down for the words to be understood
         bool isSpeechExpected = false;  ///< a sentence is being prepared
+        bool isBedThere = false;        ///< music or an effect plays, however quiet
         bool isBedNew = false;          ///< the bed is only beginning: it needs no ramp
     };
 
-    /// The steps for which a voice that has just come waits, given those to its first word: until the bed is
-    /// down.
-    int LeadIn(const View& view) const;
+    /// The steps for which a voice that has just come waits, given those to its first word: until the bed can
+    /// be down. By what plays, not by how loud it is: so a rehearsal, which decodes no music, has the same
+    /// times.
+    static int LeadIn(const View& view);
 
     /// One step. Returns the depth at its end, in dB, 0 or more.
     double Step(const View& view);

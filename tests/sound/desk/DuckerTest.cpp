@@ -94,10 +94,9 @@ TEST(DuckerTest, GoesDeeperWhileNeededAndTellsWhatMatters) {
     // A bed that begins under speech is down at once.
     EXPECT_NEAR(ducker.Step({.stepsToWord = 0, .need = 9, .isBedNew = true}), 9, 1e-9);
     // A sentence waits only as long as the bed needs.
-    Ducker fresh;
-    EXPECT_EQ(fresh.LeadIn({.stepsToWord = 6, .need = 10}), Ducker::kAttack - 6);
-    EXPECT_EQ(fresh.LeadIn({.stepsToWord = 6, .need = 0.2}), 0);
-    EXPECT_EQ(ducker.LeadIn({.stepsToWord = 0, .need = 9}), 0);
+    EXPECT_EQ(Ducker::LeadIn({.stepsToWord = 6, .isBedThere = true}), Ducker::kAttack - 6);
+    EXPECT_EQ(Ducker::LeadIn({.stepsToWord = 6}), 0);
+    EXPECT_EQ(Ducker::LeadIn({.stepsToWord = Ducker::kAttack, .isBedThere = true}), 0);
 }
 
 }  // namespace
