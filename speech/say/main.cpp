@@ -69,7 +69,7 @@ class Recorder {
     std::optional<SpeechCutter> cutter_;
 };
 
-/// False if Open JTalk isn't installed or fails; then the engine speaks.
+/// False if Open JTalk isn't installed, or if it fails, which is complained of; then the engine speaks.
 bool SayByOpenJTalk(const std::string& voice, const std::string& text, double speed, const char* file,
                     Recorder& recorder) {
     const auto found = FindOpenJTalk({}, FoldName(voice), speed);
@@ -79,11 +79,13 @@ bool SayByOpenJTalk(const std::string& voice, const std::string& text, double sp
         SpeakOpenJTalk(*found, text, folder, [&](int sampleRate, std::span<const std::int16_t> samples) {
             recorder.Write(sampleRate, samples, BlockStart::WithinWord);
         });
-        return recorder.HasStarted();
-    } catch (const std::runtime_error&) {
+        if (recorder.HasStarted()) return true;
+        Complain("open_jtalk made no sound, so that the plainer voice speaks");
+    } catch (const std::runtime_error& problem) {
         recorder.Reset();
-        return false;
+        Complain(std::string(problem.what()) + ", so that the plainer voice speaks");
     }
+    return false;
 }
 
 void Speak(Engine& engine, const std::string& voice, const std::string& text, double speed, const char* file,
