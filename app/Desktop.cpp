@@ -102,6 +102,12 @@ void Desktop::StartServices() {
 void Desktop::ConnectViewer() {
     viewer_ = std::make_unique<viewer::Viewer>(ProgramOfStation(appFolder_, "sorakaze-viewer"));
     viewer_->OnAudible([this](bool audible) { engine_.SetOutsideSpeech(audible); });
+    viewer_->OnFailure([this](const std::string& why) {
+        Runtime().Events().Post([this, why] {
+            station_.mainWindow().tell(ShowEvent::Kind::Failed,
+                                       {{"what", "sayj"}, {"path", ""}, {"why", why}});
+        });
+    });
     station_.mainWindow().voiceHTMLViewer.Load = [this](const FolderItemRef& file) {
         const Deployment& deployment = station_.mainWindow().deployment;
         viewer_->Load(file->Path(), {VoiceAddress(deployment), kVoicePageScript, station_.HasOwnVoice()});

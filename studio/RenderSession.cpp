@@ -128,10 +128,14 @@ void RenderSession::Run() {
     console_.EndProgress();
     if (!fault_.empty()) throw StudioError(kWrongCall, fault_);
     if (!begun_) throw StudioError(kFailed, "Interrupted before the show began.");
-    if (standstill && !progress_.AnythingHeard())
+    if (standstill && !progress_.AnythingHeard()) {
+        // There is no file.
+        ReportShow();
         throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
+    }
     recorder_.Finish();
-    Report();
+    ReportShow();
+    if (const auto levels = recorder_.Levels(); levels) console_.Line(LevelsText(*levels));
     if (standstill) {
         throw StudioError(kFailed,
                           "The show came to a standstill: the program plays no track any more. The sound up "
@@ -140,12 +144,11 @@ void RenderSession::Run() {
     if (const auto verdict = summary_.Verdict(); !verdict.empty()) throw StudioError(kTracksFailed, verdict);
 }
 
-void RenderSession::Report() {
+void RenderSession::ReportShow() {
     if (!options_.quiet)
         console_.Line(summary_.Text());
     else if (summary_.HasFailures())
         console_.Message(summary_.Text());
-    if (const auto levels = recorder_.Levels(); levels) console_.Line(LevelsText(*levels));
     if (trace_) trace_->Finish();
 }
 

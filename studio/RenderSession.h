@@ -45,8 +45,8 @@ class RenderSession {
     void ObserveShow();
     /// Of a page that stays silent.
     void TellSilentPage(const std::string& why);
-    /// The last lines.
-    void Report();
+    /// Prints what became of the show, and completes its trace.
+    void ReportShow();
     /// After the show: the rest of a sentence of a page, and the ramps of the last sounds.
     void MixRest(bool pageMayFinish);
 

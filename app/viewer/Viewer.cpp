@@ -29,6 +29,9 @@ constexpr int kKillWaitMilliseconds = 1000;
 /// The most that is kept of a program's standard error.
 constexpr int kMostSaid = 4096;
 
+/// What a page's program says at its end may be new each time.
+constexpr qsizetype kMostFailures = 20;
+
 /// The most that a program may say on its standard output: a page is heard and silent a few times.
 constexpr qsizetype kMostTold = 64 * 1024;
 
@@ -176,8 +179,9 @@ void Viewer::End(QProcess& process) {
 }
 
 void Viewer::ReportFailure(const QString& why) {
-    if (std::exchange(failureReported_, true)) return;
-    std::fprintf(stderr, "Sorakaze: pages stay silent: %s\n", qPrintable(why));
+    if (!tellFailure_ || reportedFailures_.size() >= kMostFailures || reportedFailures_.contains(why)) return;
+    reportedFailures_.insert(why);
+    tellFailure_(why.toStdString());
 }
 
 void Viewer::ReportWarning(const QByteArray& line) {

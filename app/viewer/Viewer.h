@@ -8,6 +8,8 @@
 
 #include <QObject>
 #include <QProcess>
+#include <QSet>
+#include <QString>
 #include <QTimer>
 #include <filesystem>
 #include <functional>
@@ -35,6 +37,10 @@ class Viewer : public QObject {
     /// silent, replaced, or at its end. Set before the first load.
     void OnAudible(std::function<void(bool)> tell) { tellAudible_ = std::move(tell); }
 
+    /// `tell` is called on the main thread when a page can't be heard, with the reason: the first time for
+    /// each reason, since a show has many pages. Set before the first load.
+    void OnFailure(std::function<void(const std::string&)> tell) { tellFailure_ = std::move(tell); }
+
   private:
     void Begin();
     void Start(const Page& page);
@@ -42,9 +48,8 @@ class Viewer : public QObject {
     void SetAudible(bool audible);
     /// Kills the process with all that it has started, without waiting.
     static void End(QProcess& process);
-    /// Prints the reason on standard error, the first time only: a show has many pages.
     void ReportFailure(const QString& why);
-    /// Prints what the running program lacks, also the first time only.
+    /// Prints what the running program lacks, the first time only.
     void ReportWarning(const QByteArray& line);
 
     const std::filesystem::path program_;
@@ -52,7 +57,8 @@ class Viewer : public QObject {
     QProcess* process_ = nullptr;  ///< a child object, as are those that are ending
     std::function<void(bool)> tellAudible_;
     bool audible_ = false;
-    bool failureReported_ = false;
+    std::function<void(const std::string&)> tellFailure_;
+    QSet<QString> reportedFailures_;
     bool warningReported_ = false;
 
     std::mutex mutex_;          ///< guards what follows

@@ -75,6 +75,7 @@ TEST_F(Errors, BadProgramFiles) {
         {"opening: 0, play Sounds/x.wav\nintro: 0, play [[iTunes]]\n", 0, "Sounds/x.wav"},
         {"personality: Nobody X\nopening: 0, say hi\nintro: 0, play [[iTunes]]\n", 0, "読み上げ結果"},
         {"opening: 0, wait 1\nintro: 0, wait 1000\n", 1, "standstill"},
+        {"opening: 0, play Sounds/x.wav\nintro: 0, wait 1000\n", 1, ", 0 tracks; 1 other failure"},
     };
     for (const auto& [file, status, says] : cases) {
         station.Write("Programs/Show.txt", "mode: songs 1\n" + file);
