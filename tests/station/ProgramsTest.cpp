@@ -5,9 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 
 #include "program/check/CheckProgram.h"
+#include "program/check/Draft.h"
 #include "station/synth/StationSounds.h"
 #include "tests/support/TestShow.h"
 
@@ -100,6 +102,79 @@ TEST(Programs, KeepTheRules) {
             }
         }
         EXPECT_EQ(count, CountBlockLines(text)) << "a variant's eleventh line is dropped";
+    }
+}
+
+/// The words by which the interpreter recognises such a command.
+std::string VerbOf(check::Command::Kind kind) {
+    using Kind = check::Command::Kind;
+    static const std::map<Kind, std::string> verbs{{Kind::Say, "say"},
+                                                   {Kind::Sayj, "sayj"},
+                                                   {Kind::PlayFile, "play"},
+                                                   {Kind::PlayTrack, "play [[iTunes]]"},
+                                                   {Kind::Wait, "wait"}};
+    const auto found = verbs.find(kind);
+    return found == verbs.end() ? "?" : found->second;
+}
+
+TEST(Programs, AreReadByTheCheckerAsByTheLoader) {
+    for (const auto& file : fs::directory_iterator(fs::path(STATION_SOURCE) / "Programs")) {
+        std::string text = test::ReadBytes(file) + "\nstation: Another # again\nending: 4, wait 1\n";
+        for (int i = 0; i < 12; ++i) text += "\tJingle: 0 , wait " + std::to_string(i) + "\n";
+        for (const char* end : {"\n", "\r\n", "\r"}) {
+            SCOPED_TRACE(file.path().string() + (end[0] == '\r' ? ", other line ends" : ""));
+            const std::string written = ReplaceAll(text, "\n", end).Bytes();
+            check::Surroundings anywhere;
+            check::Draft draft{anywhere, check::SplitLines(written), {}, {}, {}, {}, {}};
+            CheckKeys(draft);
+            CheckCommands(draft);
+            test::TestShow show(written);
+            auto& w = show.window;
+            w.readProgram("Show");
+
+            const auto headerText = [&](words::Header header) {
+                // "j_personality:" holds the other key, which the checker doesn't count as written.
+                const bool both = header == words::Header::Personality && !draft.Header(header);
+                const auto& line = draft.Header(both ? words::Header::JPersonality : header);
+                return line ? line->text : "";
+            };
+            const std::pair<words::Header, const String&> headers[] = {
+                {words::Header::Program, w.program},
+                {words::Header::Station, w.station},
+                {words::Header::Band, w.band},
+                {words::Header::Personality, w.personality},
+                {words::Header::JPersonality, w.j_personality},
+                {words::Header::Mode, w.mode}};
+            for (const auto& [header, value] : headers) EXPECT_EQ(headerText(header), value.Bytes());
+            // In the order of BlockName.
+            const std::pair<BlockRef, std::int32_t> blocks[] = {{w.opening, w.openingCount},
+                                                                {w.IntroW, w.introWCount},
+                                                                {w.intro, w.introCount},
+                                                                {w.jingle, w.jingleCount},
+                                                                {w.ending, w.endingCount}};
+            std::map<const Block*, std::int32_t> last;
+            std::map<std::pair<const Block*, int>, std::vector<std::string>> texts;
+            for (const check::Command& command : draft.commands) {
+                Block& block = *blocks[static_cast<std::size_t>(command.block)].first;
+                auto& stored = texts[{&block, command.variant}];
+                if (stored.size() == words::kMostLines) continue;
+                const auto row = static_cast<std::int32_t>(stored.size());
+                stored.push_back(check::Stored(draft.Line(command.line), command.text));
+                EXPECT_EQ(block.Origin(row, command.variant).line, static_cast<int>(command.line));
+                EXPECT_THAT(stored.back(), testing::StartsWith(VerbOf(command.kind)));
+                last[&block] = command.variant;
+            }
+            for (std::size_t i = 0; i < std::size(blocks); ++i) {
+                const auto& [block, highest] = blocks[i];
+                EXPECT_EQ(last[block.get()], highest);
+                for (int number = 0; number <= Block::kUpperBound; ++number) {
+                    const auto lines = Variant(*block, number);
+                    EXPECT_EQ((texts[{block.get(), number}]), lines);
+                    const std::size_t counted = draft.lineCounts[i][static_cast<std::size_t>(number)];
+                    EXPECT_EQ(std::min(counted, words::kMostLines), lines.size());
+                }
+            }
+        }
     }
 }
 
