@@ -89,6 +89,11 @@ Catalogue::LibraryTrack Catalogue::TrackAt(std::size_t index) const {
     return {SoundPath(tracks_[index].sound), tracks_[index].ofCueSheet};
 }
 
+const std::vector<Catalogue::LibraryTrack>* Catalogue::TracksOfSheet(const std::string& path) const {
+    const auto found = tracksOfSheets_.find(path);
+    return found == tracksOfSheets_.end() ? nullptr : &found->second;
+}
+
 /// A file in one part is a track already.
 void Catalogue::ReadCueSheet(const FolderTree::Folder& folder, const std::string& name, PlaylistFiles& files,
                              CueTracks& tracks) {
@@ -101,7 +106,10 @@ void Catalogue::ReadCueSheet(const FolderTree::Folder& folder, const std::string
     CueTracks found;
     for (const PlaylistEntry& entry : contents->tracks) {
         const std::string* const sound = SoundOf(entry, name, *folder.listing);
-        if (sound) found[folder.path + '/' + *sound].push_back(&entry);
+        if (!sound) continue;
+        const std::string file = folder.path + '/' + *sound;
+        found[file].push_back(&entry);
+        tracksOfSheets_[path].push_back({file, &entry});
     }
     for (auto& [file, parts] : found)
         if (parts.size() > 1) tracks.try_emplace(file, std::move(parts));

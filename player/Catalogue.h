@@ -46,6 +46,8 @@ class Catalogue {
     };
     std::size_t TrackCount() const { return tracks_.empty() ? sounds_.size() : tracks_.size(); }
     LibraryTrack TrackAt(std::size_t index) const;
+    /// The tracks of the cue sheet of that path; null where it is none of the music folders', or makes none.
+    const std::vector<LibraryTrack>* TracksOfSheet(const std::string& path) const;
 
     /// The sound files by name. Built at the first call; any thread.
     const FileIndex& Index() const;
@@ -87,8 +89,9 @@ class Catalogue {
     std::vector<Playlist> playlists_;
     std::vector<LibraryFile> libraries_;
     std::vector<std::shared_ptr<const PlaylistFiles::Contents>> cueSheets_;
-    std::size_t cueBytes_ = 0;      ///< likewise
-    std::size_t libraryBytes_ = 0;  ///< of memory that they take
+    std::unordered_map<std::string, std::vector<LibraryTrack>> tracksOfSheets_;  ///< by the sheet's path
+    std::size_t cueBytes_ = 0;                                                   ///< likewise
+    std::size_t libraryBytes_ = 0;                                               ///< of memory that they take
     std::unordered_map<std::string, std::size_t> byName_;
     std::unordered_map<std::string, std::size_t> byFoldedName_;
     mutable std::once_flag indexed_;

@@ -121,7 +121,9 @@ MusicLibrary::Missing MusicLibrary::FindMissing(const std::string& playlist, std
         if (track.missing.empty()) continue;
         ++missing.count;
         if (missing.entries.size() < kMostTold)
-            missing.entries.push_back({missing.checked + 1, std::move(track.path), std::move(track.missing)});
+            missing.entries.push_back({missing.checked + 1,
+                                       tracks.WrittenAt(static_cast<std::size_t>(missing.checked)),
+                                       std::move(track.missing)});
     }
     return missing;
 }

@@ -61,9 +61,9 @@ class MusicLibrary {
     TrackList Open(const std::string& playlist);
 
     struct MissingEntry {
-        int number = 0;  ///< of the track, 1-based
-        std::filesystem::path path;
-        std::string why;  ///< a clause for the user
+        int number = 0;       ///< of the track, 1-based
+        std::string written;  ///< as the playlist has it; a title where it names no file
+        std::string why;      ///< a clause for the user
     };
     struct Missing {
         int count = 0;

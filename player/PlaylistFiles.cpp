@@ -21,6 +21,8 @@ namespace {
 
 /// Larger files aren't real playlists. A list of tracks is read up to its limit, a larger library not at all.
 constexpr std::int64_t kLargestList = std::int64_t{64} << 20;
+/// Of one list: each is looked for on the disk.
+constexpr std::size_t kMostCueEntries = 1000;
 constexpr std::int64_t kLargestCueSheet = std::int64_t{1} << 20;
 constexpr std::int64_t kLargestLibrary = std::int64_t{256} << 20;
 /// A property list says so within its first lines. Other XML files aren't read any further.
@@ -97,6 +99,9 @@ std::shared_ptr<PlaylistFiles::Contents> Read(const std::string& path, const std
     auto contents = std::make_shared<PlaylistFiles::Contents>();
     contents->bytes = BytesOf(*parsed);
     static_cast<ParsedPlaylist&>(*contents) = std::move(*parsed);
+    for (std::uint32_t i = 0; i < contents->tracks.size() && contents->cueEntries.size() < kMostCueEntries;
+         ++i)
+        if (HasEnding(contents->tracks[i].location, ".cue")) contents->cueEntries.push_back(i);
     contents->stamp = *stamp;
     contents->settled = settled;
     contents->folder = std::filesystem::path(path).parent_path();

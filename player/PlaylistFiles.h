@@ -30,7 +30,8 @@ class PlaylistFiles {
         FileStamp stamp;
         bool settled = false;
         std::filesystem::path folder;
-        std::size_t bytes = 0;  ///< of memory, about
+        std::size_t bytes = 0;                  ///< of memory, about
+        std::vector<std::uint32_t> cueEntries;  ///< indices of the tracks that name a cue sheet
     };
 
     /// Once a stop is asked of `ended`, nothing is read any more and nobody waits. It must be asked before

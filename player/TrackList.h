@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "player/Catalogue.h"
 #include "player/EntrySearch.h"
@@ -39,15 +40,25 @@ class TrackList {
     std::size_t Count() const;
     /// The track with an index below Count(). For an entry it looks at the disk.
     Track At(std::size_t index) const;
+    /// What a playlist has for the file of the entry with an index below Count(); its title where it names no
+    /// file. Empty for what is no entry.
+    std::string WrittenAt(std::size_t index) const;
     /// False for the files of the music folders, which are there.
     bool MayMissFiles() const { return contents_ != nullptr; }
     Order GetOrder() const { return order_; }
 
   private:
+    /// An entry, or one of the tracks of the cue sheet that it names.
+    struct Place {
+        std::size_t entry;
+        const Catalogue::LibraryTrack* ofCueSheet;
+    };
+    void ReplaceCueSheets();
     const PlaylistEntry& EntryAt(std::size_t index) const;
 
     std::shared_ptr<const Catalogue> catalogue_;
     std::shared_ptr<const PlaylistFiles::Contents> contents_;
+    std::vector<Place> places_;                   ///< empty where no entry names a cue sheet
     const ParsedPlaylist::List* list_ = nullptr;  ///< of a library XML
     bool isAllFiles_ = false;
     Order order_ = Order::Listed;

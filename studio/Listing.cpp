@@ -45,7 +45,7 @@ Json JsonOf(const std::string& name, int tracks, const Missing& missing) {
         {"name", name}, {"tracks", tracks}, {"missing", missing.count}, {"lookedFor", missing.checked}};
     Json& entries = playlist["missingTracks"] = Json::array();
     for (const auto& entry : missing.entries)
-        entries.push_back({{"number", entry.number}, {"path", entry.path.string()}, {"why", entry.why}});
+        entries.push_back({{"number", entry.number}, {"path", entry.written}, {"why", entry.why}});
     return playlist;
 }
 

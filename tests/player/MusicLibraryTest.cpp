@@ -175,15 +175,23 @@ TEST_F(MusicLibraryTest, ACueSheetMakesTheTracksOfTheFileBesideIt) {
     music_.Write("d/two.cue",
                  "FILE \"1.wav\" WAVE\nTRACK 01 AUDIO\nINDEX 01 00:00:00\nTRACK 02 AUDIO\n"
                  "INDEX 00 00:10:00\nFILE \"2.wav\" WAVE\nINDEX 01 00:00:00\n");
+    music_.Write("b/List.m3u", "../z.mp3\n..\\a\\disc.cue\ngone.cue\nlive.mp3\n");
     const auto library = Open();
-    std::vector<std::string> told;
-    for (int n = 1; n <= library->Count("Library"); ++n) {
-        const Track track = library->Find("Library", n).value();
-        told.push_back(track.path.lexically_relative(music_.Path()).string() + ' ' +
-                       std::to_string(track.part.begin) + '-' + std::to_string(track.part.end) + ' ' +
-                       track.text.Packed());
-    }
-    EXPECT_THAT(told,
+    const auto tracksOf = [&](const char* playlist) {
+        std::vector<std::string> told;
+        for (int n = 1; n <= library->Count(playlist); ++n) {
+            const Track track = library->Find(playlist, n).value();
+            told.push_back(track.path.lexically_relative(music_.Path()).string() + ' ' +
+                           std::to_string(track.part.begin) + '-' + std::to_string(track.part.end) + ' ' +
+                           track.text.Packed());
+        }
+        return told;
+    };
+    EXPECT_THAT(tracksOf("List"),
+                ElementsAre(::testing::_, "a/disc.flac 0-4500 One\tBand\tAlbum",
+                            "a/disc.flac 4425-0 back\tBand\tAlbum", "b/gone.cue 0-0 ", "b/live.mp3 0-0 "));
+    EXPECT_EQ(library->FindMissing("List", 1min).entries.at(0).written, "gone.cue");
+    EXPECT_THAT(tracksOf("Library"),
                 ElementsAre("a/disc.flac 0-4500 One\tBand\tAlbum", "a/disc.flac 4425-0 back\tBand\tAlbum",
                             "b/live.mp3 0-75 Track 1", "b/live.mp3 75-0 Track 2", "c/x.ogg 0-0 ",
                             "d/1.wav 0-0 ", "d/2.wav 0-0 ", "z.mp3 0-0 "));

@@ -220,6 +220,7 @@ TEST_F(Errors, ListNamesProgramsAndPlaylists) {
     EXPECT_EQ(list["programs"], nlohmann::json::array({"夜"}));
     EXPECT_EQ(list["playlists"][2]["tracks"], 3);
     EXPECT_EQ(list["playlists"][2]["missingTracks"][0]["number"], 3);
+    EXPECT_EQ(list["playlists"][2]["missingTracks"][0]["path"], "gone\uFFFD.wav") << "as it is written";
 }
 
 }  // namespace
