@@ -17,7 +17,11 @@ void AddCheckCommand(CLI::App& app, int& status) {
     check->add_option(
         "--station", options.station,
         "The folder that holds Sorakaze.app; without it, the one that the file is in, or this program's own");
-    check->add_option("--playlist", options.playlists, "Check a playlist: a name or a file");
+    // One word each, so that programs may follow.
+    check
+        ->add_option("--playlist", options.playlists,
+                     "Check a playlist too, a name or a file; may be repeated")
+        ->allow_extra_args(false);
     check->add_flag("--json", options.json, "Print an array of findings, for editors");
     check->add_flag("--watch", options.watch, "Check again whenever a file is saved, until Ctrl-C");
     check->add_flag("--fix", options.fix,

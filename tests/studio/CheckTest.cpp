@@ -136,6 +136,7 @@ TEST_F(Check, TellsWhichTracksOfAPlaylistAreMissing) {
         "<playlist version=\"1\" "
         "xmlns=\"http://xspf.org/ns/0/\"><trackList>\n<track><location>a%20b&amp;c.wav"
         "</location></track>\n<track><location>d%20&amp;e.wav</location></track>\n</trackList></playlist>\n");
+    station.Write("Programs/A.txt", kRight);
     station.Write("Music/Three.pls", "[playlist]\nFile1=a b&c.wav\nFile2=lost.wav\nNumberOfEntries=2\n");
     const struct {
         const char* list;
@@ -144,7 +145,8 @@ TEST_F(Check, TellsWhichTracksOfAPlaylistAreMissing) {
                  {"Two", "Two.xspf:3:18: error"},
                  {"Music/Three.pls", "Three.pls:3:7: error"}};
     for (const auto& [list, told] : cases) {
-        const auto outcome = station.Run(std::string("check --station . --playlist ") + list);
+        const auto outcome = station.Run(std::string("check --station . --playlist ") + list + " A");
+        EXPECT_NE(outcome.out.find("2 files checked"), std::string::npos) << "the program after it";
         EXPECT_NE(outcome.out.find(told), std::string::npos) << outcome.out;
         EXPECT_NE(outcome.out.find("1 error,"), std::string::npos) << outcome.out;
         EXPECT_EQ(outcome.status, 1);
