@@ -13,8 +13,11 @@ namespace sorakaze::player {
 
 namespace {
 
-/// Tracks whose tags are read at a time: about a second's work, and a day of music.
-constexpr std::size_t kStretch = 500;
+/// Tracks whose tags are read at a time: few before the first track, which the show waits for, and then as
+/// many again as before, since a longer stretch can be arranged better. A short list is read whole.
+constexpr std::size_t kFirstStretch = 16;
+constexpr std::size_t kLongestStretch = 256;
+constexpr std::size_t kShortList = 48;
 
 /// "Artist feat. Guest" is the artist's.
 std::string KeyOf(std::string artist) {
@@ -74,7 +77,10 @@ Track ShuffledOrder::At(std::size_t place) {
 
 void ShuffledOrder::ArrangeNextStretch() {
     std::vector<std::uint32_t> stretch = std::exchange(heldBack_, {});
-    const std::size_t end = std::min(taken_ + kStretch, drawn_.size());
+    const bool isShort = drawn_.size() <= kShortList;
+    const std::size_t stretchSize =
+        isShort ? drawn_.size() : std::clamp(taken_, kFirstStretch, kLongestStretch);
+    const std::size_t end = std::min(taken_ + stretchSize, drawn_.size());
     for (; taken_ < end; ++taken_) {
         stretch.push_back(drawn_[taken_]);
         artists_[drawn_[taken_]] = KeyOf(artistOf_(tracks_.At(drawn_[taken_])));
