@@ -15,10 +15,9 @@ struct SoundSource {
     std::filesystem::path file;
     Excerpt excerpt{};
 
-    SoundSource(std::filesystem::path path, Excerpt part = {})  // NOLINT(google-explicit-constructor)
-        : file(std::move(path)), excerpt(part) {}
-    SoundSource(const std::string& path) : file(path) {}  // NOLINT(google-explicit-constructor)
-    SoundSource(const char* path) : file(path) {}         // NOLINT(google-explicit-constructor)
+    SoundSource(std::filesystem::path path, Excerpt part = {}) : file(std::move(path)), excerpt(part) {}
+    SoundSource(const std::string& path) : file(path) {}
+    SoundSource(const char* path) : file(path) {}
 
     bool operator==(const SoundSource&) const = default;
 };
