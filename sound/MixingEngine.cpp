@@ -9,6 +9,7 @@
 
 #include "sound/Limiter.h"
 #include "sound/MixingThread.h"
+#include "sound/SoundCounter.h"
 #include "sound/VoiceCore.h"
 #include "sound/VoiceMonitor.h"
 #include "sound/desk/Desk.h"
@@ -24,7 +25,9 @@ struct Shared {
         : mode(mixingMode),
           decoders(std::move(processes)),
           monitor(
-              mode, decoders, [this] { sounding.fetch_sub(1); }, [this] { Failed(); }) {}
+              mode, decoders, [this] { sounding.fetch_sub(1); }, [this] { Failed(); }) {
+        if (mode == MixingMode::Counting) counter = std::make_unique<SoundCounter>(decoders, std::nullopt);
+    }
 
     /// Not the mixing thread.
     void Failed() {
@@ -50,6 +53,7 @@ struct Shared {
     const std::shared_ptr<Decoders> decoders;
     std::unique_ptr<Desk> desk;                 // made before the first voice; empty: there is none
     std::unique_ptr<Levels> levels;             // with the desk
+    std::unique_ptr<SoundCounter> counter;      // in MixingMode::Counting
     std::atomic<VoiceCore*> incoming{nullptr};  // pushed by logic, taken as a whole by the mixing thread
     std::atomic<int> sounding{0};
     std::atomic<std::int64_t> mixed{0};       // written by the mixing thread
@@ -152,6 +156,7 @@ void MixingEngine::UseDesk(double target) {
     Shared& shared = *impl_->shared;
     shared.desk = std::make_unique<Desk>(target, shared.mode);
     shared.levels = std::make_unique<Levels>(target, shared.decoders, shared.mode);
+    if (shared.counter) shared.counter = std::make_unique<SoundCounter>(shared.decoders, target);
 }
 
 bool MixingEngine::HasDesk() const {
@@ -161,6 +166,11 @@ bool MixingEngine::HasDesk() const {
 std::shared_ptr<Voice> MixingEngine::Open(const SoundSource& source, Bus bus, Frames part, std::string* why) {
     AssertNotMixingThread();
     Shared& shared = *impl_->shared;
+    if (shared.counter) {
+        auto voice = shared.counter->Open(source, bus, part, why);
+        if (!voice && !why) shared.Failed();
+        return voice;
+    }
     const bool hasDesk = HasDesk();
     const auto pace = shared.mode == MixingMode::Offline ? Decoders::Pace::Fast : Decoders::Pace::Device;
     DecodeOptions options = hasDesk ? OptionsFor(bus) : DecodeOptions();
@@ -182,13 +192,13 @@ std::shared_ptr<Voice> MixingEngine::Open(const SoundSource& source, Bus bus, Fr
 
 void MixingEngine::WantLevel(const SoundSource& source, Frames part) {
     AssertNotMixingThread();
-    if (HasDesk()) impl_->shared->levels->Want(source, part);
+    if (HasDesk() && !impl_->shared->counter) impl_->shared->levels->Want(source, part);
 }
 
 VoiceLevel MixingEngine::LevelOfMusic(const SoundSource& source, Frames part, std::optional<double> tagged,
                                       Voice* opened) {
     AssertNotMixingThread();
-    if (!HasDesk()) return {};
+    if (!HasDesk() || impl_->shared->counter) return {};
     const auto measured = opened ? opened->AwaitMeasurement() : std::nullopt;
     return impl_->shared->levels->LevelOfMusic(source, part, tagged, measured);
 }
@@ -210,7 +220,8 @@ std::vector<double> MixingEngine::TakeDucks() {
 
 std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& file, std::string* why) {
     AssertNotMixingThread();
-    auto tags = impl_->shared->decoders->ReadTags(file, why);
+    auto& counter = impl_->shared->counter;
+    auto tags = counter ? counter->ReadTags(file, why) : impl_->shared->decoders->ReadTags(file, why);
     if (!tags && !why) impl_->shared->Failed();
     return tags;
 }
@@ -241,7 +252,9 @@ void MixingEngine::Mix(std::span<float> interleaved) {
     auto rest = interleaved.first(interleaved.size() / kChannels * kChannels);
     const auto frames = static_cast<std::int64_t>(rest.size() / kChannels);
     impl_->TakeIncoming();
-    if (impl_->IsSilent()) {
+    if (impl_->shared->counter) {
+        impl_->shared->counter->Pass({frames});
+    } else if (impl_->IsSilent()) {
         std::fill(rest.begin(), rest.end(), 0.0f);
         impl_->outputStage.Rest();
     } else {
@@ -331,6 +344,7 @@ Frames MixingEngine::Latency() const {
 }
 
 int MixingEngine::Sounding() const {
+    if (impl_->shared->counter) return impl_->shared->counter->Sounding();
     // Below zero for an instant when one thread stops a voice that another is just starting.
     return std::max(0, impl_->shared->sounding.load());
 }

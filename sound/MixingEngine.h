@@ -70,6 +70,7 @@ class Voice {
 enum class MixingMode {
     RealTime,  ///< Mixes silence for the missing frames and counts an underrun: a device can't wait.
     Offline,   ///< Waits for the decoder: a rendered show is the same each time, bit for bit.
+    Counting,  ///< Makes no sound: frames pass, and voices end where those of a render do. See SoundCounter.
 };
 
 class MixingEngine {

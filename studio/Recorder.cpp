@@ -28,9 +28,21 @@ void Recorder::Begin(const std::filesystem::path& file, Metering metering) {
 }
 
 void Recorder::MixTick() {
+    ++ticks_;
+    if (notesSilence_) {
+        block_.resize(kSamplesPerTick);  // not touched
+        engine_.Mix(block_);
+        return NoteSilence();
+    }
     block_.resize(block_.size() + kSamplesPerTick);
     engine_.Mix(std::span(block_).last(kSamplesPerTick));
     if (block_.size() >= kTicksPerBlock * kSamplesPerTick) WriteBlock();
+}
+
+void Recorder::NoteSilence() {
+    if (engine_.Sounding() > 0) return;
+    if (silences_.empty() || silences_.back().end != ticks_ - 1) silences_.push_back({ticks_ - 1, ticks_});
+    silences_.back().end = ticks_;
 }
 
 void Recorder::Finish() {

@@ -21,9 +21,18 @@ namespace sorakaze::studio {
 /// time.
 enum class Metering { Off, On };
 
+/// A time in which nothing plays, in ticks since the recorder was made.
+struct Silence {
+    std::int64_t begin, end;
+};
+
 /// For the baton's holder.
 class Recorder {
   public:
+    /// MixingMode::Counting: no sound is made, and silences are noted.
+    explicit Recorder(sound::MixingMode mode)
+        : engine_(mode), notesSilence_(mode == sound::MixingMode::Counting) {}
+
     sound::MixingEngine& Engine() { return engine_; }
     /// Before the first tick, when the engine has its desk. Without this, or with an empty `file`, the sound
     /// is mixed and dropped. Throws std::exception if the file can't be created.
@@ -33,6 +42,9 @@ class Recorder {
     const std::string& Error() const { return error_; }
     bool IsSilent() const { return engine_.Sounding() == 0; }
 
+    /// Those so far.
+    const std::vector<Silence>& Silences() const { return silences_; }
+
     /// Mixes one tick more.
     void MixTick();
     /// Completes the file. Throws StudioError.
@@ -41,9 +53,13 @@ class Recorder {
     std::optional<sound::OutputLevels> Levels() const { return meter_ ? meter_->Levels() : std::nullopt; }
 
   private:
+    void NoteSilence();
     void WriteBlock();
 
-    sound::MixingEngine engine_{sound::MixingMode::Offline};
+    sound::MixingEngine engine_;
+    const bool notesSilence_;
+    std::int64_t ticks_ = 0;
+    std::vector<Silence> silences_;
     std::shared_ptr<sound::OutputMeter> meter_;
     std::unique_ptr<sound::SoundFileWriter> writer_;
     std::vector<float> block_;  ///< mixed and not yet written

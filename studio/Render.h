@@ -11,6 +11,8 @@
 
 namespace sorakaze::studio {
 
+class Rehearsal;
+
 struct RenderOptions {
     std::filesystem::path station;  ///< empty: the one that this program is in
     std::string program;
@@ -23,6 +25,8 @@ struct RenderOptions {
     std::optional<std::uint64_t> seed;
     bool offline = false;  ///< nothing beyond this machine is asked
     bool quiet = false;    ///< no transcript
+    /// Follows the show, of which then no sound is made and nothing printed. Null: none.
+    Rehearsal* rehearsal = nullptr;
 };
 
 /// Returns when the show has run to its end or limit, or was interrupted, and the file is complete. Throws

@@ -8,6 +8,7 @@
 
 #include "show/ShowState.h"
 #include "sound/Measurement.h"
+#include "studio/Rehearsal.h"
 #include "studio/Station.h"
 #include "studio/StudioError.h"
 
@@ -37,6 +38,7 @@ std::string LevelsText(const sound::OutputLevels& levels) {
 RenderSession::RenderSession(const RenderOptions& options, std::stop_token interrupted)
     : options_(options),
       folder_(FindStation(options.station)),
+      recorder_(options.rehearsal ? sound::MixingMode::Counting : sound::MixingMode::Offline),
       station_({std::make_unique<StudioClock>([this] { recorder_.MixTick(); }), folder_, &recorder_.Engine(),
                 options.seed},
                host_, std::move(interrupted)),
@@ -48,6 +50,7 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
         throw StudioError(kFailed,
                           "No temporary folder can be made: TMPDIR must name a folder that can be written.");
     }
+    if (options_.rehearsal) station_.GetRuntime().SetCommandCache(&options_.rehearsal->Commands());
     StartServices();
     recorder_.Begin(options_.output, options_.quiet ? Metering::Off : Metering::On);
     station_.Player().SetReadAhead(true);
@@ -68,7 +71,10 @@ void RenderSession::ObserveShow() {
         progress_.observers.push_back(trace_.get());
     }
     failureLines_.SetTranscript(!options_.quiet);
-    progress_.observers.push_back(&failureLines_);
+    if (options_.rehearsal)
+        progress_.observers.push_back(options_.rehearsal);
+    else
+        progress_.observers.push_back(&failureLines_);
     progress_.observers.push_back(&summary_);
     window_.observer = &progress_;
     station_.onTrack = [this](const player::TrackEvent& event) { summary_.OnTrack(event); };
@@ -134,6 +140,7 @@ void RenderSession::Run() {
         throw StudioError(kFailed, "The show came to a standstill before anything was heard.");
     }
     recorder_.Finish();
+    if (options_.rehearsal) options_.rehearsal->TakeSilences(recorder_.Silences());
     ReportShow();
     if (const auto levels = recorder_.Levels(); levels) console_.Line(LevelsText(*levels));
     if (standstill) {
@@ -147,7 +154,7 @@ void RenderSession::Run() {
 void RenderSession::ReportShow() {
     if (!options_.quiet)
         console_.Line(summary_.Text());
-    else if (summary_.HasFailures())
+    else if (summary_.HasFailures() && !options_.rehearsal)
         console_.Message(summary_.Text());
     if (trace_) trace_->Finish();
 }
@@ -177,8 +184,9 @@ bool RenderSession::IsOver() {
     station_.Player().State();  // so that a track's end is told at its own tick
     window_.tellFailures();
     window_.tellDucks();
-    console_.Progress(progress_.Done(window_, station_.Player(), options_.limitSeconds),
-                      Ticks() / static_cast<double>(kTicksPerSecond));
+    if (!options_.rehearsal)
+        console_.Progress(progress_.Done(window_, station_.Player(), options_.limitSeconds),
+                          Ticks() / static_cast<double>(kTicksPerSecond));
     const bool idle = !options_.limitSeconds && Ticks() - progress_.LastTrackStart() > kIdleTicks;
     return idle || (IsStalled(window_) && recorder_.IsSilent());
 }

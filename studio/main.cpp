@@ -56,6 +56,7 @@ int main(int argc, char** argv) {
     app.footer("sorakaze-studio SUBCOMMAND --help tells of a sub-command and its options.");
     app.require_subcommand(1);
     AddRenderCommand(app, status);
+    AddRehearseCommand(app, status);
     AddListCommand(app, status);
     AddCheckCommand(app, status);
     try {

@@ -18,6 +18,7 @@
 #include "app/runtime/Clock.h"
 #include "app/runtime/EventLoop.h"
 #include "app/runtime/Exceptions.h"
+#include "app/runtime/CommandCache.h"
 #include "app/runtime/RunFolder.h"
 #include "app/runtime/Scheduler.h"
 #include "app/runtime/Scripts.h"
@@ -118,6 +119,10 @@ class Runtime {
     /// that time. Empty: whoever waits goes on waiting.
     void AnswerMessagesAfter(std::optional<double> seconds) { answerAfter_ = seconds; }
 
+    /// Where commands that were given before are known; null for none. It outlives the runtime.
+    void SetCommandCache(CommandCache* cache) { commandCache_ = cache; }
+    CommandCache* GetCommandCache() const { return commandCache_; }
+
   private:
     Host& host_;
     std::unique_ptr<Clock> clock_;
@@ -127,6 +132,7 @@ class Runtime {
     const std::uint32_t seed_;
     std::mt19937 seeds_;
     std::uint32_t shows_ = 0;
+    CommandCache* commandCache_ = nullptr;
     std::optional<double> answerAfter_;  ///< for the baton's holder
     ScriptTable scripts_;
     std::unique_ptr<Scheduler> scheduler_;

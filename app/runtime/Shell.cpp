@@ -53,6 +53,22 @@ std::string ComplaintIn(std::string text, const std::string& folder) {
 
 void Shell::Execute(const String& command, const FolderItemRef& output) {
     auto& runtime = Runtime::Current();
+    CommandCache* const cache = runtime.GetCommandCache();
+    const auto path = output ? output->Path() : std::filesystem::path();
+    if (auto known = cache ? cache->Repeat(command.Bytes(), path) : std::nullopt) {
+        // The other threads have their turn, as they would.
+        runtime.Threads().Block(Blocking::ClockStopped, [](const std::stop_token& /*cancelled*/) {});
+        result_ = std::move(known->result);
+        complaint_ = std::move(known->complaint);
+        errorCode_ = known->errorCode;
+        return;
+    }
+    Run(command, output);
+    if (cache) cache->Keep(command.Bytes(), {result_, complaint_, errorCode_}, path);
+}
+
+void Shell::Run(const String& command, const FolderItemRef& output) {
+    auto& runtime = Runtime::Current();
     result_ = complaint_ = String();
     errorCode_ = 127;  // as a shell has it for what could not be started
     if (runtime.TemporaryFolder().empty()) {

@@ -26,6 +26,8 @@ class Shell {
     std::int32_t ErrorCode() const { return errorCode_; }
 
   private:
+    void Run(const String& command, const FolderItemRef& output);
+
     String result_;
     String complaint_;
     std::int32_t errorCode_ = 0;

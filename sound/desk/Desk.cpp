@@ -119,12 +119,21 @@ void Desk::AddSpeech(VoiceCore& voice, Speech& speech) {
     speech.isThere = true;
 
     const Lookahead& ahead = voice.Ahead(mode_);
+    int step = StepsToWord(ahead, band);
+    if (step == Ducker::kNever) return;
+    if (!voice.IsAwaitingDesk()) step += static_cast<int>(voice.Lead().count / kDeskStep);
+    speech.stepsToWord = std::min(speech.stepsToWord, step);
+}
+
+int Desk::StepsToWord(const Lookahead& ahead, double band) {
     const auto word = static_cast<float>(Power(band - kPause));
     int step = 0;
     while (step < ahead.Steps() && ahead.Power(step) < word) ++step;
-    if (step == ahead.Steps()) return;
-    if (!voice.IsAwaitingDesk()) step += static_cast<int>(voice.Lead().count / kDeskStep);
-    speech.stepsToWord = std::min(speech.stepsToWord, step);
+    return step < ahead.Steps() ? step : Ducker::kNever;
+}
+
+double Desk::SpeechBandOf(const Measurement& measured, double target) {
+    return measured.seconds.empty() ? target + kUsualBand : double{measured.speechBand};
 }
 
 /// The power of the strongest half second of what lies ahead, in the band of speech.

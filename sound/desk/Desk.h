@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "sound/Frames.h"
+#include "sound/Measurement.h"
 #include "sound/MixingEngine.h"
 #include "sound/Ramp.h"
 #include "sound/VoiceCore.h"
@@ -23,6 +24,11 @@ class Desk {
   public:
     /// `target` in LUFS: speech that isn't mixed here counts as that loud.
     Desk(double target, MixingMode mode) : target_(target), mode_(mode) {}
+
+    /// From where speech of this power in its band, in dBFS, is looked ahead to its first word. kNever: none.
+    static int StepsToWord(const Lookahead& ahead, double band);
+    /// Of speech that was measured, and is played without a gain.
+    static double SpeechBandOf(const Measurement& measured, double target);
 
     // --- any thread but the mixing one ---
 
