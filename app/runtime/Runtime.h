@@ -16,9 +16,9 @@
 #include <string>
 
 #include "app/runtime/Clock.h"
+#include "app/runtime/CommandCache.h"
 #include "app/runtime/EventLoop.h"
 #include "app/runtime/Exceptions.h"
-#include "app/runtime/CommandCache.h"
 #include "app/runtime/RunFolder.h"
 #include "app/runtime/Scheduler.h"
 #include "app/runtime/Scripts.h"
