@@ -196,9 +196,9 @@ struct LocalPlayer::Impl {
     /// The level of a track stays as it began, but where it ends may become known later, also because the
     /// slider was moved.
     void FindEnd() {
+        if (readsAhead || !playing || playing->isEndKnown || !engine.HasDesk()) return;
         const auto now = Clock::now();
-        if (readsAhead || !playing || playing->isEndKnown || !engine.HasDesk() || now < playing->nextLook)
-            return;
+        if (now < playing->nextLook) return;
         playing->nextLook = now + kLookInterval;
         engine.WantLevel(SourceOf(playing->track), PlayedPart());
         const auto level = engine.LevelOfMusic(SourceOf(playing->track), PlayedPart(), std::nullopt);
@@ -278,8 +278,9 @@ struct LocalPlayer::Impl {
     }
 
     void LookForMissingFolder() {
+        if (!waiting) return;
         const auto now = Clock::now();
-        if (!waiting || now < waiting->nextLook) return;
+        if (now < waiting->nextLook) return;
         waiting->nextLook = now + kLookInterval;
         TrackEvent track = waiting->track;
         if (library->IsFolderMissing(track.path)) {

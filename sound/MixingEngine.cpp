@@ -228,7 +228,8 @@ std::optional<std::string> MixingEngine::ReadTags(const std::filesystem::path& f
 
 std::vector<DecoderFailure> MixingEngine::TakeFailures() {
     AssertNotMixingThread();
-    if (!impl_->shared->failures.exchange(false)) return {};
+    // Asked in each tick: a load costs less than an exchange.
+    if (!impl_->shared->failures || !impl_->shared->failures.exchange(false)) return {};
     impl_->shared->monitor.RecordFailures();
     return impl_->shared->decoders->TakeFailures();
 }

@@ -176,21 +176,16 @@ std::optional<std::string> SoundCounter::ReadTags(const std::filesystem::path& p
 
 void SoundCounter::Pass(Frames frames) {
     const std::lock_guard lock(mutex_);
-    std::erase_if(voices_, [](const auto& voice) { return voice.expired(); });
-    const bool hasBed = std::ranges::any_of(voices_, [](const auto& weak) {
-        const auto voice = weak.lock();
-        return voice && voice->GetBus() != Bus::Speech && voice->IsPlaying();
-    });
-    for (const auto& weak : voices_)
-        if (const auto voice = weak.lock()) voice->Pass(frames, hasBed);
+    std::erase_if(voices_, [](const auto& voice) { return voice.use_count() == 1; });
+    const bool hasBed = std::ranges::any_of(
+        voices_, [](const auto& voice) { return voice->GetBus() != Bus::Speech && voice->IsPlaying(); });
+    for (const auto& voice : voices_) voice->Pass(frames, hasBed);
 }
 
 int SoundCounter::Sounding() {
     const std::lock_guard lock(mutex_);
-    return static_cast<int>(std::ranges::count_if(voices_, [](const auto& weak) {
-        const auto voice = weak.lock();
-        return voice && voice->IsPlaying();
-    }));
+    return static_cast<int>(std::ranges::count_if(
+        voices_, [](const auto& voice) { return voice.use_count() > 1 && voice->IsPlaying(); }));
 }
 
 }  // namespace sorakaze::sound

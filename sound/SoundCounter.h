@@ -37,8 +37,8 @@ class SoundCounter {
   private:
     const std::shared_ptr<Decoders> decoders_;
     const std::optional<double> target_;
-    std::mutex mutex_;  // guards what follows, and the voices
-    std::vector<std::weak_ptr<CountedVoice>> voices_;
+    std::mutex mutex_;                                   // guards what follows, and the voices
+    std::vector<std::shared_ptr<CountedVoice>> voices_;  // what nobody else holds any more is let go
 };
 
 }  // namespace sorakaze::sound
