@@ -60,10 +60,11 @@ std::vector<std::string> EmptyPlaceholders(std::string_view line, std::string_vi
     return empty;
 }
 
-Rehearsal::Rehearsal(const std::filesystem::path& program, std::filesystem::path station,
-                     CommandCache& commands)
-    : station_(std::move(station)), commands_(commands) {
-    std::ifstream file(program, std::ios::binary);
+Rehearsal::Rehearsal(std::filesystem::path station, CommandCache& commands)
+    : station_(std::move(station)), commands_(commands) {}
+
+void Rehearsal::ReadProgram(const std::string& name) {
+    std::ifstream file(station_ / "Programs" / (name + ".txt"), std::ios::binary);
     for (std::string line; programLines_.size() < kMostLines && std::getline(file, line);) {
         while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t'))
             line.pop_back();
@@ -74,7 +75,10 @@ Rehearsal::Rehearsal(const std::filesystem::path& program, std::filesystem::path
 void Rehearsal::OnShowEvent(const ShowEvent& event) {
     using Kind = ShowEvent::Kind;
     length_ = std::max(length_, event.ticks);
-    if (event.kind == Kind::Show) begin_ = Ticks() - event.ticks;
+    if (event.kind == Kind::Show) {
+        begin_ = Ticks() - event.ticks;
+        ReadProgram(Field(event, "program"));
+    }
     if (event.kind == Kind::End) ended_ = true;
     if (event.kind == Kind::Failed) return Warn(event.ticks, FailureText(event, station_));
     if (auto text = Describe(event); !text.empty()) rows_.push_back({event.ticks, std::move(text)});

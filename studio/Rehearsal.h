@@ -19,8 +19,8 @@ namespace sorakaze::studio {
 
 class Rehearsal final : public ShowObserver {
   public:
-    /// `program`: the file of the show's program. `commands` outlives this.
-    Rehearsal(const std::filesystem::path& program, std::filesystem::path station, CommandCache& commands);
+    /// `commands` outlives this.
+    Rehearsal(std::filesystem::path station, CommandCache& commands);
 
     CommandCache& Commands() { return commands_; }
     void OnShowEvent(const ShowEvent& event) override;
@@ -38,6 +38,7 @@ class Rehearsal final : public ShowObserver {
         std::int32_t ticks;
         std::string text;
     };
+    void ReadProgram(const std::string& name);
     void Warn(std::int32_t ticks, const std::string& what);
     void OnBlock(const ShowEvent& event);
     void OnLine(const ShowEvent& event);
@@ -45,7 +46,7 @@ class Rehearsal final : public ShowObserver {
 
     const std::filesystem::path station_;
     CommandCache& commands_;
-    std::vector<std::string> programLines_;
+    std::vector<std::string> programLines_;  ///< of its file, since what a line became says no placeholders
     std::vector<Row> rows_;
     struct Drawn {
         std::string variant;

@@ -2,14 +2,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "studio/Rehearse.h"
 
+#include <sched.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <new>
 #include <numeric>
 #include <thread>
 #include <vector>
@@ -50,7 +54,7 @@ class Stage {
         show.seed = seed;
         show.offline = true;
         show.quiet = true;
-        Rehearsal rehearsal(station_ / "Programs" / (options_.program + ".txt"), station_, commands_);
+        Rehearsal rehearsal(station_, commands_);
         show.rehearsal = &rehearsal;
         Render(show);
         return rehearsal;
@@ -75,19 +79,54 @@ std::string Length(std::int32_t ticks) {
     return ClockText(std::round(static_cast<double>(ticks) / kTicksPerSecond));
 }
 
-/// In a process of its own, since there is one show at a time in each: those of `options` that are `first`
-/// and every `stride`th after it.
-[[noreturn]] void RunShare(const RehearseOptions& options, int first, int stride, int out) {
+/// Which of the shows comes next; the processes share it.
+class SharedCount {
+  public:
+    SharedCount() {
+        void* memory =
+            ::mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) throw StudioError(kFailed, "There is no memory left.");
+        count_ = new (memory) Count(0);
+    }
+    ~SharedCount() { ::munmap(count_, sizeof(Count)); }
+    SharedCount(const SharedCount&) = delete;
+    SharedCount& operator=(const SharedCount&) = delete;
+
+    int Next() { return count_->fetch_add(1); }
+
+  private:
+    using Count = std::atomic<int>;
+    static_assert(Count::is_always_lock_free);
+    Count* count_;
+};
+
+/// A show's threads run one at a time, and hand over to each other faster where they share a core.
+void StayOnOneCore(int number) {
+    cpu_set_t all;
+    if (::sched_getaffinity(0, sizeof all, &all) != 0) return;
+    for (int core = 0; core < CPU_SETSIZE; ++core) {
+        if (!CPU_ISSET(core, &all) || number-- > 0) continue;
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(core, &one);
+        ::sched_setaffinity(0, sizeof one, &one);
+        return;
+    }
+}
+
+/// In a process of its own, since there is one show at a time in each; `number` counts the processes.
+[[noreturn]] void RunShare(const RehearseOptions& options, int number, SharedCount& count, int out) {
+    StayOnOneCore(number);
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     int status = kDone;
     const auto fail = [&](int with, const char* why) {
         // The others say the same.
-        if (first == 0) std::fprintf(stderr, "sorakaze-studio: %s\n", Printable(why).c_str());
+        if (number == 0) std::fprintf(stderr, "sorakaze-studio: %s\n", Printable(why).c_str());
         status = with;
     };
     try {
         Stage stage(options);
-        for (int i = first; i < options.seeds; i += stride) {
+        for (int i = count.Next(); i < options.seeds; i = count.Next()) {
             const Outcome outcome = stage.Measure(options.seed + static_cast<std::uint64_t>(i));
             if (::write(out, &outcome, sizeof outcome) != sizeof outcome) break;
         }
@@ -106,12 +145,13 @@ std::vector<Outcome> RunAll(const RehearseOptions& options) {
     int ends[2];
     if (::pipe(ends) != 0) throw StudioError(kFailed, "No pipe can be made.");
     FileDescriptor in(ends[0]), out(ends[1]);
+    SharedCount count;
     std::vector<pid_t> children;
     for (int i = 0; i < processes; ++i) {
         const pid_t child = ::fork();
         if (child == 0) {
             in.Close();
-            RunShare(options, i, processes, out.Get());
+            RunShare(options, i, count, out.Get());
         }
         if (child > 0) children.push_back(child);
     }
