@@ -160,12 +160,14 @@ int Engine::SampleRate() const {
     return espeak_ng_GetSampleRate();
 }
 
+std::optional<std::string> Engine::LanguageOf(const std::string& name) const {
+    const auto look = FindVoice(name);
+    return look ? std::optional(LanguageOfVoice(look->voice)) : std::nullopt;
+}
+
 void Engine::Choose(const std::string& name, double speed) {
     const auto look = FindVoice(name);
-    if (!look) {
-        throw std::runtime_error("no voice is called \"" + name +
-                                 "\"; try Alex, Samantha, Daniel, Moira, Kyoko, en-gb or en-us+f3");
-    }
+    if (!look) throw std::runtime_error("the speech engine has no voice \"" + name + '"');
     look_ = *look;
     speed_ = speed;
     Use(look_.voice);

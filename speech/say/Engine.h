@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -25,6 +26,9 @@ class Engine {
     Engine& operator=(const Engine&) = delete;
 
     int SampleRate() const;
+
+    /// The language of the voice of that name; nothing for an unknown name.
+    std::optional<std::string> LanguageOf(const std::string& name) const;
 
     /// Chooses a voice by its name: a first name, a voice, language or variant of the engine, or one of the
     /// former and a variant joined by "+". A `speed` of 2 halves the time that it takes.

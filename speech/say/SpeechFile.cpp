@@ -14,7 +14,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 
 #include "base/BlockedSignals.h"
 #include "speech/say/ScratchFile.h"
@@ -41,7 +40,7 @@ void RemoveWhenEnded(const char* name) {
 }
 
 [[noreturn]] void Fail(const std::filesystem::path& file, const std::string& why) {
-    throw std::runtime_error("can't write " + file.string() + ": " + why);
+    throw SpeechFileError("can't write " + file.string() + ": " + why);
 }
 
 /// Writes one file's content into another existing one, or leaves that empty, returns false and sets errno.

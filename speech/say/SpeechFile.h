@@ -5,17 +5,23 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <stdexcept>
 #include <string>
 
 struct sf_private_tag;
 
 namespace sorakaze::speech {
 
+/// The sound can't be written; one line for the user.
+struct SpeechFileError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// A mono 16-bit sound file, WAV if its name ends so and AIFF otherwise, that appears under its name only
 /// when it is complete. Until Finish the sound is in a file of another name, in the same folder if that is
 /// writable; it is removed with this object, and also when a signal ends the program. A file that can be
 /// written but not replaced gets the whole sound at once. One at a time in a process. Errors are
-/// std::runtime_error with one line for the user.
+/// SpeechFileError.
 class SpeechFile {
   public:
     SpeechFile(std::filesystem::path file, int sampleRate);

@@ -274,6 +274,10 @@ std::string FoldName(std::string_view name) {
     return folded;
 }
 
+std::string LanguageOfVoice(std::string_view voice) {
+    return FoldName(voice.substr(voice.rfind('/') + 1));
+}
+
 std::optional<VoiceLook> FindFirstName(std::string_view folded) {
     const auto* person = std::find_if(std::begin(kPeople), std::end(kPeople),
                                       [&](const Person& candidate) { return candidate.name == folded; });

@@ -24,6 +24,9 @@ struct VoiceLook {
 /// A name for comparing: ASCII in lower case, Latin letters without their accents, the rest as it is.
 std::string FoldName(std::string_view name);
 
+/// The language code of an engine's voice file, in lower case: "en-us" of "gmw/en-US".
+std::string LanguageOfVoice(std::string_view voice);
+
 /// The person of that first name (folded); nothing if the table has none.
 std::optional<VoiceLook> FindFirstName(std::string_view folded);
 

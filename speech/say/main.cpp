@@ -11,20 +11,16 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "speech/say/Engine.h"
 #include "speech/say/JapaneseText.h"
-#include "speech/say/JapaneseVoice.h"
-#include "speech/say/Leveller.h"
-#include "speech/say/LongestSpeech.h"
-#include "speech/say/OpenJTalk.h"
-#include "speech/say/SpeechFile.h"
 #include "speech/say/SpokenText.h"
-#include "speech/say/VoiceNames.h"
+#include "speech/say/voices/BuiltInVoices.h"
+#include "speech/say/voices/SpeakFirst.h"
 
 namespace {
 
@@ -34,89 +30,17 @@ void Complain(std::string_view message) {
     std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
 }
 
-/// Levels the samples of one voice into the file. Their rate is known with the first of them.
-class Recorder {
-  public:
-    explicit Recorder(const char* file) : file_(file) {}
-
-    /// Throws SpeechCut when the speech is too long.
-    void Write(int sampleRate, std::span<const std::int16_t> samples, BlockStart start) {
-        if (!leveller_) {
-            sound_.emplace(file_, sampleRate);
-            leveller_.emplace(sampleRate,
-                              [this](std::span<const std::int16_t> levelled) { sound_->Write(levelled); });
-            cutter_.emplace(sampleRate,
-                            [this](std::span<const std::int16_t> whole) { leveller_->Write(whole); });
-        }
-        cutter_->Write(samples, start);
-    }
-    void Finish() {
-        leveller_->Finish();
-        sound_->Finish();
-    }
-    bool HasStarted() const { return leveller_.has_value(); }
-    /// So that another voice can start again.
-    void Reset() {
-        cutter_.reset();
-        leveller_.reset();
-        sound_.reset();
-    }
-
-  private:
-    const char* file_;
-    std::optional<SpeechFile> sound_;
-    std::optional<Leveller> leveller_;
-    std::optional<SpeechCutter> cutter_;
-};
-
-/// False if Open JTalk isn't installed, or if it fails, which is complained of; then the engine speaks.
-bool SayByOpenJTalk(const std::string& voice, const std::string& text, double speed, const char* file,
-                    Recorder& recorder) {
-    const auto found = FindOpenJTalk({}, FoldName(voice), speed);
-    if (!found) return false;
-    try {
-        const auto folder = std::filesystem::absolute(file).parent_path();
-        SpeakOpenJTalk(*found, text, folder, [&](int sampleRate, std::span<const std::int16_t> samples) {
-            recorder.Write(sampleRate, samples, BlockStart::WithinWord);
-        });
-        if (recorder.HasStarted()) return true;
-        Complain("open_jtalk made no sound, so that the plainer voice speaks");
-    } catch (const std::runtime_error& problem) {
-        recorder.Reset();
-        Complain(std::string(problem.what()) + ", so that the plainer voice speaks");
-    }
-    return false;
-}
-
-void Speak(Engine& engine, const std::string& voice, const std::string& text, double speed, const char* file,
-           Recorder& recorder) {
-    const auto record = [&](std::span<const std::int16_t> samples, BlockStart start) {
-        recorder.Write(engine.SampleRate(), samples, start);
-    };
-    const bool silent = text.find_first_not_of(' ') == std::string::npos;
-    if (!silent && engine.IsJapanese() && SayByOpenJTalk(voice, text, speed, file, recorder)) return;
-    record({}, BlockStart::WithinWord);
-    if (!silent && engine.IsJapanese()) {
-        SpeakJapanese(engine, sorakaze::japanese::OpenReader(Complain), text, speed, record);
-    } else if (!silent) {
-        engine.Speak(text, record);
-    }
-}
-
-void SayTo(const std::string& voice, std::string_view text, const char* file, double speed) {
-    Engine engine;
-    engine.Choose(voice, speed);
+void SayTo(const std::string& voice, std::string_view text, const std::filesystem::path& file, double speed) {
+    VoiceCatalogue catalogue;
+    catalogue.Add(std::make_unique<BuiltInVoices>(std::filesystem::absolute(file).parent_path(), Complain));
     Recorder recorder(file);
-    const std::string whole = OrdinaryForms(SpokenText(text));
-    const std::string spoken(SpeakablePrefix(whole));
-    bool cut = spoken.size() < whole.size();
-    try {
-        Speak(engine, voice, spoken, speed, file, recorder);
-    } catch (const SpeechCut&) {
-        cut = true;
+    const std::string safe = SpokenText(text);
+    const SpeakResult result = SpeakFirst(
+        catalogue.Choose(voice), [&](const std::string&) { return OrdinaryForms(safe); }, speed, recorder);
+    for (const auto& [candidate, why] : result.passedOver) {
+        Complain(why + ", so that " + result.used.engine + " speaks");
     }
-    recorder.Finish();
-    if (!cut) return;
+    if (!result.cut) return;
     std::puts("say: the text is too long, its speech was cut");
     std::fflush(stdout);
 }
