@@ -19,6 +19,7 @@ constexpr std::int32_t kTimedOut = -1;   ///< as an error code
 constexpr std::int32_t kTooManyRequests = 429;
 constexpr std::int32_t kServerFails = 500;
 constexpr std::int32_t kLongestReason = 200;  ///< characters
+constexpr std::int32_t kLongestSource = 1000;
 /// For a host that sends a byte now and then and would never time out. An article is a megabyte or two, a
 /// head a few kilobytes.
 constexpr SocketCore::Bounds kBounds{std::chrono::minutes(3), std::uint64_t{24} << 20, std::size_t{2} << 20};
@@ -47,8 +48,21 @@ String FailureOf(const String& host, HTTPSocket& socket) {
     return failed ? host + " answered with the status " + Str(status) : String();
 }
 
+/// What our own service says of the page's text.
+TextSource SourceOf(HTTPSocket& socket) {
+    const InternetHeadersRef headers = socket.PageHeaders();
+    if (!headers) return {};
+    const auto value = [&](const char* name) { return Left(headers->Value(name), kLongestSource); };
+    return {value("Source-Title"), value("Source-Address"), value("Source-Licence")};
+}
+
+struct FetchedArticle {
+    String page;
+    TextSource source;
+};
+
 /// The article that the search engine's redirect leads to; empty where there is none. Kept behaviour 55.
-String FetchArticle(const String& searchAddress, String& failure) {
+FetchedArticle FetchArticle(const String& searchAddress, String& failure) {
     HTTPSocket socket;
     socket.Constructor();
     socket.SetBounds(kBounds);
@@ -61,7 +75,7 @@ String FetchArticle(const String& searchAddress, String& failure) {
     }
     const String page = socket.Get(NotNil(headers)->Value("Location"), kTimeLimit);
     failure = FailureOf("the encyclopaedia", socket);
-    return ConvertEncoding(page, Encodings::UTF8);
+    return {ConvertEncoding(page, Encodings::UTF8), SourceOf(socket)};
 }
 
 /// By index, because another thread may change the history at each yield.
@@ -92,7 +106,7 @@ void mainWindow::getContents(String name) {
             return isJapaneseOn ? ShowLanguage::Japanese : ShowLanguage::English;
         };
         String failure;
-        const String page = FetchArticle(SearchAddress(deployment, name, language()), failure);
+        const auto [page, source] = FetchArticle(SearchAddress(deployment, name, language()), failure);
         tellLookupFailure(failure);
         const auto article = ReadArticle(page, language());
         if (!article) return;
@@ -100,6 +114,7 @@ void mainWindow::getContents(String name) {
         if (Remembers(wikiHistory, name)) return;
         wikiHistory.push_back(name);
         if (article->paragraph.IsEmpty()) return;
+        wikiSource = source;
         wikiContents = SpokenText(article->paragraph, language());
     } catch (const RegExException& exception) {
         MsgBox(exception.Message());

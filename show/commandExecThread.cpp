@@ -17,6 +17,7 @@ namespace {
 /// overwrites the window's. Kept behaviour 34.
 struct TrackCopy {
     String wikiContents;
+    TextSource wikiSource;
     String song;
     String artist;
     String album;
@@ -49,6 +50,17 @@ String Expand(String line, mainWindow& window, const TrackCopy& track) {
     const double count = Val(window.getSongCount(window.playlistMenu.Text()));
     line = ReplaceAll(line, "[[trackleft]]", Str(count - window.trackNo + 1));
     return ReplaceAll(line, Chr(34), "");
+}
+
+/// Tells whom the encyclopaedia's text is by, where the argument of a spoken line holds it.
+void TellSource(mainWindow& window, const TrackCopy& track, const String& spoken) {
+    const TextSource& source = track.wikiSource;
+    const String text = Trim(track.wikiContents);
+    if (source.address.IsEmpty() || text.IsEmpty() || InStr(spoken, text) == 0) return;
+    window.tell(ShowEvent::Kind::Credit, {{"what", "text"},
+                                          {"title", source.title},
+                                          {"address", source.address},
+                                          {"licence", source.licence}});
 }
 
 /// Starts the prepared track and then the preparation of the one after it.
@@ -85,7 +97,7 @@ bool IsSpeechNear(const mainWindow& window, std::int32_t index) {
 void mainWindow::commandExecThread_Run() {
     Shell shell;
     Random random;
-    const TrackCopy track{wikiContents, song, artist, album};
+    const TrackCopy track{wikiContents, wikiSource, song, artist, album};
     const String voice = VoiceOf(personality);
     const auto tellShow = [this](ShowEvent::Kind kind, ShowEvent::Fields fields) {
         tell(kind, std::move(fields));
@@ -101,6 +113,7 @@ void mainWindow::commandExecThread_Run() {
         if (IsSpeechNear(*this, index)) ExpectSpeech();
         const String verb = NthField(line, " ", 1);
         const String argument = Trim(Mid(line, Len(verb) + 1));
+        if (verb == "say" || verb == "sayj") TellSource(*this, track, argument);
         if (verb == "say") {
             SayLine(shell, voice, argument, sayData, tellShow);
         } else if (verb == "sayj") {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "show/mainWindow.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "app/runtime/Runtime.h"
@@ -93,9 +94,17 @@ void mainWindow::tellDucks() {
     for (const double depth : engine->TakeDucks()) tell(ShowEvent::Kind::Duck, {{"depth", depth}});
 }
 
+bool mainWindow::isCredited(const ShowEvent::Fields& credit) {
+    constexpr std::size_t kMostCredits = 1000;
+    if (std::find(credits.begin(), credits.end(), credit) != credits.end()) return true;
+    if (credits.size() < kMostCredits) credits.push_back(credit);
+    return false;
+}
+
 void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) {
     AssertBaton();
     if (kind == ShowEvent::Kind::Failed) completeFailure(fields);
+    if (kind == ShowEvent::Kind::Credit && isCredited(fields)) return;
     if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});
 }
 

@@ -17,6 +17,7 @@
 #include "show/Block.h"
 #include "show/Deployment.h"
 #include "show/ShowObserver.h"
+#include "show/TextSource.h"
 
 namespace sorakaze {
 
@@ -81,7 +82,8 @@ class mainWindow : public Window {
     /// Called by the host, when the engine reports failures or from time to time.
     void tellFailures();
 
-    /// Tells the observer, if there is one. With the baton.
+    /// Tells the observer, if there is one. With the baton. A Credit is told once a show, however often
+    /// it is due.
     void tell(ShowEvent::Kind kind, ShowEvent::Fields fields = {});
 
     // The controls.
@@ -109,6 +111,7 @@ class mainWindow : public Window {
     BlockRef jingle;
     BlockRef command;          ///< the block to run: one of the others, never a copy
     String wikiContents;       ///< on the artist of the next track; empty when there is nothing
+    TextSource wikiSource;     ///< of wikiContents
     std::int32_t trackNo = 0;  ///< 1-based position of the track prepared last: one ahead of the player
     String song;               ///< title, artist and album of the next track in the form to be spoken
     String artist;
@@ -153,10 +156,14 @@ class mainWindow : public Window {
     /// Tells of a message that is about to be shown, and adds what is known to its details.
     void tellMessage(Message& message);
 
+    /// Whether the credit has been told in this show. If not, it counts as told from now on.
+    bool isCredited(const ShowEvent::Fields& credit);
+
     /// Tells of a lookup without an answer, once a show and reason; an empty `why` is no failure.
     void tellLookupFailure(const String& why);
 
-    std::vector<String> lookupFailures;  ///< told in this show
+    std::vector<String> lookupFailures;      ///< told in this show
+    std::vector<ShowEvent::Fields> credits;  ///< told in this show
     String boxTold;  ///< the text of the message that follows the failure that was told last
     String boxDetails;
 };

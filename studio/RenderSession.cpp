@@ -152,10 +152,13 @@ void RenderSession::Run() {
 }
 
 void RenderSession::ReportShow() {
-    if (!options_.quiet)
+    if (!options_.quiet) {
         console_.Line(summary_.Text());
-    else if (summary_.HasFailures() && !options_.rehearsal)
+        if (!summary_.Credits().empty()) console_.Line("Credits:");
+        for (const std::string& credit : summary_.Credits()) console_.Line("  " + credit);
+    } else if (summary_.HasFailures() && !options_.rehearsal) {
         console_.Message(summary_.Text());
+    }
     if (trace_) trace_->Finish();
 }
 

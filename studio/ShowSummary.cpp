@@ -18,6 +18,7 @@ std::string Counted(int count, const char* one, const char* many) {
 
 void ShowSummary::OnShowEvent(const ShowEvent& event) {
     ticks_ = event.ticks;
+    if (event.kind == ShowEvent::Kind::Credit) AddCredit(event);
     if (event.kind != ShowEvent::Kind::Failed) return;
     const auto* const what = event.Find("what");
     if (!what || !(std::get<String>(*what) == "track")) ++otherFailures_;
@@ -42,6 +43,16 @@ std::string ShowSummary::Text() const {
     }
     if (otherFailures_ > 0) text += "; " + Counted(otherFailures_, "other failure", "other failures");
     return text;
+}
+
+void ShowSummary::AddCredit(const ShowEvent& event) {
+    std::string line;
+    for (const char* name : {"title", "address", "licence"}) {
+        const auto* const value = event.Find(name);
+        const std::string text = value ? std::get<String>(*value).Bytes() : std::string();
+        if (!text.empty()) line += (line.empty() ? "" : ", ") + text;
+    }
+    if (!line.empty()) credits_.push_back(line);
 }
 
 std::string ShowSummary::Verdict() const {

@@ -21,10 +21,13 @@ class ShowSummary : public ShowObserver {
     /// "Done: 1:27:03, 21 tracks, 2 could not be played: a.mp3 (it is empty), b.mp3 (there is no such file)".
     /// Names the first few.
     std::string Text() const;
+    /// A line for each text and voice that must be credited: "Title, address, licence".
+    const std::vector<std::string>& Credits() const { return credits_; }
     /// Why the show counts as failed, as a sentence; empty where at least half of its tracks were played.
     std::string Verdict() const;
 
   private:
+    void AddCredit(const ShowEvent& event);
     int Tracks() const { return played_ + unplayable_; }
 
     std::int32_t ticks_ = 0;
@@ -32,6 +35,7 @@ class ShowSummary : public ShowObserver {
     int unplayable_ = 0;
     int otherFailures_ = 0;
     std::vector<std::string> named_;  ///< the first tracks that could not be played, and why
+    std::vector<std::string> credits_;
 };
 
 }  // namespace sorakaze::studio

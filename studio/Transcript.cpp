@@ -55,6 +55,7 @@ std::string Transcript::Describe(const ShowEvent& event) const {
         case Kind::End:
             return "=== end of the show ===";
         case Kind::Level:
+        case Kind::Credit:
         case Kind::Duck:
         case Kind::Line:
         case Kind::Prepared:

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/PercentCoding.h"
 #include "gateway/encyclopaedia/Article.h"
 #include "gateway/encyclopaedia/Names.h"
 
@@ -182,7 +183,7 @@ Encyclopaedia::Encyclopaedia(std::string englishSite, std::string japaneseSite, 
       client_(std::move(limits), clock) {}
 
 Encyclopaedia::Finding Encyclopaedia::Find(const Search& search) {
-    const std::string& site = search.edition == Edition::Japanese ? japaneseSite_ : englishSite_;
+    const std::string& site = SiteOf(search.edition);
     if (site.empty()) return {};
     const auto finding = [&](const std::optional<Found>& found) {
         return found ? Finding{ArticleAddress{search.edition, found->title}, {}} : Finding();
@@ -213,10 +214,18 @@ ServiceAnswer Encyclopaedia::Answer(const ServiceRequest& request) {
         answer.failure = found.failure;
     } else if (const auto article = ParseArticleAddress(request.target)) {
         if (auto page = Page(*article)) {
-            answer = {200, "text/html; charset=utf-8", std::move(*page), {}};
+            answer = {200, "text/html; charset=utf-8", std::move(*page), {}, CreditOf(*article)};
         }
     }
     return answer;
+}
+
+std::map<std::string, std::string> Encyclopaedia::CreditOf(const ArticleAddress& article) const {
+    std::string path = article.title;
+    std::ranges::replace(path, ' ', '_');
+    return {{"Source-Title", article.title},
+            {"Source-Address", SiteOf(article.edition) + "/wiki/" + PercentEncoded(path, "-._~/:,!()*'@;")},
+            {"Source-Licence", "CC BY-SA 4.0"}};
 }
 
 std::optional<std::string> Encyclopaedia::Page(const ArticleAddress& address) {

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -27,7 +28,8 @@ class Encyclopaedia {
                   Clock clock = &std::chrono::steady_clock::now);
 
     /// A search is answered with a redirect to the article's page, and an article's target with that page;
-    /// anything else, and what isn't found, with a 404.
+    /// anything else, and what isn't found, with a 404. A page comes with the headers Source-Title,
+    /// Source-Address and Source-Licence, to credit its text.
     ServiceAnswer Answer(const ServiceRequest& request);
 
     struct Finding {
@@ -55,6 +57,11 @@ class Encyclopaedia {
         std::chrono::steady_clock::time_point until;
     };
     class SearchRun;
+
+    const std::string& SiteOf(Edition edition) const {
+        return edition == Edition::Japanese ? japaneseSite_ : englishSite_;
+    }
+    std::map<std::string, std::string> CreditOf(const ArticleAddress& article) const;
 
     /// For the mutex's holder, both.
     const CacheEntry* FindCached(const Search& search);

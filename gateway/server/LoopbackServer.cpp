@@ -57,6 +57,7 @@ MHD_Result Send(MHD_Connection* connection, const ServiceAnswer& answer) {
     if (!answer.body.empty()) add(MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType);
     add(MHD_HTTP_HEADER_LOCATION, answer.location);
     add("Failure", answer.failure);
+    for (const auto& [name, value] : answer.headers) add(name.c_str(), value);
     add(MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
     const MHD_Result queued = MHD_queue_response(connection, static_cast<unsigned>(answer.status), response);
     MHD_destroy_response(response);

@@ -23,6 +23,8 @@ struct ServiceAnswer {
     std::string body;
     /// Of a redirect; else empty. A service gives a target, which the gateway makes an address.
     std::string location;
+    /// Further headers, by name. A value can't hold a line end.
+    std::map<std::string, std::string> headers = {};
     /// Why a service that this one asks gave no answer, sent as the header Failure; else empty.
     std::string failure = {};
 };

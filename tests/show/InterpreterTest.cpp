@@ -45,6 +45,25 @@ TEST(Interpreter, ExpandsPlaceholdersInOrder) {
     EXPECT_EQ(show.trace.lines.back(), "line nothing 1 -1 [[unknown]]");
 }
 
+TEST(Interpreter, CreditsATextOnceAShowWhenItIsSpoken) {
+    TestShow show(
+        "opening: 0, nothing [[artistinfo]]\nopening: 0, sayj [[song]]\n"
+        "opening: 0, sayj So: [[artistinfo]]!\nopening: 0, sayj [[artistinfo]]\n");
+    show.window.wikiContents = " Abba sang. ";
+    for (const char* address : {"", "http://x/Abba", "http://x/Abba", "http://x/ABC"}) {
+        show.window.wikiSource = {"A", address, "L"};
+        RunOpening(show);
+    }
+    EXPECT_THAT(show.trace.All("credit "), ElementsAre("text A http://x/Abba L", "text A http://x/ABC L"));
+    EXPECT_EQ(show.trace.lines.at(show.trace.lines.size() - 4), "credit text A http://x/ABC L");
+    show.window.wikiContents = "";
+    show.window.programStart.Push();
+    show.window.tell(ShowEvent::Kind::Credit,
+                     {{"what", "text"}, {"title", "A"}, {"address", "http://x/Abba"}, {"licence", "L"}});
+    EXPECT_EQ(show.trace.All("credit ").size(), 3u) << "each show has its own";
+    show.window.programStart.Push();
+}
+
 TEST(Interpreter, CopiesTheTrackButFollowsItsNumber) {
     TestShow show(
         "opening: 0, play [[iTunes]]\nopening: 0, wait 1\nopening: 0, x [[song]] [[trackno]] [[trackleft]]");

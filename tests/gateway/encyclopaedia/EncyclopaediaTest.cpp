@@ -53,6 +53,12 @@ TEST_F(EncyclopaediaTest, EachPageIsAnnouncedAsExpected) {
             show.window.artist = "unknown";
             show.window.getContents(name);
             EXPECT_EQ(show.window.wikiContents.Bytes(), said) << name;
+            if (!said.empty()) {
+                const String& address = show.window.wikiSource.address;
+                EXPECT_EQ(InStr(address, String(site.Address() + "/wiki/")), 1) << name;
+                EXPECT_GT(Len(show.window.wikiSource.title), 1) << name;
+                EXPECT_EQ(InStr(address, " "), 0) << name;
+            }
             if (!japanese && !said.empty()) {
                 EXPECT_THAT(said, StartsWith(show.window.artist.Bytes())) << name;
             }
