@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How the candidates of a voice are tried in turn, with engines that fail in every way.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <stdexcept>
 
+#include "speech/say/voices/SeparateEngine.h"
 #include "speech/say/voices/SpeakFirst.h"
 #include "tests/support/TestRuntime.h"
 
@@ -14,7 +17,19 @@ namespace {
 namespace fs = std::filesystem;
 using namespace speech;
 
-enum class Does { Speak, FailAtStart, FailAtOnce, FailHalfWay, ChangeRate, StaySilent, SayNothing, GoOn };
+enum class Does {
+    Speak,
+    FailAtStart,
+    FailAtOnce,
+    FailHalfWay,
+    ChangeRate,
+    StaySilent,
+    SayNothing,
+    GoOn,
+    Crash,
+    Hang,
+    Eat
+};
 
 class FakeEngine : public VoiceEngine {
   public:
@@ -29,6 +44,9 @@ class FakeEngine : public VoiceEngine {
         if (what_ != Does::SayNothing) sink(16'000, second, BlockStart::Word);
         if (what_ == Does::FailHalfWay) throw std::runtime_error("it crashed");
         if (what_ == Does::ChangeRate) sink(22'050, second, BlockStart::Word);
+        if (what_ == Does::Crash) std::raise(SIGKILL);
+        while (what_ == Does::Hang) pause();
+        for (std::vector<std::string> eaten; what_ == Does::Eat;) eaten.emplace_back(1u << 20, 'x');
         while (what_ == Does::GoOn) sink(16'000, second, BlockStart::WithinWord);
     }
 
@@ -109,6 +127,38 @@ TEST(VoiceChoiceTest, TheLastOneEndsTheMatter) {
     }
     Recorder recorder("nowhere.aiff");
     EXPECT_THROW(SpeakFirst({"Nobody", {}}, {}, 1, recorder), std::runtime_error);
+}
+
+TEST(SeparateEngineTest, AnEngineEndsAlone) {
+    const struct {
+        Does what;
+        std::string why;
+    } cases[] = {{Does::Speak, ""},
+                 {Does::SayNothing, ""},
+                 {Does::FailAtStart, "it isn't installed"},
+                 {Does::FailHalfWay, "it crashed"},
+                 {Does::Crash, "the engine crashed (Killed)"},
+                 {Does::Hang, "it took too long"},
+                 {Does::Eat, "it took too much memory"}};
+    for (const auto& [what, why] : cases) {
+        EngineBounds bounds{std::chrono::seconds(60), std::chrono::seconds(60), 256u << 20};
+        if (what == Does::Hang) bounds.wholeText = std::chrono::milliseconds(1);
+        SeparateEngine engine([does = what] { return std::make_unique<FakeEngine>(does); }, bounds);
+        std::size_t heard = 0;
+        std::string failure;
+        try {
+            engine.Speak("hello", [&](int rate, std::span<const std::int16_t> samples, BlockStart) {
+                EXPECT_EQ(rate, 16'000);
+                heard += samples.size();
+            });
+        } catch (const std::runtime_error& problem) {
+            failure = problem.what();
+        }
+        EXPECT_EQ(failure, why);
+        EXPECT_EQ(heard, what == Does::SayNothing || what == Does::FailAtStart ? 0U : 16'000U) << why;
+    }
+    SeparateEngine endless([] { return std::make_unique<FakeEngine>(Does::GoOn); }, {});
+    EXPECT_THROW(endless.Speak("", [](int, auto, BlockStart) { throw SpeechCut(); }), SpeechCut);
 }
 
 }  // namespace
