@@ -130,11 +130,11 @@ void Desktop::ConnectDesktop() {
 
 void Desktop::OnTrack(const player::TrackEvent& event) {
     if (event.what == player::TrackEvent::What::Started) {
-        const String record = station_.Player().SongInfo(event.playlist, event.number);
+        const player::TrackText text = station_.Player().ShownText(event.playlist, event.number);
         nowPlaying_.number = event.number;
         nowPlaying_.title = window::ToQt(event.title);
-        nowPlaying_.artist = window::ToQt(NthField(record, Chr(9), 2));
-        nowPlaying_.album = window::ToQt(NthField(record, Chr(9), 3));
+        nowPlaying_.artist = window::ToQt(text.artist);
+        nowPlaying_.album = window::ToQt(text.album);
         nowPlaying_.path = window::ToQt(event.path.string());
     } else if (event.what == player::TrackEvent::What::Ended) {
         nowPlaying_ = {};

@@ -12,6 +12,7 @@
 #include <system_error>
 #include <utility>
 
+#include "player/AnnouncedText.h"
 #include "player/FileStamp.h"
 #include "player/FolderTree.h"
 #include "player/MusicLibrary.h"
@@ -368,7 +369,12 @@ std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
     if (!track) return {};
     impl_->engine.WantLevel(SourceOf(*track), impl_->PlayedPart());
     impl_->Check({TrackEvent::What::Failed, playlist, number, {}, track->path, track->part, 0, {}, {}});
-    return impl_->TextOf(*track).Record();
+    return AnnouncedText(impl_->TextOf(*track)).Record();
+}
+
+TrackText LocalPlayer::ShownText(const std::string& playlist, int number) {
+    const auto track = impl_->Find(playlist, number);
+    return track ? impl_->TextOf(*track) : TrackText();
 }
 
 std::string LocalPlayer::State() {

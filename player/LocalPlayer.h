@@ -73,9 +73,11 @@ class LocalPlayer {
     std::string CountSongs(const std::string& playlist);
     /// The tracks of the playlist that have no file, as many as are found in `most`.
     MusicLibrary::Missing FindMissing(const std::string& playlist, std::chrono::milliseconds most);
-    /// Six fields separated by tabs: title, artist, album and their sort spellings. Empty outside the
-    /// playlist. Begins to look whether the track can be played.
+    /// Six fields separated by tabs: title, artist, album and their sort spellings, as a presenter says them.
+    /// Empty outside the playlist. Begins to look whether the track can be played.
     std::string SongInfo(const std::string& playlist, int number);
+    /// The same texts as the file itself has them, for people to see.
+    TrackText ShownText(const std::string& playlist, int number);
 
     /// "playing", "fading" or "stopped". A track that has run out, is gone or can't be played counts as
     /// stopped; one whose whole music folder is missing counts as playing until it is back, for a quarter of
