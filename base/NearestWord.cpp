@@ -53,6 +53,8 @@ std::optional<NearestWord> FindNearestWord(std::string_view word, std::span<cons
         if (slips > most || (nearest && slips > nearest->slips)) continue;
         if (nearest && slips == nearest->slips) {
             nearest->only = false;
+            // Of "intro" and "introW" somebody who wrote "intros" meant the former.
+            if (Characters(word).starts_with(Characters(candidate))) nearest->word = candidate;
         } else {
             nearest = {candidate, slips, true};
         }

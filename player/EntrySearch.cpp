@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/RegularFile.h"
 #include "player/EntryFile.h"
 #include "player/NameText.h"
 
@@ -72,8 +73,12 @@ FoundFile SearchEntry(const PlaylistEntry& entry, const std::filesystem::path& f
     if (auto file = FileOf(entry, folder)) return {*std::move(file), {}};
     const FileIndex::Match match = files.index().ByPath(Spellings(entry));
     if (match.files.size() == 1) return {files.pathOf(match.files[0]), {}};
-    return {GuessOf(entry, folder), match.files.empty() ? "there is no such file, nor another of that name"
-                                                        : SeveralFit(match.files, files.pathOf)};
+    if (!match.files.empty()) return {GuessOf(entry, folder), SeveralFit(match.files, files.pathOf)};
+    auto guess = GuessOf(entry, folder);
+    std::error_code error;
+    const bool isThere = std::filesystem::exists(guess, error);
+    std::string why = isThere ? WhyNotOpened(guess) : "there is no such file, nor another of that name";
+    return {std::move(guess), std::move(why)};
 }
 
 }  // namespace sorakaze::player

@@ -240,15 +240,16 @@ struct LocalPlayer::Impl {
         if (inCheck.size() > kMost) inCheck.pop_back();
     }
 
+    /// The search for a playlist's entry knows better than the opening of the file that it guessed.
     void TellFailed(TrackEvent event, const std::string& why) {
         if (!told.emplace(event.playlist, event.number).second) return;
-        event.why = why;
+        if (event.why.empty()) event.why = why;
         Tell(std::move(event), TrackEvent::What::Failed, 0);
     }
 
     void Skip(TrackEvent event, const std::string& why) {
         TellFailed(event, why);
-        event.why = why;
+        if (event.why.empty()) event.why = why;
         Tell(std::move(event), TrackEvent::What::Skipped, 0);
     }
 
@@ -293,6 +294,7 @@ struct LocalPlayer::Impl {
         std::string why;
         auto voice = TakeVoice(SourceOf(track), why);
         if (!voice) return Skip(std::move(track), why);
+        track.why.clear();
         const auto known = Find(track.playlist, track.number);
         if (player.onTrack && known) track.title = TextOf(*known).title;
         Begin(std::move(voice), std::move(track));
@@ -368,7 +370,8 @@ std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
     const auto track = impl_->Find(playlist, number);
     if (!track) return {};
     impl_->engine.WantLevel(SourceOf(*track), impl_->PlayedPart());
-    impl_->Check({TrackEvent::What::Failed, playlist, number, {}, track->path, track->part, 0, {}, {}});
+    impl_->Check(
+        {TrackEvent::What::Failed, playlist, number, {}, track->path, track->part, 0, {}, track->missing});
     return AnnouncedText(impl_->TextOf(*track)).Record();
 }
 
@@ -395,7 +398,8 @@ void LocalPlayer::Play(const std::string& playlist, int number) {
     if (!track) return;
     std::string why;
     auto voice = impl_->TakeVoice(SourceOf(*track), why);
-    TrackEvent event{TrackEvent::What::Started, playlist, number, {}, track->path, track->part, 0, {}, {}};
+    TrackEvent event{
+        TrackEvent::What::Started, playlist, number, {}, track->path, track->part, 0, {}, track->missing};
     if (!voice) return impl_->MayComeBack(event) ? impl_->WaitFor(event) : impl_->Skip(event, why);
     if (onTrack) event.title = impl_->TextOf(*track).title;
     impl_->Begin(std::move(voice), std::move(event));

@@ -31,7 +31,8 @@ class Parser final : public PlaylistParser {
 
     ParsedPlaylist Finish() override {
         lines_.Finish();
-        return {entries_.Take(), false, {}, isShuffled_};
+        const bool isFull = entries_.IsFull();
+        return {entries_.Take(), false, {}, isShuffled_, addresses_, isFull};
     }
 
   private:
@@ -44,6 +45,8 @@ class Parser final : public PlaylistParser {
             if (auto entry = EntryAt(line, PlaylistEntry::Form::Path)) {
                 entry->words = words_;
                 entries_.Add(std::move(*entry));
+            } else if (IsNetworkAddress(line)) {
+                ++addresses_;
             }
             words_.clear();
         }
@@ -51,6 +54,7 @@ class Parser final : public PlaylistParser {
 
     EntryCollector entries_;
     bool isShuffled_ = false;
+    std::size_t addresses_ = 0;
     std::string words_;  ///< for the next entry
     Lines lines_{kLongestText, [this](std::string_view line) { TakeLine(line); }};
 };

@@ -113,6 +113,8 @@ MusicLibrary::Missing MusicLibrary::FindMissing(const std::string& playlist, std
     const int count =
         static_cast<int>(std::min<std::size_t>(tracks.Count(), std::numeric_limits<int>::max()));
     Missing missing;
+    missing.addresses = tracks.Addresses();
+    missing.isCut = tracks.IsCut();
     if (!tracks.MayMissFiles()) return {0, count, {}};
     const auto end = Clock::now() + most;
     for (; missing.checked < count; ++missing.checked) {

@@ -69,6 +69,8 @@ class MusicLibrary {
         int count = 0;
         int checked = 0;                    ///< tracks that were looked for, from the first on
         std::vector<MissingEntry> entries;  ///< the first hundred
+        std::size_t addresses = 0;          ///< on the network, which are no tracks
+        bool isCut = false;                 ///< the playlist's file is longer than is read
     };
     /// The tracks of the playlist that have no file. Looks at the disk for each entry, as many as there is
     /// time for.

@@ -57,6 +57,11 @@ std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::F
     return entry;
 }
 
+bool IsNetworkAddress(std::string_view location) {
+    const std::string_view scheme = SchemeOf(location);
+    return !scheme.empty() && ascii::Lowered(scheme) != "file";
+}
+
 std::unique_ptr<PlaylistParser> ParserFor(std::string_view name) {
     if (HasEnding(name, ".xml")) return LibraryXmlParser();
     if (HasEnding(name, ".xspf")) return XspfParser();

@@ -64,6 +64,8 @@ struct ParsedPlaylist {
     std::vector<List> lists;
     /// The list asks to be played in an order of each show's own.
     bool isShuffled = false;
+    std::size_t addresses = 0;  ///< on the network, which are left out
+    bool isCut = false;         ///< the list is longer than is read
 };
 
 class PlaylistParser {
@@ -109,6 +111,9 @@ class EntryCollector {
 /// what a location without a scheme is. Empty where it can't be a track, as a path that is too long for the
 /// system can't.
 std::optional<PlaylistEntry> EntryAt(std::string_view location, PlaylistEntry::Form form);
+
+/// True for a location on the network.
+bool IsNetworkAddress(std::string_view location);
 
 /// True for a name with that ending, which is lower case.
 bool HasEnding(std::string_view name, std::string_view ending);

@@ -35,14 +35,18 @@ class Parser final : public PlaylistParser {
     ParsedPlaylist Finish() override {
         lines_.Finish();
         EntryCollector entries;
+        std::size_t addresses = 0;
         for (auto& [number, item] : items_) {
             auto entry = EntryAt(item.file, PlaylistEntry::Form::Path);
-            if (!entry) continue;
+            if (!entry) {
+                addresses += IsNetworkAddress(item.file) ? 1 : 0;
+                continue;
+            }
             entry->words = SplitArtistTitle(CleanLine(item.title)).Packed();
             item = {};
             entries.Add(std::move(*entry));
         }
-        return {entries.Take(), false, {}};
+        return {entries.Take(), false, {}, false, addresses, IsFull()};
     }
 
   private:

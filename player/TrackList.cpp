@@ -82,6 +82,9 @@ Track TrackList::At(std::size_t index) const {
     const SearchedFiles files{[this]() -> const FileIndex& { return catalogue_->Index(); },
                               [this](std::size_t file) { return catalogue_->SoundPath(file); }, factsOf_};
     FoundFile found = SearchEntry(entry, contents_->folder, files);
+    // One that names a file that is there has been replaced by its tracks.
+    if (found.missing.empty() && HasEnding(found.path.string(), ".cue"))
+        found.missing = "none of the files that this cue sheet names is there";
     return {std::move(found.path), TrackText::Unpacked(entry.words), {}, std::move(found.missing)};
 }
 

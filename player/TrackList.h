@@ -43,6 +43,10 @@ class TrackList {
     /// What a playlist has for the file of the entry with an index below Count(); its title where it names no
     /// file. Empty for what is no entry.
     std::string WrittenAt(std::size_t index) const;
+    /// Entries on the network, which are no tracks.
+    std::size_t Addresses() const { return contents_ ? contents_->addresses : 0; }
+    /// Whether the playlist's file is longer than is read.
+    bool IsCut() const { return contents_ && contents_->isCut; }
     /// False for the files of the music folders, which are there.
     bool MayMissFiles() const { return contents_ != nullptr; }
     Order GetOrder() const { return order_; }

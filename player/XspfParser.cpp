@@ -51,7 +51,8 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     ParsedPlaylist Finish() override {
         if (std::any_of(open_.begin(), open_.end(), [](const Element& e) { return e.kind == Kind::Track; }))
             EndTrack();
-        return {entries_.Take(), false, {}};
+        const bool isFull = entries_.IsFull();
+        return {entries_.Take(), false, {}, false, addresses_, isFull};
     }
 
   private:
@@ -104,7 +105,9 @@ class Parser final : public PlaylistParser, private XmlVisitor {
             std::from_chars(value.data(), value.data() + value.size(), milliseconds_);
         hasPlace_ = hasPlace_ || (element.kind == Kind::Location && !value.empty());
         if (element.kind == Kind::Location && !entry_ && !value.empty() && isText) {
-            entry_ = EntryAt(Resolved(element.base, value), PlaylistEntry::Form::Url);
+            const std::string place = Resolved(element.base, value);
+            entry_ = EntryAt(place, PlaylistEntry::Form::Url);
+            isAddress_ = !entry_ && IsNetworkAddress(place);
         }
         if (element.kind == Kind::Track) EndTrack();
         text_.clear();
@@ -117,7 +120,10 @@ class Parser final : public PlaylistParser, private XmlVisitor {
             entry_->milliseconds = milliseconds_;
             entry_->words = words_.Packed();
             entries_.Add(std::move(*entry_));
+        } else if (isAddress_) {
+            ++addresses_;
         }
+        isAddress_ = false;
         entry_.reset();
         words_ = {};
         hasPlace_ = false;
@@ -131,6 +137,8 @@ class Parser final : public PlaylistParser, private XmlVisitor {
     std::uint32_t milliseconds_ = 0;
     TrackText words_;
     EntryCollector entries_;
+    std::size_t addresses_ = 0;
+    bool isAddress_ = false;
     XmlStream stream_{*this};
 };
 

@@ -32,7 +32,7 @@ constexpr std::array kMembers = {
     Member{"player", &Deployment::player, "-"},
 };
 
-/// Louder or softer is no station's.
+/// Louder or softer is not a station's.
 constexpr double kSoftest = -31, kLoudest = -9;
 
 void SetLoudness(Deployment& deployment, const Json& value) {

@@ -25,6 +25,8 @@ constexpr std::chrono::seconds kLongestSearch{5};
 std::string CountText(int tracks, const Missing& missing) {
     std::string text = std::to_string(tracks);
     if (missing.count > 0) text += ", " + std::to_string(missing.count) + " missing";
+    if (missing.isCut) text += ", the rest of the file isn't read";
+    if (missing.addresses > 0) text += ", " + std::to_string(missing.addresses) + " on the network left out";
     if (missing.checked < tracks) text += ", the first " + std::to_string(missing.checked) + " looked for";
     return text;
 }
@@ -41,8 +43,12 @@ void PrintText(Console& console, mainWindow& window, player::LocalPlayer& player
 }
 
 Json JsonOf(const std::string& name, int tracks, const Missing& missing) {
-    Json playlist{
-        {"name", name}, {"tracks", tracks}, {"missing", missing.count}, {"lookedFor", missing.checked}};
+    Json playlist{{"name", name},
+                  {"tracks", tracks},
+                  {"missing", missing.count},
+                  {"lookedFor", missing.checked},
+                  {"onNetwork", missing.addresses},
+                  {"isCut", missing.isCut}};
     Json& entries = playlist["missingTracks"] = Json::array();
     for (const auto& entry : missing.entries)
         entries.push_back({{"number", entry.number}, {"path", entry.written}, {"why", entry.why}});

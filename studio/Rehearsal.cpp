@@ -9,6 +9,7 @@
 
 #include "app/runtime/Runtime.h"
 #include "host/FailureText.h"
+#include "program/check/PlacedLine.h"
 #include "show/ProgramPlace.h"
 #include "studio/Console.h"
 
@@ -19,8 +20,8 @@ namespace {
 constexpr std::int64_t kLongSilence = 2 * kTicksPerSecond;
 /// The same variant so many times running looks like a fault.
 constexpr int kManyTimes = 3;
-/// What is read of a program's lines, to compare them.
-constexpr std::size_t kMostLines = 20'000, kLongestLine = 4'000;
+/// What is read of a program, to compare its lines.
+constexpr std::streamsize kMostBytes = 4 << 20;
 
 struct ToText {
     std::string operator()(const String& text) const { return text.Bytes(); }
@@ -37,9 +38,31 @@ std::string Field(const ShowEvent& event, std::string_view name) {
     return value ? std::visit(ToText(), *value) : std::string();
 }
 
+/// Whether the line can have become that without an empty placeholder: "[[song]]a" can be "abba".
+bool CanAllSayMore(std::string_view line, std::string_view became) {
+    std::size_t at = 0;
+    bool isFirst = true;
+    while (true) {
+        const std::size_t open = line.find("[[");
+        const std::size_t close = open == std::string_view::npos ? open : line.find("]]", open);
+        const bool isLast = close == std::string_view::npos;
+        const std::string_view words = isLast ? line : line.substr(0, open);
+        const std::size_t least = isFirst ? 0 : at + 1;
+        if (isLast && !isFirst) return became.size() >= least + words.size() && became.ends_with(words);
+        const std::size_t found =
+            isFirst ? (became.starts_with(words) ? 0 : std::string_view::npos) : became.find(words, least);
+        if (isLast) return true;
+        if (found == std::string_view::npos) return false;
+        at = found + words.size();
+        line.remove_prefix(close + 2);
+        isFirst = false;
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> EmptyPlaceholders(std::string_view line, std::string_view became) {
+    if (CanAllSayMore(line, became)) return {};
     std::vector<std::string> empty;
     std::size_t at = 0;  // in what became of it
     std::string_view rest = line;
@@ -65,10 +88,19 @@ Rehearsal::Rehearsal(std::filesystem::path station, CommandCache& commands)
 
 void Rehearsal::ReadProgram(const std::string& name) {
     std::ifstream file(station_ / "Programs" / (name + ".txt"), std::ios::binary);
-    for (std::string line; programLines_.size() < kMostLines && std::getline(file, line);) {
-        while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t'))
-            line.pop_back();
-        programLines_.push_back(line.substr(0, kLongestLine));
+    std::string text(kMostBytes, '\0');
+    text.resize(static_cast<std::size_t>(file.read(text.data(), kMostBytes).gcount()));
+    for (const std::string_view line : check::SplitLines(text)) {
+        const auto placed = check::PlaceLine(line);
+        std::string command;
+        for (const auto& each : placed.commands) {
+            command = ReplaceAll(check::Stored(line, each.place.text), Chr(34), "").Bytes();
+            auto& [first, several] =
+                variants_[std::string(words::kBlocks[static_cast<std::size_t>(each.block)])];
+            several = several || (first && *first != each.variant);
+            first = each.variant;
+        }
+        commandLines_.push_back(Trim(command).Bytes());
     }
 }
 
@@ -91,21 +123,16 @@ void Rehearsal::OnBlock(const ShowEvent& event) {
     const auto variant = Field(event, "variant");
     drawn.times = drawn.variant == variant ? drawn.times + 1 : 1;
     drawn.variant = variant;
-    if (drawn.times == kManyTimes)
+    if (drawn.times == kManyTimes && variants_[Field(event, "name")].second)
         Warn(event.ticks, Field(event, "name") + " " + variant + " comes for the third time running");
 }
 
 /// A line like "from the album ." says nothing.
 void Rehearsal::OnLine(const ShowEvent& event) {
     const auto number = static_cast<std::size_t>(std::max(CurrentPlace().line, 0));
-    if (number == 0 || number > programLines_.size()) return;
+    if (number == 0 || number > commandLines_.size()) return;
     const std::string became = Field(event, "text");
-    const std::string& line = programLines_[number - 1];
-    // The key and the variant stand before the first comma.
-    const auto comma = line.find(',');
-    const auto begin = comma == std::string::npos ? comma : line.find_first_not_of(" \t", comma + 1);
-    if (begin == std::string::npos) return;
-    for (const auto& name : EmptyPlaceholders(std::string_view(line).substr(begin), became))
+    for (const auto& name : EmptyPlaceholders(commandLines_[number - 1], became))
         Warn(event.ticks, name + " stands for nothing here (line " + std::to_string(number) + "): " + became);
 }
 

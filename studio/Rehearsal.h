@@ -46,7 +46,9 @@ class Rehearsal final : public ShowObserver {
 
     const std::filesystem::path station_;
     CommandCache& commands_;
-    std::vector<std::string> programLines_;  ///< of its file, since what a line became says no placeholders
+    /// By the block's name: a variant, and whether there are others.
+    std::map<std::string, std::pair<std::optional<std::int32_t>, bool>> variants_;
+    std::vector<std::string> commandLines_;  ///< of its file, since what a line became says no placeholders
     std::vector<Row> rows_;
     struct Drawn {
         std::string variant;

@@ -27,7 +27,9 @@ void ShowSummary::OnShowEvent(const ShowEvent& event) {
 void ShowSummary::OnTrack(const player::TrackEvent& event) {
     using What = player::TrackEvent::What;
     if (event.what == What::Started) ++played_;
+    if (event.what == What::Failed) ahead_.emplace(event.playlist, event.number);
     if (event.what != What::Skipped) return;
+    ahead_.erase({event.playlist, event.number});
     ++unplayable_;
     if (named_.size() < kMostNamed) named_.push_back(event.path.filename().string() + " (" + event.why + ")");
 }
@@ -41,6 +43,9 @@ std::string ShowSummary::Text() const {
         const auto more = static_cast<std::size_t>(unplayable_) - named_.size();
         if (more > 0) text += " and " + std::to_string(more) + " more";
     }
+    if (!ahead_.empty())
+        text += "; " + Counted(static_cast<int>(ahead_.size()), "track", "tracks") +
+                " of those to come can't be played";
     if (otherFailures_ > 0) text += "; " + Counted(otherFailures_, "other failure", "other failures");
     return text;
 }

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "player/LocalPlayer.h"
@@ -17,7 +19,7 @@ class ShowSummary : public ShowObserver {
     void OnTrack(const player::TrackEvent& event);
 
     /// Whether anything failed at all.
-    bool HasFailures() const { return unplayable_ > 0 || otherFailures_ > 0; }
+    bool HasFailures() const { return unplayable_ > 0 || otherFailures_ > 0 || !ahead_.empty(); }
     /// "Done: 1:27:03, 21 tracks, 2 could not be played: a.mp3 (it is empty), b.mp3 (there is no such file)".
     /// Names the first few.
     std::string Text() const;
@@ -34,6 +36,8 @@ class ShowSummary : public ShowObserver {
     int played_ = 0;
     int unplayable_ = 0;
     int otherFailures_ = 0;
+    /// Tracks that can't be played and whose turn hasn't come.
+    std::set<std::pair<std::string, int>> ahead_;
     std::vector<std::string> named_;  ///< the first tracks that could not be played, and why
     std::vector<std::string> credits_;
 };

@@ -22,8 +22,11 @@ std::string Nearest(const std::vector<String>& rows, const std::string& name) {
     if (rows.empty()) return " There is none at all.";
     std::vector<std::pair<std::size_t, std::string>> names;
     for (const String& row : rows) {
-        const bool isPart = InStr(row, name) > 0 || (!row.IsEmpty() && InStr(name, row) > 0);
-        names.emplace_back(isPart ? 0 : CountSlips(row.Bytes(), name), row.Bytes());
+        // A part of a name says as much as a few slips, if it is no single letter.
+        constexpr std::size_t kPart = 2, kShortest = 4;
+        const bool isPart = InStr(row, name) > 0 || (row.Bytes().size() >= kShortest && InStr(name, row) > 0);
+        const std::size_t slips = CountSlips(row.Bytes(), name);
+        names.emplace_back(isPart ? std::min(slips, kPart) : slips, row.Bytes());
     }
     std::stable_sort(names.begin(), names.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -42,8 +45,9 @@ fs::path FindStation(const fs::path& given) {
     if (station.empty()) station = StationOfThisProgram();
     station = fs::weakly_canonical(station, error);
     if (error || !fs::is_directory(ResourcesOfStation(station), error)) {
-        throw StudioError(kFailed, (given.empty() ? station : given).string() +
-                                       " is no station: give --station the folder that holds Sorakaze.app.");
+        throw StudioError(kFailed,
+                          (given.empty() ? station : given).string() +
+                              " is not a station: give --station the folder that holds Sorakaze.app.");
     }
     return station;
 }

@@ -95,7 +95,7 @@ std::int32_t Dictionary::Count() const {
 
 String Dictionary::Key(std::int32_t index) const {
     if (index < 0 || index >= Count()) {
-        throw OutOfBoundsException("There is no key " + std::to_string(index) + ".");
+        throw OutOfBoundsException("There is not a key " + std::to_string(index) + ".");
     }
     return slots_[SlotOf(static_cast<std::size_t>(index))]->first;
 }

@@ -65,13 +65,31 @@ std::optional<GluedVerb> FindGluedVerb(std::string_view line, Span word) {
     return GluedVerb{*verb, {word.begin, end}, blank};
 }
 
+std::string Track() {
+    return "[[" + std::string(words::kTrack) + "]]";
+}
+
+/// What stands for the next track, or is near it.
+bool IsLikeTrack(const std::string& argument) {
+    std::string word = ascii::Lowered(Narrowed(argument));
+    std::erase_if(
+        word, [](char byte) { return std::string_view("[]{}()<> \"").find(byte) != std::string_view::npos; });
+    if (argument.find_first_of("[{<") == std::string::npos) return word == "itunes";
+    static constexpr std::string_view kOthers[] = {"song", "track",     "music",   "title",
+                                                   "next", "nexttrack", "nextsong"};
+    return word.starts_with("itunes") || CountSlips(word, "itunes") <= 2 ||
+           std::ranges::find(kOthers, word) != std::end(kOthers);
+}
+
 void TellOfNoVerb(Draft& draft, const Command& command, Span word) {
     const std::string written = Stored(draft.Line(command.line), word);
-    std::string message = Quoted(written) + " is no verb" + kSkipped;
-    const bool sentence = written.starts_with("[[") || word.end != command.text.end;
-    draft.findings.Error(command.line, word, "unknown-verb",
-                         message + (sentence ? DidYouMean("say " + written + " ...")
-                                             : "; a command begins with say, sayj, play or wait"));
+    std::string message = Quoted(written) + " is not a verb" + kSkipped;
+    std::string hint = "; a command begins with say, sayj, play or wait";
+    if (written.starts_with("[[") && IsLikeTrack(written))
+        hint = DidYouMean("play " + Track());
+    else if (written.starts_with("[[") || word.end != command.text.end)
+        hint = DidYouMean("say " + written + " ...");
+    draft.findings.Error(command.line, word, "unknown-verb", message + hint);
 }
 
 /// The verb that is meant, told of if it isn't what is written; the argument begins after it.
@@ -93,7 +111,7 @@ std::optional<std::string_view> MeantVerb(Draft& draft, Command& command, Span w
         return {};
     }
     command.argument.begin = place.end;
-    std::string message = Quoted(Stored(line, word)) + " is no verb" + kSkipped + DidYouMean(meant->word);
+    std::string message = Quoted(Stored(line, word)) + " is not a verb" + kSkipped + DidYouMean(meant->word);
     if (!text.empty() && meant->certain) {
         message = "the blank after " + Quoted(meant->word) + " isn't the ASCII one" + kSkipped;
     } else if (!text.empty()) {
@@ -115,12 +133,19 @@ void CheckWait(Draft& draft, Command& command) {
         if (!better.empty()) finding.fix = Fix{command.argument, better, false};
     };
     const std::size_t after = narrowed.find_first_not_of("0123456789+");
-    const bool comma = after != std::string::npos && after > 0 && narrowed[after] == ',';
+    const auto isSign = [&](char sign) {
+        return after != std::string::npos && after > 0 && narrowed[after] == sign &&
+               after + 1 < narrowed.size() && ascii::IsDigit(narrowed[after + 1]);
+    };
     if (written.empty()) {
         complain("how many seconds to wait is missing");
     } else if (Val(written) != Val(narrowed)) {
         complain("full-width digits aren't read and count as 0", narrowed);
-    } else if (comma && after + 1 < narrowed.size() && ascii::IsDigit(narrowed[after + 1])) {
+    } else if (isSign(':')) {
+        command.seconds = Val(narrowed.substr(0, after)) * 60 + Val(narrowed.substr(after + 1));
+        complain("a wait is counted in seconds: this waits for " + narrowed.substr(0, after),
+                 Str(command.seconds).Bytes());
+    } else if (isSign(',')) {
         std::string better = narrowed;
         better[after] = '.';
         complain("the decimal point of a number is a point: this waits for " + narrowed.substr(0, after) +
@@ -128,7 +153,7 @@ void CheckWait(Draft& draft, Command& command) {
                  better);
         command.seconds = Val(better);
     } else if (Val(written) <= 0) {
-        complain(Quoted(written) + " is no number of seconds above 0, so nothing is waited for");
+        complain(Quoted(written) + " is not a number of seconds above 0, so nothing is waited for");
         command.seconds = 1;
     } else if (const auto unit = narrowed.find_first_not_of("0123456789+. ");
                unit != std::string::npos && narrowed[unit] == 'm') {
@@ -138,18 +163,6 @@ void CheckWait(Draft& draft, Command& command) {
                             "this waits for " + std::to_string(static_cast<int>(command.seconds / 60)) +
                                 " minutes: a wait is counted in seconds");
     }
-}
-
-/// What stands for the next track, or is near it.
-bool IsLikeTrack(const std::string& argument) {
-    std::string word = ascii::Lowered(Narrowed(argument));
-    std::erase_if(
-        word, [](char byte) { return std::string_view("[]{}()<> \"").find(byte) != std::string_view::npos; });
-    if (argument.find_first_of("[{<") == std::string::npos) return word == "itunes";
-    static constexpr std::string_view kOthers[] = {"song", "track",     "music",   "title",
-                                                   "next", "nexttrack", "nextsong"};
-    return word.starts_with("itunes") || CountSlips(word, "itunes") <= 2 ||
-           std::ranges::find(kOthers, word) != std::end(kOthers);
 }
 
 void TellOfSound(Draft& draft, const Command& command, const std::string& argument) {
@@ -163,7 +176,7 @@ void TellOfSound(Draft& draft, const Command& command, const std::string& argume
 
 void CheckPlay(Draft& draft, Command& command) {
     const std::string argument = Expanded(draft, draft.Text(command.line, command.argument));
-    const std::string track = "[[" + std::string(words::kTrack) + "]]";
+    const std::string track = Track();
     if (String(argument) == String(track)) {
         command.kind = Kind::PlayTrack;
     } else if (IsLikeTrack(argument)) {
@@ -201,6 +214,7 @@ void CheckCommand(Draft& draft, Command& command) {
     }
     if (!verb) verb = MeantVerb(draft, command, word);
     command.argument = Trimmed(line, command.argument);
+    if (!verb && IsLikeTrack(written)) return;
     if (!verb) return CheckPlaceholders(draft, command);
     command.kind = KindOf(*verb);
     if (command.kind == Kind::Wait) {

@@ -46,6 +46,8 @@ struct Draft {
     std::vector<Command> commands;
     /// Of each block's variants.
     std::array<std::array<std::size_t, words::kHighestVariant + 1>, words::kBlocks.size()> lineCounts{};
+    /// How many lines begin with each header as it is spelt; counted when it is first asked for.
+    std::optional<std::array<std::size_t, words::kHeaders.size()>> headerLines{};
     /// Blocks with a line whose variant isn't known: nothing is said of their numbers.
     std::array<bool, words::kBlocks.size()> uncertain{};
 

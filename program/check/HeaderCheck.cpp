@@ -50,7 +50,7 @@ void CheckMode(Draft& draft) {
     const std::string number =
         Trim(Narrowed(mode).substr(std::min(first.size(), Narrowed(mode).size()))).Bytes();
     std::string message = word.empty() ? "the mode is empty, so the show doesn't end by itself"
-                                       : Quoted(word) + " is no mode, so the show doesn't end by itself";
+                                       : Quoted(word) + " is not a mode, so the show doesn't end by itself";
     if (!meant) {
         draft.findings.Error(line->line, word.empty() ? line->key : line->value, "bad-mode",
                              message + "; it is one of " + kModes);

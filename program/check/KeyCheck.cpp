@@ -61,7 +61,7 @@ std::vector<FoundKey> KeysOf(const PlacedLine& placed) {
 }
 
 void TellOfKeyInText(Draft& draft, std::size_t number, const PlacedLine& placed, const FoundKey& key) {
-    std::string message = Quoted(std::string(key.name) + ":") + " counts as a key here, too";
+    std::string message = Quoted(std::string(key.name) + ":") + " counts as a key here too";
     for (const PlacedHeader& header : placed.headers) {
         if (header.key == key.span) {
             message +=
@@ -104,6 +104,20 @@ void TakeLine(Draft& draft, std::size_t number, std::string_view name, Span key,
                Trimmed(draft.Line(number), rest));
 }
 
+/// Whether a line sets the header, so that a second one is hardly meant.
+bool IsSet(Draft& draft, std::string_view name) {
+    const auto* const header = std::ranges::find(words::kHeaders, name);
+    if (header == words::kHeaders.end()) return false;
+    if (!draft.headerLines) {
+        draft.headerLines.emplace();
+        for (const std::string_view line : draft.lines) {
+            for (const PlacedHeader& placed : PlaceLine(line).headers)
+                ++(*draft.headerLines)[static_cast<std::size_t>(placed.header)];
+        }
+    }
+    return (*draft.headerLines)[static_cast<std::size_t>(header - words::kHeaders.begin())] > 0;
+}
+
 void TellOfGuess(Draft& draft, std::size_t number, const KeyGuess& guess, bool skipped) {
     const std::string_view line = draft.Line(number);
     const std::string key = std::string(guess.name) + ":";
@@ -111,9 +125,9 @@ void TellOfGuess(Draft& draft, std::size_t number, const KeyGuess& guess, bool s
     const char* const so = skipped ? ", so the line is skipped" : "";
     auto& finding =
         draft.findings.Error(number, guess.written, guess.hasColon ? "unknown-key" : "missing-colon",
-                             guess.hasColon ? written + " is no key" + so + DidYouMean(key)
+                             guess.hasColon ? written + " is not a key" + so + DidYouMean(key)
                                             : written + " has no colon" + so + DidYouMean(key));
-    finding.fix = Fix{guess.written, key, guess.certain};
+    finding.fix = Fix{guess.written, key, guess.certain && !IsSet(draft, guess.name)};
 }
 
 /// A key that something precedes.

@@ -54,6 +54,14 @@ bool BeginsWithVerb(std::string_view text) {
     return std::ranges::find(words::kVerbs, word) != words::kVerbs.end();
 }
 
+/// So much that the place is known by it.
+std::string Beginning(const std::string& text) {
+    constexpr std::size_t kMost = 24;  // characters
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < kMost && at < text.size(); ++i) at += utf8::Read(text, at).size;
+    return at < text.size() ? text.substr(0, at) + " ..." : text;
+}
+
 void Keep(Draft& draft, std::size_t line, BlockName block, int variant, Span number, Span text) {
     if (text.begin == text.end) {
         draft.findings.Error(line, number, "empty-command", "no command follows the variant's number");
@@ -80,11 +88,11 @@ void TellOfRange(Draft& draft, std::size_t line, BlockName block, Span number) {
 void TellOfComma(Draft& draft, std::size_t line, const NumberText& text) {
     const std::string_view wrong = draft.Text(line, text.separator);
     std::string message = "a comma is missing after the variant's number";
-    if (!wrong.empty()) message = Quoted(wrong) + " is no comma";
+    if (!wrong.empty()) message = Quoted(wrong) + " is not a comma";
     auto& finding = draft.findings.Error(
         line, wrong.empty() ? Span{text.digits.end, text.digits.end + 1} : text.separator, "missing-comma",
         message + DidYouMean(Narrowed(draft.Text(line, text.digits)) + ", " +
-                             Stored(draft.Line(line), text.command).substr(0, 20)));
+                             Beginning(Stored(draft.Line(line), text.command))));
     finding.fix = Fix{{text.digits.end, text.command.begin}, ", ", false};
 }
 
@@ -127,7 +135,7 @@ void CheckNumber(Draft& draft, std::size_t line, BlockName block, Span rest) {
         const std::int32_t taken = VariantOf(draft.Text(line, place.number));
         draft.findings.Error(line, place.number, "bad-number",
                              Quoted(draft.Text(line, place.number)) +
-                                 " is no number from 0 to 10 and counts as " + std::to_string(taken));
+                                 " is not a number from 0 to 10 and counts as " + std::to_string(taken));
         draft.IsUncertain(block) = true;
         Keep(draft, line, block, std::clamp(taken, 0, words::kHighestVariant), place.number, place.text);
     } else if (hasDigits) {

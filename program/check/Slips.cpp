@@ -37,6 +37,15 @@ utf8::Character ReadNarrowed(std::string_view line, std::size_t at, std::size_t 
     return {Narrowed(character.code), character.size};
 }
 
+/// Another letter makes a short word another word: "day" needn't be a slip of "say".
+bool IsLikeTyping(std::string_view written, std::string_view meant) {
+    constexpr std::size_t kShort = 4;
+    if (written.size() != meant.size() || written.size() > kShort) return true;
+    const std::string a = ascii::Lowered(written);
+    const std::string b = ascii::Lowered(meant);
+    return std::is_permutation(a.begin(), a.end(), b.begin());
+}
+
 }  // namespace
 
 char32_t Narrowed(char32_t character) {
@@ -63,7 +72,7 @@ std::optional<Meant> FindMeant(std::string_view written, std::span<const std::st
     }
     const auto nearest = FindNearestWord(written, words, written.size() > 4 ? 2 : 1);
     if (!nearest || nearest->slips >= nearest->word.size()) return {};
-    return Meant{nearest->word, nearest->slips <= 1 && nearest->only};
+    return Meant{nearest->word, nearest->slips <= 1 && nearest->only && IsLikeTyping(written, nearest->word)};
 }
 
 std::optional<KeyGuess> GuessKey(std::string_view line, Span clean) {

@@ -52,8 +52,14 @@ void CheckKnown(Draft& draft, const Command& command, Span span, std::string_vie
 
 void TellOfUnknown(Draft& draft, const Command& command, Span span, const std::optional<Meant>& meant) {
     const std::string_view written = draft.Text(command.line, span);
+    if (ascii::Lowered(written) == "[[" + ascii::Lowered(words::kTrack) + "]]") {
+        draft.findings.Error(
+            command.line, span, "unknown-placeholder",
+            "a line of its own starts the track: play " + std::string(written) + "; here it stays as it is");
+        return;
+    }
     auto& finding = draft.findings.Error(command.line, span, "unknown-placeholder",
-                                         Quoted(written) + " is no placeholder and stays as it is" +
+                                         Quoted(written) + " is not a placeholder and stays as it is" +
                                              (meant ? DidYouMean(InBrackets(meant->word)) : std::string()));
     if (meant) finding.fix = Fix{span, InBrackets(meant->word), false};
 }

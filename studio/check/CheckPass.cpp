@@ -109,6 +109,16 @@ void CheckPass::Fix(const ProgramFile& file, const TextFile& text,
                     const std::vector<check::Finding>& findings) {
     FixedText fixed = ApplyFixes(text.text, findings);
     if (fixed.text == text.bytes || !(text.isConverted || !fixed.changes.empty())) return;
+    if (text.isGuess) {
+        // Hidden, so that no menu lists it.
+        const fs::path kept = file.path.parent_path() / ("." + file.path.filename().string() + ".before");
+        std::error_code error;
+        fs::copy_file(file.path, kept, fs::copy_options::overwrite_existing, error);
+        if (error)
+            throw StudioError(kFailed,
+                              file.name + " is unchanged: " + kept.string() + ": " + error.message());
+        changes_.push_back(file.name + ": the file as it was is kept as " + kept.filename().string());
+    }
     ReplaceFile(file.path, text.bytes, fixed.text);
     if (text.isConverted) changes_.push_back(file.name + ": " + text.conversion);
     for (const std::string& change : fixed.changes) changes_.push_back(file.name + ": " + change);

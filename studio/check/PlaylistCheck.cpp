@@ -95,6 +95,7 @@ class EntryPlaces {
 
     /// The line, from 1, and the entry's place in it.
     std::pair<std::size_t, check::Span> Find(const std::string& location) {
+        if (location.empty()) return {line_, {}};
         std::string written = location;
         std::size_t at = text_.find(written, from_);
         if (at == std::string_view::npos && location.find('&') != std::string::npos) {
@@ -148,6 +149,42 @@ class MusicFiles {
 
 }  // namespace
 
+namespace {
+
+bool NamesAnyFile(const fs::path& cueSheet, MusicFiles& music) {
+    const auto tracks =
+        player::ParsePlaylist(cueSheet.filename().string(), AsUtf8(ReadList(cueSheet))).tracks;
+    return std::ranges::any_of(tracks, [&](const auto& track) {
+        return player::SearchEntry(track, cueSheet.parent_path(), music.AsSearched()).missing.empty();
+    });
+}
+
+std::string WrittenOf(const player::PlaylistEntry& entry) {
+    const bool isTitle = entry.form == player::PlaylistEntry::Form::Nowhere;
+    return isTitle ? player::TrackText::Unpacked(entry.words).title : entry.location;
+}
+
+/// Of an entry without a place that names alone don't decide: the player also looks at tags and lengths.
+bool IsUncertain(const player::PlaylistEntry& entry, MusicFiles& music) {
+    if (entry.form != player::PlaylistEntry::Form::Nowhere) return false;
+    const auto words = player::TrackText::Unpacked(entry.words);
+    return !music.AsSearched().index().ByTitle(words.title, words.artist).empty();
+}
+
+void TellOfWhatIsLeftOut(const player::ParsedPlaylist& list, FileReport& report) {
+    const auto warn = [&](const char* code, std::string message) {
+        report.findings.push_back({0, {}, Severity::Warning, code, std::move(message), {}});
+    };
+    if (list.addresses > 0)
+        warn("network-address", std::to_string(list.addresses) +
+                                    (list.addresses == 1 ? " address" : " addresses") +
+                                    " on the network left out: only files are played");
+    if (list.isCut)
+        warn("too-long", "only the first " + std::to_string(list.tracks.size()) + " entries are read");
+}
+
+}  // namespace
+
 FileReport CheckPlaylist(const fs::path& station, const std::string& word) {
     const fs::path path = FindList(station, word);
     std::error_code error;
@@ -155,8 +192,13 @@ FileReport CheckPlaylist(const fs::path& station, const std::string& word) {
     if (!fs::is_regular_file(path, error)) return NoList(path.string(), "this is no file");
     const std::string text = AsUtf8(ReadList(path));
     const auto parsed = player::ParsePlaylist(path.filename().string(), text);
-    if (parsed.tracks.empty()) return NoList(path.string(), "no tracks are in this playlist");
     FileReport report{path.string(), {}, {}};
+    TellOfWhatIsLeftOut(parsed, report);
+    if (parsed.tracks.empty()) {
+        auto none = NoList(path.string(), "no tracks are in this playlist");
+        std::ranges::move(report.findings, std::back_inserter(none.findings));
+        return none;
+    }
     EntryPlaces places(text);
     MusicFiles music(station);
     const fs::path folder = fs::absolute(path).parent_path();
@@ -166,11 +208,13 @@ FileReport CheckPlaylist(const fs::path& station, const std::string& word) {
     for (const auto& entry : parsed.tracks) {
         if (std::chrono::steady_clock::now() > end) break;
         ++looked;
-        // Without a place it has none that could be wrong.
-        if (entry.form == player::PlaylistEntry::Form::Nowhere) continue;
-        const auto found = player::SearchEntry(entry, folder, music.AsSearched());
+        if (IsUncertain(entry, music)) continue;
+        auto found = player::SearchEntry(entry, folder, music.AsSearched());
+        if (found.missing.empty() && player::HasEnding(found.path.string(), ".cue") &&
+            !NamesAnyFile(found.path, music))
+            found.missing = "none of the files that this cue sheet names is there";
         if (found.missing.empty() || ++missing > kMostMissing) continue;
-        const auto [line, span] = places.Find(entry.location);
+        const auto [line, span] = places.Find(WrittenOf(entry));
         report.findings.push_back({line,
                                    span,
                                    Severity::Error,

@@ -68,6 +68,12 @@ bool IsPath(const std::string& word) {
 ProgramFile FindProgram(const fs::path& station, const std::string& word) {
     if (IsPath(word)) {
         std::error_code error;
+        // As it is printed by a check from another folder.
+        const fs::path own = station / "Programs" / fs::path(word).filename();
+        const bool isOwn = fs::path(word).filename() == word || fs::path("Programs") / own.filename() == word;
+        if (!fs::exists(fs::symlink_status(word, error)) && isOwn && !station.empty() &&
+            fs::exists(own, error))
+            return {own, PrintedName(own), {}};
         if (!fs::exists(fs::symlink_status(word, error)))
             throw StudioError(kWrongCall, "There is no file " + Quoted(word) + ".");
         return {word, word, {}};
@@ -82,8 +88,14 @@ ProgramFile FindProgram(const fs::path& station, const std::string& word) {
     if (row != rows.end()) return programs[static_cast<std::size_t>(row - rows.begin())];
     const std::vector<std::string_view> views(rows.begin(), rows.end());
     const auto nearest = FindNearestWord(word, views, 3);
-    throw StudioError(kWrongCall, "There is no program named " + Quoted(word) +
-                                      (nearest ? check::DidYouMean(nearest->word) : "."));
+    const auto holder =
+        std::ranges::find_if(rows, [&](const std::string& each) { return InStr(String(each), word) > 0; });
+    std::string hint = ".";
+    if (nearest)
+        hint = check::DidYouMean(nearest->word);
+    else if (holder != rows.end())
+        hint = check::DidYouMean(*holder);
+    throw StudioError(kWrongCall, "There is no program named " + Quoted(word) + hint);
 }
 
 fs::path StationOf(const fs::path& file) {

@@ -115,7 +115,7 @@ std::vector<Complaint> StationSounds::CheckFolder(const fs::path& folder, const 
     const auto names = EntriesOf(folder);
     if (names.empty())
         return {{Severity::Error, "empty-folder",
-                 "the folder " + Quoted(argument) + " is empty: the show would stop at this line", ""}};
+                 "the folder " + Quoted(argument) + " is empty: the block would break off at this line", ""}};
     std::vector<std::string> wrong;
     const std::size_t most = std::min(names.size(), kMostOpened);
     for (std::size_t i = 0; i < most; ++i) {

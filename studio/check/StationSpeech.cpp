@@ -70,12 +70,22 @@ bool StationSpeech::CanSpeak(const std::string& voice) {
     return voices_[voice] = fs::remove(confinement.output, error);
 }
 
+namespace {
+
+/// Two slips make a short name another name.
+std::size_t MostSlips(const std::string& name) {
+    constexpr std::size_t kShort = 4;
+    return name.size() <= kShort ? 1 : 2;
+}
+
+}  // namespace
+
 std::optional<Complaint> StationSpeech::CheckVoice(const std::string& name) {
     if (speech::FindFirstName(speech::FoldName(name)) || Folder().empty()) return {};
     // Where nobody can speak, the name isn't at fault.
     if (CanSpeak(name) || !CanSpeak("Alex")) return {};
     const auto names = speech::FirstNames();
-    const auto nearest = FindNearestWord(speech::FoldName(name), names, 2);
+    const auto nearest = FindNearestWord(speech::FoldName(name), names, MostSlips(name));
     return Complaint{Severity::Error, "unknown-voice",
                      "no voice is called " + check::Quoted(name) + ", so nothing is spoken",
                      nearest ? Capitalised(nearest->word) : ""};
@@ -83,7 +93,7 @@ std::optional<Complaint> StationSpeech::CheckVoice(const std::string& name) {
 
 std::optional<Complaint> StationSpeech::CheckSpeaker(const std::string& name) const {
     if (!deployment_.voiceHost.empty() || gateway::IsSpeaker(name)) return {};
-    const auto nearest = FindNearestWord(name, kSpeakers, 2);
+    const auto nearest = FindNearestWord(name, kSpeakers, MostSlips(name));
     return Complaint{Severity::Warning, "unknown-speaker",
                      "no speaker is called " + check::Quoted(name) + ", so Kyoko speaks",
                      nearest ? std::string(nearest->word) : ""};

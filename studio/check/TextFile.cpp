@@ -30,12 +30,12 @@ struct NamedEncoding {
     Encoding encoding;
     const char* name;
 };
-constexpr NamedEncoding kEncodings[] = {{Encoding::ShiftJis, "Shift-JIS"},
-                                        {Encoding::EucJp, "EUC-JP"},
-                                        {Encoding::EucKr, "EUC-KR"},
-                                        {Encoding::Gbk, "GBK"},
-                                        {Encoding::Windows1251, "Windows-1251 (Cyrillic)"},
-                                        {Encoding::Windows1252, "Windows-1252 (Western European)"}};
+constexpr const char* kWestern = "Windows-1252 (Western European)";
+/// Signs that two have are the former's.
+constexpr NamedEncoding kEncodings[] = {
+    {Encoding::ShiftJis, "Shift-JIS"}, {Encoding::EucJp, "EUC-JP"},
+    {Encoding::EucKr, "EUC-KR"},       {Encoding::Gbk, "GBK"},
+    {Encoding::Windows1252, kWestern}, {Encoding::Windows1251, "Windows-1251 (Cyrillic)"}};
 
 Finding OfFile(Severity severity, const char* code, std::string message) {
     return {0, {}, severity, code, std::move(message), {}};
@@ -45,6 +45,13 @@ TextFile NoText(const char* code, std::string message) {
     TextFile file;
     file.findings.push_back(OfFile(Severity::Error, code, std::move(message)));
     return file;
+}
+
+bool IsUtf32(std::string_view bytes) {
+    using namespace std::string_view_literals;
+    if (bytes.size() % 4 != 0 || bytes.empty()) return false;
+    return bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv) ||
+           static_cast<std::size_t>(std::ranges::count(bytes, '\0')) > bytes.size() / 2;
 }
 
 /// Latin text in UTF-16 has a zero in every other byte.
@@ -88,7 +95,7 @@ void DecodeForeign(TextFile& file) {
         if (!name && unicode::ToUtf8(file.bytes, each.encoding) == file.text) name = each.name;
     }
     const bool damaged = !name || file.text.find(kReplacement) != std::string::npos ||
-                         (name == std::end(kEncodings)[-1].name && HoldsUtf8(file.bytes));
+                         (name == kWestern && HoldsUtf8(file.bytes));
     if (damaged) {
         file.text = file.bytes;
         file.findings.push_back(
@@ -96,6 +103,7 @@ void DecodeForeign(TextFile& file) {
         return;
     }
     file.isConverted = true;
+    file.isGuess = true;
     file.conversion = std::string("from ") + name + " to UTF-8";
     file.findings.push_back(BadByte(
         file.bytes, std::string("the file isn't UTF-8; it looks like ") + name + ", which --fix converts"));
@@ -107,6 +115,7 @@ TextFile DecodeText(std::string bytes) {
     TextFile file;
     file.bytes = std::move(bytes);
     file.isText = true;
+    if (IsUtf32(file.bytes)) return NoText("encoding", "the file is UTF-32 and not UTF-8: save it as UTF-8");
     if (const auto utf16 = FindUtf16(file.bytes)) {
         const std::string_view view = file.bytes;
         const bool marked = view.starts_with("\xFF\xFE") || view.starts_with("\xFE\xFF");

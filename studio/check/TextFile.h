@@ -19,6 +19,7 @@ struct TextFile {
     bool isText = false;
     /// Whether `text` is without doubt what the bytes mean, though they are something else.
     bool isConverted = false;
+    bool isGuess = false;    ///< the encoding of the bytes is
     std::string conversion;  ///< for people: what the conversion does
     /// Of the file as a whole and of its encoding.
     std::vector<check::Finding> findings;

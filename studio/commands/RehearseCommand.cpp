@@ -19,7 +19,8 @@ double Seconds(const std::string& text) {
         const auto colon = text.find(':', begin);
         const auto part = text.substr(begin, colon == std::string::npos ? colon : colon - begin);
         if (parts == 3 || part.empty() || part.size() > 6 ||
-            part.find_first_not_of("0123456789") != std::string::npos)
+            part.find_first_not_of("0123456789") != std::string::npos ||
+            (parts > 0 && (part.size() != 2 || part > "59")))
             throw StudioError(kWrongCall, "--end-after is a time like 58:00 or 1:02:03.");
         total = total * 60 + std::stod(part);
         if (colon == std::string::npos) return total;
@@ -34,6 +35,7 @@ void AddRehearseCommand(CLI::App& app, int& /*status*/) {
     struct Words {
         RehearseOptions options;
         std::string endAfter;
+        const CLI::Option* hasEndAfter = nullptr;
     };
     const auto words = std::make_shared<Words>();
     RehearseOptions& options = words->options;
@@ -53,14 +55,16 @@ void AddRehearseCommand(CLI::App& app, int& /*status*/) {
         ->capture_default_str();
     rehearse->add_option("--seeds", options.seeds, "So many shows, a seed each: how long they are")
         ->check(CLI::Range(1, 100000));
-    rehearse->add_option("--end-after", words->endAfter,
-                         "Tell the one of --seeds that ends nearest to this time, as 58:00");
+    words->hasEndAfter = rehearse->add_option(
+        "--end-after", words->endAfter, "Tell the one of --seeds that ends nearest to this time, as 58:00");
     rehearse->add_option("--trace", options.trace, "Write the show's events here, as JSON Lines");
     rehearse->footer(
         "The times are those of `render --offline` with the same seed. Lines with ! may be wrong.\n"
         "Example:\n  sorakaze-studio rehearse \"Night Owls\" Library --seeds 200 --end-after 58:00");
     rehearse->callback([words] {
-        if (!words->endAfter.empty()) {
+        if (words->options.seeds > 1 && words->hasEndAfter->empty() && !words->options.trace.empty())
+            throw StudioError(kWrongCall, "--trace is of one show: give --end-after or leave --seeds out.");
+        if (!words->hasEndAfter->empty()) {
             words->options.endAfter = Seconds(words->endAfter);
             if (words->options.seeds == 1)
                 throw StudioError(kWrongCall, "--end-after chooses among --seeds N: give both.");

@@ -14,7 +14,7 @@ namespace {
 /// Refuses paths that would make the studio overwrite its own input or output.
 void CheckPaths(const RenderOptions& options) {
     if (options.limitSeconds && !std::isfinite(*options.limitSeconds)) {
-        throw StudioError(kWrongCall, "--limit is no number of seconds.");
+        throw StudioError(kWrongCall, "--limit is not a number of seconds.");
     }
     if (options.output.empty())
         throw StudioError(kWrongCall, "--output is empty: name a sound file, or none.");

@@ -97,7 +97,7 @@ std::string DescribeParseError(const CLI::App& app, const CLI::ParseError& error
         text = command.get_name() + " does not take the word " + Quoted(extras.front()) +
                ": a name with blanks in it stands in quotation marks";
     constexpr std::string_view kUnconverted = "Could not convert: ";
-    if (text.starts_with(kUnconverted)) text = "This is no number: " + text.substr(kUnconverted.size());
+    if (text.starts_with(kUnconverted)) text = "This is not a number: " + text.substr(kUnconverted.size());
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && extras.empty())
         text = text.substr(0, text.find(':')) + " needs a value";
     if (!text.ends_with('.')) text += '.';

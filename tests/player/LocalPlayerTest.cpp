@@ -90,7 +90,7 @@ TEST_F(LocalPlayerTest, WhatCannotBePlayedLeavesThePlayerStopped) {
     } tracks[] = {{"Library", 4, ""},
                   {"Library", -3, ""},
                   {"nowhere", 1, ""},
-                  {"list", 2, "there is no such file"},
+                  {"list", 2, "there is no such file, nor another of that name"},
                   {"list", 3, "it holds no sound that can be played"},
                   {"list", 4, "it is no ordinary file"}};
     for (const auto& [playlist, number, why] : tracks) {

@@ -142,7 +142,9 @@ TEST_F(MusicLibraryTest, EntriesFromElsewhereFindTheirFilesButNeverByAGuess) {
         list += std::string(c.entry) + '\n';
         expected.emplace_back(c.file);
     }
-    music_.Write("lists/from elsewhere.m3u", list);
+    music_.Write("lists/gone.cue", "FILE gone.wav WAVE\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    music_.Write("lists/from elsewhere.m3u", list + "http://localhost/a.mp3\ngone.cue\n");
+    expected.emplace_back();
     const auto library = Open();
     std::vector<std::string> found;
     for (int n = 1; n <= library->Count("from elsewhere"); ++n) {
@@ -151,8 +153,10 @@ TEST_F(MusicLibraryTest, EntriesFromElsewhereFindTheirFilesButNeverByAGuess) {
     }
     EXPECT_EQ(found, expected);
     const auto missing = library->FindMissing("from elsewhere", 1min);
-    EXPECT_EQ(missing.count, 5);
-    EXPECT_EQ(missing.checked, 14);
+    EXPECT_EQ(missing.count, 6);
+    EXPECT_EQ(missing.checked, 15);
+    EXPECT_EQ(missing.addresses, 1U);
+    EXPECT_FALSE(missing.isCut);
     EXPECT_EQ(missing.entries.at(2).number, 10);
     EXPECT_THAT(missing.entries.at(2).why, ::testing::HasSubstr("twice.mp3 and "));
     EXPECT_EQ(library->FindMissing("Library", 1min).count, 0);

@@ -130,6 +130,9 @@ TEST(CheckProgram, TellsEachMistakeOnceAndInItsPlace) {
         {"opening: 0, wait 1,5", "1:18 bad-wait"},
         {"opening: 0, wait ５", "1:18 bad-wait"},
         {"opening: 0, wait 4000", "1:18 long-wait"},
+        {"opening: 0, wait 1:30", "1:18 bad-wait"},
+        {"intro: 0, [[iTunes]]\nintro: 0, play [[iTunes]]", "1:11 unknown-verb"},
+        {"opening: 0, say Hi; play [[iTunes]]", "1:26 unknown-placeholder"},
         {"opening: 0, play [[itune]]", "1:18 unknown-track"},
         {"opening: 0, play iTunes", "1:18 unknown-track"},
         {"opening: 0, play opening.aiff\nopening: 0, wait 3", "1:18 missing-sound"},
@@ -156,6 +159,7 @@ TEST(CheckProgram, TellsEachMistakeOnceAndInItsPlace) {
     for (const auto& [lines, told] : cases) EXPECT_EQ(Told(Whole(lines)), told) << lines;
     EXPECT_EQ(Told("mode: all\nintroW: 0, play [[iTunes]]"), "1:1 no-intro");
     EXPECT_EQ(Told("mode: all\nintro: 0, play [[iTunes]]"), "1:1 no-intro");
+    EXPECT_EQ(Told("mode: all\nintros: 0, play [[iTunes]]\nintroW: 0, play [[iTunes]]"), "2:1 unknown-key");
     EXPECT_EQ(Told("intro: 0, play [[iTunes]]\nintroW: 0, play [[iTunes]]"), "1:1 no-end");
     EXPECT_EQ(Told("# nothing\n\n"), "1:1 empty-program");
 }
@@ -169,7 +173,7 @@ TEST(CheckProgram, SaysNothingOfARightProgram) {
              "\topening:\t0,\twait\t3",
              "opening: 0, say \"Hello\", he said.\nopening: 0, play \"Sounds/a.aiff\"\nopening: 0, wait 2",
              "opening: 0, say It costs \\$5 or 10$, and \\`that\\` too.",
-             "opening: 0, say A note: this is no key. Time 10:30.",
+             "opening: 0, say A note: this is not a key. Time 10:30.",
              "band: 80.0 # FM\nopening: 0, wait 1 # and go\nopening: 0, say Hi. # greeting\nopening: 0, say "
              "Ho.\t#x",
              "mode: minites 30",
@@ -192,6 +196,26 @@ TEST(CheckProgram, SaysNothingOfARightProgram) {
              "opening: 0, say Mail to us & to <you>; it's 100% free! Ask why? *",
          }) {
         EXPECT_EQ(Told(Whole(lines)), "") << lines;
+    }
+}
+
+TEST(CheckProgram, FixesOnlyWhatIsCertain) {
+    const struct {
+        const char* line;
+        bool certain;
+    } cases[] = {{"opning: 1, wait 1", true},
+                 {"opning: 0, wait 1", true},
+                 {"opening: 0, sya Hi", true},
+                 // Words, and keys that another line sets.
+                 {"opening: 0, day one", false},
+                 {"code: 5", false},
+                 {"statio: C\nstation: B", false}};
+    SmallStation station;
+    for (const auto& [line, certain] : cases) {
+        const std::string program = Whole(line);
+        const auto findings = CheckProgram(program, station);
+        ASSERT_FALSE(findings.empty()) << line;
+        EXPECT_EQ(findings[0].fix && findings[0].fix->certain, certain) << line;
     }
 }
 
