@@ -35,15 +35,7 @@ const char* PlainLetters(char32_t letter) {
     }
 }
 
-}  // namespace
-
-std::string_view WithoutQualifier(std::string_view title) {
-    const std::size_t bracket = title.rfind(" (");
-    if (!title.ends_with(')') || bracket == title.npos || bracket == 0) return title;
-    return title.substr(0, bracket);
-}
-
-std::string NameKey(std::string_view name) {
+std::string ComparisonKey(std::string_view name) {
     const std::string folded = unicode::FoldedCase(unicode::Normalized(name, unicode::NormalForm::Nfkd));
     std::string_view text = unicode::Trimmed(folded);
     if (text.starts_with("the ")) text.remove_prefix(4);
@@ -62,13 +54,16 @@ std::string NameKey(std::string_view name) {
     return plain.empty() ? std::string(text) : plain;
 }
 
-std::string_view QualifierOf(std::string_view title) {
-    const std::size_t end = WithoutQualifier(title).size();
-    return end == title.size() ? std::string_view() : title.substr(end + 2, title.size() - end - 3);
+}  // namespace
+
+std::string_view WithoutQualifier(std::string_view title) {
+    const std::size_t bracket = title.rfind(" (");
+    if (!title.ends_with(')') || bracket == title.npos || bracket == 0) return title;
+    return title.substr(0, bracket);
 }
 
 bool SameName(std::string_view one, std::string_view other) {
-    return NameKey(one) == NameKey(other);
+    return ComparisonKey(one) == ComparisonKey(other);
 }
 
 }  // namespace sorakaze::gateway
