@@ -10,7 +10,7 @@
 namespace sorakaze {
 
 void FailureLog::OnShowEvent(const ShowEvent& event) {
-    if (event.kind == ShowEvent::Kind::Failed)
+    if (IsFailure(event))
         std::fprintf(stderr, "Sorakaze: %s\n", Printable(FailureText(event, station_)).c_str());
 }
 

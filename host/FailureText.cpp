@@ -11,6 +11,8 @@ std::string Text(const ShowEvent& event, std::string_view name) {
 }
 
 std::string Subject(const ShowEvent& event, const std::filesystem::path& station) {
+    if (event.kind == ShowEvent::Kind::Voice)
+        return "voice " + Text(event, "asked") + " is spoken by " + Text(event, "used") + ": ";
     const std::filesystem::path path = Text(event, "path");
     if (path.empty()) return Text(event, "what") == "message" ? "" : Text(event, "what") + ": ";
     const auto relative = path.lexically_relative(station);
@@ -19,6 +21,10 @@ std::string Subject(const ShowEvent& event, const std::filesystem::path& station
 }
 
 }  // namespace
+
+bool IsFailure(const ShowEvent& event) {
+    return event.kind == ShowEvent::Kind::Failed || event.kind == ShowEvent::Kind::Voice;
+}
 
 std::string FailureText(const ShowEvent& event, const std::filesystem::path& station) {
     std::string line = Subject(event, station) + Text(event, "why");

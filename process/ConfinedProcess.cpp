@@ -20,6 +20,7 @@
 #include "process/Launch.h"
 #include "process/LaunchPlan.h"
 #include "process/Mechanisms.h"
+#include "process/OfferVoices.h"
 #include "process/Workspace.h"
 
 namespace sorakaze::process {
@@ -96,12 +97,10 @@ void ConfinedProcess::Impl::Kill() {
 }
 
 std::optional<ExceededLimit> ConfinedProcess::Impl::CheckLimits(const Launched& launched) const {
-    /// All processes together may fill so many times what one may.
-    constexpr std::uint64_t kMemoryOfAll = 2;
     const ProcessesFootprint processes =
         MeasureProcesses(launched.supervisor, folderOnDisk, confinement.fileSize);
     if (processes.processes > confinement.processes + 1) return ExceededLimit::Processes;
-    if (processes.memory / kMemoryOfAll > confinement.addressSpace) return ExceededLimit::Memory;
+    if (processes.memory > confinement.memory) return ExceededLimit::Memory;
     if (processes.removedFiles > confinement.folderSize) return ExceededLimit::FolderSize;
     if (folderOnDisk.empty()) return {};  // the kernel limits its size
     const std::uint64_t room = confinement.folderSize - processes.removedFiles;
@@ -212,6 +211,7 @@ void OfferPrograms(Confinement& confinement, const fs::path& resources) {
     confinement.searchFirst.push_back(resources);
     // The second of the programs has a dictionary beside it, if the user gave it one.
     for (const char* name : {"say", "SayKotoeri", "ipadic"}) confinement.readable.push_back(resources / name);
+    OfferVoices(confinement, resources);
 }
 
 }  // namespace sorakaze::process

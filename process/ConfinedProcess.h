@@ -31,10 +31,13 @@ struct Confinement {
     std::vector<std::filesystem::path> readable;
     /// Folders at the beginning of the command's PATH. Only what is among `readable` is found there.
     std::vector<std::filesystem::path> searchFirst;
+    /// Variables of the command's environment beside PATH, HOME, TMPDIR and LANG, as "NAME=VALUE".
+    std::vector<std::string> variables;
 
     std::chrono::milliseconds wallTime{60'000};  ///< then all processes of the command are killed
     std::chrono::seconds processorTime{30};      ///< of each process
-    std::uint64_t addressSpace = 768ull << 20;   ///< bytes, of each process; all together may use twice that
+    std::uint64_t addressSpace = 768ull << 20;   ///< bytes that each process may reserve
+    std::uint64_t memory = 1536ull << 20;        ///< bytes that all processes may use together
     std::uint64_t fileSize = 128ull << 20;       ///< bytes, of each file written
     std::uint64_t folderSize = 192ull << 20;     ///< bytes in the command's folder, all files together
     std::uint64_t outputSize = 4ull << 20;       ///< bytes of standard output kept; more is read and dropped
@@ -76,7 +79,8 @@ class ConfinedProcess {
     std::unique_ptr<Impl> impl_;
 };
 
-/// Lets commands find the application's own programs in its Resources, and nothing else there.
+/// Lets commands find the application's own programs in its Resources, and the voices of the user's own
+/// (process/VoicePlaces.h). Where one of these is a neural model, raises the bounds as its runtime needs.
 void OfferPrograms(Confinement& confinement, const std::filesystem::path& resources);
 
 /// The mechanisms that this kernel has, strongest first ("landlock, namespaces, seccomp, limits"), and what

@@ -55,6 +55,11 @@ void PlanLimits(LaunchPlan& plan, const Confinement& confinement) {
     add(RLIMIT_MEMLOCK, 64 << 10, 64 << 10);
     add(RLIMIT_MSGQUEUE, 0, 0);
     add(RLIMIT_STACK, 8 << 20, 64 << 20);
+    // A process may reserve more than it may use. Without a bound on addresses, a sanitizer has what it
+    // needs.
+    if (confinement.memory < confinement.addressSpace &&
+        confinement.addressSpace != std::numeric_limits<std::uint64_t>::max())
+        add(RLIMIT_DATA, confinement.memory, confinement.memory);
     add(RLIMIT_AS, confinement.addressSpace, confinement.addressSpace);
 }
 
@@ -118,7 +123,9 @@ LaunchPlan PlanCommand(const std::string& commandLine, const Confinement& confin
     for (const fs::path& folder : confinement.searchFirst) searched += Absolute(folder).string() + ':';
     const std::string folder = plan.workingFolder;
     plan.environment = {plan.Keep("PATH=" + searched + "/usr/bin:/bin"), plan.Keep("HOME=" + folder),
-                        plan.Keep("TMPDIR=" + folder), "LANG=C.UTF-8", nullptr};
+                        plan.Keep("TMPDIR=" + folder), "LANG=C.UTF-8"};
+    for (const std::string& variable : confinement.variables) plan.environment.push_back(plan.Keep(variable));
+    plan.environment.push_back(nullptr);
     return plan;
 }
 

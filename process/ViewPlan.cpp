@@ -110,8 +110,10 @@ class Steps {
         }
         MakeFolders("/dev");
         MakeFolders("/proc");
-        for (const auto& [path, target] : kProcessLinks)
+        for (const auto& [path, target] : kProcessLinks) {
             plan_.view.push_back({ViewStep::MakeLink, path, target});
+            made_.insert(fs::path("/") / path);
+        }
     }
 
     /// Outer paths come before what lies in them.
@@ -167,6 +169,8 @@ class Steps {
             const fs::file_type type = fs::symlink_status(entry, failure).type();
             if (type == fs::file_type::directory) MakeFolders(entry);
             if (type == fs::file_type::regular) AddFileCopy(entry);
+            if (type == fs::file_type::symlink && made_.insert(entry).second)
+                Add(ViewStep::MakeLink, entry, fs::read_symlink(entry, failure));
         }
     }
 

@@ -32,9 +32,10 @@ struct ShowEvent {
         Prepared,  ///< number, song, artist, album, wikiContents
         Level,     ///< path, source, gain, loudness, lift, end: under a desk, after Say, Sound or Track
         Duck,      ///< depth: from here on music and effects go to so many dB below their level
-        Credit,    ///< what ("text" or "voice"), title, address, licence: of what is about to be heard
-        Message,   ///< text
-        Failed,    ///< what, path, why; program and line where one failed; message where a box follows
+        Voice,    ///< asked, used, why: not the voice that was asked for, or not as it was set; program, line
+        Credit,   ///< what ("text" or "voice"), title, address, licence: of what is about to be heard
+        Message,  ///< text
+        Failed,   ///< what, path, why; program and line where one failed; message where a box follows
         End
     };
     using Value = std::variant<String, std::int32_t, double>;
@@ -55,9 +56,9 @@ struct ShowEvent {
 
 /// The name of an event in a trace.
 constexpr std::string_view NameOf(ShowEvent::Kind kind) {
-    constexpr std::array<std::string_view, 16> kNames{
-        "show",  "block",    "line",  "say",  "sayj",   "sound",   "track",  "fade",
-        "ended", "prepared", "level", "duck", "credit", "message", "failed", "end"};
+    constexpr std::array<std::string_view, 17> kNames{
+        "show",     "block", "line", "say",   "sayj",   "sound",   "track",  "fade", "ended",
+        "prepared", "level", "duck", "voice", "credit", "message", "failed", "end"};
     return kNames[static_cast<std::size_t>(kind)];
 }
 

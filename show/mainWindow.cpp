@@ -94,17 +94,18 @@ void mainWindow::tellDucks() {
     for (const double depth : engine->TakeDucks()) tell(ShowEvent::Kind::Duck, {{"depth", depth}});
 }
 
-bool mainWindow::isCredited(const ShowEvent::Fields& credit) {
-    constexpr std::size_t kMostCredits = 1000;
-    if (std::find(credits.begin(), credits.end(), credit) != credits.end()) return true;
-    if (credits.size() < kMostCredits) credits.push_back(credit);
+bool mainWindow::wasTold(const ShowEvent::Fields& fields) {
+    constexpr std::size_t kMostKept = 1000;
+    if (std::find(toldOnce.begin(), toldOnce.end(), fields) != toldOnce.end()) return true;
+    if (toldOnce.size() < kMostKept) toldOnce.push_back(fields);
     return false;
 }
 
 void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) {
     AssertBaton();
-    if (kind == ShowEvent::Kind::Failed) completeFailure(fields);
-    if (kind == ShowEvent::Kind::Credit && isCredited(fields)) return;
+    const bool isToldOnce = kind == ShowEvent::Kind::Credit || kind == ShowEvent::Kind::Voice;
+    if (isToldOnce && wasTold(fields)) return;
+    if (kind == ShowEvent::Kind::Failed || kind == ShowEvent::Kind::Voice) completeFailure(fields);
     if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});
 }
 

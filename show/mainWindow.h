@@ -82,8 +82,8 @@ class mainWindow : public Window {
     /// Called by the host, when the engine reports failures or from time to time.
     void tellFailures();
 
-    /// Tells the observer, if there is one. With the baton. A Credit is told once a show, however often
-    /// it is due.
+    /// Tells the observer, if there is one. With the baton. A Credit or Voice is told once a show, however
+    /// often it is due.
     void tell(ShowEvent::Kind kind, ShowEvent::Fields fields = {});
 
     // The controls.
@@ -156,14 +156,14 @@ class mainWindow : public Window {
     /// Tells of a message that is about to be shown, and adds what is known to its details.
     void tellMessage(Message& message);
 
-    /// Whether the credit has been told in this show. If not, it counts as told from now on.
-    bool isCredited(const ShowEvent::Fields& credit);
+    /// Whether the event has been told in this show. If not, it counts as told from now on.
+    bool wasTold(const ShowEvent::Fields& fields);
 
     /// Tells of a lookup without an answer, once a show and reason; an empty `why` is no failure.
     void tellLookupFailure(const String& why);
 
-    std::vector<String> lookupFailures;      ///< told in this show
-    std::vector<ShowEvent::Fields> credits;  ///< told in this show
+    std::vector<String> lookupFailures;       ///< told in this show
+    std::vector<ShowEvent::Fields> toldOnce;  ///< credits and voices of this show
     String boxTold;  ///< the text of the message that follows the failure that was told last
     String boxDetails;
 };

@@ -31,7 +31,8 @@ String PlaceText() {
 
 void mainWindow::completeFailure(ShowEvent::Fields& fields) {
     // Neither a track nor a lookup is the fault of the line that is carried out meanwhile.
-    const String what = *FindText(fields, "what");
+    const String* const known = FindText(fields, "what");
+    const String what = known ? *known : String();
     const bool isOfLine = !(what == "track" || what == "tags" || what == "level" || what == "lookup");
     const ProgramPlace& place = CurrentPlace();
     if (isOfLine && place.line > 0) {

@@ -27,7 +27,7 @@ void mainWindow::beginShow(Random& random) {
     trackNo = 0;
     startTicks = Ticks();
     lookupFailures.clear();
-    credits.clear();
+    toldOnce.clear();
     Runtime::Current().BeginShow();
     // A file that ended its decoder is tried again in each show.
     if (auto* engine = Runtime::Current().Engine()) engine->ForgetBadFiles();

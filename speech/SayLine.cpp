@@ -30,6 +30,28 @@ bool IsOfTheLine(const String& complaint) {
     return Left(complaint, 5) == "say: " || Left(complaint, 4) == "sh: ";
 }
 
+/// Of a line that begins with "say: " in what `say` printed: what follows `begin`; empty if there is none.
+String LineAfter(const String& printed, const String& begin) {
+    const auto at = InStr(String("\n") + printed, String("\nsay: ") + begin);
+    if (at == 0) return {};
+    const String rest = Mid(printed, at + Len(String("say: ") + begin));
+    const auto end = InStr(rest, "\n");
+    return end == 0 ? rest : Left(rest, end - 1);
+}
+
+/// Tells which voice has spoken if it isn't the one asked for as its folder has it, and whom it must be
+/// credited to.
+void TellVoice(TellShow tell, const String& asked, const String& printed) {
+    if (const String line = LineAfter(printed, "voice: "); !line.IsEmpty())
+        tell(ShowEvent::Kind::Voice,
+             {{"asked", asked}, {"used", NthField(line, "\t", 1)}, {"why", NthField(line, "\t", 2)}});
+    if (const String line = LineAfter(printed, "credit: "); !line.IsEmpty())
+        tell(ShowEvent::Kind::Credit, {{"what", "voice"},
+                                       {"title", NthField(line, "\t", 1)},
+                                       {"address", ""},
+                                       {"licence", NthField(line, "\t", 2)}});
+}
+
 void PlayToEnd(const SoundRef& speech, TellShow tell) {
     bool cut = false;
     WaitWhile([&speech, &cut] {
@@ -54,6 +76,7 @@ void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sa
         TellFailedBox(tell, "読み上げ結果のサウンドファイルが存在しません", "say", "", why);
         return;
     }
+    TellVoice(tell, voice, shell.Result());
     if (InStr(shell.Result(), kCut) > 0) TellFailed(tell, kCut);
     if (IsOfTheLine(shell.Complaint())) TellFailed(tell, WithoutName(shell.Complaint()));
     std::string why;

@@ -18,7 +18,7 @@ class FailureLines : public ShowObserver {
 
     void SetTranscript(bool printed) { hasTranscript_ = printed; }
     void OnShowEvent(const ShowEvent& event) override {
-        if (event.kind != ShowEvent::Kind::Failed) return;
+        if (!IsFailure(event)) return;
         if (hasTranscript_ && console_.IsOneTerminal()) return;
         console_.Message(FailureText(event, station_));
     }

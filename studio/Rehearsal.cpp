@@ -112,7 +112,7 @@ void Rehearsal::OnShowEvent(const ShowEvent& event) {
         ReadProgram(Field(event, "program"));
     }
     if (event.kind == Kind::End) ended_ = true;
-    if (event.kind == Kind::Failed) return Warn(event.ticks, FailureText(event, station_));
+    if (IsFailure(event)) return Warn(event.ticks, FailureText(event, station_));
     if (auto text = Describe(event); !text.empty()) rows_.push_back({event.ticks, std::move(text)});
     if (event.kind == Kind::Block) OnBlock(event);
     if (event.kind == Kind::Line) OnLine(event);

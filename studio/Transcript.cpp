@@ -51,6 +51,7 @@ std::string Transcript::Describe(const ShowEvent& event) const {
         case Kind::Ended:
             return "< track " + field("number") + " ended at " + field("position");
         case Kind::Failed:
+        case Kind::Voice:
             return "! " + FailureText(event, station_);
         case Kind::End:
             return "=== end of the show ===";

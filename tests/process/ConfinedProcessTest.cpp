@@ -206,6 +206,7 @@ TEST(Bounds, EachEndsWhatGoesBeyondIt) {
             bounds.outputSize = bounds.fileSize = 1 << 20;
             bounds.folderSize = 4 << 20;
             bounds.addressSpace = 64 << 20;
+            bounds.memory = 128 << 20;
             const CommandResult result = ConfinedProcess(scratch.Line(line), bounds).Run();
             EXPECT_TRUE(result.exceeded && !result.killed) << line;
             if (limit) {

@@ -1,0 +1,148 @@
+// SPDX-FileCopyrightText: The Sorakaze developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "speech/say/folders/FolderVoices.h"
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "speech/say/VoiceNames.h"
+#include "speech/say/folders/PiperVoice.h"
+#include "speech/say/folders/SherpaVoice.h"
+#include "speech/say/voices/SeparateEngine.h"
+
+namespace sorakaze::speech {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMostFolders = 1000;
+constexpr std::uint64_t kMostMemory = 1200ull << 20;  // bytes
+
+std::vector<fs::path> FoldersIn(const fs::path& place) {
+    std::vector<fs::path> folders;
+    std::error_code failure;
+    for (fs::directory_iterator entry(place, failure), end;
+         !failure && entry != end && folders.size() < kMostFolders; entry.increment(failure))
+        folders.push_back(entry->path());
+    std::sort(folders.begin(), folders.end());
+    return folders;
+}
+
+/// The folder itself, then what is beside it.
+std::vector<fs::path> PlacesOfPrograms(const VoiceFolder& voice, const std::vector<fs::path>& places) {
+    std::vector<fs::path> all{voice.path};
+    all.insert(all.end(), places.begin(), places.end());
+    return all;
+}
+
+std::string LanguageOf(const VoiceFolder& voice) {
+    if (!voice.description.language.empty()) return voice.description.language;
+    const auto person = FindFirstName(FoldName(voice.name));
+    return person ? LanguageOfVoice(person->voice) : "en";
+}
+
+}  // namespace
+
+FolderVoices::FolderVoices(std::vector<fs::path> places, fs::path scratch,
+                           std::chrono::steady_clock::time_point deadline, const VoiceSource& others)
+    : places_(std::move(places)), scratch_(std::move(scratch)), deadline_(deadline), others_(others) {}
+
+std::vector<VoiceFolder> FolderVoices::All() const {
+    std::vector<VoiceFolder> voices;
+    std::set<std::string> names;
+    for (const fs::path& place : places_)
+        for (const fs::path& folder : FoldersIn(place))
+            if (auto voice = ReadVoiceFolder(folder); voice && names.insert(FoldName(voice->name)).second)
+                voices.push_back(std::move(*voice));
+    return voices;
+}
+
+std::optional<VoiceFolder> FolderVoices::Find(const std::string& name) const {
+    const std::string folded = FoldName(name);
+    const auto isNamed = [&](const std::string& one) { return FoldName(one) == folded; };
+    // Most often the folder's own name is meant, so that the others needn't be read.
+    for (const fs::path& place : places_)
+        for (const fs::path& folder : FoldersIn(place))
+            if (isNamed(folder.filename().string()))
+                if (auto voice = ReadVoiceFolder(folder)) return voice;
+    for (VoiceFolder& voice : All())
+        if (std::any_of(voice.description.names.begin(), voice.description.names.end(), isNamed))
+            return std::move(voice);
+    return {};
+}
+
+std::vector<VoiceCandidate> FolderVoices::Named(const std::string& name) const {
+    const auto voice = Find(name);
+    if (!voice) return {};
+    std::vector<VoiceCandidate> candidates = CandidatesOf(*voice);
+    const auto person = FindFirstName(FoldName(name));
+    if (person && MainLanguage(LanguageOfVoice(person->voice)) == MainLanguage(LanguageOf(*voice)))
+        for (VoiceCandidate& one : others_.Named(name)) candidates.push_back(std::move(one));
+    return candidates;
+}
+
+std::vector<VoiceCandidate> FolderVoices::ForLanguage(const std::string& language) const {
+    std::vector<VoiceCandidate> candidates;
+    for (const VoiceFolder& voice : All()) {
+        if (MainLanguage(LanguageOf(voice)) != MainLanguage(language) || voice.models.empty()) continue;
+        for (VoiceCandidate& one : CandidatesOf(voice)) candidates.push_back(std::move(one));
+    }
+    return candidates;
+}
+
+std::vector<VoiceCandidate> FolderVoices::CandidatesOf(const VoiceFolder& voice) const {
+    std::vector<VoiceCandidate> candidates;
+    for (const VoiceModel& model : voice.models) candidates.push_back(CandidateOf(voice, model));
+    if (!candidates.empty()) return candidates;
+    VoiceCandidate none = CandidateOf(voice, {});
+    none.engine = "no engine";
+    none.start = [path = voice.path](double) -> std::unique_ptr<VoiceEngine> {
+        throw std::runtime_error(path.string() + " holds no model that an engine can speak with");
+    };
+    return {std::move(none)};
+}
+
+VoiceCandidate FolderVoices::CandidateOf(const VoiceFolder& voice, const VoiceModel& model) const {
+    VoiceCandidate candidate;
+    candidate.name = voice.name;
+    candidate.engine = NameOf(model.engine);
+    candidate.language = LanguageOf(voice);
+    candidate.gain = voice.description.gain;
+    candidate.pause = voice.description.pause;
+    candidate.start = [this, voice, model](double speed) {
+        return Start(voice, model, speed * voice.description.speed);
+    };
+    return candidate;
+}
+
+std::unique_ptr<VoiceEngine> FolderVoices::Start(const VoiceFolder& voice, const VoiceModel& model,
+                                                 double speed) const {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
+    if (left.count() <= 0) throw std::runtime_error("there was no time left for it");
+    const auto places = PlacesOfPrograms(voice, places_);
+    const int speaker = voice.description.speaker;
+    switch (model.engine) {
+        case EngineKind::Piper: {
+            PiperProgram program = FindPiper(places);
+            if (program.words.empty()) throw std::runtime_error("the program Piper isn't installed");
+            return std::make_unique<PiperVoice>(std::move(program), model, speaker, speed, scratch_,
+                                                deadline_);
+        }
+        case EngineKind::Sherpa: {
+            const fs::path library = FindSherpa(places);
+            if (library.empty()) throw std::runtime_error("the library of sherpa-onnx isn't installed");
+            return std::make_unique<SeparateEngine>(
+                [=] { return std::make_unique<SherpaVoice>(library, model, speaker, speed); },
+                EngineBounds{left, left, kMostMemory});
+        }
+        default:
+            throw std::runtime_error("this version has no engine for it");
+    }
+}
+
+}  // namespace sorakaze::speech
