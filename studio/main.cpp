@@ -59,6 +59,7 @@ int main(int argc, char** argv) {
     AddRehearseCommand(app, status);
     AddListCommand(app, status);
     AddCheckCommand(app, status);
+    AddVoicesCommand(app, status);
     try {
         auto words = Words(argc, argv);
         if (const auto wrong = DescribeWrongWord(app, words); !wrong.empty()) return Fail(kWrongCall, wrong);

@@ -40,7 +40,9 @@ std::string Capitalised(std::string_view name) {
 }  // namespace
 
 StationSpeech::StationSpeech(fs::path station, Deployment deployment)
-    : resources_(ResourcesOfStation(station)), deployment_(std::move(deployment)) {}
+    : station_(std::move(station)),
+      resources_(ResourcesOfStation(station_)),
+      deployment_(std::move(deployment)) {}
 
 StationSpeech::~StationSpeech() = default;
 
@@ -80,12 +82,25 @@ std::size_t MostSlips(const std::string& name) {
 
 }  // namespace
 
+const std::vector<Voice>& StationSpeech::Voices() {
+    if (!listed_) listed_ = StationVoices(station_).List();
+    return *listed_;
+}
+
 std::optional<Complaint> StationSpeech::CheckVoice(const std::string& name) {
-    if (speech::FindFirstName(speech::FoldName(name)) || Folder().empty()) return {};
+    const std::string folded = speech::FoldName(name);
+    std::vector<std::string> known;
+    for (const Voice& voice : Voices()) {
+        known.push_back(speech::FoldName(voice.name));
+        if (known.back() != folded || voice.problem.empty()) continue;
+        return Complaint{Severity::Warning, "faulty-voice",
+                         "the voice " + check::Quoted(name) + " is faulty: " + voice.problem, ""};
+    }
+    if (speech::FindFirstName(folded) || Folder().empty()) return {};
     // Where nobody can speak, the name isn't at fault.
     if (CanSpeak(name) || !CanSpeak("Alex")) return {};
-    const auto names = speech::FirstNames();
-    const auto nearest = FindNearestWord(speech::FoldName(name), names, MostSlips(name));
+    const std::vector<std::string_view> names(known.begin(), known.end());
+    const auto nearest = FindNearestWord(folded, names, MostSlips(name));
     return Complaint{Severity::Error, "unknown-voice",
                      "no voice is called " + check::Quoted(name) + ", so nothing is spoken",
                      nearest ? Capitalised(nearest->word) : ""};

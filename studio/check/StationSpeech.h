@@ -8,11 +8,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/runtime/RunFolder.h"
 #include "gateway/Gateway.h"
 #include "program/check/Surroundings.h"
 #include "show/Deployment.h"
+#include "studio/StationVoices.h"
 
 namespace sorakaze::studio {
 
@@ -32,15 +34,18 @@ class StationSpeech {
                                   const LengthOf& lengthOf);
 
   private:
+    const std::vector<Voice>& Voices();
     bool CanSpeak(const std::string& voice);
     std::optional<double> SpeakPage(const std::string& speaker, const std::string& text,
                                     const LengthOf& lengthOf);
     std::filesystem::path Folder();
 
+    const std::filesystem::path station_;
     const std::filesystem::path resources_;
     Deployment deployment_;
     std::unique_ptr<RunFolder> folder_;
     std::unique_ptr<gateway::Gateway> gateway_;
+    std::optional<std::vector<Voice>> listed_;
     std::map<std::string, bool> voices_;                     ///< whether `say` knows them
     std::map<std::string, std::optional<double>> measured_;  ///< by speaker and text
 };

@@ -16,5 +16,6 @@ void AddRenderCommand(CLI::App& app, int& status);
 void AddRehearseCommand(CLI::App& app, int& status);
 void AddCheckCommand(CLI::App& app, int& status);
 void AddListCommand(CLI::App& app, int& status);
+void AddVoicesCommand(CLI::App& app, int& status);
 
 }  // namespace sorakaze::studio
