@@ -103,10 +103,18 @@ HtmlNode FirstCell(HtmlNode row, std::string_view tag) {
     return {};
 }
 
+bool IsNickname(HtmlNode element) {
+    return element.HasClass({"nickname"});
+}
+
 void CollectRows(HtmlNode node, InformationBox& box) {
     if (node.IsElement("tr")) {
         const HtmlNode label = FirstCell(node, "th");
         const HtmlNode value = FirstCell(node, "td");
+        if (!label && value && box.rows.empty() && value.HasClass({"infobox-subheader"}) &&
+            FindElement(value, &IsNickname)) {
+            box.names.push_back(CellText(value));
+        }
         if (label && value) box.rows.push_back({CellText(label), CellText(value)});
         if (label && !value) box.headings.push_back(CellText(label));
     }

@@ -4,71 +4,19 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "base/PercentCoding.h"
-#include "gateway/encyclopaedia/Article.h"
-#include "gateway/encyclopaedia/Names.h"
+#include "gateway/encyclopaedia/ArticleSearch.h"
 
 namespace sorakaze::gateway {
 namespace {
 
-constexpr std::size_t kMostCached = 64;
+constexpr std::size_t kMostCached = 1000;
 /// As good as the whole run.
 constexpr std::chrono::hours kCacheFound{24 * 365};
 constexpr std::chrono::minutes kCacheNotFound{60};
 
-/// What a title has in brackets to tell a musician or a band from others of the name. A site takes fifty
-/// titles at once.
-constexpr std::string_view kEnglishQualifiers[] = {"band",
-                                                   "musician",
-                                                   "singer",
-                                                   "rapper",
-                                                   "group",
-                                                   "duo",
-                                                   "musical group",
-                                                   "DJ",
-                                                   "musical duo",
-                                                   "composer",
-                                                   "guitarist",
-                                                   "music producer",
-                                                   "pianist",
-                                                   "drummer",
-                                                   "record producer",
-                                                   "singer-songwriter",
-                                                   "British rapper",
-                                                   "American rapper",
-                                                   "South Korean group",
-                                                   "Japanese group"};
-constexpr std::string_view kEnglishOrigins[] = {"American", "British", "English", "Canadian", "Australian",
-                                                "French",   "German",  "Swedish", "Japanese"};
-constexpr std::string_view kQualifiersWithOrigin[] = {"band", "singer", "musician"};
-constexpr std::string_view kJapaneseQualifiers[] = {
-    "バンド",   "歌手",         "ミュージシャン",         "音楽グループ",     "音楽家",
-    "ラッパー", "音楽ユニット", "シンガーソングライター", "アイドルグループ", "作曲家",
-    "DJ",       "グループ"};
-
-constexpr std::size_t kMostQualifiedBytes = 80;
-
-std::vector<std::string> QualifiedTitles(std::string_view name, Edition edition) {
-    std::vector<std::string> titles;
-    const auto add = [&](std::string_view qualifier) {
-        titles.push_back(std::string(name) + " (" + std::string(qualifier) + ')');
-    };
-    if (name.size() > kMostQualifiedBytes) return titles;
-    if (edition == Edition::Japanese) {
-        std::ranges::for_each(kJapaneseQualifiers, add);
-        return titles;
-    }
-    std::ranges::for_each(kEnglishQualifiers, add);
-    for (const std::string_view origin : kEnglishOrigins) {
-        for (const std::string_view what : kQualifiersWithOrigin)
-            add(std::string(origin) + ' ' + std::string(what));
-    }
-    return titles;
-}
-
-std::string RenderPage(std::string_view name, std::string_view summary, Edition edition) {
+std::string RenderPage(const FoundArticle& article, Edition edition) {
     // The page's reader removes tags and decodes nothing: an ampersand is left as it is, and what looks like
     // a tag can't be. The announcer's words go through a shell.
     const auto text = [](std::string_view from) {
@@ -78,102 +26,11 @@ std::string RenderPage(std::string_view name, std::string_view summary, Edition 
         return plain;
     };
     return std::string("<!DOCTYPE html>\n<html lang=\"") + (edition == Edition::Japanese ? "ja" : "en") +
-           "\">\n<head><meta charset=\"utf-8\"></head>\n<body>\n<p><b>" + text(name) + "</b>" +
-           text(summary) + "</p>\n<a href=\"/wiki/Music_genre\">Music</a>\n</body>\n</html>\n";
+           "\">\n<head><meta charset=\"utf-8\"></head>\n<body>\n<p><b>" + text(article.name) + "</b>" +
+           text(article.summary) + "</p>\n<a href=\"/wiki/Music_genre\">Music</a>\n</body>\n</html>\n";
 }
 
 }  // namespace
-
-/// One search: its queries to the site, and the decisions on the answers.
-class Encyclopaedia::SearchRun {
-  public:
-    SearchRun(SiteClient& client, const std::string& site, const Search& search)
-        : session_(client), site_(site), search_(search) {}
-
-    std::optional<Found> Run() {
-        const auto nearest = Candidates(NearMatchQuery(search_.name));
-        if (nearest.empty()) return {};
-        if (auto found = ReadIfMusician(nearest.front())) return found;
-        return FindNamesake(nearest.front());
-    }
-
-    /// False if a query had no answer.
-    bool WasAnswered() const { return wasAnswered_; }
-    /// Of the first of these.
-    const std::string& Failure() const { return failure_; }
-
-  private:
-    std::optional<std::string> Ask(const std::string& query, std::size_t mostBytes) {
-        auto answer = session_.Get(site_, query, mostBytes);
-        if (!answer && wasAnswered_) failure_ = session_.Failure();
-        wasAnswered_ = wasAnswered_ && answer.has_value();
-        return answer;
-    }
-
-    std::vector<Candidate> Candidates(const std::string& query) {
-        const auto answer = Ask(query, kMostCandidateBytes);
-        return answer ? ReadCandidates(*answer) : std::vector<Candidate>();
-    }
-
-    bool HasSearchedName(std::string_view title) const {
-        return SameName(WithoutQualifier(title), search_.name);
-    }
-
-    bool IsInMusicianCategory(const Candidate& candidate) const {
-        return std::ranges::any_of(candidate.categories, [&](const std::string& category) {
-            return IsMusicianCategory(category, search_.edition);
-        });
-    }
-
-    /// Many names redirect to an article that mentions them: a player's to the band's, a song's to its
-    /// singer's. The name is the subject's own if it is the title, or if the article gives it as one.
-    bool IsSubjectsName(const Candidate& candidate, const Article& article) const {
-        if (HasSearchedName(candidate.title) || SameName(candidate.title, search_.name)) return true;
-        return !candidate.redirectedToSection &&
-               std::ranges::any_of(article.names,
-                                   [&](const std::string& name) { return SameName(name, search_.name); });
-    }
-
-    std::optional<Found> ReadIfMusician(const Candidate& candidate) {
-        if (candidate.isDisambiguation) return {};
-        const auto answer = Ask(LeadSectionQuery(candidate.title), std::string::npos);
-        const auto markup = answer ? ReadLeadSection(*answer) : std::nullopt;
-        if (!markup) return {};
-        const Article article = ReadArticle(*markup, candidate.title, search_.edition);
-        const bool isMusician = article.subject == SubjectKind::Musician ||
-                                (article.subject == SubjectKind::Unknown && IsInMusicianCategory(candidate));
-        if (article.isDisambiguation || !isMusician || article.summary.empty() ||
-            !IsSubjectsName(candidate, article)) {
-            return {};
-        }
-        return Found{candidate.title,
-                     RenderPage(WithoutQualifier(candidate.title), article.summary, search_.edition)};
-    }
-
-    /// For a name with several subjects, where the nearest article isn't a musician's. Found if just one
-    /// musician has the name.
-    std::optional<Found> FindNamesake(const Candidate& nearest) {
-        if (!wasAnswered_) return {};
-        const std::string& title = nearest.redirectedFrom.empty() ? nearest.title : nearest.redirectedFrom;
-        if (!HasSearchedName(title)) return {};
-        const std::vector<std::string> titles = QualifiedTitles(WithoutQualifier(title), search_.edition);
-        if (titles.empty()) return {};
-        auto candidates = Candidates(TitlesQuery(titles));
-        std::erase_if(candidates, [&](const Candidate& candidate) {
-            return candidate.isDisambiguation || candidate.redirectedToSection ||
-                   candidate.title == nearest.title || !HasSearchedName(candidate.title) ||
-                   !IsInMusicianCategory(candidate);
-        });
-        if (candidates.size() != 1) return {};
-        return ReadIfMusician(candidates.front());
-    }
-
-    SiteClient::Session session_;
-    const std::string& site_;
-    const Search& search_;
-    bool wasAnswered_ = true;
-    std::string failure_;
-};
 
 Encyclopaedia::Encyclopaedia(std::string englishSite, std::string japaneseSite, SiteLimits limits,
                              Clock clock)
@@ -192,8 +49,9 @@ Encyclopaedia::Finding Encyclopaedia::Find(const Search& search) {
         const std::lock_guard lock(mutex_);
         if (const CacheEntry* entry = FindCached(search)) return finding(entry->found);
     }
-    SearchRun run(client_, site, search);
-    auto found = run.Run();
+    ArticleSearch run(client_, site, search);
+    std::optional<Found> found;
+    if (const auto article = run.Run()) found = Found{article->title, RenderPage(*article, search.edition)};
     // A query without an answer may have one for the next song.
     if (!found && !run.WasAnswered()) return {std::nullopt, run.Failure()};
     const std::chrono::minutes keep = found ? kCacheFound : kCacheNotFound;

@@ -56,7 +56,6 @@ class Encyclopaedia {
         std::optional<Found> found;
         std::chrono::steady_clock::time_point until;
     };
-    class SearchRun;
 
     const std::string& SiteOf(Edition edition) const {
         return edition == Edition::Japanese ? japaneseSite_ : englishSite_;

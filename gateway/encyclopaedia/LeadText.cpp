@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "base/Ascii.h"
+#include "base/Utf8.h"
 #include "gateway/encyclopaedia/Predicate.h"
 #include "gateway/encyclopaedia/Sentences.h"
 
@@ -120,19 +121,107 @@ std::string JapaneseSummary(std::string_view text, std::string_view title) {
     return summary;
 }
 
-void AddSeparatedNames(std::string_view text, std::vector<std::string>& names) {
-    std::string piece;
-    for (std::size_t at = 0; at <= text.size();) {
-        const std::string_view character = at < text.size() ? CharacterAt(text, at) : std::string_view();
-        if (character.empty() || IsOneOf(character, {",", ";", ":", "、", "，", "；", "：", "/", "／"})) {
-            if (!piece.empty()) names.push_back(WithoutBoldMarks(piece));
-            piece.clear();
-        } else {
-            piece += character;
-        }
-        at += std::max<std::size_t>(character.size(), 1);
+enum class Script { Latin, Han, Other };
+
+/// Of the name's first letters that tell. A date has none of its own.
+Script ScriptOf(std::string_view name) {
+    bool hasHan = false;
+    for (std::size_t at = 0; at < name.size();) {
+        const auto [code, size] = utf8::Read(name, at);
+        at += size;
+        // Greek and all after it but punctuation, ideographs and wide Latin.
+        const bool isHan = (code >= 0x3400 && code < 0xA000) || code == 0x3005;
+        const bool isPlain = code < 0x370 || (code >= 0x1E00 && code < 0x1F00) ||
+                             (code >= 0x2000 && code < 0x2E80) || (code >= 0x3000 && code < 0x3030) ||
+                             code >= 0xFF00;
+        hasHan = hasHan || isHan;
+        if (!isHan && !isPlain) return Script::Other;
     }
+    return hasHan ? Script::Han : Script::Latin;
 }
+
+/// Removes words that introduce another name; false if there are none.
+bool TakeIntroduction(std::string_view& piece) {
+    static constexpr std::string_view kIntroductions[] = {"also known as ",
+                                                          "formerly known as ",
+                                                          "better known as ",
+                                                          "known as ",
+                                                          "stylized as ",
+                                                          "stylised as ",
+                                                          "stylized in all caps as ",
+                                                          "formerly ",
+                                                          "previously ",
+                                                          "originally ",
+                                                          "abbreviated as ",
+                                                          "also ",
+                                                          "or ",
+                                                          "born ",
+                                                          "née ",
+                                                          "né ",
+                                                          "a.k.a. ",
+                                                          "aka ",
+                                                          "and ",
+                                                          "本名",
+                                                          "旧名",
+                                                          "出生名",
+                                                          "別名",
+                                                          "旧芸名"};
+    bool has = false;
+    for (bool again = true; again;) {
+        again = false;
+        for (const std::string_view words : kIntroductions) {
+            if (!piece.starts_with(words)) continue;
+            piece.remove_prefix(words.size());
+            has = again = true;
+        }
+    }
+    return has;
+}
+
+/// Other spellings of the subject's name in brackets. A list of a band's members isn't one: its names are in
+/// the article's own script, and nothing introduces them.
+class BracketNames {
+  public:
+    BracketNames(Edition edition, std::vector<std::string>& names) : edition_(edition), names_(names) {}
+
+    void Add(std::string_view text) {
+        std::string piece;
+        for (std::size_t at = 0; at <= text.size();) {
+            const std::string_view character = at < text.size() ? CharacterAt(text, at) : std::string_view();
+            if (character.empty() || IsOneOf(character, {",", ";", ":", "、", "，", "；", "：", "/", "／"})) {
+                TakePiece(WithTidyBlanks(WithoutBoldMarks(piece)));
+                isIntroduced_ = IsOneOf(character, {":", "："});
+                piece.clear();
+            } else {
+                piece += character;
+            }
+            at += std::max<std::size_t>(character.size(), 1);
+        }
+        if (han_.size() == 1) names_.push_back(han_.front());
+    }
+
+  private:
+    void TakePiece(std::string_view piece) {
+        const bool isIntroduced = TakeIntroduction(piece) || isIntroduced_;
+        if (piece.empty()) return;
+        const Script script = ScriptOf(piece);
+        const bool isForeign =
+            script == Script::Other || (script == Script::Latin) == (edition_ == Edition::Japanese);
+        if (edition_ == Edition::Japanese && script == Script::Han && !isIntroduced) {
+            if (piece.find_first_of("0123456789") == piece.npos) han_.emplace_back(piece);
+            return;
+        }
+        // A romanisation follows what it romanises.
+        if (isForeign || isIntroduced || hasForeign_) names_.emplace_back(piece);
+        hasForeign_ = hasForeign_ || isForeign;
+    }
+
+    const Edition edition_;
+    std::vector<std::string>& names_;
+    std::vector<std::string> han_;  ///< ideographs alone, without an introduction
+    bool isIntroduced_ = false;
+    bool hasForeign_ = false;
+};
 
 }  // namespace
 
@@ -151,8 +240,7 @@ std::vector<std::string> NamesIn(std::string_view paragraph, Edition edition) {
         const Bracket bracket = BracketOf(character);
         if (bracket == Bracket::OpensRound && depth++ == 0) begin = at + character.size();
         if (bracket == Bracket::ClosesRound && depth > 0 && --depth == 0) {
-            AddSeparatedNames(paragraph.substr(begin, at - begin), names);
-            break;
+            BracketNames(edition, names).Add(paragraph.substr(begin, at - begin));
         }
         at += character.size();
     }

@@ -13,9 +13,9 @@
 
 namespace sorakaze::gateway {
 
-/// The names that the paragraph gives to its subject before its predicate: all bold text, and the content of
-/// the first brackets, where spellings in other scripts are. Bold text after the predicate is as often a
-/// member's name.
+/// The names that the paragraph gives to its subject before its predicate: all bold text, and spellings in
+/// brackets that are in another script or introduced ("formerly X"). Bold text after the predicate is as
+/// often a member's name, and so is what else is in brackets.
 std::vector<std::string> NamesIn(std::string_view paragraph, Edition edition);
 
 /// What the announcer says after the name `title`. For "James Marshall "Jimi" Hendrix (born ...) was an

@@ -35,7 +35,15 @@ const char* PlainLetters(char32_t letter) {
     }
 }
 
-std::string ComparisonKey(std::string_view name) {
+}  // namespace
+
+std::string_view WithoutQualifier(std::string_view title) {
+    const std::size_t bracket = title.rfind(" (");
+    if (!title.ends_with(')') || bracket == title.npos || bracket == 0) return title;
+    return title.substr(0, bracket);
+}
+
+std::string NameKey(std::string_view name) {
     const std::string folded = unicode::FoldedCase(unicode::Normalized(name, unicode::NormalForm::Nfkd));
     std::string_view text = unicode::Trimmed(folded);
     if (text.starts_with("the ")) text.remove_prefix(4);
@@ -54,16 +62,13 @@ std::string ComparisonKey(std::string_view name) {
     return plain.empty() ? std::string(text) : plain;
 }
 
-}  // namespace
-
-std::string_view WithoutQualifier(std::string_view title) {
-    const std::size_t bracket = title.rfind(" (");
-    if (!title.ends_with(')') || bracket == title.npos || bracket == 0) return title;
-    return title.substr(0, bracket);
+std::string_view QualifierOf(std::string_view title) {
+    const std::size_t end = WithoutQualifier(title).size();
+    return end == title.size() ? std::string_view() : title.substr(end + 2, title.size() - end - 3);
 }
 
 bool SameName(std::string_view one, std::string_view other) {
-    return ComparisonKey(one) == ComparisonKey(other);
+    return NameKey(one) == NameKey(other);
 }
 
 }  // namespace sorakaze::gateway

@@ -22,7 +22,7 @@ constexpr std::size_t kMostRedirects = 4 * kMostPages;
 constexpr int kMostChainedRedirects = 4;
 
 constexpr std::string_view kQuery =
-    "/w/api.php?action=query&format=json&formatversion=2&redirects=1&prop=pageprops%7Ccategories"
+    "/w/api.php?action=query&format=json&formatversion=2&redirects=1&prop=pageprops%7Ccategories%7Cinfo"
     "&ppprop=disambiguation&clshow=%21hidden&cllimit=max";
 
 /// The member, or null where there is none or `object` is none.
@@ -44,6 +44,7 @@ std::int64_t Number(const Json& value, std::int64_t otherwise) {
 Candidate ReadPage(const Json& page) {
     Candidate candidate;
     candidate.title = Text(Member(page, "title"));
+    candidate.length = static_cast<std::size_t>(std::max<std::int64_t>(Number(Member(page, "length"), 0), 0));
     candidate.isDisambiguation = Member(page, "pageprops").contains("disambiguation");
     for (const Json& category : Member(page, "categories")) {
         const std::string title = Text(Member(category, "title"));
@@ -110,6 +111,32 @@ std::vector<Candidate> ReadCandidates(std::string_view json) {
     return candidates;
 }
 
+std::string NamesakesQuery(std::string_view disambiguation, std::string_view name) {
+    return "/w/api.php?action=query&format=json&formatversion=2&redirects=1&prop=links%7Cpageprops"
+           "&ppprop=disambiguation&plnamespace=0&pllimit=max&list=allpages&apnamespace=0&aplimit=max"
+           "&titles=" +
+           PercentEncoded(disambiguation) + "&apprefix=" + PercentEncoded(std::string(name) + " (");
+}
+
+std::vector<std::string> ReadNamesakes(std::string_view json) {
+    if (json.size() > kMostCandidateBytes) return {};
+    const Json answer = Json::parse(json, nullptr, false);
+    const Json& query = Member(answer, "query");
+    std::vector<std::string> titles;
+    const auto add = [&](const Json& list) {
+        for (const Json& page : list) {
+            std::string title = Text(Member(page, "title"));
+            if (!title.empty() && Number(Member(page, "ns"), -1) == 0) titles.push_back(std::move(title));
+        }
+    };
+    add(Member(query, "allpages"));
+    for (const Json& page : Member(query, "pages"))
+        if (Member(page, "pageprops").contains("disambiguation")) add(Member(page, "links"));
+    std::ranges::sort(titles);
+    titles.erase(std::ranges::unique(titles).begin(), titles.end());
+    return titles;
+}
+
 std::string LeadSectionQuery(std::string_view title) {
     return "/w/api.php?action=parse&format=json&formatversion=2&prop=text&section=0&disablelimitreport=1"
            "&disableeditsection=1&disabletoc=1&page=" +
@@ -123,6 +150,21 @@ std::optional<std::string> ReadLeadSection(std::string_view json) {
     const Json& text = Member(Member(answer, "parse"), "text");
     if (!text.is_string()) return {};
     return text.get<std::string>();
+}
+
+std::string ReadError(std::string_view json) {
+    // Deeper values are dropped: they would take many times their length.
+    const auto keep = [](int depth, Json::parse_event_t, Json&) { return depth <= 2; };
+    const Json answer = Json::parse(json, keep, false);
+    const Json& error = Member(answer, "error");
+    if (error.is_null()) return {};
+    const std::string code = Text(Member(error, "code"));
+    return code.empty() ? "unknown" : code;
+}
+
+bool IsNoSuchArticle(std::string_view errorCode) {
+    return errorCode == "missingtitle" || errorCode == "invalidtitle" || errorCode == "nosuchsection" ||
+           errorCode == "pagecannotexist";
 }
 
 }  // namespace sorakaze::gateway

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The queries that are sent to the encyclopaedia's site, as targets of requests, and its answers in JSON.
-// There are three: the article whose title is nearest to a name, the articles with given titles, and an
-// article's beginning. The first two also give categories, so that most artists take two requests and a few
-// tens of kilobytes. Pure functions of foreign bytes; any thread.
+// There are four: the article whose title is nearest to a name, the titles of the name's other subjects, the
+// articles with given titles, and an article's beginning. The first and third also give categories, so that
+// most artists take two requests and a few tens of kilobytes. Pure functions of foreign bytes; any thread.
 #pragma once
 
 #include <cstddef>
@@ -21,6 +21,7 @@ struct Candidate {
     std::string redirectedFrom;
     bool redirectedToSection = false;
     bool isDisambiguation = false;        ///< lists articles of one name
+    std::size_t length = 0;               ///< bytes of its source
     std::vector<std::string> categories;  ///< without namespace and without hidden ones
 };
 
@@ -32,8 +33,19 @@ inline constexpr std::size_t kMostCandidateBytes = 512u << 10;
 /// Only articles, in the site's order. Empty if the answer can't be read.
 std::vector<Candidate> ReadCandidates(std::string_view json);
 
+/// The titles that the disambiguation page lists, and those that begin with `name` and a bracket.
+std::string NamesakesQuery(std::string_view disambiguation, std::string_view name);
+/// Redirects among them. Empty if the answer can't be read.
+std::vector<std::string> ReadNamesakes(std::string_view json);
+
 std::string LeadSectionQuery(std::string_view title);
 /// The markup of the article before its first heading. Nullopt if the answer can't be read.
 std::optional<std::string> ReadLeadSection(std::string_view json);
+
+/// The code of the error that the answer consists of; empty if it is none, and for an answer that can't be
+/// read.
+std::string ReadError(std::string_view json);
+/// Whether the error with this code means that there is no such article.
+bool IsNoSuchArticle(std::string_view errorCode);
 
 }  // namespace sorakaze::gateway

@@ -3,6 +3,7 @@
 #include "gateway/encyclopaedia/SubjectKind.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <initializer_list>
 #include <span>
@@ -209,14 +210,49 @@ bool IsMusicianCategory(std::string_view category, Edition edition) {
                                         : IsEnglishMusicianCategory(category);
 }
 
+bool IsMusicianQualifier(std::string_view qualifier, Edition edition) {
+    if (edition == Edition::Japanese)
+        return IsJapaneseMusicianCategory(qualifier) || qualifier.ends_with("グループ");
+    // What follows a comma or "born" tells two of one kind apart: "singer, born 1990".
+    std::string head = ascii::Lowered(qualifier.substr(0, qualifier.find(',')));
+    head.resize(std::min({head.find(" born "), head.find(" from "), head.size()}));
+    for (const std::string_view word : {"band", "group", "duo", "trio", "musical project"}) {
+        if (head == word || head.ends_with(" " + std::string(word))) return true;
+    }
+    head += 's';
+    return EndsWithPluralOf(head, kEnglishProfessions) || EndsWithPluralOf(head, kEnglishGroups);
+}
+
+bool IsPersonCategory(std::string_view category, Edition edition) {
+    if (edition == Edition::Japanese) return category.ends_with("年生") || category == "存命人物";
+    return category.ends_with(" births") || category == "Living people";
+}
+
 std::vector<std::string> OtherNames(const InformationBox& box) {
-    std::vector<std::string> names;
+    static constexpr std::array kLabels{"also known as"sv,
+                                        "other name"sv,
+                                        "birth name"sv,
+                                        "born"sv,
+                                        "nickname"sv,
+                                        "native name"sv,
+                                        "stage name"sv,
+                                        "kanji"sv,
+                                        "japanese"sv,
+                                        "japanese name"sv,
+                                        "hangul"sv,
+                                        "korean name"sv,
+                                        "chinese"sv,
+                                        "chinese name"sv,
+                                        "simplified chinese"sv,
+                                        "traditional chinese"sv,
+                                        "別名"sv,
+                                        "出生名"sv,
+                                        "本名"sv,
+                                        "原語名"sv,
+                                        "英語名"sv};
+    std::vector<std::string> names = box.names;
     for (const auto& row : box.rows) {
-        const std::string label = PlainLabel(row.label);
-        if (label != "also known as" && label != "other name" && label != "birth name" && label != "born" &&
-            label != "nickname" && label != "別名" && label != "出生名" && label != "本名") {
-            continue;
-        }
+        if (std::ranges::find(kLabels, PlainLabel(row.label)) == kLabels.end()) continue;
         std::string_view rest = row.value;
         while (!rest.empty()) {
             const std::size_t end = std::min(rest.find_first_of("\n,"), rest.size());

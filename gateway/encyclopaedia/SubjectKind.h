@@ -19,6 +19,7 @@ struct InformationBox {
     };
     std::vector<Row> rows;
     std::vector<std::string> headings;  ///< rows with a label alone
+    std::vector<std::string> names;     ///< below the heading: the name in its own script
     bool isOfWork = false;              ///< of an album, a song, a film, an event
 };
 
@@ -29,6 +30,12 @@ SubjectKind SubjectOf(const InformationBox& box);
 
 /// `category` without its namespace: "English rock music groups", "日本の女性歌手".
 bool IsMusicianCategory(std::string_view category, Edition edition);
+
+/// Whether a title's words in brackets are a musician's or a band's: "British rapper", "band", "歌手".
+bool IsMusicianQualifier(std::string_view qualifier, Edition edition);
+
+/// Of a single person: "1770 births", "1978年生".
+bool IsPersonCategory(std::string_view category, Edition edition);
 
 /// From the rows that hold other names of the subject.
 std::vector<std::string> OtherNames(const InformationBox& box);

@@ -47,6 +47,11 @@ class ArticleSite {
             query["pages"].push_back(pages_.at(title).json);
             if (!redirect.is_null()) query["redirects"].push_back(redirect);
         }
+        if (const std::string prefix = Field(target, "apprefix"); !prefix.empty()) {
+            for (const auto& [title, page] : pages_)
+                if (title.starts_with(prefix)) query["allpages"].push_back({{"ns", 0}, {"title", title}});
+            return {200, nlohmann::json{{"batchcomplete", true}, {"query", query}}.dump()};
+        }
         std::stringstream titles(Field(target, "titles"));
         for (std::string title; std::getline(titles, title, '|');) {
             const auto page = pages_.find(title);

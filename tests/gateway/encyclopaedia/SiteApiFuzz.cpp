@@ -15,7 +15,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const Candidate& candidate : ReadCandidates(input)) {
         if (candidate.title.empty()) std::abort();
     }
+    for (const std::string& title : ReadNamesakes(input)) {
+        if (title.empty()) std::abort();
+    }
     ReadLeadSection(input);
+    ReadError(input);
     if (const auto search = ParseSearch(input); search && search->name.empty()) std::abort();
     if (const auto address = ParseArticleAddress(input)) {
         const auto again = ParseArticleAddress(ArticleTarget(*address));
