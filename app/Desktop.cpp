@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QIcon>
+#include <cstdio>
 #include <utility>
 
 #include "host/StationPaths.h"
@@ -93,6 +94,8 @@ void Desktop::StartServices() {
         deployment.encyclopaediaEnglish.clear();
         deployment.encyclopaediaJapanese.clear();
     }
+    if (const auto advice = ContactAdvice(deployment); !advice.empty())
+        std::fprintf(stderr, "%s\n", advice.c_str());
     const std::string failure = station_.StartServices(std::move(deployment));
     if (!failure.empty()) complaint = failure;
     if (complaint.empty()) return;

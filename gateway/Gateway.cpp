@@ -39,7 +39,7 @@ struct Gateway::Impl {
         : voice(std::move(options.resources), std::move(options.temporaryFolder)),
           encyclopaedia(std::move(options.englishSite), std::move(options.japaneseSite),
                         {std::move(options.certificates), options.totalTime, options.articleSize,
-                         options.requestsPerMinute}),
+                         options.requestsPerMinute, std::move(options.contact)}),
           address("127.0.0.1:" + std::to_string(server.Port())),
           prefix('/' + RandomToken()) {
         server.Start([this](const ServiceRequest& request) { return Admits(request); },

@@ -28,9 +28,11 @@ struct Options {
     std::filesystem::path certificates;
     std::chrono::milliseconds totalTime{15'000};  ///< of all requests of one search
     std::size_t articleSize = 4u << 20;           ///< bytes; a longer article is not read
-    /// To the sites; a search above that finds nothing. A song takes two to four requests, and the shortest
-    /// is played for half a minute.
-    unsigned requestsPerMinute = 8;
+    /// To the sites. An artist takes two to six. Half of them may come at once; then a search waits for its
+    /// turns, and six of them come before it is tired of waiting.
+    unsigned requestsPerMinute = 60;
+    /// An address by which the sites' operators reach who runs the station; may be empty.
+    std::string contact = {};
 };
 
 class Gateway {

@@ -21,6 +21,7 @@ std::unique_ptr<Gateway> StartMissingServices(const ServiceSettings& settings, s
     options.temporaryFolder = [folder = settings.temporaryFolder] { return folder; };
     options.englishSite = SiteAddress(settings.encyclopaediaEnglish);
     options.japaneseSite = SiteAddress(settings.encyclopaediaJapanese);
+    options.contact = settings.contact;
     try {
         const bool searches = !options.englishSite.empty() || !options.japaneseSite.empty();
         auto gateway = std::make_unique<Gateway>(std::move(options));

@@ -18,6 +18,7 @@ struct ServiceSettings {
     /// Host names of the encyclopaedia's two sites. An empty one is not asked.
     std::string encyclopaediaEnglish;
     std::string encyclopaediaJapanese;
+    std::string contact;  ///< for the sites' operators; may be empty
 };
 
 /// Sets those of the two hosts that are empty to that of a new gateway; `searchHost` only if there is a site

@@ -56,10 +56,10 @@ std::string StationHost::StartServices(Deployment deployment) {
     runtime_.AnswerMessagesAfter(deployment.answerMessagesAfter);
     if (deployment.loudness) runtime_.Engine()->UseDesk(*deployment.loudness);
     std::string complaint;
-    gateway_ =
-        gateway::StartMissingServices({runtime_.ResourcesFolder(), runtime_.TemporaryFolder(),
-                                       deployment.encyclopaediaEnglish, deployment.encyclopaediaJapanese},
-                                      deployment.searchHost, deployment.voiceHost, complaint);
+    gateway_ = gateway::StartMissingServices(
+        {runtime_.ResourcesFolder(), runtime_.TemporaryFolder(), deployment.encyclopaediaEnglish,
+         deployment.encyclopaediaJapanese, deployment.contact},
+        deployment.searchHost, deployment.voiceHost, complaint);
     mainWindow().deployment = std::move(deployment);
     return complaint;
 }

@@ -27,6 +27,7 @@ constexpr std::array kMembers = {
     Member{"voice", &Deployment::voiceHost, "-._~%:[]/"},
     Member{"encyclopaediaEnglish", &Deployment::encyclopaediaEnglish, "-.:/"},
     Member{"encyclopaediaJapanese", &Deployment::encyclopaediaJapanese, "-.:/"},
+    Member{"contact", &Deployment::contact, "-._~%:/@+?=&#,; "},
     Member{"viewState", &Deployment::viewState, "+/="},
     Member{"eventValidation", &Deployment::eventValidation, "+/="},
     Member{"player", &Deployment::player, "-"},
@@ -89,6 +90,15 @@ std::string Deployment::DefaultViewState() {
 std::string Deployment::DefaultEventValidation() {
     return "bCsKQje2BVmiKmIntQuenCz/CDFXUw1HHd2vVQ1RZ4inG0OwTVqe5rD64N9aj+nwiHeTR5nqNGk2LkbtULvQ"
            "zK7FyRDdGzbH";
+}
+
+std::string ContactAdvice(const Deployment& deployment) {
+    const std::string& site = deployment.encyclopaediaEnglish.empty() ? deployment.encyclopaediaJapanese
+                                                                      : deployment.encyclopaediaEnglish;
+    if (site.empty() || !deployment.contact.empty() || !deployment.searchHost.empty()) return {};
+    return site +
+           " asks who looks artists up: name an e-mail address or a web page as \"contact\" in "
+           "deployment.json";
 }
 
 Deployment ParseDeployment(std::string_view json) {

@@ -22,6 +22,8 @@ struct Deployment {
     /// edition without a name.
     std::string encyclopaediaEnglish = "en.wikipedia.org";
     std::string encyclopaediaJapanese = "ja.wikipedia.org";
+    /// An e-mail address or a web page by which the encyclopaedia's operators reach who runs the station.
+    std::string contact;
     /// Tokens of the voice service's form: base64, 336 and 96 characters.
     std::string viewState = DefaultViewState();
     std::string eventValidation = DefaultEventValidation();
@@ -35,6 +37,9 @@ struct Deployment {
     static std::string DefaultViewState();
     static std::string DefaultEventValidation();
 };
+
+/// One line for who runs the station; empty unless artists are looked up without a contact.
+std::string ContactAdvice(const Deployment& deployment);
 
 /// A deployment.json that can't be used. The message says what is wrong with it, and where.
 class DeploymentError : public std::runtime_error {

@@ -106,6 +106,7 @@ void RenderSession::StartServices() {
             place->clear();
         }
     }
+    if (const auto advice = ContactAdvice(deployment); !advice.empty()) console_.Message(advice);
     const std::string complaint = station_.StartServices(std::move(deployment));
     if (!complaint.empty()) console_.Message(complaint);
 }

@@ -33,11 +33,11 @@ std::string RenderPage(const FoundArticle& article, Edition edition) {
 }  // namespace
 
 Encyclopaedia::Encyclopaedia(std::string englishSite, std::string japaneseSite, SiteLimits limits,
-                             Clock clock)
+                             Clock clock, Sleep sleep)
     : englishSite_(std::move(englishSite)),
       japaneseSite_(std::move(japaneseSite)),
       clock_(clock),
-      client_(std::move(limits), clock) {}
+      client_(std::move(limits), clock, std::move(sleep)) {}
 
 Encyclopaedia::Finding Encyclopaedia::Find(const Search& search) {
     const std::string& site = SiteOf(search.edition);

@@ -25,7 +25,7 @@ class Encyclopaedia {
   public:
     /// A site is a scheme and a host; empty for an edition that isn't available.
     Encyclopaedia(std::string englishSite, std::string japaneseSite, SiteLimits limits,
-                  Clock clock = &std::chrono::steady_clock::now);
+                  Clock clock = &std::chrono::steady_clock::now, Sleep sleep = &SleepFor);
 
     /// A search is answered with a redirect to the article's page, and an article's target with that page;
     /// anything else, and what isn't found, with a 404. A page comes with the headers Source-Title,

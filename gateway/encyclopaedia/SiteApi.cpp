@@ -133,7 +133,7 @@ std::vector<std::string> ReadNamesakes(std::string_view json) {
     for (const Json& page : Member(query, "pages"))
         if (Member(page, "pageprops").contains("disambiguation")) add(Member(page, "links"));
     std::ranges::sort(titles);
-    titles.erase(std::ranges::unique(titles).begin(), titles.end());
+    titles.erase(std::unique(titles.begin(), titles.end()), titles.end());
     return titles;
 }
 

@@ -20,11 +20,13 @@ struct SiteLimits {
     std::chrono::milliseconds totalTime;  ///< of a session's requests together
     std::size_t answerSize;               ///< bytes
     unsigned requestsPerMinute;
+    std::string contact = {};  ///< of who runs the station, for the site's operators; may be empty
 };
 
 class SiteClient {
   public:
-    explicit SiteClient(SiteLimits limits, Clock clock = &std::chrono::steady_clock::now);
+    explicit SiteClient(SiteLimits limits, Clock clock = &std::chrono::steady_clock::now,
+                        Sleep sleep = &SleepFor);
     ~SiteClient();
     SiteClient(const SiteClient&) = delete;
     SiteClient& operator=(const SiteClient&) = delete;
@@ -41,9 +43,11 @@ class SiteClient {
         Session(const Session&) = delete;
         Session& operator=(const Session&) = delete;
 
-        /// The body of what `site` ("https://host") has under `path`; nullopt for any failure, and for a body
-        /// of more than `mostBytes`. Redirects are followed within the site. A site that doesn't begin an
-        /// answer, or doesn't end it in time, is not asked again for a minute.
+        /// The JSON that `site` ("https://host") has under `path`; nullopt for any failure, also one that
+        /// arrives as JSON, and for a body of more than `mostBytes`. Waits for its turn under the request
+        /// limit. Redirects are followed within the site. A site that doesn't begin an answer, or doesn't end
+        /// it in time, is not asked again for a minute, one that refuses us for an hour, one that is busy for
+        /// as long as it asks for.
         std::optional<std::string> Get(const std::string& site, const std::string& path,
                                        std::size_t mostBytes);
         /// Why the last Get returned nothing, without a full stop. Empty if it was stopped.

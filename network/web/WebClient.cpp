@@ -45,6 +45,7 @@ struct Client::Impl {
         Set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
         Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
         if (!options.userAgent.empty()) Set(CURLOPT_USERAGENT, options.userAgent.c_str());
+        if (options.acceptsGzip) Set(CURLOPT_ACCEPT_ENCODING, "gzip");
         if (!options.usesProxyOnLoopback) Set(CURLOPT_NOPROXY, "127.0.0.1,localhost,::1");
         Set(CURLOPT_FOLLOWLOCATION, options.redirects > 0 ? 1L : 0L);
         Set(CURLOPT_MAXREDIRS, options.redirects);
@@ -122,6 +123,10 @@ struct Client::Impl {
     std::stop_callback<std::function<void()>> wake{cancelled, [this] { curl_multi_wakeup(multi.get()); }};
 };
 
+std::string LibraryNameAndVersion() {
+    return std::string("libcurl/") + curl_version_info(CURLVERSION_NOW)->version;
+}
+
 Client::Client(const ClientOptions& options, std::stop_token cancelled)
     : impl_(std::make_unique<Impl>(options, std::move(cancelled))) {}
 
@@ -130,6 +135,12 @@ Client::~Client() = default;
 Answer Client::Get(const std::string& address, const RequestBounds& bounds) {
     impl_->Set(CURLOPT_HTTPGET, 1L);
     return impl_->Perform(address, bounds);
+}
+
+std::string Client::Header(const char* name) const {
+    curl_header* header = nullptr;
+    const auto found = curl_easy_header(impl_->easy.get(), name, 0, CURLH_HEADER, -1, &header);
+    return found == CURLHE_OK ? header->value : "";
 }
 
 Answer Client::Post(const std::string& address, const std::string& form, const RequestBounds& bounds) {

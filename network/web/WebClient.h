@@ -18,6 +18,7 @@ struct ClientOptions {
     std::string scheme;               ///< the only one that is spoken, in redirects too: "http" or "https"
     std::string userAgent;            ///< empty: the header is not sent
     long redirects = 0;               ///< that are followed; 0: none, and the answer tells where it leads
+    bool acceptsGzip = false;         ///< bodies are decoded; their bounds are those of what they decode to
     bool usesProxyOnLoopback = true;  ///< where the user's environment names a proxy
     std::chrono::milliseconds connectTime{0};  ///< of one request; 0: its total time
     std::filesystem::path certificates;        ///< to trust in place of the system's; empty: the system's
@@ -38,6 +39,9 @@ struct Answer {
     std::chrono::seconds retryAfter{0};  ///< what the server asks for; 0 if nothing
 };
 
+/// "libcurl/7.88.1", for a user agent.
+std::string LibraryNameAndVersion();
+
 /// Keeps its connection for the next request. TLS is 1.2 or newer, and the certificate and the name in it
 /// must be right. One thread at a time; every request blocks.
 class Client {
@@ -52,6 +56,8 @@ class Client {
     Answer Get(const std::string& address, const RequestBounds& bounds);
     /// `form` is an encoded one.
     Answer Post(const std::string& address, const std::string& form, const RequestBounds& bounds);
+    /// A header of the last answer; empty without it.
+    std::string Header(const char* name) const;
 
   private:
     struct Impl;

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <stdexcept>
 #include <string>
 
@@ -59,6 +60,7 @@ class TlsSite {
         std::string body;
         std::string location = {};  ///< of a redirect; empty: none
         bool endless = false;
+        std::map<std::string, std::string> headers = {};
     };
     /// Called with "/path?query" on the site's thread.
     using Answers = std::function<Answer(const std::string&)>;
@@ -84,6 +86,7 @@ class TlsSite {
     }
 
     std::atomic<int> requests{0};  ///< so far
+    std::string agent;             ///< of the last request; to be read between requests
 
   private:
     static void* TakeTarget(void* site, const char* target, MHD_Connection*) {
@@ -100,13 +103,15 @@ class TlsSite {
         ++self.requests;
         const char* agent = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, "User-Agent");
         const bool isNamed = agent && std::string_view(agent).starts_with("Sorakaze/");
+        self.agent = agent ? agent : "";
         const Answer answer = isNamed ? self.answers_(self.target_) : Answer{403, ""};
         MHD_Response* response =
             answer.endless
                 ? MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 65536, &Blanks, nullptr, nullptr)
                 : MHD_create_response_from_buffer(answer.body.size(), const_cast<char*>(answer.body.data()),
                                                   MHD_RESPMEM_MUST_COPY);
-        MHD_add_response_header(response, "Retry-After", "90");
+        for (const auto& [name, value] : answer.headers)
+            MHD_add_response_header(response, name.c_str(), value.c_str());
         if (!answer.location.empty()) MHD_add_response_header(response, "Location", answer.location.c_str());
         const MHD_Result queued =
             MHD_queue_response(connection, static_cast<unsigned>(answer.status), response);
