@@ -50,9 +50,9 @@ bool IsBand(std::string_view qualifier) {
 
 /// Whether hardly anybody means the other one.
 bool IsLessKnown(const Candidate& other, const Candidate& best) {
-    constexpr std::size_t kTimesLonger = 4;
+    constexpr std::size_t kTimesLonger = 4, kMuchLonger = 2;
     const std::string_view plain = QualifierOf(best.title);
-    if (Narrows(plain, QualifierOf(AskedTitle(other)))) return true;
+    if (Narrows(plain, QualifierOf(AskedTitle(other)))) return other.length <= best.length * kMuchLonger;
     // "singer" without more may only be the one singer beside a band of the same name.
     return IsBand(plain) && best.length > 0 && other.length * kTimesLonger <= best.length;
 }

@@ -61,7 +61,9 @@ std::size_t CountInitials(std::string_view letters, const std::vector<std::strin
         first + letters.size() > words.size())
         return 0;
     for (std::size_t i = 0; i < letters.size(); ++i) {
-        if (words[first + i][0] != letters[i]) return 0;
+        const std::string& word = words[first + i];
+        // "J.S." is the site's own short form of "ヨハン・ゼバスティアン" too.
+        if (word[0] != letters[i] && !IsKatakana(utf8::Read(word, 0).code)) return 0;
     }
     return letters.size();
 }
@@ -92,6 +94,20 @@ Match MatchWords(const std::vector<std::string>& part, const std::vector<std::st
     }
     match.isWhole = !part.empty();
     return match;
+}
+
+/// "utada hikaru" for "Hikaru Utada".
+bool IsFamilyNameFirst(const std::vector<std::string>& part, std::vector<std::string> words) {
+    if (words.size() < 2 || part.size() != words.size()) return false;
+    std::rotate(words.begin(), words.end() - 1, words.end());
+    return part == words;
+}
+
+/// "peter ilyich tchaikovsky" for "Pyotr Ilyich Tchaikovsky": a first name in another language.
+bool DiffersInFirstName(const std::vector<std::string>& part, const std::vector<std::string>& words) {
+    constexpr std::size_t kFewestWords = 3;
+    return words.size() >= kFewestWords && part.size() == words.size() && part[0][0] == words[0][0] &&
+           std::equal(part.begin() + 1, part.end(), words.begin() + 1);
 }
 
 bool IsGroupNoun(std::string_view word) {
@@ -138,6 +154,9 @@ bool IsShortFor(std::string_view part, std::string_view whole, Bearer bearer) {
     if (part.empty()) return false;
     const auto partWords = Words(part), words = Words(whole);
     if (HasJoiner(words) && !HasJoiner(partWords)) return false;
+    if (bearer == Bearer::Person &&
+        (IsFamilyNameFirst(partWords, words) || DiffersInFirstName(partWords, words)))
+        return true;
     const Match match = MatchWords(partWords, words);
     if (match.isWhole && match.isStrong) {
         if (bearer == Bearer::Person) return match.beginsAlike || match.endsAlike;

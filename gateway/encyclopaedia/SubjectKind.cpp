@@ -104,6 +104,14 @@ bool EndsWithPluralOf(std::string_view text, std::span<const std::string_view> w
     });
 }
 
+/// People and groups are in categories that say more than "Choirs", which is of the article "Choir".
+bool IsOfTheWordItself(std::string_view category, std::span<const std::string_view> words) {
+    return std::ranges::any_of(words, [&](std::string_view word) {
+        return category == word ||
+               (category.size() == word.size() + 1 && category.starts_with(word) && category.ends_with('s'));
+    });
+}
+
 bool EndsWith(std::string_view text, std::span<const std::string_view> words) {
     return std::ranges::any_of(words, [&](std::string_view word) { return text.ends_with(word); });
 }
@@ -147,6 +155,7 @@ class Labels {
 
 bool IsEnglishMusicianCategory(std::string_view category) {
     std::string head = ascii::Lowered(category);
+    if (IsOfTheWordItself(head, kEnglishProfessions) || IsOfTheWordItself(head, kEnglishGroups)) return false;
     for (const std::string_view word :
          {" from ", " of ", " by ", " in ", " with ", " who ", " about ", " for ", " at ", " established",
           " disestablished", " reestablished"}) {
@@ -161,7 +170,10 @@ bool IsEnglishMusicianCategory(std::string_view category) {
 }
 
 bool IsJapaneseMusicianCategory(std::string_view category) {
-    if (category.starts_with("架空の")) return false;
+    if (category.starts_with("架空の") || IsOfTheWordItself(category, kJapaneseProfessions) ||
+        IsOfTheWordItself(category, kJapaneseGroups)) {
+        return false;
+    }
     return EndsWith(category, kJapaneseProfessions) || EndsWith(category, kJapaneseGroups);
 }
 
@@ -212,7 +224,8 @@ bool IsMusicianCategory(std::string_view category, Edition edition) {
 
 bool IsMusicianQualifier(std::string_view qualifier, Edition edition) {
     if (edition == Edition::Japanese)
-        return IsJapaneseMusicianCategory(qualifier) || qualifier.ends_with("グループ");
+        return EndsWith(qualifier, kJapaneseProfessions) || EndsWith(qualifier, kJapaneseGroups) ||
+               qualifier.ends_with("グループ");
     // What follows a comma or "born" tells two of one kind apart: "singer, born 1990".
     std::string head = ascii::Lowered(qualifier.substr(0, qualifier.find(',')));
     head.resize(std::min({head.find(" born "), head.find(" from "), head.size()}));

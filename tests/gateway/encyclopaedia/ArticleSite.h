@@ -62,12 +62,7 @@ class ArticleSite {
         return {200, nlohmann::json{{"batchcomplete", true}, {"query", query}}.dump()};
     }
 
-  private:
-    struct Page {
-        std::string html;
-        nlohmann::json json;
-    };
-
+    /// A parameter of a query, decoded; empty without it.
     static std::string Field(const std::string& target, const std::string& name) {
         const auto begin = target.find("&" + name + "=");
         if (begin == target.npos) return {};
@@ -76,6 +71,12 @@ class ArticleSite {
         field.resize(MHD_http_unescape(field.data()));
         return field;
     }
+
+  private:
+    struct Page {
+        std::string html;
+        nlohmann::json json;
+    };
 
     void Read(const std::filesystem::path& path) {
         std::ifstream file(path, std::ios::binary);

@@ -10,6 +10,7 @@
 #include "gateway/Gateway.h"
 #include "gateway/encyclopaedia/Encyclopaedia.h"
 #include "tests/gateway/encyclopaedia/ArticleSite.h"
+#include "tests/gateway/encyclopaedia/NamesSite.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TestShow.h"
 
@@ -48,7 +49,7 @@ struct EncyclopaediaTest : testing::Test {
 
     const test::Authority authority;
     const test::Certificate good = authority.Issue("localhost");
-    SiteLimits limits{authority.File(), 15'000ms, 1 << 20, 20};
+    SiteLimits limits{authority.File(), 15'000ms, 1 << 20, Options().requestsPerMinute};
     const test::TlsSite::Answers answers = [pages = Pages("en")](const auto& target) {
         return pages.Ask(target);
     };
@@ -216,10 +217,38 @@ TEST_F(EncyclopaediaTest, ABusyOrRefusingSiteIsLeftAloneForAsLongAsItAsks) {
     }
 }
 
+TEST_F(EncyclopaediaTest, NeverTellsOfTheWrongPerson) {
+    const std::filesystem::path table = NAMES_TABLE;
+    int asked = 0, toFind = 0, found = 0;
+    for (const char* edition : {"en", "ja"}) {
+        for (const auto parser : {test::Parser::Legacy, test::Parser::Parsoid}) {
+            const test::NamesSite names(table, edition, parser);
+            const test::TlsSite site(good, [&](const std::string& target) { return names.Ask(target); });
+            Ask(site.Address());
+            const Edition asksIn = edition == std::string("ja") ? Edition::Japanese : Edition::English;
+            encyclopaedia.emplace(
+                site.Address(), site.Address(), limits, [this] { return now; },
+                [this](std::chrono::nanoseconds time, const std::stop_token&) { now += time; });
+            for (const auto& [name, title] : names.asked) {
+                const auto finding = encyclopaedia->Find({asksIn, name});
+                EXPECT_EQ(finding.failure, "") << name;
+                const std::string told = finding.article ? finding.article->title : "";
+                EXPECT_TRUE(told.empty() || told == title) << edition << ": " << name << " is not " << told;
+                ++asked;
+                toFind += title.empty() ? 0 : 1;
+                found += !title.empty() && told == title ? 1 : 0;
+                if (!title.empty() && told.empty()) std::cout << edition << ": " << name << " isn't found\n";
+            }
+        }
+    }
+    std::cout << asked << " names, " << found << " of " << toFind << " that have an article found\n";
+    EXPECT_GE(asked, 300);
+    EXPECT_GE(10 * found, 9 * toFind);
+}
+
 /// In a render the next artist is asked for at once, in a show on the air after some minutes.
 TEST_F(EncyclopaediaTest, ARenderWaitsForItsTurnAndFindsTheSame) {
     const test::TlsSite site(good, answers);
-    limits.requestsPerMinute = Options().requestsPerMinute;
     const auto expected = Pages("en").Expected();
     std::map<std::string, bool> live, rendered;
     for (const auto& [found, pause] : {std::pair{&live, 4min}, {&rendered, 0min}}) {
