@@ -23,6 +23,7 @@
 
 #include "base/ProgramFolder.h"
 #include "process/VoicePlaces.h"
+#include "speech/reading/ReadAloud.h"
 #include "speech/say/JapaneseText.h"
 #include "speech/say/SpokenText.h"
 #include "speech/say/folders/FolderVoices.h"
@@ -33,6 +34,7 @@
 namespace {
 
 using namespace sorakaze::speech;
+namespace reading = sorakaze::reading;
 
 void Complain(std::string_view message) {
     std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
@@ -73,7 +75,8 @@ void SayTo(const std::vector<std::filesystem::path>& places, const std::string& 
     Recorder recorder(file);
     const std::string safe = SpokenText(text);
     const SpeakResult result = SpeakFirst(
-        voices.Catalogue().Choose(voice), [&](const std::string&) { return OrdinaryForms(safe); }, speed,
+        voices.Catalogue().Choose(voice),
+        [&](const std::string& language) { return reading::ReadAloud(OrdinaryForms(safe), language); }, speed,
         recorder);
     Tell(SpokenByLine(voices.Folders(), voice, result));
     Tell(CreditLine(voices.Folders(), result.used));

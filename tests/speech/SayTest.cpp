@@ -171,12 +171,8 @@ TEST_F(SayTest, NoSpeechIsLongerThanTwoMinutes) {
     } cases[] = {{"Alex", repeated("a ", 60'000), 115},
                  {"Alex", repeated(kSentence + " ", 500), 115},
                  {"Alex", repeated("雲a", 25'000), 115},
-                 {"Alex", repeated("a", 100'000), 115},
-                 {"Alex", repeated("e", 1) + repeated("\u0301", 50'000), 0.1},
                  {"Kyoko", repeated("今日は晴れ。", 5'000), 115},
-                 {"Kyoko", repeated("1", 100'000), 115},
-                 {"Kyoko", repeated("一二三", 1'000), 115},
-                 {"Kyoko", repeated("😀", 25'000), 0.05}};
+                 {"Kyoko", repeated("一二三", 1'000), 115}};
     for (const auto& [voice, text, shortest] : cases) {
         SCOPED_TRACE(voice + (" " + text.substr(0, 20)));
         const Sound sound = Spoken(voice, text);
@@ -188,6 +184,11 @@ TEST_F(SayTest, NoSpeechIsLongerThanTwoMinutes) {
     const Sound sound = Spoken("Alex", repeated(kSentence + " ", 15));
     EXPECT_GT(sound.Seconds(), 60);
     EXPECT_EQ(ReadBytes(folder.Path() / "output"), "");
+    for (const std::string& text : {repeated("a", 100'000), "e" + repeated("\u0301", 50'000),
+                                    repeated("1", 100'000), repeated("😀", 25'000)}) {
+        EXPECT_NEAR(Spoken("Kyoko", text).Seconds(), 3, 2.99) << "no word is that long";
+        EXPECT_EQ(ReadBytes(folder.Path() / "output"), "");
+    }
     EXPECT_NEAR(sound.Level(), -18, 2);
 }
 
