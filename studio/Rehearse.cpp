@@ -68,7 +68,7 @@ class Stage {
   private:
     const RehearseOptions& options_;
     const std::filesystem::path station_;
-    CommandCache commands_;
+    CommandCache commands_{CommandCache::Scope::Everything};
 };
 
 void Print(const std::string& line) {

@@ -50,7 +50,7 @@ RenderSession::RenderSession(const RenderOptions& options, std::stop_token inter
         throw StudioError(kFailed,
                           "No temporary folder can be made: TMPDIR must name a folder that can be written.");
     }
-    if (options_.rehearsal) station_.GetRuntime().SetCommandCache(&options_.rehearsal->Commands());
+    station_.GetRuntime().SetCommandCache(options_.rehearsal ? &options_.rehearsal->Commands() : &speech_);
     StartServices();
     recorder_.Begin(options_.output, options_.quiet ? Metering::Off : Metering::On);
     station_.Player().SetReadAhead(true);

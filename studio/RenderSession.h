@@ -7,6 +7,7 @@
 #include <stop_token>
 #include <string>
 
+#include "app/runtime/CommandCache.h"
 #include "app/runtime/Thread.h"
 #include "host/StationHost.h"
 #include "studio/Console.h"
@@ -54,6 +55,7 @@ class RenderSession {
     const std::filesystem::path folder_;
     Console console_;
     ConsoleHost host_;
+    CommandCache speech_{CommandCache::Scope::Speech};
     Recorder recorder_;
     StationHost station_;
     mainWindow& window_;

@@ -2,19 +2,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "speech/say/Leveller.h"
 
+#include <ebur128.h>
+
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <new>
 #include <numbers>
 
 namespace sorakaze::speech {
 namespace {
 
-/// Root mean square that every voice gets, without its pauses: -17 dBFS.
-constexpr double kTarget = 0.1413;
+/// Loudness that every voice gets, in LUFS as one channel.
+constexpr double kTarget = -18;
+/// What speech that is too short for a measurement of its loudness has, with a root mean square of 1 without
+/// its pauses.
+constexpr double kUsualLoudness = -1;
 /// Highest peak: -1 dBFS.
 constexpr float kCeiling = 0.8913F;
-/// Quieter than this (-50 dBFS) counts as silence.
-constexpr float kSilence = 0.00316F;
+/// Quieter than this (-43 dBFS) counts as silence: the noise in recordings of real people is.
+constexpr float kSilence = 0.00708F;
 /// No voice is raised by more than this, which would be noise.
 constexpr double kHighestGain = 16;
 
@@ -26,8 +33,9 @@ constexpr double kPauseRatio = 0.0316;
 
 constexpr double kLeadSeconds = 0.06;
 constexpr double kRunUpSeconds =
-    0.02;  ///< of real sound before the first loud sample: soft consonants are there
-constexpr double kTailSeconds = 0.12;
+    0.03;  ///< of real sound before the first loud sample: soft consonants are there
+/// With the lead of the next line 0.45 seconds: a little more than a full stop within a sentence.
+constexpr double kTailSeconds = 0.4;
 constexpr double kTailFadeSeconds = 0.04;
 constexpr double kLongestPauseSeconds = 1.5;
 constexpr double kSpeechlessSeconds = 0.1;
@@ -40,6 +48,26 @@ constexpr std::size_t kBlock = 4096;
 
 std::size_t Samples(double seconds, int sampleRate) {
     return static_cast<std::size_t>(seconds * sampleRate);
+}
+
+/// The root mean square of the blocks that aren't pauses; 0 for silence.
+double LevelWithoutPauses(const std::vector<float>& samples, std::size_t block) {
+    std::vector<double> powers;
+    for (std::size_t at = 0; at < samples.size(); at += block) {
+        const std::size_t end = std::min(at + block, samples.size());
+        double sum = 0;
+        for (std::size_t i = at; i < end; ++i) sum += double{samples[i]} * samples[i];
+        powers.push_back(sum / static_cast<double>(end - at));
+    }
+    const double loudest = powers.empty() ? 0 : *std::max_element(powers.begin(), powers.end());
+    double sum = 0;
+    std::size_t spoken = 0;
+    for (const double power : powers) {
+        if (power <= 0 || power < loudest * kPauseRatio * kPauseRatio) continue;
+        sum += power;
+        ++spoken;
+    }
+    return spoken > 0 ? std::sqrt(sum / static_cast<double>(spoken)) : 0;
 }
 
 }  // namespace
@@ -92,9 +120,10 @@ float Leveller::Limiter::Next(float sample) {
     return std::clamp(oldest * static_cast<float>(sum_ / length_), -kCeiling, kCeiling);
 }
 
-Leveller::Leveller(int sampleRate, Sink sink)
+Leveller::Leveller(int sampleRate, Sink sink, Settings settings)
     : sampleRate_(sampleRate),
       sink_(std::move(sink)),
+      settings_(settings),
       highPass_(sampleRate, kRumbleHertz),
       limiter_(sampleRate),
       settling_(limiter_.Delay()) {
@@ -113,26 +142,25 @@ void Leveller::Write(std::span<const std::int16_t> raw) {
     }
 }
 
+/// Of the measured start, in LUFS as one channel; minus infinity for silence.
+double Leveller::Loudness() const {
+    const std::unique_ptr<ebur128_state, void (*)(ebur128_state*)> meter(
+        ebur128_init(1, static_cast<unsigned long>(sampleRate_), EBUR128_MODE_I),
+        [](ebur128_state* state) { ebur128_destroy(&state); });
+    if (!meter) throw std::bad_alloc();
+    double loudness = 0;
+    if (ebur128_add_frames_float(meter.get(), measured_.data(), measured_.size()) == EBUR128_SUCCESS &&
+        ebur128_loudness_global(meter.get(), &loudness) == EBUR128_SUCCESS && std::isfinite(loudness))
+        return loudness;
+    return 20 * std::log10(LevelWithoutPauses(measured_, Samples(kMeasuringBlockSeconds, sampleRate_))) +
+           kUsualLoudness;
+}
+
 void Leveller::Measure() {
-    const std::size_t length = Samples(kMeasuringBlockSeconds, sampleRate_);
-    std::vector<double> powers;
-    for (std::size_t at = 0; at < measured_.size(); at += length) {
-        const std::size_t end = std::min(at + length, measured_.size());
-        double sum = 0;
-        for (std::size_t i = at; i < end; ++i) sum += double{measured_[i]} * measured_[i];
-        powers.push_back(sum / static_cast<double>(end - at));
-    }
-    const double loudest = powers.empty() ? 0 : *std::max_element(powers.begin(), powers.end());
-    double sum = 0;
-    std::size_t spoken = 0;
-    for (const double power : powers) {
-        if (power <= 0 || power < loudest * kPauseRatio * kPauseRatio) continue;
-        sum += power;
-        ++spoken;
-    }
-    if (spoken > 0) {
-        const double level = std::sqrt(sum / static_cast<double>(spoken));
-        gain_ = static_cast<float>(std::min(kTarget / level, kHighestGain));
+    const double loudness = Loudness();
+    if (std::isfinite(loudness)) {
+        const double raised = std::pow(10, (kTarget - loudness + settings_.gain) / 20);
+        gain_ = static_cast<float>(std::min(raised, kHighestGain));
     }
     gainKnown_ = true;
     for (const float sample : measured_) Level(sample);
@@ -184,7 +212,7 @@ void Leveller::Finish() {
         for (std::size_t i = 0; i < Samples(kSpeechlessSeconds, sampleRate_); ++i) Emit(0);
     } else {
         const auto fade = static_cast<float>(Samples(kTailFadeSeconds, sampleRate_));
-        for (std::size_t i = 0; i < Samples(kTailSeconds, sampleRate_); ++i) {
+        for (std::size_t i = 0; i < Samples(kTailSeconds + settings_.pause, sampleRate_); ++i) {
             const float left = std::max(0.0F, 1 - static_cast<float>(i) / fade);
             Emit(i < silence_.size() ? silence_[i] * left : 0);
         }

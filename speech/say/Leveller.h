@@ -18,7 +18,12 @@ class Leveller {
     /// Takes the finished samples, block by block.
     using Sink = std::function<void(std::span<const std::int16_t>)>;
 
-    Leveller(int sampleRate, Sink sink);
+    struct Settings {
+        double gain = 0;   ///< decibels on top of the usual loudness
+        double pause = 0;  ///< seconds of silence at the end, beside the usual ones
+    };
+
+    Leveller(int sampleRate, Sink sink, Settings settings);
 
     void Write(std::span<const std::int16_t> raw);
 
@@ -58,6 +63,7 @@ class Leveller {
     };
 
     void Measure();
+    double Loudness() const;
     void Level(float sample);
     void Trim(float sample);
     void Emit(float sample);
@@ -65,6 +71,7 @@ class Leveller {
 
     int sampleRate_;
     Sink sink_;
+    Settings settings_;
     HighPass highPass_;
     Limiter limiter_;
     std::vector<float> measured_;  ///< the start, until the gain is known

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Runs the program itself, with an empty environment and in a folder of its own.
+#include <ebur128.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -34,10 +35,14 @@ struct Sound {
         for (const float sample : samples) peak = std::max(peak, std::abs(sample));
         return 20 * std::log10(peak);
     }
-    double Level() const {
-        double sum = 0;
-        for (const float sample : samples) sum += double{sample} * sample;
-        return 10 * std::log10(sum / static_cast<double>(samples.size()));
+    /// LUFS as one channel.
+    double Loudness() const {
+        ebur128_state* meter = ebur128_init(1, static_cast<unsigned long>(rate), EBUR128_MODE_I);
+        double loudness = 0;
+        ebur128_add_frames_float(meter, samples.data(), samples.size());
+        ebur128_loudness_global(meter, &loudness);
+        ebur128_destroy(&meter);
+        return loudness;
     }
 };
 
@@ -77,10 +82,10 @@ TEST_F(SayTest, EveryVoiceIsDifferentAndAsLoudAsTheOthers) {
         SCOPED_TRACE(voice);
         const Sound sound = Spoken(voice, kSentence);
         EXPECT_NEAR(sound.Seconds(), 14, 11);
-        EXPECT_NEAR(sound.Level(), -18, 1.5);
-        EXPECT_NEAR(sound.Peak(), -2.475, 1.525);
+        EXPECT_NEAR(sound.Loudness(), -18, 0.5);
+        EXPECT_LT(sound.Peak(), -0.9);
         EXPECT_NEAR(sound.Silence(sound.samples.begin(), sound.samples.end()), 0.1, 0.05);
-        EXPECT_NEAR(sound.Silence(sound.samples.rbegin(), sound.samples.rend()), 0.17, 0.13);
+        EXPECT_NEAR(sound.Silence(sound.samples.rbegin(), sound.samples.rend()), 0.42, 0.08);
         const auto [same, isNew] = heard.emplace(ReadBytes(file), voice);
         EXPECT_TRUE(isNew) << "sounds like " << same->second;
         EXPECT_EQ(Left(), 1);
@@ -189,7 +194,7 @@ TEST_F(SayTest, NoSpeechIsLongerThanTwoMinutes) {
         EXPECT_NEAR(Spoken("Kyoko", text).Seconds(), 3, 2.99) << "no word is that long";
         EXPECT_EQ(ReadBytes(folder.Path() / "output"), "");
     }
-    EXPECT_NEAR(sound.Level(), -18, 2);
+    EXPECT_NEAR(sound.Loudness(), -18, 2);
 }
 
 TEST_F(SayTest, EndedHalfWayItLeavesNothing) {

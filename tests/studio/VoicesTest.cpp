@@ -50,6 +50,19 @@ TEST_F(Voices, AShowTellsOnceWhoSpokeAndWhomToCredit) {
         << bea.out;
 }
 
+TEST_F(Voices, ASentenceThatAShowSaysAgainIsSpokenOnce) {
+    Add("Voices/Amy", "noise", "{}");
+    station.Write(
+        "Programs/Show.txt",
+        "personality: Amy Reed\nmode: songs 1\nopening: 0, say Hello there\nopening: 0, say Hello "
+        "there\nopening: 0, say Goodbye $1\nopening: 0, say Goodbye $1\nintro: 0, play [[iTunes]]\n");
+    EXPECT_EQ(station.Render("show.wav", "--offline").status, 0);
+    const auto seconds = station.Traced("say", "seconds");
+    ASSERT_EQ(seconds.size(), 4U);
+    EXPECT_EQ(seconds[0], seconds[1]);
+    EXPECT_NE(seconds[2], seconds[3]) << "the shell's texts are the shell's each time";
+}
+
 TEST_F(Voices, AreListedTriedAndChecked) {
     Add("Voices/Amy", "speak", R"({"language": "en_GB", "licence": "CC0"})");
     Add("Voices/Cat", "speak", "{");

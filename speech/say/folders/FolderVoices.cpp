@@ -12,6 +12,9 @@
 #include "speech/say/VoiceNames.h"
 #include "speech/say/folders/PiperVoice.h"
 #include "speech/say/folders/SherpaVoice.h"
+#include "speech/say/voices/FliteEngine.h"
+#include "speech/say/voices/HtsVoice.h"
+#include "speech/say/voices/OpenJTalkEngine.h"
 #include "speech/say/voices/SeparateEngine.h"
 
 namespace sorakaze::speech {
@@ -139,6 +142,17 @@ std::unique_ptr<VoiceEngine> FolderVoices::Start(const VoiceFolder& voice, const
             return std::make_unique<SeparateEngine>(
                 [=] { return std::make_unique<SherpaVoice>(library, model, speaker, speed); },
                 EngineBounds{left, left, kMostMemory});
+        }
+        case EngineKind::Flite:
+            return std::make_unique<SeparateEngine>(
+                [=] { return std::make_unique<FliteEngine>(FliteLook{model.model.string()}, speed); },
+                EngineBounds{left, left, kMostMemory});
+        case EngineKind::Hts:
+            return std::make_unique<HtsVoice>(HtsLook{model.model}, speed, scratch_);
+        case EngineKind::OpenJTalk: {
+            OpenJTalkVoice own;
+            own.voice = model.model;
+            return std::make_unique<OpenJTalkEngine>(std::move(own), speed, scratch_);
         }
         default:
             throw std::runtime_error("this version has no engine for it");

@@ -2,19 +2,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "speech/say/folders/PiperVoice.h"
 
-#include <sndfile.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "base/FileDescriptor.h"
-#include "speech/say/ScratchFile.h"
-#include "speech/say/folders/BoundedChild.h"
+#include "speech/say/voices/BoundedChild.h"
+#include "speech/say/voices/SoundFile.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -22,35 +17,6 @@ namespace {
 constexpr int kUsualRate = 22'050;
 /// Between sentences.
 constexpr const char* kSentencePause = "0.35";
-
-/// A file that is removed at the end of its scope.
-class SoundFile {
-  public:
-    explicit SoundFile(const std::filesystem::path& folder) : descriptor_(MakeScratchFile(folder, name_)) {
-        if (!descriptor_) throw std::runtime_error("there is no folder for its sound");
-    }
-    ~SoundFile() { ::unlink(name_.c_str()); }
-    SoundFile(const SoundFile&) = delete;
-    SoundFile& operator=(const SoundFile&) = delete;
-    const std::string& Name() const { return name_; }
-
-  private:
-    std::string name_;
-    FileDescriptor descriptor_;
-};
-
-/// True if the file is a sound with at least one sample.
-bool PassSound(const std::string& file, const SpeechSink& sink) {
-    SF_INFO info{};
-    const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> sound(sf_open(file.c_str(), SFM_READ, &info), sf_close);
-    if (!sound || info.channels != 1) return false;
-    bool passed = false;
-    std::array<std::int16_t, 4096> block;
-    for (sf_count_t read = 0; (read = sf_read_short(sound.get(), block.data(), block.size())) > 0;
-         passed = true)
-        sink(info.samplerate, std::span(block).first(static_cast<std::size_t>(read)), BlockStart::WithinWord);
-    return passed;
-}
 
 int RateIn(const std::filesystem::path& config) {
     std::ifstream file(config);
@@ -91,7 +57,7 @@ bool PiperVoice::SpeakToFile(const std::string& line, const SpeechSink& sink) co
     std::vector<std::string> words = Words();
     words.insert(words.end(), {"--output_file", file.Name()});
     RunChild(words, line, {deadline_}, [](std::string_view) {});
-    return PassSound(file.Name(), sink);
+    return file.Pass(sink);
 }
 
 void PiperVoice::SpeakRaw(const std::string& line, const SpeechSink& sink) const {

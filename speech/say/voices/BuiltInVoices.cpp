@@ -8,8 +8,11 @@
 #include "speech/japanese/Reader.h"
 #include "speech/say/Engine.h"
 #include "speech/say/JapaneseVoice.h"
-#include "speech/say/OpenJTalk.h"
 #include "speech/say/VoiceNames.h"
+#include "speech/say/voices/FliteNames.h"
+#include "speech/say/voices/HtsVoice.h"
+#include "speech/say/voices/OpenJTalkEngine.h"
+#include "speech/say/voices/SeparateEngine.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -38,21 +41,6 @@ class EspeakVoice : public VoiceEngine {
     const BuiltInVoices::Complain& complain_;
 };
 
-class OpenJTalkEngine : public VoiceEngine {
-  public:
-    OpenJTalkEngine(OpenJTalkVoice voice, std::filesystem::path scratch)
-        : voice_(std::move(voice)), scratch_(std::move(scratch)) {}
-    void Speak(const std::string& text, const SpeechSink& sink) override {
-        SpeakOpenJTalk(voice_, text, scratch_, [&](int rate, std::span<const std::int16_t> samples) {
-            sink(rate, samples, BlockStart::WithinWord);
-        });
-    }
-
-  private:
-    OpenJTalkVoice voice_;
-    std::filesystem::path scratch_;
-};
-
 }  // namespace
 
 BuiltInVoices::BuiltInVoices(std::filesystem::path scratch, Complain complain)
@@ -72,18 +60,29 @@ std::vector<VoiceCandidate> BuiltInVoices::Named(const std::string& name) const 
     // A voice that the engine lists but that isn't installed is no voice.
     if (!person) Espeak().Choose(name);
     std::vector<VoiceCandidate> candidates;
+    const auto add = [&](const char* engine, auto start) {
+        candidates.push_back({name, engine, *language, 0, {}, std::move(start)});
+    };
+    const std::string folded = FoldName(name);
     if (MainLanguage(*language) == "ja") {
-        if (const auto found = FindOpenJTalk({}, FoldName(name), 1)) {
-            candidates.push_back({name, "Open JTalk", *language, 0, {}, [this, found](double speed) {
-                                      OpenJTalkVoice voice = *found;
-                                      voice.speed = speed;
-                                      return std::make_unique<OpenJTalkEngine>(voice, scratch_);
-                                  }});
+        if (const auto found = FindOpenJTalk({}, folded, 1)) {
+            add("Open JTalk", [this, found](double speed) {
+                return std::make_unique<OpenJTalkEngine>(*found, speed, scratch_);
+            });
         }
     }
-    candidates.push_back({name, "espeak-ng", *language, 0, {}, [this, name](double speed) {
-                              return std::make_unique<EspeakVoice>(Espeak(), name, speed, complain_);
-                          }});
+    if (const auto look = FindHtsLook(folded); look && HasHts()) {
+        add("HTS", [this, look](double speed) { return std::make_unique<HtsVoice>(*look, speed, scratch_); });
+    }
+    if (const auto look = FindFliteLook(folded)) {
+        add("Flite", [look](double speed) {
+            return std::make_unique<SeparateEngine>(
+                [look, speed] { return std::make_unique<FliteEngine>(*look, speed); }, EngineBounds());
+        });
+    }
+    add("espeak-ng", [this, name](double speed) {
+        return std::make_unique<EspeakVoice>(Espeak(), name, speed, complain_);
+    });
     return candidates;
 }
 

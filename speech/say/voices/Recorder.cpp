@@ -22,8 +22,9 @@ void Recorder::Write(int sampleRate, std::span<const std::int16_t> samples, Bloc
             throw std::runtime_error("the voice has a sample rate of " + std::to_string(sampleRate));
         sampleRate_ = sampleRate;
         sound_.emplace(file_, sampleRate);
-        leveller_.emplace(sampleRate,
-                          [this](std::span<const std::int16_t> levelled) { sound_->Write(levelled); });
+        leveller_.emplace(
+            sampleRate, [this](std::span<const std::int16_t> levelled) { sound_->Write(levelled); },
+            settings_);
         cutter_.emplace(sampleRate, [this](std::span<const std::int16_t> whole) { leveller_->Write(whole); });
     }
     if (sampleRate != sampleRate_) throw std::runtime_error("the voice changes its sample rate");

@@ -19,6 +19,8 @@ class Recorder {
   public:
     explicit Recorder(std::filesystem::path file) : file_(std::move(file)) {}
 
+    /// Before the first samples of a voice.
+    void Prepare(Leveller::Settings settings) { settings_ = settings; }
     /// Throws SpeechCut when the speech is too long, std::runtime_error if the file can't be written or the
     /// rate is none.
     void Write(int sampleRate, std::span<const std::int16_t> samples, BlockStart start);
@@ -31,6 +33,7 @@ class Recorder {
 
   private:
     std::filesystem::path file_;
+    Leveller::Settings settings_;
     int sampleRate_ = 0;
     bool hasSound_ = false;
     std::optional<SpeechFile> sound_;

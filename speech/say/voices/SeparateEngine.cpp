@@ -135,8 +135,9 @@ class Receiver {
             ReadAll(bytes.data(), bytes.size());
             if (!samples) throw std::runtime_error(SpokenText({bytes.data(), bytes.size()}));
             std::vector<std::int16_t> block(bytes.size() / sizeof(std::int16_t));
+            if (block.empty()) continue;
             std::memcpy(block.data(), bytes.data(), block.size() * sizeof(std::int16_t));
-            hasBegun_ = hasBegun_ || !block.empty();
+            hasBegun_ = true;
             sink(head.rate, block, head.startsWord ? BlockStart::Word : BlockStart::WithinWord);
         }
     }

@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+#include "base/Utf8.h"
+#include "base/unicode/Characters.h"
 #include "speech/say/LongestSpeech.h"
 
 namespace sorakaze::speech {
@@ -12,10 +14,19 @@ namespace {
 /// What a text without a sound becomes, which the leveller makes as long as it has to be.
 constexpr int kSilenceRate = 22'050;
 
+bool HasWord(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [code, size] = utf8::Read(text, at);
+        if (unicode::IsAlphanumeric(code)) return true;
+        at += size;
+    }
+    return false;
+}
+
 /// True if the speech was cut.
 bool Speak(const VoiceCandidate& candidate, const std::string& text, double speed, Recorder& recorder) {
     const std::string_view spoken = SpeakablePrefix(text);
-    if (spoken.find_first_not_of(' ') == std::string_view::npos) {
+    if (!HasWord(spoken)) {
         recorder.Write(kSilenceRate, {}, BlockStart::WithinWord);
         return false;
     }
@@ -46,7 +57,8 @@ SpeakResult SpeakFirst(const VoiceChoice& choice, const TextForLanguage& text, d
     for (const VoiceCandidate& candidate : choice.candidates) {
         const bool last = &candidate == &choice.candidates.back();
         const std::string words = text(candidate.language);
-        const bool silent = words.find_first_not_of(' ') == std::string::npos;
+        const bool silent = !HasWord(words);
+        recorder.Prepare({candidate.gain, std::chrono::duration<double>(candidate.pause).count()});
         try {
             result.cut = Speak(candidate, words, speed, recorder);
             if (recorder.HasSound() || silent || last) {

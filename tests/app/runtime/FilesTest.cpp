@@ -8,6 +8,7 @@
 
 #include <set>
 
+#include "app/runtime/CommandCache.h"
 #include "app/runtime/FolderItem.h"
 #include "app/runtime/RunFolder.h"
 #include "app/runtime/Shell.h"
@@ -212,6 +213,22 @@ TEST(Shell, GivesWhatTheCommandComplainedOf) {
         shell.Execute(line);
         EXPECT_EQ(shell.Complaint().Bytes(), complaint) << line;
     }
+}
+
+TEST(CommandCacheTest, OnlySentencesThatTheShellLeavesAreSpeech) {
+    const std::pair<const char*, bool> commands[] = {
+        {"say -v Alex \"hello; (there) 'you' & <me>\" -o /tmp/a/temp1.aiff", true},
+        {"say -v en-us+f3 \"\" -o /tmp/a\\ b/temp1.aiff", true},
+        {"say -v Alex \"$HOME\" -o /tmp/temp1.aiff", false},
+        {"say -v Alex \"`date`\" -o /tmp/temp1.aiff", false},
+        {"say -v Alex \"a\\b\" -o /tmp/temp1.aiff", false},
+        {"say -v Alex \"a\" -o /tmp/x; date \"\" -o /tmp/temp1.aiff", false},
+        {"say -v Alex \"a\"; date; \"b\" -o /tmp/temp1.aiff", false},
+        {"say -v Alex;date \"a\" -o /tmp/temp1.aiff", false},
+        {"SayKotoeri \"a\" -o /tmp/temp1.aiff", false},
+        {"say -v Alex", false}};
+    for (const auto& [command, isSpeech] : commands)
+        EXPECT_EQ(CommandCache::IsSpeech(command), isSpeech) << command;
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include <chrono>
 #include <fstream>
 
-#include "speech/say/folders/BoundedChild.h"
+#include "speech/say/voices/BoundedChild.h"
 #include "tests/support/Program.h"
 #include "tests/support/TestRuntime.h"
 

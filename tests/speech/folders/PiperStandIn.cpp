@@ -13,6 +13,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -54,8 +55,10 @@ int main(int argc, char** argv) {
     Misbehave(what);
     if (line.empty() || line.find("[[") != std::string::npos || !std::ifstream(options.at("--config")))
         return 3;
-    const auto length = static_cast<std::size_t>(static_cast<double>(line.size()) * 1000 *
-                                                 std::stod(options.at("--length_scale")));
+    auto length = static_cast<std::size_t>(static_cast<double>(line.size()) * 1000 *
+                                           std::stod(options.at("--length_scale")));
+    // As models that sample their noise: each time another length.
+    if (what == "noise") length += std::random_device()() % 100'000;
     const auto samples = Tone(length, what == "silence" ? 0 : 8000);
     const auto count = static_cast<std::streamsize>(samples.size() * sizeof samples[0]);
     if (options.contains("--output_raw")) {

@@ -4,14 +4,13 @@
 // run for each chunk of text. Nothing else of the project knows of it.
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "speech/say/voices/VoiceEngine.h"
 
 namespace sorakaze::speech {
 
@@ -38,12 +37,9 @@ std::optional<OpenJTalkVoice> FindOpenJTalk(const OpenJTalkPaths& places, std::s
 /// The text in chunks that the program accepts: sentences if possible.
 std::vector<std::string_view> Chunks(std::string_view text);
 
-/// Takes the sound of a chunk: its rate and its mono samples.
-using OpenJTalkSink = std::function<void(int sampleRate, std::span<const std::int16_t> samples)>;
-
 /// Speaks a text that SpokenText returned. Makes temporary files in `folder`. Throws std::runtime_error if
 /// the program fails.
 void SpeakOpenJTalk(const OpenJTalkVoice& voice, std::string_view text, const std::filesystem::path& folder,
-                    const OpenJTalkSink& sink);
+                    const SpeechSink& sink);
 
 }  // namespace sorakaze::speech

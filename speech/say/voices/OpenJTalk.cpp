@@ -1,20 +1,17 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "speech/say/OpenJTalk.h"
+#include "speech/say/voices/OpenJTalk.h"
 
-#include <fcntl.h>
-#include <sndfile.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <stdexcept>
 
-#include "speech/say/ScratchFile.h"
+#include "speech/say/voices/BoundedChild.h"
+#include "speech/say/voices/SoundFile.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -59,57 +56,7 @@ std::vector<fs::path> FindVoices(const fs::path& folder) {
     return voices;
 }
 
-/// A file that is removed at the end of its scope.
-class ScratchFile {
-  public:
-    explicit ScratchFile(const fs::path& folder) : descriptor_(MakeScratchFile(folder, name_)) {
-        if (descriptor_ < 0) throw std::runtime_error("can't write in " + folder.string());
-    }
-    ~ScratchFile() {
-        close(descriptor_);
-        unlink(name_.c_str());
-    }
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-
-    const std::string& Name() const { return name_; }
-    int Descriptor() const { return descriptor_; }
-
-  private:
-    std::string name_;
-    int descriptor_;
-};
-
-/// Runs the program with `input` as its standard input; its exit status.
-int RunProgram(std::vector<std::string> words, int input) {
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    pid_t child = -1;
-    const int failure = posix_spawn(&child, words[0].c_str(), &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (failure != 0) return -1;
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-void PassSound(const std::string& file, const OpenJTalkSink& sink) {
-    SF_INFO info{};
-    SNDFILE* sound = sf_open(file.c_str(), SFM_READ, &info);
-    if (!sound) throw std::runtime_error("open_jtalk made no sound");
-    std::array<std::int16_t, 4096> block;
-    while (info.channels == 1) {
-        const sf_count_t read = sf_read_short(sound, block.data(), block.size());
-        if (read <= 0) break;
-        sink(info.samplerate, std::span(block).first(static_cast<std::size_t>(read)));
-    }
-    sf_close(sound);
-}
+constexpr std::chrono::seconds kLongest{12};
 
 }  // namespace
 
@@ -154,22 +101,20 @@ std::vector<std::string_view> Chunks(std::string_view text) {
 }
 
 void SpeakOpenJTalk(const OpenJTalkVoice& voice, std::string_view text, const fs::path& folder,
-                    const OpenJTalkSink& sink) {
+                    const SpeechSink& sink) {
     char speed[16];
     std::snprintf(speed, sizeof speed, "%.2f", voice.speed);
+    const ChildBounds bounds{std::chrono::steady_clock::now() + kLongest};
     for (const std::string_view chunk : Chunks(text)) {
-        const ScratchFile input(folder), output(folder);
-        const std::string line = std::string(chunk) + '\n';
-        const bool written =
-            write(input.Descriptor(), line.data(), line.size()) == static_cast<ssize_t>(line.size()) &&
-            lseek(input.Descriptor(), 0, SEEK_SET) == 0;
-        const int status =
-            !written ? -1
-                     : RunProgram({voice.places.program, "-x", voice.places.dictionary, "-m", voice.voice,
-                                   "-ow", output.Name(), "-r", speed, "-fm", std::to_string(voice.semitones)},
-                                  input.Descriptor());
-        if (status != 0) throw std::runtime_error("open_jtalk failed");
-        PassSound(output.Name(), sink);
+        const SoundFile output(folder);
+        try {
+            RunChild({voice.places.program, "-x", voice.places.dictionary, "-m", voice.voice, "-ow",
+                      output.Name(), "-r", speed, "-fm", std::to_string(voice.semitones)},
+                     std::string(chunk) + '\n', bounds, [](std::string_view) {});
+        } catch (const ChildFailure& failure) {
+            throw std::runtime_error(std::string("open_jtalk: ") + failure.what());
+        }
+        if (!output.Pass(sink)) throw std::runtime_error("open_jtalk made no sound");
     }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "speech/say/folders/BoundedChild.h"
+#include "speech/say/voices/BoundedChild.h"
 
 #include <fcntl.h>
 #include <poll.h>
