@@ -96,9 +96,8 @@ std::string ContactAdvice(const Deployment& deployment) {
     const std::string& site = deployment.encyclopaediaEnglish.empty() ? deployment.encyclopaediaJapanese
                                                                       : deployment.encyclopaediaEnglish;
     if (site.empty() || !deployment.contact.empty() || !deployment.searchHost.empty()) return {};
-    return site +
-           " asks who looks artists up: name an e-mail address or a web page as \"contact\" in "
-           "deployment.json";
+    return "deployment.json has no \"contact\": " + site +
+           " asks for an e-mail address or a web page of who looks artists up";
 }
 
 Deployment ParseDeployment(std::string_view json) {

@@ -5,16 +5,28 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "gateway/encyclopaedia/Namesakes.h"
 #include "gateway/encyclopaedia/SearchTarget.h"
+#include "gateway/encyclopaedia/ShortNames.h"
 #include "gateway/encyclopaedia/SiteApi.h"
 
 /// What a site answers, and what a client asks for.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace sorakaze::gateway;
     const std::string_view input(reinterpret_cast<const char*>(data), size);
-    for (const Candidate& candidate : ReadCandidates(input)) {
+    const auto candidates = ReadCandidates(input);
+    for (const Candidate& candidate : candidates) {
         if (candidate.title.empty()) std::abort();
+        for (const Edition edition : {Edition::English, Edition::Japanese}) {
+            IsMusician(candidate, edition);
+            if (TitlesOfBearers(ReadNamesakes(input), candidate.title, edition).size() > 50) std::abort();
+        }
+        for (const std::string& spelling : Spellings(candidate.title)) {
+            IsShortFor(candidate.redirectedFrom, spelling, Bearer::Group);
+            IsShortFor(spelling, candidate.redirectedFrom, Bearer::Person);
+        }
     }
+    if (const Candidate* best = BestKnown(candidates); best && best->title.empty()) std::abort();
     for (const std::string& title : ReadNamesakes(input)) {
         if (title.empty()) std::abort();
     }
