@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "gateway/MissingServices.h"
+#include "host/SpeakableNames.h"
 #include "player/MusicLibrary.h"
 #include "player/bridge/PlayerScripts.h"
 #include "show/LevelEvent.h"
@@ -19,6 +20,9 @@ StationHost::StationHost(Runtime::Options options, Host& host, std::stop_token i
               player::MusicLibrary::OfApplication(options.appFolder, std::move(interrupted))),
       runtime_(std::move(options), host) {
     player_.showSeed = [this] { return runtime_.ShowSeed(); };
+    player_.speakable = [this](player::TrackText text) {
+        return SpeakableNames(std::move(text), runtime_.ResourcesFolder());
+    };
     RegisterPlayerScripts(runtime_.Scripts(), player_);
     player_.onTrack = [this](const player::TrackEvent& event) {
         if (window_) TellShow(event);

@@ -372,7 +372,9 @@ std::string LocalPlayer::SongInfo(const std::string& playlist, int number) {
     impl_->engine.WantLevel(SourceOf(*track), impl_->PlayedPart());
     impl_->Check(
         {TrackEvent::What::Failed, playlist, number, {}, track->path, track->part, 0, {}, track->missing});
-    return AnnouncedText(impl_->TextOf(*track)).Record();
+    TrackText text = AnnouncedText(impl_->TextOf(*track));
+    if (speakable) text = speakable(std::move(text));
+    return text.Record();
 }
 
 TrackText LocalPlayer::ShownText(const std::string& playlist, int number) {

@@ -60,6 +60,9 @@ class LocalPlayer {
     /// changes. Empty: always the same.
     std::function<std::uint64_t()> showSeed;
 
+    /// Changes the texts that SongInfo tells, not those that people see. May be empty.
+    std::function<TrackText(TrackText)> speakable;
+
     /// SongInfo opens its track in advance, one at a time, so that Play starts without delay. For a host that
     /// renders faster than it plays. Off at first.
     void SetReadAhead(bool on);

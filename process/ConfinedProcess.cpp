@@ -20,6 +20,7 @@
 #include "process/Launch.h"
 #include "process/LaunchPlan.h"
 #include "process/Mechanisms.h"
+#include "process/OfferPronunciations.h"
 #include "process/OfferVoices.h"
 #include "process/Workspace.h"
 
@@ -212,6 +213,7 @@ void OfferPrograms(Confinement& confinement, const fs::path& resources) {
     // The second of the programs has a dictionary beside it, if the user gave it one.
     for (const char* name : {"say", "SayKotoeri", "ipadic"}) confinement.readable.push_back(resources / name);
     OfferVoices(confinement, resources);
+    OfferPronunciations(confinement, resources);
 }
 
 }  // namespace sorakaze::process

@@ -80,7 +80,8 @@ class ConfinedProcess {
 };
 
 /// Lets commands find the application's own programs in its Resources, and the voices of the user's own
-/// (process/VoicePlaces.h). Where one of these is a neural model, raises the bounds as its runtime needs.
+/// (process/VoicePlaces.h) and how they say names (process/PronunciationPlaces.h). Where one of these is a
+/// neural model, raises the bounds as its runtime needs.
 void OfferPrograms(Confinement& confinement, const std::filesystem::path& resources);
 
 /// The mechanisms that this kernel has, strongest first ("landlock, namespaces, seccomp, limits"), and what

@@ -103,9 +103,13 @@ bool mainWindow::wasTold(const ShowEvent::Fields& fields) {
 
 void mainWindow::tell(ShowEvent::Kind kind, ShowEvent::Fields fields) {
     AssertBaton();
-    const bool isToldOnce = kind == ShowEvent::Kind::Credit || kind == ShowEvent::Kind::Voice;
+    // The same for every line.
+    const bool isOfNames = kind == ShowEvent::Kind::Failed && !fields.empty() &&
+                           fields.front() == ShowEvent::Fields::value_type{"what", "names"};
+    const bool isToldOnce = kind == ShowEvent::Kind::Credit || kind == ShowEvent::Kind::Voice || isOfNames;
     if (isToldOnce && wasTold(fields)) return;
-    if (kind == ShowEvent::Kind::Failed || kind == ShowEvent::Kind::Voice) completeFailure(fields);
+    if ((kind == ShowEvent::Kind::Failed && !isOfNames) || kind == ShowEvent::Kind::Voice)
+        completeFailure(fields);
     if (observer) observer->OnShowEvent({Ticks() - startTicks, kind, std::move(fields)});
 }
 

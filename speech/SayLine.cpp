@@ -25,6 +25,19 @@ String WithoutName(const String& complaint) {
     return Left(complaint, Len(kName)) == kName ? Mid(complaint, Len(kName) + 1) : complaint;
 }
 
+/// Tells what `say` has complained of though it speaks: most of it is about the line, the rest about how
+/// names are said.
+void TellComplaint(TellShow tell, const String& complaint) {
+    const String file = "Pronunciations.txt";
+    const String begin = file + ": ";
+    if (Left(complaint, Len(begin)) == begin) {
+        tell(ShowEvent::Kind::Failed,
+             {{"what", "names"}, {"path", file}, {"why", Mid(complaint, Len(begin) + 1)}});
+    } else {
+        TellFailed(tell, complaint);
+    }
+}
+
 /// Whether something was said by `say`, or by the shell of its text, and not by what the text started there.
 bool IsOfTheLine(const String& complaint) {
     return Left(complaint, 5) == "say: " || Left(complaint, 4) == "sh: ";
@@ -78,7 +91,7 @@ void SayLine(Shell& shell, const String& voice, const String& text, SoundRef& sa
     }
     TellVoice(tell, voice, shell.Result());
     if (InStr(shell.Result(), kCut) > 0) TellFailed(tell, kCut);
-    if (IsOfTheLine(shell.Complaint())) TellFailed(tell, WithoutName(shell.Complaint()));
+    if (IsOfTheLine(shell.Complaint())) TellComplaint(tell, WithoutName(shell.Complaint()));
     std::string why;
     sayData = file->OpenAsSound(sound::Bus::Speech, &why);
     if (sayData) {

@@ -22,10 +22,11 @@
 #include <vector>
 
 #include "base/ProgramFolder.h"
+#include "process/PronunciationPlaces.h"
 #include "process/VoicePlaces.h"
-#include "speech/reading/ReadAloud.h"
-#include "speech/say/JapaneseText.h"
+#include "speech/pronunciation/ReadPronunciations.h"
 #include "speech/say/SpokenText.h"
+#include "speech/say/WordsToSpeak.h"
 #include "speech/say/folders/FolderVoices.h"
 #include "speech/say/folders/VoiceReport.h"
 #include "speech/say/voices/BuiltInVoices.h"
@@ -34,7 +35,6 @@
 namespace {
 
 using namespace sorakaze::speech;
-namespace reading = sorakaze::reading;
 
 void Complain(std::string_view message) {
     std::fprintf(stderr, "say: %s\n", SpokenText(message).c_str());
@@ -69,25 +69,41 @@ void Tell(const std::string& line) {
     if (!line.empty()) std::printf("say: %s\n", line.c_str());
 }
 
-void SayTo(const std::vector<std::filesystem::path>& places, const std::string& voice, std::string_view text,
+/// Where the user has put something.
+struct Places {
+    std::vector<std::filesystem::path> voices, pronunciations;
+};
+
+std::vector<PronunciationFile> ReadNames(const std::vector<std::filesystem::path>& files) {
+    std::vector<PronunciationFile> names;
+    for (const std::filesystem::path& file : files) {
+        names.push_back(ReadPronunciationFile(file));
+        if (const std::string fault = FaultLine(names.back()); !fault.empty()) Complain(fault);
+    }
+    return names;
+}
+
+void SayTo(const Places& places, const std::string& voice, std::string_view text,
            const std::filesystem::path& file, double speed) {
-    const Voices voices(places, std::filesystem::absolute(file).parent_path());
+    const std::vector<PronunciationFile> names = ReadNames(places.pronunciations);
+    const Voices voices(places.voices, std::filesystem::absolute(file).parent_path());
     Recorder recorder(file);
     const std::string safe = SpokenText(text);
     const SpeakResult result = SpeakFirst(
         voices.Catalogue().Choose(voice),
-        [&](const std::string& language) { return reading::ReadAloud(OrdinaryForms(safe), language); }, speed,
-        recorder);
+        [&](const std::string& language) { return WordsToSpeak(safe, names, language); }, speed, recorder);
     Tell(SpokenByLine(voices.Folders(), voice, result));
     Tell(CreditLine(voices.Folders(), result.used));
     if (result.cut) Tell("the text is too long, its speech was cut");
     std::fflush(stdout);
 }
 
-/// Where the user's voices are: the application tells its commands, which can't find out by themselves.
-std::vector<std::filesystem::path> FindPlaces() {
-    if (std::getenv(sorakaze::process::kVoicesVariable)) return sorakaze::process::VoicePlacesOfCommand();
-    return sorakaze::process::VoicePlaces(sorakaze::ProgramFolder());
+/// The application tells its commands, which can't find out by themselves.
+Places FindPlaces() {
+    const std::filesystem::path folder = sorakaze::ProgramFolder();
+    const bool isTold = std::getenv(sorakaze::process::kVoicesVariable) != nullptr;
+    return {isTold ? sorakaze::process::VoicePlacesOfCommand() : sorakaze::process::VoicePlaces(folder),
+            sorakaze::process::PronunciationFilesOfCommand(folder)};
 }
 
 std::optional<double> ReadSpeed(std::string_view word) {
@@ -110,11 +126,11 @@ void ClearEnvironment() {
 
 // The arguments are recognised by their positions alone: a text may begin with a hyphen.
 int main(int argc, char** argv) {
-    const std::vector<std::filesystem::path> places = FindPlaces();
+    const Places places = FindPlaces();
     ClearEnvironment();
     const std::span<char*> words(argv, static_cast<std::size_t>(std::max(argc, 0)));
     if (words.size() == 2 && words[1] == std::string_view("--voices")) {
-        const Voices voices(places, {});
+        const Voices voices(places.voices, {});
         std::fputs(VoiceLines(voices.Folders(), voices.BuiltIn()).c_str(), stdout);
         return 0;
     }
