@@ -18,6 +18,13 @@ std::string Line(std::initializer_list<std::string> columns) {
     return line + '\n';
 }
 
+/// Of the voices that come with the system.
+const char* LicenceOf(std::string_view engine) {
+    if (engine == "Flite") return "MIT-Festival";
+    if (engine == "HTS") return "BSD-3-Clause, MIT-Festival";
+    return engine == "espeak-ng" ? "GPL-3.0-or-later" : "";
+}
+
 /// A name of the table, which has small letters.
 std::string Capitalised(std::string_view name) {
     std::string capitalised(name);
@@ -59,7 +66,8 @@ std::string VoiceLines(const FolderVoices& voices, const VoiceSource& builtIn) {
         if (voices.Find(std::string(name))) continue;
         const auto candidates = builtIn.Named(std::string(name));
         if (candidates.empty()) continue;
-        lines += Line({Capitalised(name), candidates[0].language, candidates[0].engine, "", "", ""});
+        const std::string& engine = candidates[0].engine;
+        lines += Line({Capitalised(name), candidates[0].language, engine, LicenceOf(engine), "", ""});
     }
     return lines;
 }
