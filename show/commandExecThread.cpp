@@ -23,11 +23,6 @@ struct TrackCopy {
     String album;
 };
 
-/// Kept behaviour 30.
-String VoiceOf(const String& personality) {
-    return InStr(personality, " ") > 0 ? NthField(personality, " ", 1) : String("Alex");
-}
-
 const char* NameOf(const mainWindow& window) {
     if (window.command == window.opening) return "opening";
     if (window.command == window.IntroW) return "introW";
@@ -94,11 +89,15 @@ bool IsSpeechNear(const mainWindow& window, std::int32_t index) {
 
 }  // namespace
 
+String mainWindow::voiceOfShow() const {
+    return InStr(personality, " ") > 0 ? NthField(personality, " ", 1) : String("Alex");
+}
+
 void mainWindow::commandExecThread_Run() {
     Shell shell;
     Random random;
     const TrackCopy track{wikiContents, wikiSource, song, artist, album};
-    const String voice = VoiceOf(personality);
+    const String voice = voiceOfShow();
     const auto tellShow = [this](ShowEvent::Kind kind, ShowEvent::Fields fields) {
         tell(kind, std::move(fields));
     };

@@ -37,6 +37,7 @@ void mainWindow::getNextSong_Run() {
     const std::int32_t number = trackNo;
     String info = iTunesSongInfo(playlistMenu.Text(), trackNo);
     info = Clean(ConvertEncoding(info, Encodings::UTF8));
+    preparedRecord = info;
 
     song = Spelling(info, 1);
     if (IsMultibyte(song) && !isJapaneseOn) song = convertRoma(song);

@@ -159,6 +159,9 @@ class mainWindow : public Window {
     /// Whether the event has been told in this show. If not, it counts as told from now on.
     bool wasTold(const ShowEvent::Fields& fields);
 
+    /// The voice that the show's `say` lines have. Kept behaviour 30.
+    String voiceOfShow() const;
+
     /// Tells of a lookup without an answer, once a show and reason; an empty `why` is no failure.
     void tellLookupFailure(const String& why);
 
@@ -166,6 +169,7 @@ class mainWindow : public Window {
     std::vector<ShowEvent::Fields> toldOnce;  ///< credits and voices of this show
     String boxTold;  ///< the text of the message that follows the failure that was told last
     String boxDetails;
+    String preparedRecord;  ///< of the track being prepared, cleaned
 };
 
 /// The caption while no show is on the air. Kept behaviour 15.

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Sorakaze developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <chrono>
+#include <cstdint>
 
 #include "app/runtime/Runtime.h"
 #include "app/runtime/Shell.h"
@@ -16,6 +17,8 @@ namespace {
 /// not depend on the time.
 constexpr int kMostRuns = 150;
 constexpr std::chrono::seconds kLongest{7};
+/// Enough to tell Chinese from Japanese; an environment isn't long.
+constexpr std::int32_t kLongestRecord = 1000;
 
 }  // namespace
 
@@ -47,6 +50,8 @@ String mainWindow::convertRoma(const String& text) {
 /// The run holds nothing that would need escaping. Kept behaviour 53.
 String mainWindow::kanji2roma(const String& run) {
     Shell shell;
+    shell.SetVariable("SORAKAZE_VOICE", voiceOfShow());
+    shell.SetVariable("SORAKAZE_RECORD", Left(preparedRecord, kLongestRecord));
     shell.Execute(NotNil(kanji2kanaCmd)->ShellPath() + " -o " + Chr(34) + run + Chr(34));
     if (!shell.Complaint().IsEmpty())
         tell(ShowEvent::Kind::Failed, {{"what", "reading"}, {"path", ""}, {"why", shell.Complaint()}});

@@ -51,11 +51,22 @@ std::string ComplaintIn(std::string text, const std::string& folder) {
 
 }  // namespace
 
+void Shell::SetVariable(const String& name, const String& value) {
+    variables_.push_back(name.Bytes() + '=' + value.Bytes());
+}
+
+/// What the outcome of a command depends on.
+std::string Shell::KeyOf(const String& command) const {
+    std::string key;
+    for (const std::string& variable : variables_) key += variable + '\n';
+    return key + command.Bytes();
+}
+
 void Shell::Execute(const String& command, const FolderItemRef& output) {
     auto& runtime = Runtime::Current();
     CommandCache* const cache = runtime.GetCommandCache();
     const auto path = output ? output->Path() : std::filesystem::path();
-    if (auto known = cache ? cache->Repeat(command.Bytes(), path) : std::nullopt) {
+    if (auto known = cache ? cache->Repeat(KeyOf(command), path) : std::nullopt) {
         // The other threads have their turn, as they would.
         runtime.Threads().Block(Blocking::ClockStopped, [](const std::stop_token& /*cancelled*/) {});
         result_ = std::move(known->result);
@@ -64,7 +75,7 @@ void Shell::Execute(const String& command, const FolderItemRef& output) {
         return;
     }
     Run(command, output);
-    if (cache) cache->Keep(command.Bytes(), {result_, complaint_, errorCode_}, path);
+    if (cache) cache->Keep(KeyOf(command), {result_, complaint_, errorCode_}, path);
 }
 
 void Shell::Run(const String& command, const FolderItemRef& output) {
@@ -79,6 +90,7 @@ void Shell::Run(const String& command, const FolderItemRef& output) {
     confinement.folder = runtime.TemporaryFolder();
     if (output) confinement.output = output->Path();
     process::OfferPrograms(confinement, runtime.ResourcesFolder());
+    confinement.variables.insert(confinement.variables.end(), variables_.begin(), variables_.end());
     // The longest sentence takes seconds; a title that makes the shell wait must not hold up a show for long.
     confinement.wallTime = std::chrono::seconds(20);
 #ifdef __SANITIZE_ADDRESS__

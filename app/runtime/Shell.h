@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "app/runtime/FolderItem.h"
 #include "app/runtime/String.h"
@@ -13,6 +15,9 @@ namespace sorakaze {
 /// else but the one file that it is to make.
 class Shell {
   public:
+    /// Sets a variable of the environment of the commands to come.
+    void SetVariable(const String& name, const String& value);
+
     /// Returns when the command has ended. The application's own programs are found first. The other threads
     /// run meanwhile; a kill of the calling thread ends the command. `output` lies in the run's temporary
     /// folder; it exists afterwards if the command wrote it, and ended by itself.
@@ -26,8 +31,10 @@ class Shell {
     std::int32_t ErrorCode() const { return errorCode_; }
 
   private:
+    std::string KeyOf(const String& command) const;
     void Run(const String& command, const FolderItemRef& output);
 
+    std::vector<std::string> variables_;  ///< as "NAME=VALUE"
     String result_;
     String complaint_;
     std::int32_t errorCode_ = 0;

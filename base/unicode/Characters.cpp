@@ -4,6 +4,7 @@
 
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/uscript.h>
 
 #include <cstdint>
 
@@ -39,6 +40,18 @@ bool IsAlphanumeric(char32_t code) {
 
 bool IsKanaVoicingMark(char32_t code) {
     return code < utf8::kStray && u_getCombiningClass(Code(code)) == 8;
+}
+
+std::string_view ScriptOf(char32_t code) {
+    UErrorCode error = U_ZERO_ERROR;
+    const UScriptCode script = code < utf8::kStray ? uscript_getScript(Code(code), &error) : USCRIPT_UNKNOWN;
+    const char* const name = U_SUCCESS(error) ? uscript_getShortName(script) : nullptr;
+    return name ? name : "Zzzz";
+}
+
+std::optional<int> DecimalDigit(char32_t code) {
+    const int value = code < utf8::kStray ? u_charDigitValue(Code(code)) : -1;
+    return value < 0 ? std::nullopt : std::optional(value);
 }
 
 int ColumnsOf(char32_t code) {

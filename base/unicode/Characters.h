@@ -5,6 +5,7 @@
 // functions.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,13 @@ bool IsWhiteSpace(char32_t code);
 bool IsAlphanumeric(char32_t code);
 /// True for the voicing marks of kana (combining class 8), which make another sound and not another accent.
 bool IsKanaVoicingMark(char32_t code);
+
+/// The four letters that name a character's script, as "Cyrl"; "Zyyy" for what many scripts share, "Zinh" for
+/// marks, "Zzzz" for none.
+std::string_view ScriptOf(char32_t code);
+
+/// The value of a decimal digit of any script, as ७; nothing for other characters.
+std::optional<int> DecimalDigit(char32_t code);
 
 /// The columns that a terminal gives a character: 2 for the wide ones of East Asia, 0 for marks and joiners.
 int ColumnsOf(char32_t code);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/unicode/Conversion.h"
 
+#include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
 #include <cstdint>
@@ -20,6 +21,10 @@ const char* NameOf(Encoding encoding) {
             return "windows-949";
         case Encoding::Gbk:
             return "GBK";
+        case Encoding::Gb2312:
+            return "GB2312";
+        case Encoding::Big5:
+            return "Big5";
         case Encoding::Windows1251:
             return "windows-1251";
         case Encoding::Windows1252:
@@ -39,6 +44,17 @@ std::string ToUtf8(std::string_view bytes, Encoding encoding) {
     icu::UnicodeString(bytes.data(), static_cast<std::int32_t>(bytes.size()), NameOf(encoding))
         .toUTF8String(utf8);
     return utf8;
+}
+
+bool Encodes(Encoding encoding, char32_t code) {
+    UErrorCode error = U_ZERO_ERROR;
+    const icu::LocalUConverterPointer converter(ucnv_open(NameOf(encoding), &error));
+    if (U_FAILURE(error)) return false;
+    ucnv_setFromUCallBack(converter.getAlias(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
+    const icu::UnicodeString text(static_cast<UChar32>(code));
+    char bytes[16];
+    ucnv_fromUChars(converter.getAlias(), bytes, sizeof bytes, text.getBuffer(), text.length(), &error);
+    return U_SUCCESS(error);
 }
 
 }  // namespace sorakaze::unicode

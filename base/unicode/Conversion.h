@@ -12,6 +12,8 @@ enum class Encoding {
     EucJp,
     EucKr,
     Gbk,
+    Gb2312,
+    Big5,
     Windows1251,
     Windows1252,
     Utf16BigEndian,
@@ -21,5 +23,8 @@ enum class Encoding {
 /// UTF-8 for text in another encoding, without a byte order mark. What `encoding` doesn't have becomes a
 /// replacement character. A pure function.
 std::string ToUtf8(std::string_view bytes, Encoding encoding);
+
+/// Whether `encoding` has that character. Slow: a look into a converter that is made for it.
+bool Encodes(Encoding encoding, char32_t code);
 
 }  // namespace sorakaze::unicode

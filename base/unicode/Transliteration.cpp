@@ -9,38 +9,48 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 
 namespace sorakaze::unicode {
 namespace {
 
-/// Nullptr if ICU has none of that name.
-const icu::Transliterator* TransliteratorFor(const char* name) {
-    static std::mutex mutex;
-    static std::map<std::string, std::unique_ptr<icu::Transliterator>, std::less<>>
-        known;  // guarded by mutex
-    const std::lock_guard lock(mutex);
-    const auto found = known.find(std::string_view(name));
-    if (found != known.end()) return found->second.get();
+std::string Utf8Of(const icu::UnicodeString& text) {
+    std::string utf8;
+    text.toUTF8String(utf8);
+    return utf8;
+}
+
+std::unique_ptr<icu::Transliterator> Made(const char* rules) {
     UErrorCode error = U_ZERO_ERROR;
-    std::unique_ptr<icu::Transliterator> made(
-        icu::Transliterator::createInstance(icu::UnicodeString::fromUTF8(name), UTRANS_FORWARD, error));
-    if (U_FAILURE(error)) made.reset();
-    return known.emplace(name, std::move(made)).first->second.get();
+    UParseError where;
+    std::unique_ptr<icu::Transliterator> made(icu::Transliterator::createFromRules(
+        "Sorakaze", icu::UnicodeString::fromUTF8(rules), UTRANS_FORWARD, where, error));
+    if (U_FAILURE(error))
+        throw std::runtime_error(std::string("ICU takes no rules with \"") + Utf8Of(where.preContext) +
+                                 Utf8Of(where.postContext) + "\": " + u_errorName(error));
+    return made;
+}
+
+const icu::Transliterator& TransliteratorFor(const char* rules) {
+    static std::mutex mutex;
+    static std::map<const char*, std::unique_ptr<icu::Transliterator>> known;  // guarded by mutex
+    const std::lock_guard lock(mutex);
+    auto& transliterator = known[rules];
+    if (!transliterator) transliterator = Made(rules);
+    return *transliterator;
 }
 
 }  // namespace
 
-std::string Transliterated(std::string_view utf8, const char* transliterator) {
+std::string Transliterated(std::string_view utf8, const char* rules) {
     auto text = icu::UnicodeString::fromUTF8({utf8.data(), static_cast<std::int32_t>(utf8.size())});
-    if (const icu::Transliterator* const rules = TransliteratorFor(transliterator))
-        rules->transliterate(text);
-    std::string result;
-    text.toUTF8String(result);
-    return result;
+    TransliteratorFor(rules).transliterate(text);
+    return Utf8Of(text);
 }
 
 std::string ToPlainLatin(std::string_view utf8) {
-    return Transliterated(utf8, "Russian-Latin/BGN; Greek-Latin/UNGEGN; Any-Latin; Latin-ASCII; Lower");
+    return Transliterated(utf8,
+                          "::Russian-Latin/BGN; ::Greek-Latin/UNGEGN; ::Any-Latin; ::Latin-ASCII; ::Lower;");
 }
 
 }  // namespace sorakaze::unicode

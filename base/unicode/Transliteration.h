@@ -9,9 +9,10 @@
 
 namespace sorakaze::unicode {
 
-/// The text by one of ICU's transliterators, such as "Greek-Latin/UNGEGN". Making one takes milliseconds: it
-/// is kept for the program's life. Any thread.
-std::string Transliterated(std::string_view utf8, const char* transliterator);
+/// The text by rules in ICU's language, such as "::Greek-Latin/UNGEGN; ph > f;". What is made of them takes
+/// milliseconds and is kept for the program's life: `rules` lives as long. Any thread. Throws
+/// std::runtime_error for rules that ICU doesn't take.
+std::string Transliterated(std::string_view utf8, const char* rules);
 
 /// Any script in small letters from a to z: for comparing, not for saying.
 std::string ToPlainLatin(std::string_view utf8);

@@ -9,6 +9,8 @@
 #include "speech/japanese/Grammar.h"
 #include "speech/say/Clauses.h"
 #include "speech/say/Pronunciation.h"
+#include "speech/scripts/OtherScripts.h"
+#include "speech/scripts/PlainLetters.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -187,7 +189,8 @@ std::string OrdinaryForms(std::string_view text) {
 }
 
 std::vector<SpokenClause> SpokenClauses(const Reader& reader, std::string_view text) {
-    const std::u32string characters = Decode(text);
+    const std::u32string characters =
+        Decode(scripts::SpellOtherScripts(scripts::PlainLetters(text), {"ja", false}));
     return Speech(reader, characters).Clauses();
 }
 

@@ -28,7 +28,8 @@ struct SpokenClause {
 /// linear.
 std::string OrdinaryForms(std::string_view text);
 
-/// What is said of a text that SpokenText and OrdinaryForms returned. What has no sound is left out.
+/// What is said of a text that SpokenText and OrdinaryForms returned. Words of other scripts are in katakana,
+/// as far as somebody can spell them. What has no sound is left out.
 std::vector<SpokenClause> SpokenClauses(const japanese::Reader& reader, std::string_view text);
 
 }  // namespace sorakaze::speech

@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <memory>
-#include <set>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 #include "speech/say/VoiceNames.h"
 #include "speech/say/folders/PiperVoice.h"
 #include "speech/say/folders/SherpaVoice.h"
+#include "speech/say/folders/VoiceLanguage.h"
 #include "speech/say/voices/FliteEngine.h"
 #include "speech/say/voices/HtsVoice.h"
 #include "speech/say/voices/OpenJTalkEngine.h"
@@ -22,30 +21,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMostFolders = 1000;
 constexpr std::uint64_t kMostMemory = 1200ull << 20;  // bytes
-
-std::vector<fs::path> FoldersIn(const fs::path& place) {
-    std::vector<fs::path> folders;
-    std::error_code failure;
-    for (fs::directory_iterator entry(place, failure), end;
-         !failure && entry != end && folders.size() < kMostFolders; entry.increment(failure))
-        folders.push_back(entry->path());
-    std::sort(folders.begin(), folders.end());
-    return folders;
-}
 
 /// The folder itself, then what is beside it.
 std::vector<fs::path> PlacesOfPrograms(const VoiceFolder& voice, const std::vector<fs::path>& places) {
     std::vector<fs::path> all{voice.path};
     all.insert(all.end(), places.begin(), places.end());
     return all;
-}
-
-std::string LanguageOf(const VoiceFolder& voice) {
-    if (!voice.description.language.empty()) return voice.description.language;
-    const auto person = FindFirstName(FoldName(voice.name));
-    return person ? LanguageOfVoice(person->voice) : "en";
 }
 
 }  // namespace
@@ -55,27 +37,11 @@ FolderVoices::FolderVoices(std::vector<fs::path> places, fs::path scratch,
     : places_(std::move(places)), scratch_(std::move(scratch)), deadline_(deadline), others_(others) {}
 
 std::vector<VoiceFolder> FolderVoices::All() const {
-    std::vector<VoiceFolder> voices;
-    std::set<std::string> names;
-    for (const fs::path& place : places_)
-        for (const fs::path& folder : FoldersIn(place))
-            if (auto voice = ReadVoiceFolder(folder); voice && names.insert(FoldName(voice->name)).second)
-                voices.push_back(std::move(*voice));
-    return voices;
+    return AllVoiceFolders(places_);
 }
 
 std::optional<VoiceFolder> FolderVoices::Find(const std::string& name) const {
-    const std::string folded = FoldName(name);
-    const auto isNamed = [&](const std::string& one) { return FoldName(one) == folded; };
-    // Most often the folder's own name is meant, so that the others needn't be read.
-    for (const fs::path& place : places_)
-        for (const fs::path& folder : FoldersIn(place))
-            if (isNamed(folder.filename().string()))
-                if (auto voice = ReadVoiceFolder(folder)) return voice;
-    for (VoiceFolder& voice : All())
-        if (std::any_of(voice.description.names.begin(), voice.description.names.end(), isNamed))
-            return std::move(voice);
-    return {};
+    return FindVoiceFolder(places_, name);
 }
 
 std::vector<VoiceCandidate> FolderVoices::Named(const std::string& name) const {

@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "base/unicode/Transliteration.h"
+#include "speech/scripts/OtherScripts.h"
+#include "speech/scripts/PlainLetters.h"
 
 namespace sorakaze::speech {
 namespace {
@@ -32,8 +34,11 @@ std::size_t EndOfPart(std::string_view text, std::size_t longest) {
 }  // namespace
 
 std::string EnglishText(std::string_view text) {
-    std::string latin =
-        IsAscii(text) ? std::string(text) : unicode::Transliterated(text, "Any-Latin; Latin-ASCII");
+    // After the rules for names, ICU's own for what these leave: Japanese, and letters with accents.
+    const std::string latin =
+        IsAscii(text) ? std::string(text)
+                      : unicode::Transliterated(scripts::SpellOtherScripts(scripts::PlainLetters(text), {}),
+                                                "::Any-Latin; ::Latin-ASCII;");
     std::string english;
     for (const char character : latin) {
         const auto byte = static_cast<unsigned char>(character);

@@ -87,7 +87,7 @@ TEST(SayKotoeri, ReadsForAShow) {
     std::filesystem::copy_file(KOTOERI_PROGRAM, show.folder.Path() / path);
     EXPECT_EQ(show.window.convertRoma("宇多田ヒカル - 花束を君に").Bytes(),
               "utada hikaru - hanataba wo kimi ni");
-    EXPECT_EQ(show.window.convertRoma("한국어 ＡＢ🎵").Bytes(), "한국어 ＡＢ🎵");
+    EXPECT_EQ(show.window.convertRoma("한국어 ＡＢ🎵").Bytes(), "hangugeo AB🎵");
 
     std::string title;
     for (int i = 0; i < 5000; ++i) title += "夢";
