@@ -3,6 +3,7 @@
 #include "speech/kotoeri/ReadingForVoice.h"
 
 #include "speech/scripts/Chinese.h"
+#include "speech/scripts/Lookalikes.h"
 #include "speech/scripts/OtherScripts.h"
 #include "speech/scripts/PlainLetters.h"
 #include "speech/scripts/ScriptsOfLanguage.h"
@@ -30,6 +31,7 @@ bool IsChinese(std::string_view text, const Surroundings& surroundings) {
 
 std::string ReadingForVoice(std::string_view text, const Surroundings& surroundings,
                             FunctionRef<std::string(std::string_view)> read) {
+    if (auto latin = scripts::LookalikeOf(text, surroundings.record); !latin.empty()) return latin;
     const std::string plain = scripts::PlainLetters(text);
     return scripts::SpellOtherScripts(plain, {surroundings.language, IsChinese(plain, surroundings)}, read);
 }

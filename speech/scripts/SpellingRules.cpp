@@ -69,7 +69,7 @@ constexpr const char* kThai =
 // In these the vowel of a written consonant is often mute: "kamala" is said "kamal".
 constexpr const char* kNorthIndian =
     "::Any-Latin; ::NFC; ::Null; $c = [bcdfghjklmnprstvyśṣṭḍṇṅñṁṃḷ\\u1e5bġqz]; $v = [aeiouāīūēōêô];"
-    "$v $c { a } $ > ; $v $c h { a } $ > ; ::Null;"
+    "nha } $ > ngh; $v $c { a } $ > ; $v $c h { a } $ > ; ::Null;"
     "$v $c { a } $c $v > ; $v $c h { a } $c $v > ; $v $c { a } $c h $v > ; ::Null;"
     "r̥ > ri; cch > cch; cc > cch; ch > ch; c > ch; jñ > gy; [śṣ] > sh; [ṅṇñ] > n; [ṁṃ] } [bp] > m; [ṁṃ] > n; "
     "m̐ > n; ġ > g; q > k;"
@@ -120,10 +120,11 @@ const char* const kChineseRules =
     "$b { q > ch; $b { x > sh; zh > j; $b { c } [^h] > ts;";
 
 const char* const kKatakanaRules =
-    "::Lower; ::Latin-ASCII; sh } [^aeiouy] > shu; ch } [^aeiouy] > chi; ts } [^aeiou] > tsu; kh > h; zh > j;"
-    "th > t; ph > f; bh > b; dh > d; gh > g; jh > j; ng } [^aeiouy] > n; t } [^aeiouyst] > to;"
-    "d } [^aeiouyd] > do; ::Null; [^cs] { hu } [^aeiou] > fu; [^cs] { hu > f; ::Null; ::Latin-Katakana; "
-    "::Null;"
+    "::Lower; ::Latin-ASCII; sh } [^aeiouy] > shu; ch } [^aeiouy] > chi; tsi > tsui; ts } [^aeiou] > tsu; kh "
+    "> h;"
+    "zh > j; th > t; ph > f; bh > b; dh > d; gh > g; jh > j; ng } [^aeiouy] > n; si > shi; zi > ji; tu > tsu;"
+    "t } [^aeiouyst] > to; d } [^aeiouyd] > do; ::Null; [aeioun] { h } [^aeiouy] > ;"
+    "[^cs] { hu } [^aeiou] > fu; [^cs] { hu > f; ::Null; ::Latin-Katakana; ::Null;"
     "ヷ > ヴァ; ヸ > ヴィ; ヹ > ヴェ; ヺ > ヴォ; [a-z] > ;";
 
 const char* SpellingRules(std::string_view script, std::u32string_view word) {

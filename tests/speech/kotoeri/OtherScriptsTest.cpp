@@ -2,9 +2,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
+#include "base/Utf8.h"
 #include "speech/japanese/Characters.h"
 #include "speech/kotoeri/ReadingForVoice.h"
 #include "speech/say/folders/VoiceLanguage.h"
@@ -15,6 +17,25 @@ namespace {
 
 std::string Spelt(std::string_view text, const Surroundings& surroundings) {
     return ReadingForVoice(text, surroundings, [](std::string_view part) { return std::string(part); });
+}
+
+/// As a show has it: ASCII stays, and each run of other characters goes to the program.
+std::string SpeltInRuns(const std::string& text, const Surroundings& surroundings) {
+    std::string spelt, run;
+    const auto endRun = [&] {
+        std::string part = Spelt(run, surroundings);
+        std::replace(part.begin(), part.end(), ',', ' ');
+        spelt += part;
+        run.clear();
+    };
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t size = utf8::Read(text, at).size;
+        if (size == 1) endRun();
+        (size == 1 ? spelt : run).append(text, at, size);
+        at += size;
+    }
+    endRun();
+    return spelt;
 }
 
 /// Characters for which a shell has a use inside double quotes.
@@ -35,7 +56,8 @@ TEST(OtherScripts, TitlesOfTheTable) {
         for (auto* field : {&names[0], &names[1], &spelt[0], &spelt[1]}) std::getline(fields, *field, '\t');
         surroundings.record = names[0] + '\t' + names[1];
         for (int i = 0; i < 2; ++i)
-            EXPECT_EQ(Spelt(names[i], surroundings), spelt[i]) << names[i] << ' ' << surroundings.language;
+            EXPECT_EQ(SpeltInRuns(names[i], surroundings), spelt[i])
+                << names[i] << ' ' << surroundings.language;
         ++count;
     }
     EXPECT_GT(count, 200);
