@@ -26,10 +26,15 @@ std::string Spelled(const std::string& word) {
     return letters;
 }
 
+bool HasVowel(const Token& token) {
+    return token.lower.find_first_of("aeiouy") != token.lower.npos;
+}
+
 bool IsLikeAWord(const Sentence& sentence, std::size_t index, bool isAfterCapital) {
     const Token& token = sentence.At(index);
-    if (token.lower.find_first_of("aeiouy") == token.lower.npos) return false;
-    return token.text.size() >= 4 || isAfterCapital || IsCapital(sentence.At(sentence.Next(index)));
+    const Token& next = sentence.At(sentence.Next(index));
+    if (!HasVowel(token)) return false;
+    return token.text.size() >= 4 || isAfterCapital || (IsCapital(next) && HasVowel(next));
 }
 
 }  // namespace
@@ -43,6 +48,7 @@ void ReadCapitals(Sentence& sentence, Main voice) {
             continue;
         }
         const bool isCapital = IsCapital(token);
+        const bool isLikeWord = isCapital && HasVowel(token);
         const std::string lower = token.lower;
         if (LanguageAt(sentence, i, voice) != Main::Other && IsOneOf(lower, kInitialisms)) {
             sentence.Replace(i, Kind::Word, Spelled(lower));
@@ -51,7 +57,7 @@ void ReadCapitals(Sentence& sentence, Main voice) {
         } else if (utf8::CountCharacters(lower) > kLongestWord) {
             sentence.Replace(i, Kind::Word, token.text.substr(0, utf8::OffsetOf(token.text, kLongestWord)));
         }
-        isAfterCapital = isCapital;
+        isAfterCapital = isLikeWord;
     }
 }
 

@@ -41,7 +41,8 @@ std::string_view PlainForm(char32_t code) {
 
 /// Whether a mark is said or paused for once however often it is repeated.
 bool IsSaidOnce(char32_t code) {
-    return code < 0x80 ? code > 0x20 && !IsLetter(code) && (code < U'0' || code > U'9')
+    return code < 0x80 ? code > 0x20 && !IsLetter(code) && (code < U'0' || code > U'9') && code != U'[' &&
+                             code != U']'
                        : code == U'！' || code == U'？' || code == U'。' || code == U'、' || code == U'・' ||
                              code == U'～' || code == U'〜' || code == U'–' || code == U'—' || code == U'─';
 }

@@ -151,7 +151,9 @@ class Signs {
             const std::size_t next = sentence_.Next(index_);
             const char first = next == Sentence::kNone ? 'A' : sentence_.At(next).text[0];
             const bool goesOn = sentence_.Is(next, Kind::Word) && first >= 'a' && first <= 'z';
-            if (goesOn && sentence_.Is(index_ - 1, Kind::Word)) sentence_.Remove(index_);
+            const std::string& before = sentence_.At(index_ - 1).text;
+            if (goesOn && sentence_.Is(index_ - 1, Kind::Word) && before[0] >= 'a' && before[0] <= 'z')
+                sentence_.Remove(index_);
         }
     }
 

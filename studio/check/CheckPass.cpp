@@ -13,6 +13,7 @@
 #include "studio/StudioError.h"
 #include "studio/check/Fixes.h"
 #include "studio/check/PlaylistCheck.h"
+#include "studio/check/PronunciationCheck.h"
 #include "studio/check/TextFile.h"
 
 namespace sorakaze::studio {
@@ -78,6 +79,9 @@ std::vector<FileReport> CheckPass::Run() {
     std::vector<FileReport> reports;
     for (const ProgramFile& file : Programs()) reports.push_back(CheckFile(file));
     for (const std::string& word : options_.playlists) reports.push_back(CheckPlaylist(station_, word));
+    if (options_.programs.empty() && options_.playlists.empty()) {
+        if (auto report = CheckPronunciations(station_)) reports.push_back(std::move(*report));
+    }
     return reports;
 }
 
@@ -131,6 +135,8 @@ std::string CheckPass::Stamp() const {
         for (fs::directory_iterator entry(station_ / "Programs", error), end; !error && entry != end;
              entry.increment(error))
             stamp += entry->path().filename().string() + StampOf(entry->path()) + "\n";
+        // It may be missing without a file being absent.
+        stamp += StampOf(station_ / "Pronunciations.txt") + ";";
     }
     for (const std::string& word : options_.programs)
         stamp += StampOf(IsPath(word) ? fs::path(word) : station_ / "Programs" / (word + ".txt")) + "\n";

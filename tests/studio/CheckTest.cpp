@@ -130,6 +130,17 @@ TEST_F(Check, MendsWhatIsCertainAndNothingElse) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(station.Path() / "Programs"), {}), 2);
 }
 
+TEST_F(Check, TellsWhichPronunciationsAreLeftOut) {
+    station.Write("Programs/A.txt", kRight);
+    station.Write("Pronunciations.txt", "Ke$ha = Kesha\nSade: shah-day\n");
+    const auto outcome = station.Run("check --quick --station .");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("Pronunciations.txt:2:1: warning: there is no \"=\", so it is left out "
+                               "[faulty-pronunciation]\nSade: shah-day\n"),
+              std::string::npos)
+        << outcome.out;
+}
+
 TEST_F(Check, TellsWhichTracksOfAPlaylistAreMissing) {
     station.WriteTone("Music/a b&c.wav", 440, 0.4, 1);
     station.Write("Music/One.m3u", "#EXTM3U\n#EXTINF:1,A\na b&c.wav\ngone.mp3\nhttp://there/x\n");
