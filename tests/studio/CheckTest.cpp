@@ -136,7 +136,7 @@ TEST_F(Check, TellsWhichPronunciationsAreLeftOut) {
     const auto outcome = station.Run("check --quick --station .");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.out.find("Pronunciations.txt:2:1: warning: there is no \"=\", so it is left out "
-                               "[faulty-pronunciation]\nSade: shah-day\n"),
+                               "[faulty-pronunciation]\n    2 | Sade: shah-day\n"),
               std::string::npos)
         << outcome.out;
 }
