@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "speech/kotoeri/ReadingForVoice.h"
 
+#include "base/Utf8.h"
+#include "base/unicode/Characters.h"
 #include "speech/scripts/Chinese.h"
 #include "speech/scripts/Lookalikes.h"
 #include "speech/scripts/OtherScripts.h"
@@ -21,6 +23,15 @@ bool HasChineseName(std::string_view record) {
     return false;
 }
 
+bool HasHan(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [code, size] = utf8::Read(text, at);
+        if (unicode::ScriptOf(code) == "Hani") return true;
+        at += size;
+    }
+    return false;
+}
+
 bool IsChinese(std::string_view text, const Surroundings& surroundings) {
     if (scripts::IsChinese(text)) return true;
     if (scripts::HasKana(text) || scripts::HasKana(surroundings.record)) return false;
@@ -33,7 +44,11 @@ std::string ReadingForVoice(std::string_view text, const Surroundings& surroundi
                             FunctionRef<std::string(std::string_view)> read) {
     if (auto latin = scripts::LookalikeOf(text, surroundings.record); !latin.empty()) return latin;
     const std::string plain = scripts::PlainLetters(text);
-    return scripts::SpellOtherScripts(plain, {surroundings.language, IsChinese(plain, surroundings)}, read);
+    const bool isChinese = IsChinese(plain, surroundings);
+    std::string reading = scripts::SpellOtherScripts(plain, {surroundings.language, isChinese}, read);
+    // A name that a Japanese reader knows in parts is Chinese. Nothing is read where there is no dictionary.
+    if (isChinese || scripts::HasKana(plain) || reading == plain || !HasHan(reading)) return reading;
+    return scripts::SpellOtherScripts(plain, {surroundings.language, true}, read);
 }
 
 }  // namespace sorakaze::kotoeri

@@ -63,6 +63,14 @@ TEST(OtherScripts, TitlesOfTheTable) {
     EXPECT_GT(count, 200);
 }
 
+TEST(OtherScripts, ANameThatIsReadInPartsIsChinese) {
+    const auto reader = [](std::string_view part) {
+        return part == "周杰倫" ? "しゅう杰りん" : std::string(part);
+    };
+    EXPECT_EQ(ReadingForVoice("周杰倫", {"en", ""}, reader), "jou jie lun");
+    EXPECT_EQ(ReadingForVoice("不知火", {"en", ""}, reader), "不知火");
+}
+
 /// ICU takes the rules of every script, and none of them makes a mark that is live in a shell.
 TEST(OtherScripts, EveryCharacter) {
     for (const char* language : {"en", "ja"}) {
