@@ -29,7 +29,8 @@ std::vector<std::int16_t> Spoken(VoiceEngine& engine, const std::string& text) {
 }
 
 /// Languages, and voices that aren't people's.
-const std::set<std::string_view> kNoPeople{"english", "english-us", "english-uk", "british", "whisper", "zarvox"};
+const std::set<std::string_view> kNoPeople{"english", "english-us", "english-uk",
+                                           "british", "whisper",    "zarvox"};
 
 TEST(EnglishVoicesTest, EveryPersonSpeaksLikeNobodyElse) {
     const BuiltInVoices voices("/tmp", [](std::string_view) {});

@@ -6,8 +6,8 @@
 
 #include "speech/say/JapaneseText.h"
 #include "speech/say/KanaPhonemes.h"
-#include "speech/say/voices/OpenJTalk.h"
 #include "speech/say/SpeechFile.h"
+#include "speech/say/voices/OpenJTalk.h"
 #include "tests/support/TestRuntime.h"
 
 namespace sorakaze::speech {
@@ -125,7 +125,9 @@ TEST_F(OpenJTalkTest, SpeaksStretchByStretchOrFails) {
     fs::create_directory(scratch);
     const auto voice = *FindOpenJTalk(places, "sakura", 1.5);
     std::size_t frames = 0;
-    const auto count = [&](int, std::span<const std::int16_t> samples, BlockStart) { frames += samples.size(); };
+    const auto count = [&](int, std::span<const std::int16_t> samples, BlockStart) {
+        frames += samples.size();
+    };
     std::string text = "-x $(id) 'こんにちは'。";
     while (text.size() < 2000) text += "曲です。";
     SpeakOpenJTalk(voice, text, scratch, count);

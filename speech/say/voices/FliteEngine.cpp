@@ -107,7 +107,8 @@ FliteEngine::FliteEngine(const FliteLook& look, double speed) : look_(look) {
 void FliteEngine::Speak(const std::string& text, const SpeechSink& sink) {
     const std::string english = EnglishText(text);
     // Of marks alone it makes a noise.
-    if (std::none_of(english.begin(), english.end(), [](unsigned char byte) { return std::isalnum(byte); })) return;
+    if (std::none_of(english.begin(), english.end(), [](unsigned char byte) { return std::isalnum(byte); }))
+        return;
     Speech speech{&sink, look_.size};
     cst_audio_streaming_info* info = new_audio_streaming_info();
     info->min_buffsize = kBlock;
