@@ -3,6 +3,7 @@
 #include "show/ShowState.h"
 
 #include <cassert>
+#include <utility>
 
 #include "app/runtime/Runtime.h"
 #include "show/mainWindow.h"
@@ -27,12 +28,19 @@ bool IsStalled(const mainWindow& window) {
            window.getNextSong.State() != Thread::kRunning;
 }
 
-void StopForGood(mainWindow& window) {
+ShowHooks StopForGood(mainWindow& window) {
     assert(Runtime::Current().Threads().OnMainThread());
     if (IsOnAir(window)) window.programStart.Push();
-    window.observer = nullptr;
-    window.programStart.Action = nullptr;
-    window.commandExecThread.RunEvent = nullptr;
+    return {std::exchange(window.programStart.Action, nullptr),
+            std::exchange(window.commandExecThread.RunEvent, nullptr),
+            std::exchange(window.observer, nullptr)};
+}
+
+void AllowShows(mainWindow& window, ShowHooks hooks) {
+    assert(Runtime::Current().Threads().OnMainThread());
+    window.programStart.Action = std::move(hooks.button);
+    window.commandExecThread.RunEvent = std::move(hooks.block);
+    window.observer = hooks.observer;
 }
 
 }  // namespace sorakaze

@@ -139,6 +139,7 @@ struct MixingEngine::Impl {
     Limiter limiter;             ///< without a desk
     OutputStage outputStage;     ///< under a desk
 
+    OutputTaps taps;
     std::atomic_flag mixing;  ///< for MixingScope
 };
 
@@ -249,6 +250,22 @@ void MixingEngine::ForgetBadFiles() {
 }
 
 void MixingEngine::Mix(std::span<float> interleaved) {
+    MixNext(interleaved);
+    // Where frames are only counted, there is nothing to hear.
+    if (!impl_->shared->counter) impl_->taps.Tell(interleaved);
+}
+
+bool MixingEngine::AddTap(OutputTap& tap) {
+    AssertNotMixingThread();
+    return impl_->taps.Add(tap);
+}
+
+void MixingEngine::RemoveTap(OutputTap& tap) {
+    AssertNotMixingThread();
+    impl_->taps.Remove(tap);
+}
+
+void MixingEngine::MixNext(std::span<float> interleaved) {
     const MixingScope scope(impl_->mixing);
     auto rest = interleaved.first(interleaved.size() / kChannels * kChannels);
     const auto frames = static_cast<std::int64_t>(rest.size() / kChannels);

@@ -18,6 +18,7 @@
 #include "sound/Bus.h"
 #include "sound/Decoders.h"
 #include "sound/Frames.h"
+#include "sound/OutputTap.h"
 #include "sound/SoundSource.h"
 #include "sound/desk/VoiceLevel.h"
 
@@ -135,6 +136,12 @@ class MixingEngine {
     /// one thread at a time.
     void Mix(std::span<float> interleaved);
 
+    /// From now on `tap` is given what Mix mixes, for as long as it isn't removed. Any thread but the mixing
+    /// one. False when there are OutputTaps::kMost already.
+    bool AddTap(OutputTap& tap);
+    /// When this returns, the tap isn't called any more.
+    void RemoveTap(OutputTap& tap);
+
     /// Frames mixed since the engine was made.
     Frames Mixed() const;
 
@@ -148,6 +155,8 @@ class MixingEngine {
     std::uint64_t Underruns() const;
 
   private:
+    void MixNext(std::span<float> interleaved);
+
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

@@ -20,8 +20,7 @@ constexpr auto kSecondThought = std::chrono::milliseconds(300);
 
 }  // namespace
 
-Signals::Signals(std::function<void()> onFirst, std::function<void()> beforeEnd)
-    : onFirst_(std::move(onFirst)), beforeEnd_(std::move(beforeEnd)) {
+Signals::Signals(SignalHandlers handlers) : handlers_(std::move(handlers)) {
     sigset_t set;
     sigemptyset(&set);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, number);
@@ -40,22 +39,30 @@ Signals::~Signals() {
 }
 
 void Signals::Wait() {
-    std::optional<std::chrono::steady_clock::time_point> first;
+    std::optional<std::chrono::steady_clock::time_point> last;
+    int asked = 0;
     for (;;) {
         pollfd waiting[] = {{signals_, POLLIN, 0}, {end_, POLLIN, 0}};
         if (poll(waiting, 2, -1) < 0) continue;
         if (waiting[1].revents) return;
         signalfd_siginfo info{};
         if (read(signals_, &info, sizeof info) != sizeof info) continue;
-        const auto now = std::chrono::steady_clock::now();
-        // One that comes along with the first, to the process group, is no second thought.
-        if (first && now - *first > kSecondThought) {
-            beforeEnd_();
-            _exit(128 + static_cast<int>(info.ssi_signo));
+        if (info.ssi_signo == SIGHUP && handlers_.onHangUp) {
+            handlers_.onHangUp();
+            continue;
         }
-        if (!first) {
-            first = now;
-            onFirst_();
+        const auto now = std::chrono::steady_clock::now();
+        // One that comes along with another, to the process group, is no second thought.
+        if (last && now - *last <= kSecondThought) continue;
+        last = now;
+        ++asked;
+        if (asked == 1) {
+            handlers_.onFirst();
+        } else if (asked == 2 && handlers_.onSecond) {
+            handlers_.onSecond();
+        } else {
+            handlers_.beforeEnd();
+            _exit(128 + static_cast<int>(info.ssi_signo));
         }
     }
 }

@@ -4,16 +4,28 @@
 
 #include <functional>
 #include <thread>
+#include <utility>
 
 namespace sorakaze {
 
-/// Turns SIGINT, SIGTERM and SIGHUP into a call on a thread of its own. A second one, a while
-/// later, ends the process at once. Made before any other thread, so that all of them leave these signals to
-/// it.
+struct SignalHandlers {
+    /// SIGINT, SIGTERM, or SIGHUP without an onHangUp.
+    std::function<void()> onFirst;
+    /// A second one, a while later. Empty: it ends the process at once, as a third one does.
+    std::function<void()> onSecond{};
+    /// Called for every SIGHUP. Empty: it counts as the others do.
+    std::function<void()> onHangUp{};
+    /// Before the process is ended at once, to clean up.
+    std::function<void()> beforeEnd;
+};
+
+/// Turns SIGINT, SIGTERM and SIGHUP into calls on a thread of its own. Made before any other thread, so that
+/// all of them leave these signals to it.
 class Signals {
   public:
-    /// `beforeEnd` is called before a second signal ends the process, to clean up.
-    Signals(std::function<void()> onFirst, std::function<void()> beforeEnd);
+    explicit Signals(SignalHandlers handlers);
+    Signals(std::function<void()> onFirst, std::function<void()> beforeEnd)
+        : Signals(SignalHandlers{std::move(onFirst), {}, {}, std::move(beforeEnd)}) {}
     ~Signals();
     Signals(const Signals&) = delete;
     Signals& operator=(const Signals&) = delete;
@@ -21,8 +33,7 @@ class Signals {
   private:
     void Wait();
 
-    std::function<void()> onFirst_;
-    std::function<void()> beforeEnd_;
+    const SignalHandlers handlers_;
     int end_ = -1;  ///< an eventfd that ends the wait
     int signals_ = -1;
     std::thread thread_;

@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <thread>
 
+#include "sound/TapRing.h"
 #include "tests/sound/SoundTesting.h"
 
 namespace {
@@ -122,6 +123,8 @@ TEST(RealTimeMix, NeitherAllocatesNorLocks) {
     // Left behind for the mixer's thread.
     auto& engine = *new MixingEngine(MixingMode::RealTime);
     engine.UseDesk(-16);
+    auto& tap = *new TapRing(Frames{1 << 14});  // full most of the time
+    ASSERT_TRUE(engine.AddTap(tap));
     auto& block = *new Samples(800 * kChannels);
     auto& mixer = *new ConfinedMixer(engine, block);
     std::vector<std::shared_ptr<Voice>> voices;
@@ -141,6 +144,7 @@ TEST(RealTimeMix, NeitherAllocatesNorLocks) {
         ASSERT_TRUE(mixer.Mix()) << "a system call while mixing";
     }
     EXPECT_FALSE(engine.TakeDucks().empty());
+    EXPECT_GT(tap.Dropped(), 0u);
     voices.clear();
     for (int i = 0; i < 100; ++i) ASSERT_TRUE(mixer.Mix());
     EXPECT_EQ(offences, 0);
