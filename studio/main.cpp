@@ -50,11 +50,11 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     int status = kDone;
-    CLI::App app("Renders a Sorakaze show to a sound file, many times faster than it plays.",
-                 "sorakaze-studio");
+    CLI::App app("Sorakaze without a window: shows on the air, and shows as sound files.", "sorakaze-studio");
     app.set_version_flag("--version", "sorakaze-studio " SORAKAZE_VERSION);
     app.footer("sorakaze-studio SUBCOMMAND --help tells of a sub-command and its options.");
     app.require_subcommand(1);
+    AddAirCommand(app, status);
     AddRenderCommand(app, status);
     AddRehearseCommand(app, status);
     AddListCommand(app, status);

@@ -12,6 +12,7 @@ namespace sorakaze::studio {
 
 /// A sub-command throws StudioError when it can't do its work. One that ends with a status of its own sets
 /// `status`, which is kDone before, and outlives `app`.
+void AddAirCommand(CLI::App& app, int& status);
 void AddRenderCommand(CLI::App& app, int& status);
 void AddRehearseCommand(CLI::App& app, int& status);
 void AddCheckCommand(CLI::App& app, int& status);
